@@ -1,0 +1,127 @@
+// SPDX-License-Identifier: MIT
+#include "base/file.h"
+
+#include <cstring>
+#include <fcntl.h>
+#include <string_view>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace vocafade {
+namespace {
+
+int HexDigit(char c) {
+    if (c >= '0' && c <= '9') return c - '0';
+    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+    return -1;
+}
+
+const char* StreamMode(unsigned flags) {
+    if ((flags & CFile::modeReadWrite) != 0) return "r+b";
+    return (flags & CFile::modeWrite) != 0 ? "wb" : "rb";
+}
+
+} // namespace
+
+std::string PathFromUrlOrPath(const char* urlOrPath) {
+    constexpr std::string_view scheme = "file://";
+    std::string_view text = urlOrPath != nullptr ? urlOrPath : "";
+    if (text.substr(0, scheme.size()) != scheme) return std::string(text);
+    text.remove_prefix(scheme.size());
+    const std::size_t path = text.find('/'); // a host name may stand before the path
+    text.remove_prefix(path == std::string_view::npos ? text.size() : path);
+
+    std::string decoded;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const int high = text[i] == '%' && i + 2 < text.size() ? HexDigit(text[i + 1]) : -1;
+        const int low = high >= 0 ? HexDigit(text[i + 2]) : -1;
+        if (low >= 0) {
+            decoded += static_cast<char>(high * 16 + low);
+            i += 2;
+        } else {
+            decoded += text[i];
+        }
+    }
+    return decoded;
+}
+
+CFile::~CFile() {
+    if (stream_ != nullptr) std::fclose(stream_);
+}
+
+bool CFile::Open(const char* path, unsigned flags) {
+    Close();
+    int access = O_RDONLY;
+    if ((flags & modeReadWrite) != 0) {
+        access = O_RDWR;
+    } else if ((flags & modeWrite) != 0) {
+        access = O_WRONLY;
+    }
+    if ((flags & modeCreate) != 0) access |= O_CREAT | ((flags & modeNoTruncate) != 0 ? 0 : O_TRUNC);
+    const int descriptor = ::open(PathFromUrlOrPath(path).c_str(), access | O_CLOEXEC, 0666);
+    if (descriptor < 0) return false;
+    struct stat status {};
+    if (::fstat(descriptor, &status) != 0 || S_ISDIR(status.st_mode)) {
+        ::close(descriptor);
+        return false;
+    }
+    return Attach(descriptor, flags);
+}
+
+bool CFile::Attach(int descriptor, unsigned flags) {
+    Close();
+    stream_ = ::fdopen(descriptor, StreamMode(flags));
+    failed_ = false;
+    last_ = Last::none;
+    if (stream_ == nullptr) ::close(descriptor);
+    return stream_ != nullptr;
+}
+
+void CFile::Close() {
+    if (stream_ != nullptr) std::fclose(stream_);
+    stream_ = nullptr;
+}
+
+std::size_t CFile::Read(void* buffer, std::size_t count) {
+    if (stream_ == nullptr) return 0;
+    if (last_ == Last::write) ::fseeko(stream_, 0, SEEK_CUR); // the C library wants a seek between the two
+    last_ = Last::read;
+    return std::fread(buffer, 1, count, stream_);
+}
+
+bool CFile::Write(const void* buffer, std::size_t count) {
+    if (stream_ == nullptr) return false;
+    if (last_ == Last::read) ::fseeko(stream_, 0, SEEK_CUR);
+    last_ = Last::write;
+    if (std::fwrite(buffer, 1, count, stream_) != count) failed_ = true;
+    return !failed_;
+}
+
+bool CFile::Seek(std::int64_t offset, SeekPosition from) {
+    if (stream_ == nullptr) return false;
+    constexpr int whence[] = {SEEK_SET, SEEK_CUR, SEEK_END};
+    last_ = Last::none;
+    return ::fseeko(stream_, offset, whence[from]) == 0;
+}
+
+std::int64_t CFile::GetPosition() const { return stream_ != nullptr ? ::ftello(stream_) : 0; }
+
+std::int64_t CFile::GetLength() const {
+    if (stream_ == nullptr) return 0;
+    std::fflush(stream_);
+    struct stat status {};
+    return ::fstat(::fileno(stream_), &status) == 0 ? status.st_size : 0;
+}
+
+bool CFile::FlushToDisk() {
+    if (stream_ == nullptr || failed_) return false;
+    return std::fflush(stream_) == 0 && ::fsync(::fileno(stream_)) == 0;
+}
+
+bool CFileFind::FindFile(const char* path) const {
+    struct stat status {};
+    return ::stat(PathFromUrlOrPath(path).c_str(), &status) == 0;
+}
+
+} // namespace vocafade

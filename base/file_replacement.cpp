@@ -1,0 +1,89 @@
+// SPDX-License-Identifier: MIT
+#include "base/file_replacement.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <fcntl.h>
+#include <filesystem>
+#include <sys/stat.h>
+#include <system_error>
+#include <unistd.h>
+
+namespace vocafade {
+namespace {
+
+std::string FolderOf(const std::string& path) {
+    const std::size_t slash = path.rfind('/');
+    return slash == std::string::npos ? "./" : path.substr(0, slash + 1);
+}
+
+/// Where writing to `path` would really end: the last name in a chain of symbolic links.
+std::string FollowLinks(std::string path) {
+    for (int depth = 0; depth < 16; ++depth) {
+        std::error_code error;
+        const std::filesystem::path target = std::filesystem::read_symlink(path, error);
+        if (error) break;
+        path = target.is_absolute() ? target.string() : FolderOf(path) + target.string();
+    }
+    return path;
+}
+
+void SyncFolder(const std::string& folder) {
+    const int descriptor = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (descriptor < 0) return;
+    ::fsync(descriptor); // the rename itself then survives a power cut
+    ::close(descriptor);
+}
+
+/// The permissions that the new file should have: those of the one it replaces, or the usual ones.
+mode_t ModeFor(const std::string& path) {
+    struct stat status {};
+    if (::stat(path.c_str(), &status) == 0) return status.st_mode & 07777;
+    return 0644;
+}
+
+} // namespace
+
+FileReplacement::~FileReplacement() { Discard(); }
+
+void FileReplacement::Discard() {
+    file_.Close();
+    if (!temporary_.empty()) ::unlink(temporary_.c_str());
+    temporary_.clear();
+}
+
+bool FileReplacement::Begin(const std::string& path) {
+    Discard();
+    target_ = FollowLinks(PathFromUrlOrPath(path.c_str()));
+    const std::string folder = FolderOf(target_);
+    std::string name = folder + "." + target_.substr(target_.rfind('/') + 1) + ".XXXXXX";
+    const int descriptor = ::mkostemp(name.data(), O_CLOEXEC);
+    if (descriptor < 0) return false;
+    temporary_ = name;
+    ::fchmod(descriptor, ModeFor(target_));
+    return file_.Attach(descriptor, CFile::modeReadWrite);
+}
+
+bool FileReplacement::Commit() {
+    if (temporary_.empty()) return false;
+    if (!file_.FlushToDisk()) {
+        Discard();
+        return false;
+    }
+    file_.Close();
+    if (::rename(temporary_.c_str(), target_.c_str()) != 0) {
+        Discard();
+        return false;
+    }
+    temporary_.clear();
+    SyncFolder(FolderOf(target_));
+    return true;
+}
+
+bool MakeFolders(const std::string& folder) {
+    std::error_code error;
+    std::filesystem::create_directories(folder, error);
+    return std::filesystem::is_directory(folder, error);
+}
+
+} // namespace vocafade

@@ -1,0 +1,67 @@
+# SPDX-License-Identifier: MIT
+# How every library, program and test of the project is compiled.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+find_package(Threads REQUIRED)
+
+if(NOT CMAKE_BUILD_TYPE)
+  set(CMAKE_BUILD_TYPE Release)
+endif()
+
+find_program(VOCAFADE_CCACHE ccache)
+if(VOCAFADE_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  set(CMAKE_CXX_COMPILER_LAUNCHER "${VOCAFADE_CCACHE}")
+endif()
+
+add_library(vocafade_flags INTERFACE)
+target_include_directories(vocafade_flags INTERFACE "${PROJECT_SOURCE_DIR}")
+target_compile_options(vocafade_flags INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Wcast-align -Woverloaded-virtual -Wformat=2
+  # The written order of operations is the sound: no fused multiply-add behind our back.
+  -ffp-contract=off
+  $<$<BOOL:${VOCAFADE_WERROR}>:-Werror>)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  # Unique symbols would pin the shared object in a host that unloads it.
+  target_compile_options(vocafade_flags INTERFACE -fno-gnu-unique)
+endif()
+if(VOCAFADE_SANITIZE)
+  string(REPLACE ";" "," _sanitizers "${VOCAFADE_SANITIZE}")
+  target_compile_options(vocafade_flags INTERFACE -fsanitize=${_sanitizers} -fno-omit-frame-pointer)
+  target_link_options(vocafade_flags INTERFACE -fsanitize=${_sanitizers})
+  if("undefined" IN_LIST VOCAFADE_SANITIZE)
+    target_compile_options(vocafade_flags INTERFACE -fno-sanitize-recover=undefined)
+  endif()
+endif()
+
+# A static library of one folder: vocafade_library(NAME SOURCES ... [USES ...])
+function(vocafade_library name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;USES" ${ARGN})
+  add_library(${name} STATIC ${ARG_SOURCES})
+  target_link_libraries(${name} PUBLIC vocafade_flags ${ARG_USES})
+endfunction()
+
+# A program: vocafade_program(NAME SOURCES ... [USES ...]); it lands in the build folder's root.
+function(vocafade_program name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;USES" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE vocafade_flags ${ARG_USES})
+  set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}")
+endfunction()
+
+# A GoogleTest program: vocafade_test(NAME SOURCES ... [USES ...] [LABELS ...] [TIMEOUT seconds])
+function(vocafade_test name)
+  cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;USES;LABELS" ${ARGN})
+  if(NOT ARG_TIMEOUT)
+    set(ARG_TIMEOUT 120)
+  endif()
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE vocafade_flags ${ARG_USES} GTest::gtest_main)
+  set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/tests")
+  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60
+    PROPERTIES TIMEOUT ${ARG_TIMEOUT} LABELS "${ARG_LABELS}")
+endfunction()
