@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <vector>
+
+namespace vocafade {
+
+/// A fast Fourier transform of one length and one direction, in place and in single precision: decimation in
+/// time with radix-4 butterflies (one radix-2 pass where the length asks for it), after T. Ooura's
+/// general-purpose package. Tables are built by `Init`; a transform allocates nothing.
+///
+/// [audio-thread] for the transforms, [main-thread] for `Init`; one object serves one thread at a time.
+class CFFT {
+  public:
+    CFFT() = default;
+    virtual ~CFFT() = default;
+
+    /// Builds the tables for `n` points, a power of two of at least 2 (complex points, or real samples when
+    /// `complex` is false). May be called again with other arguments; with the same ones it allocates
+    /// nothing.
+    void Init(int n, bool complex, bool forward);
+
+    /// Transforms `n` complex values, interleaved (real, imaginary), 2n floats in natural order both ways.
+    /// Forward: X[k] = sum x[j] exp(-2 pi i j k / n), unscaled. Inverse: the positive exponent, scaled by
+    /// 1/n, so that a forward and an inverse object undo each other.
+    void ComplexFFT(float* a);
+
+    /// Transforms `n` real samples, unscaled, whatever the direction given to `Init`: a[0] = R[0],
+    /// a[1] = R[n/2], a[2k] = R[k], a[2k+1] = I[k] with R[k] = sum a[j] cos(2 pi j k / n) and
+    /// I[k] = sum a[j] sin(2 pi j k / n) (the positive sine).
+    void RealFFT(float* a);
+
+    /// Number of points given to `Init`, 0 before it.
+    int Points() const { return n_; }
+    /// The twiddle table in bit-reversed order, for kernels that run the same transform their own way.
+    const float* Twiddles() const { return w_.data(); }
+
+  private:
+    // Lengths below count floats, so a complex transform of n points has 2n.
+    static void cdft(int n, int sign, float* a, int* ip, float* w);
+    static void rdft(int n, int sign, float* a, int* ip, float* w);
+    static void makewt(int nw, int* ip, float* w);
+    static void makect(int nc, int* ip, float* c);
+    static void bitrv2(int n, int* ip, float* a);
+    static void bitrv2conj(int n, int* ip, float* a);
+    static void cftfsub(int n, float* a, const float* w);
+    static void cftbsub(int n, float* a, const float* w);
+    static void cft1st(int n, float* a, const float* w);
+    static void cftmdl(int n, int l, float* a, const float* w);
+    static void rftfsub(int n, float* a, int nc, const float* c);
+    static void rftbsub(int n, float* a, int nc, const float* c);
+
+    std::vector<int> ip_;  ///< table lengths in the first two, then the bit-reversal work area
+    std::vector<float> w_; ///< cosines and sines
+    int n_ = 0;
+    bool complex_ = false;
+    bool forward_ = false;
+};
+
+} // namespace vocafade

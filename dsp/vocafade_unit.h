@@ -1,0 +1,110 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "base/critical_section.h"
+#include "dsp/fft.h"
+#include "dsp/kernels/spectral_kernels.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace vocafade {
+
+/// Takes the part of a stereo stream away that stands at one place of the stereo image inside a frequency
+/// band.
+///
+/// Both streams are cut into overlapping Hann-windowed frames. A phase vocoder gives each frame's magnitude
+/// and true frequency in every bin; in the band, each channel's magnitude is reduced by the other's; the rest
+/// is resynthesised with running phases and overlap-added. Samples go in and come out one for one, later by
+/// `Latency()`; the caller's block size does not matter.
+///
+/// [audio-thread] for `Operate`; the owner holds its lock around every call, `GetOverLevel` and `SetOverFlag`
+/// excepted, which take it themselves.
+class CVocafadeUnit {
+  public:
+    CVocafadeUnit() = default;
+    virtual ~CVocafadeUnit() = default;
+    CVocafadeUnit(const CVocafadeUnit&) = delete;
+    CVocafadeUnit& operator=(const CVocafadeUnit&) = delete;
+
+    /// Starts anew: all audio in flight is dropped, phases return to zero, balance to 1 (the centre). Levels
+    /// and band limits stay. `frameSize` is a power of two, `sampleRate` in Hz (below 1 counts as 1),
+    /// `overlap` at least 1. Allocates only when `frameSize` or `overlap` changes.
+    void Init(int frameSize, int sampleRate, int overlap, CCriticalSection* lock);
+
+    /// [audio-thread] Consumes `count` samples of both inputs, writes as many to both outputs (which may be
+    /// the inputs) and reports `count` in `produced`. Below 1 it does nothing else. Samples that are no
+    /// numbers, or too large for a spectrum in single precision (beyond 1e15), count as silence.
+    void Operate(const float* inL, const float* inR, int count, float* outL, float* outR, int* produced);
+
+    /// Factor applied to every incoming sample.
+    void SetInputLevel(float level) { inputLevel_ = level; }
+    /// Factor applied to every outgoing sample, on top of the unit's own 1.7.
+    void SetOutputLevel(float level) { outputLevel_ = level * 170.0f / 100.0f; }
+    /// Kept for a clip indication; nothing compares against it.
+    void SetOverLevelThreshold(float threshold) { overLevelThreshold_ = threshold; }
+    /// Kept; the owner gates processing.
+    void SetActive(bool active) { active_ = active; }
+    /// Limits of the band in Hz, both inclusive; an upper limit below the lower one removes nothing.
+    void SetCancelFS(unsigned low, unsigned high);
+    /// The left-to-right magnitude ratio of what is removed; 1 is the centre.
+    void SetLRBalance(float balance) { removal_.balance = balance; }
+
+    /// [any-thread] Reads the clip flag into `over` and clears it.
+    void GetOverLevel(bool* over);
+    /// [any-thread] Sets the clip flag.
+    void SetOverFlag();
+
+    /// Samples from input to output: frame size minus hop.
+    int Latency() const { return frameSize_ - hop_; }
+    /// Samples from one frame to the next.
+    int Hop() const { return hop_; }
+
+    /// Kept for callers of the toolkit; does nothing.
+    void Vocafade() {}
+
+  private:
+    /// One channel's transforms and arrays, in the order in which data meets them.
+    struct Channel {
+        CFFT forward;
+        CFFT inverse;
+        std::vector<float> input;         ///< frame size + hop
+        std::vector<float> spectrum;      ///< frame size complex values, interleaved
+        std::vector<float> previousPhase; ///< half the frame size, as the next three
+        std::vector<float> magnitude;
+        std::vector<float> trueFrequency;
+        std::vector<float> phaseSum;
+        std::vector<float> output; ///< overlap-add accumulator, frame size + hop
+
+        void Init(int frameSize, int hop);
+    };
+
+    void ProcessFrame();
+    void GetTrueSpectra(const float* specL, const float* specR);
+    void CreateShiftedVector();
+    void AddFrame(Channel& channel);
+    void ShiftBuffers(Channel& channel) const;
+
+    float inputLevel_ = 1.0f;
+    float outputLevel_ = 1.0f;
+    float overLevelThreshold_ = 0.0f;
+    bool active_ = false;
+    bool over_ = false;
+    CCriticalSection* lock_ = nullptr;
+    int frameSize_ = 0;
+    int frameBits_ = 0; ///< base-2 logarithm of the frame size
+    int hop_ = 0;
+    float sampleRate_ = 0.0f;
+    int overlap_ = 0;
+    kernels::VocoderConstants vocoder_{};
+    kernels::Removal removal_{1.0f, 0, 0};
+    Channel left_;
+    Channel right_;
+    std::vector<float> window_;
+    int readPosition_ = 0;
+    int writePosition_ = 0;
+    int silentLead_ =
+        0; ///< accumulator samples of the next frame that stand for time before the first output
+};
+
+} // namespace vocafade
