@@ -59,10 +59,12 @@ bool CFile::Open(const char* path, unsigned flags) {
         access = O_WRONLY;
     }
     if ((flags & modeCreate) != 0) access |= O_CREAT | ((flags & modeNoTruncate) != 0 ? 0 : O_TRUNC);
-    const int descriptor = ::open(PathFromUrlOrPath(path).c_str(), access | O_CLOEXEC, 0666);
+    // Without O_NONBLOCK a pipe under that name would hold up the caller until somebody writes to it.
+    const int descriptor = ::open(PathFromUrlOrPath(path).c_str(), access | O_CLOEXEC | O_NONBLOCK, 0666);
     if (descriptor < 0) return false;
     struct stat status {};
-    if (::fstat(descriptor, &status) != 0 || S_ISDIR(status.st_mode)) {
+    const bool known = ::fstat(descriptor, &status) == 0;
+    if (!known || S_ISDIR(status.st_mode) || S_ISFIFO(status.st_mode) || S_ISSOCK(status.st_mode)) {
         ::close(descriptor);
         return false;
     }

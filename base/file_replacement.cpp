@@ -2,9 +2,9 @@
 #include "base/file_replacement.h"
 
 #include <cerrno>
-#include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
+#include <random>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
@@ -35,11 +35,10 @@ void SyncFolder(const std::string& folder) {
     ::close(descriptor);
 }
 
-/// The permissions that the new file should have: those of the one it replaces, or the usual ones.
-mode_t ModeFor(const std::string& path) {
+/// Gives the new file the permissions of the one that it will replace.
+void KeepMode(const std::string& path, int descriptor) {
     struct stat status {};
-    if (::stat(path.c_str(), &status) == 0) return status.st_mode & 07777;
-    return 0644;
+    if (::stat(path.c_str(), &status) == 0) ::fchmod(descriptor, status.st_mode & 07777);
 }
 
 } // namespace
@@ -55,12 +54,19 @@ void FileReplacement::Discard() {
 bool FileReplacement::Begin(const std::string& path) {
     Discard();
     target_ = FollowLinks(PathFromUrlOrPath(path.c_str()));
-    const std::string folder = FolderOf(target_);
-    std::string name = folder + "." + target_.substr(target_.rfind('/') + 1) + ".XXXXXX";
-    const int descriptor = ::mkostemp(name.data(), O_CLOEXEC);
-    if (descriptor < 0) return false;
-    temporary_ = name;
-    ::fchmod(descriptor, ModeFor(target_));
+    const std::string stem = FolderOf(target_) + "." + target_.substr(target_.rfind('/') + 1) + ".";
+    std::random_device random;
+    int descriptor = -1;
+    for (int attempt = 0; attempt < 100 && descriptor < 0; ++attempt) {
+        temporary_ = stem + std::to_string(random()) + ".tmp";
+        descriptor = ::open(temporary_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        if (descriptor < 0 && errno != EEXIST) break;
+    }
+    if (descriptor < 0) {
+        temporary_.clear();
+        return false;
+    }
+    KeepMode(target_, descriptor);
     return file_.Attach(descriptor, CFile::modeReadWrite);
 }
 

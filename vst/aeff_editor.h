@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "vst/aeffect.h"
+
+namespace vocafade {
+
+class AudioEffect;
+
+/// An effect's editor as the dispatcher sees it. Every operation is [main-thread].
+class AEffEditor {
+  public:
+    explicit AEffEditor(AudioEffect* owner = nullptr) : effect(owner) {}
+    virtual ~AEffEditor() = default;
+    AEffEditor(const AEffEditor&) = delete;
+    AEffEditor& operator=(const AEffEditor&) = delete;
+
+    virtual AudioEffect* getEffect() { return effect; }
+    /// Hands out the editor's rectangle in pixels; false when there is none.
+    virtual bool getRect(ERect** rect) {
+        *rect = nullptr;
+        return false;
+    }
+    /// Opens inside the host's native parent window `ptr`.
+    virtual bool open(void* ptr) {
+        systemWindow = ptr;
+        return false;
+    }
+    virtual void close() { systemWindow = nullptr; }
+    virtual bool isOpen() { return systemWindow != nullptr; }
+    /// Called by the host again and again while the editor is open.
+    virtual void idle() {}
+
+    virtual void draw(ERect* rect) { (void)rect; }
+    virtual std::int32_t mouse(std::int32_t x, std::int32_t y) {
+        (void)x;
+        (void)y;
+        return 0;
+    }
+    virtual std::int32_t key(std::int32_t keyCode) {
+        (void)keyCode;
+        return 0;
+    }
+    virtual void top() {}
+    virtual void sleep() {}
+
+    virtual bool onKeyDown(VstKeyCode& keyCode) {
+        (void)keyCode;
+        return false;
+    }
+    virtual bool onKeyUp(VstKeyCode& keyCode) {
+        (void)keyCode;
+        return false;
+    }
+    virtual bool onWheel(float distance) {
+        (void)distance;
+        return false;
+    }
+    virtual bool setKnobMode(std::int32_t mode) {
+        (void)mode;
+        return false;
+    }
+
+  protected:
+    AudioEffect* effect;
+    void* systemWindow = nullptr;
+};
+
+} // namespace vocafade
