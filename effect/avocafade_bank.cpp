@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: MIT
+#include "base/file.h"
+#include "effect/avocafade.h"
+#include "persistence/default_bank.h"
+#include "persistence/settings_folder.h"
+
+#include <cstring>
+#include <span>
+
+namespace vocafade {
+namespace {
+
+/// Longest folder that is taken from a host, without its terminator.
+constexpr std::size_t kLongestFolder = 2047;
+
+} // namespace
+
+std::uint32_t AVocafade::getDWordFile(CFile* file) { return vocafade::getDWordFile(file); }
+
+std::uint16_t AVocafade::getWordFile(CFile* file) { return vocafade::getWordFile(file); }
+
+std::string AVocafade::FolderOfPlugin() {
+    const auto* answer = static_cast<const char*>(getDirectory());
+    if (answer == nullptr) return {};
+    std::string folder(answer, ::strnlen(answer, kLongestFolder));
+    if (folder.size() < 2 || folder.back() == '/') return folder;
+    // A slash in the first place is not looked at, and a text without any is kept whole.
+    const std::size_t slash = folder.rfind('/');
+    if (slash != std::string::npos && slash > 0) folder.resize(slash + 1);
+    return folder;
+}
+
+void AVocafade::LoadBank() {
+    std::string path = SettingsFolder() + kDefaultBankName;
+    if (!CFileFind().FindFile(path.c_str())) {
+        pluginFolder_ = FolderOfPlugin();
+        path = pluginFolder_ + kDefaultBankName;
+    }
+    BankFile bank = ReadBankFile(path, kUniqueId, sizeof(ProgramSet));
+    switch (bank.content) {
+    case BankContent::unreadable:
+    case BankContent::notABank:
+    case BankContent::foreign:
+        return; // the built-in programs stay
+    case BankContent::chunk: {
+        // A file that ends early gives the programs that it holds whole.
+        const std::size_t whole = bank.chunk.size() - bank.chunk.size() % sizeof(AVocafadeProgram);
+        setChunk(bank.chunk.data(), static_cast<std::int32_t>(whole), false);
+        break;
+    }
+    case BankContent::otherKind:
+        break;
+    }
+    CopyPrograms(initial_, programs_);
+    SetFactoryProgram();
+}
+
+void AVocafade::SetFactoryProgram() {
+    getDirectory(); // some hosts note who asks; the answer that counts is the one `open` kept
+    // The folder is empty when the user's own bank was found: the factory programs then come from a bank in
+    // the current directory, if there is one, and otherwise stay as they are built in.
+    const BankFile bank = ReadBankFile(pluginFolder_ + kDefaultBankName, kUniqueId, sizeof(ProgramSet));
+    if (bank.content != BankContent::chunk) return;
+    ProgramSet programs;
+    CopyPrograms(programs, factory_);
+    const std::size_t whole = bank.chunk.size() - bank.chunk.size() % sizeof(AVocafadeProgram);
+    std::memcpy(programs.data(), bank.chunk.data(), whole);
+    CopyPrograms(factory_, programs);
+}
+
+void AVocafade::SaveProgram(std::int32_t index, const CString& name) {
+    if (!IsProgram(index)) return;
+    const auto slot = static_cast<std::size_t>(index);
+    const auto edited = static_cast<std::size_t>(curProgram.load());
+    CopyProgram(programs_[slot], programs_[edited]);
+    SetName(programs_[slot], name);
+    CopyProgram(initial_[slot], programs_[slot]);
+    // The slot that was being edited returns to its stored state; the edited settings live on in the new one.
+    CopyProgram(programs_[edited], initial_[edited]);
+    setProgram(index);
+    programs_[0].currentProgram = curProgram;
+
+    ProgramSet chunk;
+    CopyPrograms(chunk, programs_);
+    const std::string path = SettingsFolder() + kDefaultBankName;
+    const bool saved = WriteBankFile(path, kUniqueId, kProgramCount, std::as_bytes(std::span(chunk)));
+    if (!saved && messageHook_) messageHook_(kSaveFailedString, path);
+    updateDisplay();
+}
+
+} // namespace vocafade

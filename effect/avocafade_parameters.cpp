@@ -1,0 +1,168 @@
+// SPDX-License-Identifier: MIT
+#include "effect/avocafade.h"
+#include "vst/opcodes.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+
+namespace vocafade {
+namespace {
+
+/// The engine takes levels as the host's 0 to 1: what is no number counts as the minimum.
+float SafeLevel(float normalised) { return normalised > 0.0f ? std::min(normalised, 1.0f) : 0.0f; }
+
+/// A value that was typed in its display unit, as the host's 0 to 1.
+float NormalizeDisplayValue(std::int32_t index, float display) {
+    if (index != kParameterOutput && index != kParameterInput) return ValToNormalizeValue(index, display);
+    const ParameterRange& row = ParameterRow(index);
+    const float gain = static_cast<float>(std::exp2(display / 6.0));
+    return ValToNormalizeValue(
+        index, std::clamp(gain, static_cast<float>(row.minimum), static_cast<float>(row.maximum)));
+}
+
+} // namespace
+
+std::atomic<float>& AVocafade::CachedInternal(std::int32_t index) {
+    switch (index) {
+    case kParameterOutput:
+        return outputDb_;
+    case kParameterInput:
+        return inputDb_;
+    case kParameterLoFreq:
+        return loFreqHz_;
+    case kParameterHiFreq:
+        return hiFreqHz_;
+    default:
+        return position_;
+    }
+}
+
+void AVocafade::SetOnOff(float value) {
+    const CSingleLock hold(audioLock_);
+    onOff_ = value;
+}
+
+void AVocafade::StoreParameter(std::int32_t index, float value) {
+    if (index == kParameterOnOff) {
+        SetOnOff(value);
+    } else {
+        normalized_[static_cast<std::size_t>(index)] = value;
+    }
+    StoreValue(Current(), index, value);
+}
+
+void AVocafade::TellEngine(std::int32_t index, float value) {
+    // Levels travel normalised, frequencies and the position in their own units; the engine expects it so.
+    const std::int32_t internal = TruncateToInt(NormalizeValToInternalVal(index, value));
+    switch (index) {
+    case kParameterOnOff:
+        engine_.set_Activate(TruncateToInt(value) != 0);
+        break;
+    case kParameterOutput:
+        engine_.set_OutputLevel(SafeLevel(value));
+        break;
+    case kParameterInput:
+        engine_.set_InputLevel(SafeLevel(value));
+        break;
+    case kParameterLoFreq:
+        engine_.set_VocafadeLoFS(static_cast<unsigned>(internal));
+        break;
+    case kParameterHiFreq:
+        engine_.set_VocafadeHiFS(static_cast<unsigned>(internal));
+        break;
+    case kParameterPosition:
+        engine_.set_LRate(internal);
+        break;
+    default:
+        break;
+    }
+}
+
+void AVocafade::ApplyParameter(std::int32_t index, float value) {
+    if (index < 0 || index >= kParameterCount) return;
+    if (index != kParameterOnOff) CachedInternal(index) = NormalizeValToInternalVal(index, value);
+    StoreParameter(index, value);
+    TellEngine(index, value);
+}
+
+void AVocafade::TellListener(std::int32_t index, float value) {
+    if (EffectListener* listener = listener_.load(std::memory_order_acquire)) {
+        listener->UpdateControl(index, value);
+    }
+}
+
+void AVocafade::TellModified() {
+    if (EffectListener* listener = listener_.load(std::memory_order_acquire)) listener->UpdateModify();
+}
+
+void AVocafade::setParameter(std::int32_t index, float value) {
+    TellListener(index, value);
+    ApplyParameter(index, value);
+}
+
+void AVocafade::setParameterFormUI(std::int32_t index, float value) {
+    ApplyParameter(index, value);
+    CallHost(audioMasterAutomate, index, 0, nullptr, value);
+}
+
+void AVocafade::setParameterFromDiaplay(std::int32_t index, float displayValue) {
+    float normalised = displayValue;
+    if (index > kParameterOnOff && index < kParameterCount) {
+        // The display keeps what was typed, even where the gain behind it is limited.
+        CachedInternal(index) = displayValue;
+        normalised = NormalizeDisplayValue(index, displayValue);
+        StoreParameter(index, normalised);
+        TellEngine(index, normalised);
+    }
+    TellListener(index, normalised);
+    CallHost(audioMasterAutomate, index, 0, nullptr, normalised);
+    endEdit(index); // without a beginning: typing is one step
+}
+
+float AVocafade::getParameter(std::int32_t index) {
+    if (index == kParameterOnOff) return onOff_;
+    if (index < 0 || index >= kParameterCount) return 0.0f;
+    return normalized_[static_cast<std::size_t>(index)];
+}
+
+void AVocafade::getParameterName(std::int32_t index, char* text) { std::strcpy(text, ParameterName(index)); }
+
+void AVocafade::getParameterLabel(std::int32_t index, char* label) {
+    std::strcpy(label, ParameterLabel(index));
+}
+
+void AVocafade::getParameterDisplay(std::int32_t index, char* text) {
+    if (index == kParameterOnOff) {
+        std::strcpy(text, onOff_ == 1.0f ? "ON" : "OFF");
+        return;
+    }
+    if (index < 0 || index >= kParameterCount) return;
+    char shown[24]; // more than any value that the editor accepts needs
+    std::snprintf(shown, sizeof shown, "%.1f", static_cast<double>(CachedInternal(index)));
+    std::strcpy(text, std::strcmp(shown, "-0.0") == 0 ? "0.0" : shown);
+}
+
+float AVocafade::getParameterDisplayVal(std::int32_t index) {
+    if (index == kParameterOnOff) return onOff_;
+    if (index < 0 || index >= kParameterCount) return 0.0f;
+    const float internal = CachedInternal(index);
+    return internal < 0.0f ? internal - 0.05f : internal + 0.05f;
+}
+
+bool AVocafade::getParameterProperties(std::int32_t index, VstParameterProperties* properties) {
+    std::memset(properties, 0, sizeof *properties);
+    getParameterLabel(index, properties->label);
+    const ParameterRange& row = ParameterRow(index);
+    properties->flags = kVstParameterUsesIntegerMinMax | kVstParameterUsesIntStep;
+    if (row.integer != 0) properties->flags |= kVstParameterIsSwitch;
+    properties->minInteger = static_cast<std::int32_t>(row.minimum);
+    properties->maxInteger = static_cast<std::int32_t>(row.maximum);
+    properties->stepInteger = 128;
+    properties->largeStepInteger = 256;
+    properties->displayIndex = static_cast<std::int16_t>(index);
+    return true;
+}
+
+} // namespace vocafade
