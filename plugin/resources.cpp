@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: MIT
+#include "plugin/resources.h"
+
+#include "base/cstring.h"
+#include "base/file.h"
+
+#include <cstring>
+#include <dlfcn.h>
+
+namespace vocafade {
+
+std::string ResourceFolder() {
+    Dl_info info{};
+    if (::dladdr(reinterpret_cast<const void*>(&ResourceFolder), &info) == 0 || info.dli_fname == nullptr) {
+        return {};
+    }
+    std::string path = info.dli_fname;
+    const std::size_t slash = path.rfind('/');
+    path.resize(slash == std::string::npos ? 0 : slash + 1);
+    return path + "Resources/";
+}
+
+std::optional<std::string> getResourcePath(int id, const char* bundleIdentifier) {
+    if (bundleIdentifier == nullptr || std::strcmp(bundleIdentifier, kBundleIdentifier) != 0) return {};
+    CString name;
+    name.Format("bmp%05d.png", id);
+    const std::string path = ResourceFolder() + name.str();
+    if (!CFileFind().FindFile(path.c_str())) return {};
+    return path;
+}
+
+} // namespace vocafade
