@@ -1,0 +1,316 @@
+// SPDX-License-Identifier: MIT
+// The engine through its front: what becomes of sound, whatever the blocks.
+#include "base/float_mode.h"
+#include "dsp/vocafade_manager.h"
+#include "tests/dsp/plain_model.h"
+#include "tests/support/signals.h"
+
+#include <algorithm>
+#include <chrono>
+#include <gtest/gtest.h>
+#include <limits>
+#include <random>
+
+namespace vocafade::test {
+namespace {
+
+constexpr std::size_t kLatency = 1707;
+constexpr std::size_t kHop = 341;
+constexpr double kRate = 44100.0;
+constexpr double kPassGain = 1.27; ///< of the untouched signal, about
+
+/// An engine at a rate, with a band, fed in blocks.
+class Engine {
+  public:
+    explicit Engine(double rate = kRate, unsigned low = 0, unsigned high = 30000) {
+        manager.SetSampleSize(4096);
+        SetRate(rate);
+        manager.set_VocafadeLoFS(low);
+        manager.set_VocafadeHiFS(high);
+    }
+
+    void SetRate(double rate) {
+        tWAVEFORMATEX format{};
+        format.nChannels = 2;
+        format.nSamplesPerSec = static_cast<std::uint32_t>(rate);
+        manager.SetMediaType(&format);
+    }
+
+    void Block(const float* left, const float* right, std::size_t count, float* outL, float* outR) {
+        const AudioFloatMode mode;
+        float* in[] = {const_cast<float*>(left), const_cast<float*>(right)};
+        float* out[] = {outL, outR};
+        int produced = -1;
+        manager.Transform(in, static_cast<int>(count), out, &produced);
+        EXPECT_EQ(produced, static_cast<int>(count));
+    }
+
+    template <typename NextSize>
+    StereoSamples Run(const StereoSamples& input, NextSize nextSize) {
+        StereoSamples output{Samples(input.left.size()), Samples(input.left.size())};
+        for (std::size_t done = 0; done < input.left.size();) {
+            const std::size_t count = std::min<std::size_t>(nextSize(), input.left.size() - done);
+            Block(&input.left[done], &input.right[done], count, &output.left[done], &output.right[done]);
+            done += count;
+        }
+        return output;
+    }
+
+    StereoSamples Run(const StereoSamples& input, std::size_t block = 512) {
+        return Run(input, [block] { return block; });
+    }
+
+    CVocafadeManager manager;
+};
+
+StereoSamples StereoNoise(std::size_t count) { return {Noise(count, 1), Noise(count, 2)}; }
+
+bool AllFinite(const Samples& samples, std::size_t from) {
+    return std::all_of(samples.begin() + static_cast<std::ptrdiff_t>(from), samples.end(),
+                       [](float s) { return std::isfinite(s); });
+}
+
+TEST(Engine, AgreesWithAnIndependentPlainModel) {
+    StereoSamples input = StereoNoise(22050);
+    const Samples tone = Sine(22050, 997.0, kRate, 0.4f);
+    for (std::size_t i = 0; i < tone.size(); ++i) {
+        input.left[i] += tone[i];
+        input.right[i] += 0.5f * tone[i];
+    }
+    struct Case {
+        int position;
+        unsigned low;
+        unsigned high;
+    };
+    for (const Case& c : {Case{64, 20, 20000}, Case{30, 400, 9000}, Case{100, 400, 9000},
+                          Case{127, 20, 20000}, Case{64, 9000, 400}}) {
+        Engine engine(kRate, c.low, c.high);
+        engine.manager.set_LRate(c.position);
+        const double balance = c.position == 64 ? 1.0 : (127.0 - c.position) / c.position;
+        const StereoSamples output = engine.Run(input);
+        const StereoSamples model =
+            PlainModel(input, {kRate, static_cast<double>(c.low), static_cast<double>(c.high), balance});
+        EXPECT_GT(FitDb(model.left.data(), output.left.data(), output.left.size()), 55.0) << c.position;
+        EXPECT_GT(FitDb(model.right.data(), output.right.data(), output.right.size()), 55.0) << c.position;
+        EXPECT_NEAR(Power(output.left) / Power(model.left), 1.0, 1e-3);
+    }
+}
+
+TEST(Engine, GivesTheSameBitsAtAnyBlockSize) {
+    const StereoSamples input = StereoNoise(30000);
+    const StereoSamples whole = Engine().Run(input, input.left.size());
+    for (const std::size_t block : {1u, 7u, 340u, 341u, 342u, 4096u, 5000u}) {
+        const StereoSamples output = Engine().Run(input, block);
+        EXPECT_EQ(output.left, whole.left) << block;
+        EXPECT_EQ(output.right, whole.right) << block;
+    }
+    std::mt19937 random(9);
+    const StereoSamples output = Engine().Run(input, [&random] { return 1 + random() % 1500; });
+    EXPECT_EQ(output.left, whole.left);
+    EXPECT_EQ(output.right, whole.right);
+}
+
+TEST(Engine, MayWriteOverItsInput) {
+    const StereoSamples input = StereoNoise(8000);
+    const StereoSamples expected = Engine().Run(input);
+    StereoSamples data = input;
+    Engine engine;
+    for (std::size_t done = 0; done < data.left.size(); done += 500) {
+        engine.Block(&data.left[done], &data.right[done], 500, &data.left[done], &data.right[done]);
+    }
+    EXPECT_EQ(data.left, expected.left);
+    EXPECT_EQ(data.right, expected.right);
+}
+
+TEST(Engine, StaysSilentForExactlyItsLatency) {
+    StereoSamples input = StereoNoise(6000);
+    for (const unsigned high : {20000u, 20u}) { // with and without a band: leaks of modified frames count
+        Engine engine(kRate, 400, high);
+        for (int pass = 0; pass < 2; ++pass) { // a new start is as silent as the first
+            engine.SetRate(kRate);
+            const StereoSamples output = engine.Run(input);
+            for (std::size_t i = 0; i < kLatency; ++i) {
+                ASSERT_EQ(output.left[i], 0.0f) << i;
+                ASSERT_EQ(output.right[i], 0.0f) << i;
+            }
+            EXPECT_NE(output.left[kLatency], 0.0f);
+        }
+    }
+}
+
+TEST(Engine, RemovesTheCentreAndKeepsTheSides) {
+    constexpr std::size_t count = 44100;
+    const Samples centre = Noise(count, 3);
+    Engine all;
+    const StereoSamples silenced = all.Run({centre, centre});
+    EXPECT_LT(Power(silenced.left, kLatency), 1e-12 * Power(centre));
+    EXPECT_LT(Power(silenced.right, kLatency), 1e-12 * Power(centre));
+
+    // Only left: it stays left, and its negated magnitudes appear on the right with the right's own phases.
+    const StereoSamples side = Engine().Run({centre, Samples(count)});
+    EXPECT_GT(FitDb(centre.data(), side.left.data() + kLatency, count - kLatency), 30.0);
+    EXPECT_NEAR(std::sqrt(Power(side.left, 4096) / Power(centre)), kPassGain, 0.03);
+    EXPECT_GT(Power(side.right, 4096), 0.005 * Power(side.left, 4096));
+}
+
+TEST(Engine, RemovesThePlaceThatPositionNames) {
+    constexpr std::size_t count = 22050;
+    const Samples tone = Noise(count, 4);
+    for (const int position : {20, 64, 100}) {
+        const float ratio =
+            position == 64 ? 1.0f : static_cast<float>(127 - position) / static_cast<float>(position);
+        // A source there has its left magnitude `balance` times less or more than its right one.
+        StereoSamples input{Samples(count), Samples(count)};
+        for (std::size_t i = 0; i < count; ++i) {
+            input.left[i] = tone[i] * std::min(ratio, 1.0f);
+            input.right[i] = tone[i] * std::min(1.0f / ratio, 1.0f);
+        }
+        Engine there;
+        there.manager.set_LRate(position);
+        const StereoSamples removed = there.Run(input);
+        const double before = Power(input.left) + Power(input.right);
+        EXPECT_LT(Power(removed.left, 4096) + Power(removed.right, 4096), 1e-9 * before) << position;
+
+        Engine elsewhere;
+        elsewhere.manager.set_LRate(position == 64 ? 100 : 127 - position);
+        const StereoSamples kept = elsewhere.Run(input);
+        EXPECT_GT(Power(kept.left, 4096) + Power(kept.right, 4096), 0.05 * before) << position;
+    }
+}
+
+TEST(Engine, TakesOddPositionsAsDocumented) {
+    const StereoSamples input = StereoNoise(8000);
+    const auto at = [&input](int position) {
+        Engine engine;
+        engine.manager.set_LRate(position);
+        return engine.Run(input).left;
+    };
+    EXPECT_EQ(at(0), at(1));
+    EXPECT_EQ(at(-50), at(1));
+    EXPECT_NE(at(63), at(64));
+    EXPECT_TRUE(AllFinite(at(1000), 0)); // a negative balance is used as it is
+}
+
+TEST(Engine, LeavesEverythingOutsideTheBandAlone) {
+    constexpr std::size_t count = 44100;
+    const auto kept = [](double hertz) {
+        const Samples tone = Sine(count, hertz, kRate);
+        const StereoSamples output = Engine(kRate, 1000, 5000).Run({tone, tone});
+        return std::sqrt(Power(output.left, 8192) / Power(tone));
+    };
+    EXPECT_NEAR(kept(500.0), kPassGain, 0.05);
+    EXPECT_NEAR(kept(8000.0), kPassGain, 0.05);
+    EXPECT_LT(kept(1500.0), 1e-5);
+    EXPECT_LT(kept(4500.0), 1e-5);
+    // A band whose lower limit is above its upper one removes nothing.
+    const StereoSamples input = StereoNoise(count);
+    const StereoSamples output = Engine(kRate, 5000, 1000).Run(input);
+    EXPECT_GT(FitDb(input.left.data(), output.left.data() + kLatency, count - kLatency), 30.0);
+}
+
+TEST(Engine, AppliesLevelsAsPlainFactors) {
+    const StereoSamples input = StereoNoise(8000);
+    const Samples plain = Engine().Run(input).left;
+    Engine engine;
+    engine.manager.set_InputLevel(0.25f);
+    engine.manager.set_OutputLevel(0.5f);
+    const Samples scaled = engine.Run(input).left;
+    for (std::size_t i = 0; i < plain.size(); ++i) {
+        ASSERT_NEAR(scaled[i], plain[i] * 0.125f, 2e-6f) << i;
+    }
+}
+
+TEST(Engine, ForgetsItsBalanceButNotItsBandAtANewFormat) {
+    const StereoSamples input = StereoNoise(8000);
+    Engine engine(kRate, 400, 9000);
+    engine.manager.set_LRate(20);
+    engine.SetRate(kRate);
+    EXPECT_EQ(engine.Run(input).left, Engine(kRate, 400, 9000).Run(input).left);
+}
+
+TEST(Engine, LeavesOutputsAloneWhileOffAndPlaysTheOldTailOutFirst) {
+    const StereoSamples input = StereoNoise(4000);
+    Engine engine;
+    engine.Run(input);
+    engine.manager.set_Activate(false);
+    Samples left(100, 7.0f);
+    Samples right(100, 8.0f);
+    engine.Block(input.left.data(), input.right.data(), 100, left.data(), right.data());
+    EXPECT_EQ(left, Samples(100, 7.0f));
+    EXPECT_EQ(right, Samples(100, 8.0f));
+    engine.Block(nullptr, nullptr, 0, nullptr, nullptr);
+
+    engine.manager.set_Activate(true);
+    const Samples silence(4000);
+    const StereoSamples tail = engine.Run({silence, silence});
+    EXPECT_GT(Power(tail.left), 1e-4);
+}
+
+TEST(Engine, RecoversFromWhatIsNoSoundWithinOneFrameAndOneHop) {
+    using Limits = std::numeric_limits<float>;
+    for (const float bad :
+         {Limits::quiet_NaN(), Limits::infinity(), -Limits::infinity(), Limits::max(), 1e30f}) {
+        StereoSamples input = StereoNoise(20000);
+        std::fill_n(input.left.begin() + 6000, 700, bad);
+        const StereoSamples output = Engine().Run(input);
+        const std::size_t clean = 6000 + 700 + 2048 + kHop;
+        EXPECT_TRUE(AllFinite(output.left, clean)) << bad;
+        EXPECT_TRUE(AllFinite(output.right, clean)) << bad;
+        EXPECT_GT(Power(output.left, clean), 0.01) << bad; // and it is sound again
+        EXPECT_LT(Power(output.left, clean), 10.0) << bad;
+    }
+}
+
+TEST(Engine, KeepsItsPhaseForTenMinutes) {
+#ifdef VOCAFADE_SANITIZED
+    constexpr std::size_t seconds = 20; // the precision is no concern of a sanitizer
+#else
+    constexpr std::size_t seconds = 600;
+#endif
+    constexpr std::size_t count = 44100;
+    Engine engine(kRate, 20000, 20); // nothing is removed: a pure pass-through
+    Samples before;
+    double worst = 1e9;
+    for (std::size_t second = 0; second < seconds; ++second) {
+        const StereoSamples input{Noise(count, static_cast<unsigned>(2 * second)),
+                                  Noise(count, static_cast<unsigned>(2 * second + 1))};
+        const StereoSamples output = engine.Run(input);
+        if (second + 10 >= seconds) {
+            worst =
+                std::min(worst, FitDb(input.left.data(), output.left.data() + kLatency, count - kLatency));
+        }
+    }
+    EXPECT_GE(worst, 31.0);
+}
+
+TEST(Engine, SpendsNoMoreTimeOnSilenceThanOnNoise) {
+#ifdef VOCAFADE_SANITIZED
+    GTEST_SKIP() << "times mean nothing here";
+#endif
+    const auto time = [](float amplitude) {
+        const StereoSamples input{Noise(88200, 1, amplitude), Noise(88200, 2, amplitude)};
+        double best = 1e9;
+        for (int run = 0; run < 5; ++run) {
+            Engine engine;
+            const auto start = std::chrono::steady_clock::now();
+            engine.Run(input);
+            best = std::min(best,
+                            std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
+        }
+        return best;
+    };
+    const double noise = time(0.5f);
+    EXPECT_LT(time(0.0f), 1.5 * noise);
+    EXPECT_LT(time(1e-39f), 1.5 * noise); // denormal numbers only
+    EXPECT_LT(time(1e-36f), 1.5 * noise); // whose products are
+}
+
+TEST(Engine, WorksAtOddRates) {
+    const StereoSamples input = StereoNoise(10000);
+    for (const double rate : {0.0, 1.0, 8000.0, 48000.0, 384000.0, 4294967295.0}) {
+        EXPECT_TRUE(AllFinite(Engine(rate, 400, 9000).Run(input).left, 0)) << rate;
+    }
+}
+
+} // namespace
+} // namespace vocafade::test

@@ -1,0 +1,125 @@
+// SPDX-License-Identifier: MIT
+#include "dsp/fft.h"
+#include "tests/support/signals.h"
+
+#include <algorithm>
+#include <complex>
+#include <gtest/gtest.h>
+
+namespace vocafade::test {
+namespace {
+
+using Complex = std::complex<double>;
+
+/// The transform by its definition, in double precision.
+std::vector<Complex> PlainTransform(const std::vector<Complex>& x, double sign) {
+    const std::size_t n = x.size();
+    std::vector<Complex> result(n);
+    for (std::size_t k = 0; k < n; ++k) {
+        for (std::size_t j = 0; j < n; ++j) {
+            const double turn =
+                sign * 2.0 * std::numbers::pi * static_cast<double>(j * k % n) / static_cast<double>(n);
+            result[k] += x[j] * std::polar(1.0, turn);
+        }
+    }
+    return result;
+}
+
+std::vector<Complex> ToComplex(const Samples& interleaved) {
+    std::vector<Complex> values;
+    for (std::size_t i = 0; i < interleaved.size(); i += 2) {
+        values.emplace_back(interleaved[i], interleaved[i + 1]);
+    }
+    return values;
+}
+
+double LargestError(const std::vector<Complex>& a, const std::vector<Complex>& b) {
+    double error = 0.0;
+    for (std::size_t i = 0; i < a.size(); ++i) {
+        error = std::max(error, std::abs(a[i] - b[i]));
+    }
+    return error;
+}
+
+TEST(Fft, MatchesTheDefinitionBothWaysAtEveryLength) {
+    CFFT forward;
+    CFFT inverse;
+    for (int n = 2; n <= 2048; n *= 2) {
+        forward.Init(n, true, true);
+        inverse.Init(n, true, false);
+        const auto size = static_cast<std::size_t>(n);
+        const Samples input = Noise(2 * size, static_cast<unsigned>(n));
+        Samples data = input;
+        forward.ComplexFFT(data.data());
+        // Single precision gains about one rounding a pass on values that grow like the root of n.
+        const double tolerance = 1e-6 * std::sqrt(n) * (std::log2(n) + 1.0);
+        EXPECT_LT(LargestError(ToComplex(data), PlainTransform(ToComplex(input), -1.0)), tolerance) << n;
+
+        Samples back = data;
+        inverse.ComplexFFT(back.data());
+        EXPECT_LT(LargestError(ToComplex(back), ToComplex(input)), 2e-6) << n;
+    }
+}
+
+TEST(Fft, GivesExactSpectraOfAnImpulseAndOfOneBin) {
+    constexpr int n = 256;
+    CFFT fft;
+    fft.Init(n, true, true);
+    Samples impulse(2 * n);
+    impulse[0] = 1.0f;
+    fft.ComplexFFT(impulse.data());
+    for (int k = 0; k < n; ++k) {
+        EXPECT_EQ(impulse[static_cast<std::size_t>(2 * k)], 1.0f);
+        EXPECT_EQ(impulse[static_cast<std::size_t>(2 * k + 1)], 0.0f);
+    }
+
+    constexpr std::size_t bin = 37;
+    Samples wave(2 * n);
+    for (std::size_t j = 0; j < n; ++j) {
+        const double turn = 2.0 * std::numbers::pi * static_cast<double>(bin * j % n) / n;
+        wave[2 * j] = static_cast<float>(std::cos(turn));
+        wave[2 * j + 1] = static_cast<float>(std::sin(turn));
+    }
+    fft.ComplexFFT(wave.data());
+    std::vector<Complex> expected(n);
+    expected[bin] = n;
+    EXPECT_LT(LargestError(ToComplex(wave), expected), 1e-4);
+}
+
+TEST(Fft, PacksARealTransformWithThePositiveSine) {
+    for (int n = 4; n <= 1024; n *= 4) {
+        const auto size = static_cast<std::size_t>(n);
+        for (const bool forward : {true, false}) {
+            CFFT fft;
+            fft.Init(n, false, forward);
+            const Samples input = Noise(size, 5);
+            Samples data = input;
+            fft.RealFFT(data.data());
+            const std::vector<Complex> expected = PlainTransform({input.begin(), input.end()}, 1.0);
+            const double tolerance = 2e-5;
+            EXPECT_NEAR(data[0], expected[0].real(), tolerance);
+            EXPECT_NEAR(data[1], expected[size / 2].real(), tolerance);
+            for (std::size_t k = 1; k < size / 2; ++k) {
+                ASSERT_NEAR(data[2 * k], expected[k].real(), tolerance) << n << " " << k;
+                ASSERT_NEAR(data[2 * k + 1], expected[k].imag(), tolerance) << n << " " << k;
+            }
+        }
+    }
+}
+
+TEST(Fft, WorksAtANewLengthAfterASecondInit) {
+    CFFT fft;
+    fft.Init(512, true, true);
+    fft.Init(64, true, false);
+    const Samples input = Noise(128, 3);
+    Samples data = input;
+    fft.ComplexFFT(data.data());
+    std::vector<Complex> expected = PlainTransform(ToComplex(input), 1.0);
+    for (Complex& value : expected) {
+        value /= 64.0;
+    }
+    EXPECT_LT(LargestError(ToComplex(data), expected), 1e-6);
+}
+
+} // namespace
+} // namespace vocafade::test

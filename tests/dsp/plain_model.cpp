@@ -1,0 +1,109 @@
+// SPDX-License-Identifier: MIT
+#include "tests/dsp/plain_model.h"
+
+#include <algorithm>
+#include <complex>
+
+namespace vocafade::test {
+namespace {
+
+using Complex = std::complex<double>;
+constexpr int kFrame = 2048;
+constexpr int kOverlap = 6;
+constexpr int kHop = kFrame / kOverlap;
+constexpr int kBins = kFrame / 2;
+constexpr double kTurn = 2.0 * std::numbers::pi;
+
+/// Recursive decimation in time.
+std::vector<Complex> Transform(const std::vector<Complex>& x, double sign) {
+    const std::size_t n = x.size();
+    if (n == 1) return x;
+    std::vector<Complex> even;
+    std::vector<Complex> odd;
+    for (std::size_t i = 0; i < n; i += 2) {
+        even.push_back(x[i]);
+        odd.push_back(x[i + 1]);
+    }
+    even = Transform(even, sign);
+    odd = Transform(odd, sign);
+    std::vector<Complex> result(n);
+    for (std::size_t k = 0; k < n / 2; ++k) {
+        const Complex t =
+            std::polar(1.0, sign * kTurn * static_cast<double>(k) / static_cast<double>(n)) * odd[k];
+        result[k] = even[k] + t;
+        result[k + n / 2] = even[k] - t;
+    }
+    return result;
+}
+
+double Window(int i) { return 0.5 - 0.5 * std::cos(kTurn * i / kFrame); }
+
+struct Voice {
+    std::vector<double> previousPhase = std::vector<double>(kBins);
+    std::vector<double> phaseSum = std::vector<double>(kBins);
+    std::vector<double> magnitude = std::vector<double>(kBins);
+    std::vector<double> advance = std::vector<double>(kBins); ///< radians from this frame to the next
+
+    void Analyse(const Samples& signal, int start) {
+        std::vector<Complex> frame(kFrame);
+        for (int i = 0; i < kFrame; ++i) {
+            const int at = start + i; // what lies before the signal is silence
+            frame[static_cast<std::size_t>(i)] =
+                at >= 0 ? signal[static_cast<std::size_t>(at)] * Window(i) : 0.0;
+        }
+        const std::vector<Complex> spectrum = Transform(frame, -1.0);
+        for (std::size_t k = 0; k < kBins; ++k) {
+            magnitude[k] = std::abs(spectrum[k]);
+            const double phase = std::arg(spectrum[k]);
+            const double expected = kTurn * static_cast<double>(k) * kHop / kFrame;
+            const double deviation = std::remainder(phase - previousPhase[k] - expected, kTurn);
+            previousPhase[k] = phase;
+            // The frequency deviation is scaled by the overlap factor both ways, so it is the advance itself.
+            advance[k] = expected + deviation;
+        }
+    }
+
+    void Synthesise(int start, std::vector<double>& output) {
+        std::vector<Complex> spectrum(kFrame);
+        for (std::size_t k = 0; k < kBins; ++k) {
+            phaseSum[k] = std::remainder(phaseSum[k] + advance[k], kTurn);
+            spectrum[k] = magnitude[k] * std::polar(1.0, phaseSum[k]);
+        }
+        const std::vector<Complex> frame = Transform(spectrum, 1.0);
+        // The first hop of each frame comes too late to be heard; the rest is delayed by the latency.
+        for (int i = kHop; i < kFrame; ++i) {
+            const int at = start + i + kFrame - kHop;
+            if (at < kFrame - kHop || at >= static_cast<int>(output.size())) continue;
+            output[static_cast<std::size_t>(at)] +=
+                frame[static_cast<std::size_t>(i)].real() / kFrame * 4.0 * Window(i) / kOverlap * 1.7;
+        }
+    }
+};
+
+} // namespace
+
+StereoSamples PlainModel(const StereoSamples& input, const ModelSettings& settings) {
+    const int count = static_cast<int>(input.left.size());
+    Voice left;
+    Voice right;
+    std::vector<double> outL(input.left.size());
+    std::vector<double> outR(input.left.size());
+    for (int end = kHop; end <= count; end += kHop) {
+        const int start = end - kFrame;
+        left.Analyse(input.left, start);
+        right.Analyse(input.right, start);
+        for (std::size_t k = 0; k < kBins; ++k) {
+            const double hertz = std::floor(static_cast<double>(k + 1) * settings.sampleRate / kFrame);
+            if (hertz < settings.low || hertz > settings.high) continue;
+            const double a = left.magnitude[k] * (settings.balance > 1.0 ? 1.0 / settings.balance : 1.0);
+            const double c = right.magnitude[k] * (settings.balance > 1.0 ? 1.0 : settings.balance);
+            left.magnitude[k] = a - c;
+            right.magnitude[k] = c - a;
+        }
+        left.Synthesise(start, outL);
+        right.Synthesise(start, outR);
+    }
+    return {Samples(outL.begin(), outL.end()), Samples(outR.begin(), outR.end())};
+}
+
+} // namespace vocafade::test

@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "tests/support/signals.h"
+
+namespace vocafade::test {
+
+struct StereoSamples {
+    Samples left;
+    Samples right;
+};
+
+/// What the model needs to know of the engine's settings.
+struct ModelSettings {
+    double sampleRate = 44100.0;
+    double low = 20.0; ///< Hz
+    double high = 20000.0;
+    double balance = 1.0;
+};
+
+/// The engine's behaviour written down once more, independently: whole signal in double precision, frame by
+/// frame, textbook transform, no streaming and no shared code. Levels are 1 (so the output factor is 1.7).
+StereoSamples PlainModel(const StereoSamples& input, const ModelSettings& settings);
+
+} // namespace vocafade::test

@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "vst/aeffect.h"
+#include "vst/opcodes.h"
+
+#include <string>
+#include <vector>
+
+namespace vocafade::test {
+
+/// A host that notes what an effect asks of it. One at a time: its callback finds it through `active`.
+class RecordingHost {
+  public:
+    struct Call {
+        std::int32_t opcode;
+        std::int32_t index;
+        float opt;
+        bool operator==(const Call&) const = default;
+    };
+
+    RecordingHost() { active = this; }
+    ~RecordingHost() { active = nullptr; }
+    RecordingHost(const RecordingHost&) = delete;
+    RecordingHost& operator=(const RecordingHost&) = delete;
+
+    /// The calls so far of an opcode.
+    std::vector<Call> Calls(std::int32_t opcode) const {
+        std::vector<Call> found;
+        for (const Call& call : calls) {
+            if (call.opcode == opcode) found.push_back(call);
+        }
+        return found;
+    }
+
+    static VstIntPtr Callback(AEffect*, std::int32_t opcode, std::int32_t index, VstIntPtr, void*,
+                              float opt) {
+        if (active == nullptr) return opcode == audioMasterVersion ? 2400 : 0;
+        active->calls.push_back({opcode, index, opt});
+        if (opcode == audioMasterVersion) return active->version;
+        if (opcode == audioMasterGetDirectory) return reinterpret_cast<VstIntPtr>(active->directory.c_str());
+        return 0;
+    }
+
+    VstIntPtr version = 2400;
+    std::string directory;
+    std::vector<Call> calls;
+
+  private:
+    static inline RecordingHost* active = nullptr;
+};
+
+/// The same without notes, for tests with several threads.
+inline VstIntPtr SilentHost(AEffect*, std::int32_t opcode, std::int32_t, VstIntPtr, void*, float) {
+    return opcode == audioMasterVersion ? 2400 : 0;
+}
+
+} // namespace vocafade::test

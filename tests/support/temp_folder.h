@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <string>
+#include <unistd.h>
+
+namespace vocafade::test {
+
+/// A folder of a test's own, gone with its content at the end of the scope.
+class TempFolder {
+  public:
+    TempFolder() {
+        std::string name = (std::filesystem::temp_directory_path() / "vocafade-test-XXXXXX").string();
+        path_ = ::mkdtemp(name.data());
+    }
+    ~TempFolder() {
+        std::error_code ignored;
+        std::filesystem::remove_all(path_, ignored);
+    }
+    TempFolder(const TempFolder&) = delete;
+    TempFolder& operator=(const TempFolder&) = delete;
+
+    const std::filesystem::path& path() const { return path_; }
+    std::string operator/(const std::string& name) const { return (path_ / name).string(); }
+
+  private:
+    std::filesystem::path path_;
+};
+
+inline std::string ReadFile(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+inline void WriteFile(const std::string& path, const std::string& content) {
+    std::ofstream(path, std::ios::binary) << content;
+}
+
+/// A test with a preferences folder of its own.
+class WithSettings : public ::testing::Test {
+  protected:
+    WithSettings() { ::setenv("XDG_CONFIG_HOME", (settings / "config").c_str(), 1); }
+
+    std::string BankPath() const { return settings / "config/VocafadeDef.fxb"; }
+
+    TempFolder settings;
+};
+
+} // namespace vocafade::test
