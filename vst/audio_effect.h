@@ -71,7 +71,8 @@ class AudioEffect {
     virtual void canMono(bool state = true) { SetFlag(effFlagsCanMono, state); }
     virtual void isSynth(bool state = true) { SetFlag(effFlagsIsSynth, state); }
 
-    /// [main-thread] Takes over the editor, which is deleted with the effect; the host learns that there is one.
+    /// [main-thread] Takes over the editor, which is deleted with the effect; the host learns that there is
+    /// one.
     virtual void setEditor(AEffEditor* newEditor);
     virtual AEffEditor* getEditor() { return editor.get(); }
 

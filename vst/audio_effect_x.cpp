@@ -89,7 +89,11 @@ VstIntPtr AudioEffectX::dispatcher(std::int32_t opcode, std::int32_t index, VstI
     case effBeginLoadProgram:
     case effGetNumMidiInputChannels:
     case effGetNumMidiOutputChannels:
-        return opcode == effSetTotalSampleToProcess ? value : 0;
+        return 0;
+    case effGetCurrentMidiProgram:
+        return -1;
+    case effSetTotalSampleToProcess:
+        return value;
     default:
         break;
     }

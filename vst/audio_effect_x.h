@@ -20,7 +20,7 @@ class AudioEffectX : public AudioEffect {
         (void)index;
         return true;
     }
-    virtual bool string2parameter(std::int32_t index, char* text);                  ///< [main-thread]
+    virtual bool string2parameter(std::int32_t index, char* text); ///< [main-thread]
     /// [main-thread] Fills in a parameter's properties; false when it has none.
     virtual bool getParameterProperties(std::int32_t index, VstParameterProperties* properties);
     /// [main-thread] Copies the name of program `index`; false when there is none.

@@ -1,0 +1,265 @@
+// SPDX-License-Identifier: MIT
+// The bank file that survives restarts.
+#include "effect/avocafade.h"
+#include "persistence/settings_folder.h"
+#include "tests/support/recording_host.h"
+#include "tests/support/temp_folder.h"
+
+#include <csignal>
+#include <cstring>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+
+namespace vocafade::test {
+namespace {
+
+class Bank : public WithSettings {
+  protected:
+    std::string Name(AVocafade& effect, std::int32_t index) {
+        char text[64] = {};
+        effect.getProgramNameIndexed(0, index, text);
+        return text;
+    }
+
+    /// Saves one program in the user's folder and returns the file's bytes.
+    std::string SavedBank() {
+        AVocafade effect(RecordingHost::Callback);
+        effect.open();
+        effect.setParameter(3, 0.5f);
+        effect.SaveProgram(7, "My song");
+        return ReadFile(BankPath());
+    }
+
+    RecordingHost host;
+};
+
+TEST_F(Bank, IsWrittenByteForByteAndReadBackAtTheNextStart) {
+    const std::string bytes = SavedBank();
+    ASSERT_EQ(bytes.size(), 3488u);
+    EXPECT_EQ(bytes.substr(0, 32), std::string("CcnK\0\0\0\0FBCh\0\0\0\1VfdQ\0\0\0\1\0\0\0\x40\0\0\0\0", 32));
+    EXPECT_EQ(bytes.substr(28, 128), std::string(128, '\0'));
+    EXPECT_EQ(bytes.substr(156, 4), std::string("\0\0\x0D\0", 4));
+    EXPECT_EQ(bytes.substr(160 + 7 * 52 + 24, 8), std::string("My song\0", 8));
+    EXPECT_EQ(bytes[160 + 48], 7) << "the current program";
+    EXPECT_EQ(host.Calls(audioMasterUpdateDisplay).size(), 1u);
+
+    AVocafade next(SilentHost);
+    next.open();
+    EXPECT_EQ(next.getProgram(), 7);
+    EXPECT_EQ(Name(next, 7), "My song");
+    EXPECT_EQ(next.getParameter(3), 0.5f);
+    EXPECT_FALSE(next.IsProgramChanged());
+    next.setProgram(0);
+    EXPECT_EQ(next.getParameter(3), DefaultNormalizedValue(3))
+        << "the edited slot went back to what was stored";
+}
+
+TEST_F(Bank, SavingIntoTheCurrentSlotKeepsTheEdit) {
+    AVocafade effect(SilentHost);
+    effect.open();
+    effect.setProgram(12);
+    effect.setParameter(5, 0.25f);
+    effect.SaveProgram(12, "an overlong name of thirty byte");
+    EXPECT_EQ(effect.getParameter(5), 0.25f);
+    EXPECT_EQ(Name(effect, 12), "an overlong name of thi");
+    EXPECT_FALSE(effect.IsProgramChanged());
+    effect.SaveProgram(64, "nowhere");
+    effect.SaveProgram(-1, "nowhere");
+    EXPECT_EQ(effect.getProgram(), 12);
+}
+
+TEST_F(Bank, BesideThePlugInFillsTheFactoryProgramsOnlyWithoutTheUsersOwn) {
+    const std::string bytes = SavedBank();
+    std::filesystem::remove(BankPath());
+    std::filesystem::create_directory(settings / "bundle");
+    WriteFile(settings / "bundle/VocafadeDef.fxb", bytes);
+    host.directory = settings / "bundle/Vocafade.so"; // cut behind the last slash
+
+    AVocafade effect(RecordingHost::Callback);
+    effect.open();
+    EXPECT_EQ(Name(effect, 7), "My song");
+    effect.setParameter(3, 0.1f);
+    effect.ProgramToFactory();
+    EXPECT_EQ(effect.getParameter(3), 0.5f);
+
+    // With a bank of the user's own the plug-in's folder is never looked at.
+    AVocafade saver(RecordingHost::Callback);
+    saver.open();
+    saver.setProgram(1);
+    saver.SaveProgram(1, "Mine");
+    const auto asked = host.Calls(audioMasterGetDirectory).size();
+    AVocafade second(RecordingHost::Callback);
+    second.open();
+    EXPECT_EQ(Name(second, 1), "Mine");
+    second.setProgram(7);
+    second.ProgramToFactory();
+    EXPECT_EQ(second.getParameter(3), DefaultNormalizedValue(3));
+    EXPECT_EQ(host.Calls(audioMasterGetDirectory).size(), asked + 1) << "asked, but only as a courtesy";
+}
+
+TEST_F(Bank, CutsTheHostsFolderAsDocumented) {
+    const std::string bytes = SavedBank();
+    std::filesystem::remove(BankPath());
+    std::filesystem::create_directory(settings / "a");
+    WriteFile(settings / "a/VocafadeDef.fxb", bytes);
+    const std::string folder = settings / "a";
+    for (const auto& [answer, found] : {std::pair{folder + "/", true},
+                                        {folder + "/x", true},
+                                        {folder, false},
+                                        {std::string("/"), false},
+                                        {std::string(), false},
+                                        {std::string("nowhere"), false},
+                                        {std::string(5000, 'z'), false}}) {
+        host.directory = answer;
+        AVocafade effect(RecordingHost::Callback);
+        effect.open();
+        EXPECT_EQ(Name(effect, 7) == "My song", found) << answer;
+    }
+}
+
+TEST_F(Bank, IgnoresWhatIsNotItsOwn) {
+    const std::string good = SavedBank();
+    const auto namesAfter = [&](const std::string& bytes) {
+        WriteFile(BankPath(), bytes);
+        AVocafade effect(SilentHost);
+        effect.open();
+        EXPECT_FALSE(effect.IsProgramChanged());
+        return Name(effect, 7) + "," + Name(effect, 63);
+    };
+    const auto changed = [&](std::size_t at, const std::string& text) {
+        std::string bytes = good;
+        return bytes.replace(at, text.size(), text);
+    };
+    EXPECT_EQ(namesAfter(good), "My song,Empty");
+    EXPECT_EQ(namesAfter(changed(0, "RIFF")), "Empty,Empty");
+    EXPECT_EQ(namesAfter(changed(8, "FxBk")), "Empty,Empty");
+    EXPECT_EQ(namesAfter(changed(16, "Else")), "Empty,Empty");
+    EXPECT_EQ(namesAfter(changed(4, "\x7f\x7f\x7f\x7f")), "My song,Empty")
+        << "sizes and versions are not looked at";
+    EXPECT_EQ(namesAfter(changed(156, "\xff\xff\xff\xff")), "My song,Empty") << "a declared size is bounded";
+    EXPECT_EQ(namesAfter(good + std::string(100000, 'x')), "My song,Empty");
+    EXPECT_EQ(namesAfter(good.substr(0, 160 + 8 * 52 + 30)), "My song,Empty")
+        << "whole records of a short file";
+    for (std::size_t length = 0; length < 160; length += 13) {
+        EXPECT_EQ(namesAfter(good.substr(0, length)), "Empty,Empty") << length;
+    }
+    std::filesystem::remove(BankPath());
+    ASSERT_EQ(::mkfifo(BankPath().c_str(), 0600), 0); // must not hang
+    AVocafade effect(SilentHost);
+    effect.open();
+    std::filesystem::remove(BankPath());
+    std::filesystem::create_directory(BankPath());
+    AVocafade another(SilentHost);
+    another.open();
+    EXPECT_EQ(Name(another, 7), "Empty");
+}
+
+TEST_F(Bank, TellsAFailedSaveAndKeepsTheOldFileAndTheEdit) {
+    const std::string before = SavedBank();
+    AVocafade effect(SilentHost);
+    effect.open();
+    std::vector<std::pair<std::int32_t, std::string>> messages;
+    effect.SetMessageHook([&](std::int32_t id, const std::string& path) { messages.emplace_back(id, path); });
+    effect.setParameter(3, 0.75f);
+
+    rlimit limit{};
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &limit), 0);
+    const rlimit full{1000, limit.rlim_max}; // the disk fills up on the way
+    const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
+    ::setrlimit(RLIMIT_FSIZE, &full);
+    effect.SaveProgram(20, "lost?");
+    ::setrlimit(RLIMIT_FSIZE, &limit);
+    std::signal(SIGXFSZ, oldHandler);
+
+    ASSERT_EQ(messages.size(), 1u);
+    EXPECT_EQ(messages[0].first, 20135);
+    EXPECT_EQ(messages[0].second, BankPath());
+    EXPECT_EQ(ReadFile(BankPath()), before);
+    EXPECT_EQ(Name(effect, 20), "lost?") << "in memory it stays";
+    const auto files = std::filesystem::directory_iterator(settings / "config");
+    EXPECT_EQ(std::distance(begin(files), end(files)), 1) << "no scraps are left behind";
+
+    effect.SaveProgram(20, "kept");
+    EXPECT_EQ(messages.size(), 1u);
+    AVocafade next(SilentHost);
+    next.open();
+    EXPECT_EQ(Name(next, 20), "kept");
+}
+
+TEST_F(Bank, ReplacesWhatALinkPointsTo) {
+    SavedBank();
+    std::filesystem::create_directory(settings / "dotfiles");
+    std::filesystem::rename(BankPath(), settings / "dotfiles/bank");
+    std::filesystem::create_symlink("../dotfiles/bank", BankPath());
+    AVocafade effect(SilentHost);
+    effect.open();
+    effect.SaveProgram(2, "linked");
+    EXPECT_TRUE(std::filesystem::is_symlink(BankPath()));
+    EXPECT_NE(ReadFile(settings / "dotfiles/bank").find("linked"), std::string::npos);
+}
+
+TEST_F(Bank, IsWholeWheneverItsWriterIsKilled) {
+    SavedBank();
+    int oldOnes = 0;
+    int newOnes = 0;
+    for (int attempt = 0; attempt < 150; ++attempt) {
+        int started[2];
+        ASSERT_EQ(::pipe(started), 0);
+        const pid_t child = ::fork();
+        if (child == 0) {
+            AVocafade effect(SilentHost);
+            effect.open();
+            effect.setProgram(30);
+            const char go = 1;
+            [[maybe_unused]] const auto told = ::write(started[1], &go, 1);
+            for (int i = 0; i < 1000; ++i) {
+                effect.setParameter(4, static_cast<float>(i) / 1000.0f);
+                effect.SaveProgram(30, ("save " + std::to_string(i)).c_str());
+            }
+            ::_exit(0);
+        }
+        char go = 0;
+        ASSERT_EQ(::read(started[0], &go, 1), 1);
+        ::usleep(static_cast<useconds_t>(attempt * 37));
+        ::kill(child, SIGKILL);
+        ::waitpid(child, nullptr, 0);
+        ::close(started[0]);
+        ::close(started[1]);
+
+        const std::string bytes = ReadFile(BankPath());
+        ASSERT_EQ(bytes.size(), 3488u) << attempt;
+        ASSERT_EQ(bytes.substr(0, 4), "CcnK");
+        const std::string name = bytes.c_str() + 160 + 30 * 52 + 24;
+        if (name == "Empty") {
+            ++oldOnes;
+        } else {
+            ASSERT_EQ(name.substr(0, 5), "save ");
+            float value = 0.0f;
+            std::memcpy(&value, bytes.data() + 160 + 30 * 52 + 16, 4);
+            ASSERT_EQ(value, static_cast<float>(std::stoi(name.substr(5))) / 1000.0f)
+                << "name and values belong together";
+            ++newOnes;
+        }
+    }
+    EXPECT_GT(newOnes, 0);
+    EXPECT_EQ(oldOnes + newOnes, 150);
+}
+
+TEST_F(Bank, LivesInTheUsersConfigurationFolder) {
+    ::setenv("XDG_CONFIG_HOME", "/some/where/", 1);
+    GetMy_SHFOLDER_PathName();
+    EXPECT_EQ(SettingsFolder(), "/some/where/") << "no second slash";
+    ::setenv("HOME", "/home/somebody", 1);
+    for (const char* unusable : {"", "relative/path"}) {
+        ::setenv("XDG_CONFIG_HOME", unusable, 1);
+        GetMy_SHFOLDER_PathName();
+        EXPECT_EQ(SettingsFolder(), "/home/somebody/.config/") << unusable;
+    }
+    ::setenv("XDG_CONFIG_HOME", ("/" + std::string(3000, 'x')).c_str(), 1);
+    GetMy_SHFOLDER_PathName();
+    EXPECT_EQ(SettingsFolder(), "/home/somebody/.config/") << "what does not fit leaves the last one";
+}
+
+} // namespace
+} // namespace vocafade::test

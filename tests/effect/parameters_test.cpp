@@ -1,0 +1,213 @@
+// SPDX-License-Identifier: MIT
+#include "effect/avocafade.h"
+#include "tests/support/recording_host.h"
+#include "tests/support/temp_folder.h"
+
+#include <cmath>
+#include <cstring>
+#include <limits>
+
+namespace vocafade::test {
+namespace {
+
+constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
+constexpr float kInfinity = std::numeric_limits<float>::infinity();
+
+class Parameters : public WithSettings {
+  protected:
+    Parameters() {
+        effect.open();
+        host.calls.clear();
+    }
+
+    std::string Display(std::int32_t index) {
+        char text[64] = "untouched";
+        effect.getParameterDisplay(index, text);
+        return text;
+    }
+
+    float Internal(std::int32_t index, float normalised) {
+        effect.setParameter(index, normalised);
+        return std::stof(Display(index));
+    }
+
+    RecordingHost host;
+    AVocafade effect{RecordingHost::Callback};
+};
+
+/// Hears what an editor would.
+struct Listener : EffectListener {
+    void UpdateControl(std::int32_t index, float value) override { updates.emplace_back(index, value); }
+    void UpdateModify() override { ++modifies; }
+    std::vector<std::pair<std::int32_t, float>> updates;
+    int modifies = 0;
+};
+
+TEST(ParameterConversions, MatchTheTable) {
+    EXPECT_FLOAT_EQ(ValToNormalizeValue(1, 1.0f), 0.4997498749374687f);
+    EXPECT_EQ(ValToNormalizeValue(2, 1.0f), 1.0f);
+    EXPECT_FLOAT_EQ(ValToNormalizeValue(3, 400.0f), 0.01901901901901902f);
+    EXPECT_FLOAT_EQ(ValToNormalizeValue(4, 9000.0f), 0.4494494494494494f);
+    EXPECT_FLOAT_EQ(ValToNormalizeValue(5, 64.0f), 0.5039370078740157f);
+    EXPECT_EQ(ValToNormalizeValue(3, 5.0f), 0.0f);
+    EXPECT_EQ(ValToNormalizeValue(4, 1e9f), 1.0f);
+    EXPECT_GT(ValToNormalizeValue(5, 200.0f), 1.0f) << "stepped parameters are not clamped";
+
+    EXPECT_FLOAT_EQ(NormalizeValToInternalVal(1, 0.0f), -59.794705707972525f);
+    EXPECT_FLOAT_EQ(NormalizeValToInternalVal(1, 1.0f), 6.0f);
+    EXPECT_FLOAT_EQ(NormalizeValToInternalVal(2, 1.0f), 0.0f);
+    EXPECT_FLOAT_EQ(NormalizeValToInternalVal(3, 0.5f), 10010.0f);
+    EXPECT_EQ(NormalizeValToInternalVal(5, 0.5f), 64.0f) << "63.5 rounds up";
+    EXPECT_EQ(NormalizeValToInternalVal(5, 2.0f), 127.0f);
+    EXPECT_EQ(NormalizeValToInternalVal(0, 0.5f), 1.0f);
+    for (std::int32_t index = 1; index < kParameterCount; ++index) {
+        for (int step = 0; step <= 127; ++step) { // there and back
+            const float n = static_cast<float>(step) / 127.0f;
+            const float internal = NormalizeValToInternalVal(index, n);
+            const float value = index <= 2 ? std::exp2(internal / 6.0f) : internal;
+            EXPECT_NEAR(ValToNormalizeValue(index, value), n, 1e-6f) << index;
+        }
+    }
+    for (const std::int32_t index : {-1, 6, 7, 8, 1000}) {
+        EXPECT_EQ(ValToNormalizeValue(index, 1.0f), 0.0f);
+        EXPECT_EQ(NormalizeValToInternalVal(index, 1.0f), 0.0f);
+        EXPECT_EQ(NormalizeValToDWValue(index, 1.0f), 0u);
+    }
+}
+
+TEST(ParameterConversions, GiveFixedPointAndRanges) {
+    EXPECT_EQ(NormalizeValToDWValue(0, 1.0f), 1u);
+    EXPECT_EQ(NormalizeValToDWValue(5, 0.5f), 64u);
+    EXPECT_EQ(NormalizeValToDWValue(3, 1.0f), 20000u * 65536u);
+    EXPECT_EQ(NormalizeValToDWValue(1, 1.0f), 6u * 65536u);
+    const auto lowest = static_cast<std::int32_t>(NormalizeValToDWValue(2, 0.0f));
+    EXPECT_EQ(lowest, static_cast<std::int32_t>(-59.794705707972525 * 65536.0)) << "cut towards zero";
+
+    float minimum = 0.0f;
+    float maximum = 0.0f;
+    GetParamMinMax(1, &minimum, &maximum);
+    EXPECT_FLOAT_EQ(minimum, -59.794705707972525f);
+    EXPECT_FLOAT_EQ(maximum, 6.0f);
+    GetParamMinMax(2, &minimum, &maximum);
+    EXPECT_FLOAT_EQ(minimum, -59.794705707972525f);
+    EXPECT_EQ(maximum, 0.0f);
+    GetParamMinMax(4, &minimum, &maximum);
+    EXPECT_EQ(minimum, 20.0f);
+    EXPECT_EQ(maximum, 20000.0f);
+}
+
+TEST_F(Parameters, ShowNamesUnitsAndValues) {
+    const char* names[] = {"ON/OFF", "Output", "Input", "LoFreq", "HiFreq", "Position"};
+    const char* labels[] = {"", "dB", "dB", "Hz", "Hz", ""};
+    const char* values[] = {"ON", "0.0", "0.0", "400.0", "9000.0", "64.0"};
+    for (std::int32_t i = 0; i < kParameterCount; ++i) {
+        char text[64] = "x";
+        effect.getParameterName(i, text);
+        EXPECT_STREQ(text, names[i]);
+        effect.getParameterLabel(i, text);
+        EXPECT_STREQ(text, labels[i]);
+        EXPECT_EQ(Display(i), values[i]);
+    }
+    EXPECT_EQ(Display(6), "untouched");
+    EXPECT_EQ(effect.getParameter(6), 0.0f);
+    EXPECT_EQ(effect.getParameter(-1), 0.0f);
+
+    effect.setParameter(1, 0.0f);
+    EXPECT_EQ(Display(1), "-59.8");
+    effect.setParameter(1, 1.0f);
+    EXPECT_EQ(Display(1), "6.0");
+    effect.setParameter(1, std::nextafter(ValToNormalizeValue(1, 1.0f), 0.0f));
+    EXPECT_EQ(Display(1), "0.0") << "never -0.0";
+    effect.setParameter(0, 0.5f);
+    EXPECT_EQ(Display(0), "OFF");
+    effect.setParameter(3, 0.25f);
+    EXPECT_NEAR(effect.getParameterDisplayVal(3), 5015.05f, 1e-3f);
+    effect.setParameter(2, 0.25f);
+    EXPECT_LT(effect.getParameterDisplayVal(2), -12.0f);
+}
+
+TEST_F(Parameters, StoreWhatTheHostSetsInTheCurrentProgramAndTellTheEditorFirst) {
+    Listener listener;
+    effect.SetListener(&listener);
+    for (std::int32_t i = 0; i < kParameterCount; ++i) {
+        effect.setParameter(i, 0.25f);
+        EXPECT_EQ(effect.getParameter(i), 0.25f);
+        EXPECT_EQ(effect.Program(0).values[static_cast<std::size_t>(i)], 0.25f);
+        EXPECT_EQ(listener.updates.back(), std::make_pair(i, 0.25f));
+    }
+    EXPECT_TRUE(host.calls.empty()) << "the host knows what it set";
+    effect.setParameter(17, 0.5f);
+    EXPECT_EQ(effect.getParameter(17), 0.0f);
+}
+
+TEST_F(Parameters, FromTheEditorReachTheHostButNotTheEditor) {
+    Listener listener;
+    effect.SetListener(&listener);
+    effect.setParameterFormUI(4, 0.75f);
+    EXPECT_EQ(effect.getParameter(4), 0.75f);
+    EXPECT_TRUE(listener.updates.empty());
+    EXPECT_EQ(host.calls, (std::vector<RecordingHost::Call>{{audioMasterAutomate, 4, 0.75f}}));
+}
+
+TEST_F(Parameters, TypedValuesAreShownAsTypedAndLimitedInEffect) {
+    Listener listener;
+    effect.SetListener(&listener);
+    effect.setParameterFromDiaplay(1, 9.0f);
+    EXPECT_EQ(Display(1), "9.0");
+    EXPECT_EQ(effect.getParameter(1), 1.0f);
+    EXPECT_EQ(listener.updates.back(), std::make_pair(1, 1.0f));
+    EXPECT_EQ(host.calls, (std::vector<RecordingHost::Call>{{audioMasterAutomate, 1, 1.0f},
+                                                            {audioMasterEndEdit, 1, 0.0f}}));
+    effect.setParameter(1, 1.0f);
+    EXPECT_EQ(Display(1), "6.0") << "until the host sets it again";
+
+    effect.setParameterFromDiaplay(2, -6.0f);
+    EXPECT_FLOAT_EQ(effect.getParameter(2), (0.5f - 0.001f) / 0.999f);
+    effect.setParameterFromDiaplay(3, 400.0f);
+    EXPECT_FLOAT_EQ(effect.getParameter(3), 0.01901901901901902f);
+    host.calls.clear();
+    effect.setParameterFromDiaplay(9, 3.5f); // passed through, as it is
+    EXPECT_EQ(host.calls, (std::vector<RecordingHost::Call>{{audioMasterAutomate, 9, 3.5f},
+                                                            {audioMasterEndEdit, 9, 0.0f}}));
+}
+
+TEST_F(Parameters, WhatIsNoNumberCountsAsTheMinimum) {
+    for (const float bad : {kNan, kInfinity, -kInfinity}) {
+        EXPECT_FLOAT_EQ(Internal(1, bad), -59.8f) << bad;
+        EXPECT_FLOAT_EQ(Internal(3, bad), 20.0f) << bad;
+        EXPECT_FLOAT_EQ(Internal(5, bad), 0.0f) << bad;
+        effect.setParameter(0, bad);
+        EXPECT_EQ(Display(0), "OFF");
+        effect.setParameterFromDiaplay(4, bad);
+        effect.setParameterFormUI(2, bad);
+    }
+    EXPECT_FLOAT_EQ(Internal(5, -3.0f), 0.0f);
+    EXPECT_FLOAT_EQ(Internal(3, 1e30f), 20000.0f);
+    EXPECT_FLOAT_EQ(Internal(3, -1e30f), 20.0f);
+}
+
+TEST_F(Parameters, DescribeTheirRangesInWholeNumbers) {
+    constexpr std::int32_t minima[] = {0, 0, 0, 20, 20, 0};
+    constexpr std::int32_t maxima[] = {1, 2, 1, 20000, 20000, 127};
+    for (std::int32_t i = 0; i < kParameterCount; ++i) {
+        VstParameterProperties p;
+        std::memset(&p, 0xAA, sizeof p);
+        ASSERT_TRUE(effect.getParameterProperties(i, &p));
+        EXPECT_EQ(p.minInteger, minima[i]);
+        EXPECT_EQ(p.maxInteger, maxima[i]);
+        EXPECT_EQ(p.stepInteger, 128);
+        EXPECT_EQ(p.largeStepInteger, 256);
+        EXPECT_EQ(p.displayIndex, i);
+        const bool stepped = i == 0 || i == 5;
+        EXPECT_EQ(p.flags, kVstParameterUsesIntegerMinMax | kVstParameterUsesIntStep |
+                               (stepped ? kVstParameterIsSwitch : 0));
+        EXPECT_STREQ(p.label, ParameterLabel(i));
+        EXPECT_EQ(p.future[15], 0);
+    }
+    VstParameterProperties p;
+    EXPECT_TRUE(effect.getParameterProperties(99, &p));
+    EXPECT_EQ(p.maxInteger, 0);
+}
+
+} // namespace
+} // namespace vocafade::test

@@ -1,0 +1,193 @@
+// SPDX-License-Identifier: MIT
+#include "effect/avocafade.h"
+#include "tests/support/recording_host.h"
+#include "tests/support/temp_folder.h"
+
+#include <cstring>
+#include <limits>
+
+namespace vocafade::test {
+namespace {
+
+class Programs : public WithSettings {
+  protected:
+    Programs() { effect.open(); }
+
+    std::string Name(std::int32_t index) {
+        char text[64] = "untouched";
+        return effect.getProgramNameIndexed(0, index, text) ? text : "none";
+    }
+
+    std::vector<char> Chunk(bool isPreset) {
+        void* data = nullptr;
+        const std::int32_t size = effect.getChunk(&data, isPreset);
+        const char* bytes = static_cast<const char*>(data);
+        return {bytes, bytes + size};
+    }
+
+    void SetChunk(std::vector<char> bytes, bool isPreset) {
+        EXPECT_EQ(effect.setChunk(bytes.data(), static_cast<std::int32_t>(bytes.size()), isPreset), 0);
+    }
+
+    RecordingHost host;
+    AVocafade effect{RecordingHost::Callback};
+};
+
+TEST_F(Programs, StartAsSixtyFourEmptyOnes) {
+    for (std::int32_t i = 0; i < kProgramCount; ++i) {
+        EXPECT_EQ(Name(i), "Empty");
+        for (std::int32_t p = 0; p < kParameterCount; ++p) {
+            EXPECT_EQ(effect.Program(i).values[static_cast<std::size_t>(p)], DefaultNormalizedValue(p));
+        }
+    }
+    EXPECT_EQ(Name(64), "none");
+    EXPECT_FALSE(effect.IsProgramChanged());
+}
+
+TEST_F(Programs, KeepNamesOfTwentyThreeBytes) {
+    effect.setProgram(3);
+    char name[] = "123456789012345678901234567890";
+    effect.setProgramName(name);
+    EXPECT_EQ(Name(3), "12345678901234567890123");
+    EXPECT_EQ(Name(-1), Name(3)) << "a negative index asks for the current one";
+    char text[24];
+    effect.getProgramName(text);
+    EXPECT_EQ(Name(3), text);
+    effect.setProgramName(nullptr);
+    EXPECT_EQ(Name(3), text);
+
+    std::vector<char> chunk = Chunk(true);
+    for (std::size_t i = 24; i < 48; ++i) {
+        chunk.at(i) = 'x'; // a name without its end
+    }
+    SetChunk(chunk, true);
+    EXPECT_EQ(Name(3), std::string(23, 'x'));
+}
+
+TEST_F(Programs, ApplyTheirValuesWhenSelected) {
+    effect.setProgram(5);
+    effect.setParameter(3, 0.5f);
+    effect.setParameter(5, 0.0f);
+    effect.setProgram(6);
+    EXPECT_EQ(effect.getParameter(3), DefaultNormalizedValue(3));
+    effect.setProgram(5);
+    EXPECT_EQ(effect.getParameter(3), 0.5f);
+    char text[64];
+    effect.getParameterDisplay(3, text);
+    EXPECT_STREQ(text, "10010.0");
+    effect.getParameterDisplay(5, text);
+    EXPECT_STREQ(text, "0.0");
+    for (const std::int32_t bad : {-1, 64, std::numeric_limits<std::int32_t>::min(), 1 << 30}) {
+        effect.setProgram(bad);
+        EXPECT_EQ(effect.getProgram(), 5);
+        effect.CopyPgFrom(bad);
+    }
+    EXPECT_EQ(effect.getParameter(3), 0.5f);
+}
+
+TEST_F(Programs, TravelAsABankChunkWithTheCurrentNumber) {
+    effect.setProgram(5);
+    effect.setParameter(4, 0.125f);
+    char name[] = "Fünf";
+    effect.setProgramName(name);
+    const std::vector<char> chunk = Chunk(false);
+    ASSERT_EQ(chunk.size(), 3328u);
+    std::int32_t current = 0;
+    std::memcpy(&current, chunk.data() + 48, 4);
+    EXPECT_EQ(current, 5);
+
+    AVocafade other(SilentHost);
+    other.open();
+    EXPECT_EQ(other.setChunk(const_cast<char*>(chunk.data()), 3328, false), 0);
+    EXPECT_EQ(other.getProgram(), 5);
+    EXPECT_EQ(other.getParameter(4), 0.125f);
+    char text[64];
+    EXPECT_TRUE(other.getProgramNameIndexed(0, 5, text));
+    EXPECT_STREQ(text, "Fünf");
+    EXPECT_TRUE(other.IsProgramChanged()) << "what was loaded is not what was stored";
+}
+
+TEST_F(Programs, TravelAsASingleProgramChunk) {
+    effect.setProgram(2);
+    effect.setParameter(1, 0.75f);
+    const std::vector<char> chunk = Chunk(true);
+    ASSERT_EQ(chunk.size(), 52u);
+    effect.setProgram(9);
+    SetChunk(chunk, true);
+    EXPECT_EQ(effect.getProgram(), 9);
+    EXPECT_EQ(effect.getParameter(1), 0.75f);
+    EXPECT_EQ(effect.Program(8).values[1], DefaultNormalizedValue(1));
+}
+
+TEST_F(Programs, TakeDamagedChunksSafely) {
+    effect.setProgram(7);
+    EXPECT_EQ(effect.setChunk(nullptr, 3328, false), 0);
+    char byte = 0;
+    EXPECT_EQ(effect.setChunk(&byte, 0, true), 0);
+    EXPECT_EQ(effect.setChunk(&byte, -5, false), 0);
+    EXPECT_EQ(effect.getProgram(), 7);
+
+    std::vector<char> large(10000, 0); // more than there is room for, and program 0 in its record
+    SetChunk(large, false);
+    EXPECT_EQ(effect.getProgram(), 0);
+    EXPECT_EQ(effect.getParameter(4), 0.0f);
+    SetChunk(large, true);
+
+    effect.setProgram(7);
+    std::vector<char> bank = Chunk(false);
+    const std::int32_t wild = 1000;
+    std::memcpy(bank.data() + 48, &wild, 4);
+    SetChunk(bank, false);
+    EXPECT_EQ(effect.getProgram(), 7) << "a number that is no program changes nothing";
+
+    effect.setProgram(3);
+    SetChunk(std::vector<char>(20, 0), false); // ends within the first record
+    EXPECT_EQ(effect.getProgram(), 3);
+
+    const std::vector<char> garbage(3328, static_cast<char>(0xFF)); // every value is no number
+    SetChunk(garbage, false);
+    char text[64];
+    for (std::int32_t i = 0; i < kParameterCount; ++i) {
+        effect.getParameterDisplay(i, text);
+    }
+    EXPECT_EQ(Name(3).size(), 23u);
+}
+
+TEST_F(Programs, ReturnToTheirStoredAndFactoryStates) {
+    effect.setProgram(4);
+    effect.setParameter(2, 0.5f);
+    EXPECT_TRUE(effect.IsProgramChanged());
+    char name[] = "renamed";
+    effect.setProgramName(name);
+    host.calls.clear();
+    effect.ProgramToInitial();
+    EXPECT_FALSE(effect.IsProgramChanged());
+    EXPECT_EQ(Name(4), "Empty");
+    EXPECT_EQ(effect.getParameter(2), DefaultNormalizedValue(2));
+    EXPECT_EQ(host.Calls(audioMasterUpdateDisplay).size(), 1u);
+
+    effect.setParameter(2, 0.5f);
+    effect.ProgramToFactory();
+    EXPECT_EQ(effect.getParameter(2), DefaultNormalizedValue(2));
+
+    for (const std::int32_t i : {0, 30, 63}) {
+        effect.setProgram(i);
+        effect.setParameter(3, 0.9f);
+    }
+    effect.ProgramToAllInitial();
+    for (std::int32_t i = 0; i < kProgramCount; ++i) {
+        effect.setProgram(i);
+        EXPECT_FALSE(effect.IsProgramChanged()) << i;
+    }
+    EXPECT_EQ(host.Calls(audioMasterUpdateDisplay).size(), 3u);
+
+    effect.setProgram(1);
+    effect.setParameter(5, 1.0f);
+    effect.setProgram(2);
+    effect.CopyPgFrom(1);
+    EXPECT_EQ(effect.getParameter(5), 1.0f);
+    EXPECT_TRUE(effect.IsProgramChanged());
+}
+
+} // namespace
+} // namespace vocafade::test

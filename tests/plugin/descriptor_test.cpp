@@ -1,0 +1,180 @@
+// SPDX-License-Identifier: MIT
+// The built plug-in, loaded as a host loads it and asked everything that a host can ask.
+#include "tests/support/recording_host.h"
+#include "tests/support/signals.h"
+#include "tests/support/temp_folder.h"
+
+#include <cmath>
+#include <cstring>
+#include <dlfcn.h>
+#include <map>
+#include <stdexcept>
+
+namespace vocafade::test {
+namespace {
+
+using EntryPoint = AEffect* (*)(audioMasterCallback);
+
+class Plugin : public WithSettings {
+  protected:
+    Plugin() : library(::dlopen(VOCAFADE_PLUGIN, RTLD_NOW | RTLD_LOCAL)) {
+        if (library == nullptr) throw std::runtime_error(::dlerror());
+        entry = reinterpret_cast<EntryPoint>(::dlsym(library, "VSTPluginMain"));
+        effect = entry(RecordingHost::Callback);
+    }
+    ~Plugin() override {
+        Ask(effClose);
+        ::dlclose(library);
+    }
+
+    VstIntPtr Ask(std::int32_t opcode, std::int32_t index = 0, VstIntPtr value = 0, void* ptr = nullptr,
+                  float opt = 0.0f) {
+        return effect->dispatcher(effect, opcode, index, value, ptr, opt);
+    }
+    std::string Text(std::int32_t opcode, std::int32_t index = 0) {
+        char text[256] = {};
+        Ask(opcode, index, 0, text);
+        return text;
+    }
+    VstIntPtr CanDo(const char* what) { return Ask(effCanDo, 0, 0, const_cast<char*>(what)); }
+
+    RecordingHost host;
+    void* library;
+    EntryPoint entry = nullptr;
+    AEffect* effect = nullptr;
+};
+
+TEST_F(Plugin, RefusesAHostThatDoesNotKnowTheInterface) {
+    EXPECT_EQ(entry(nullptr), nullptr);
+    host.version = 0;
+    EXPECT_EQ(entry(RecordingHost::Callback), nullptr);
+}
+
+TEST_F(Plugin, DescribesItself) {
+    EXPECT_EQ(effect->magic, VstId('V', 's', 't', 'P'));
+    EXPECT_EQ(effect->numPrograms, 64);
+    EXPECT_EQ(effect->numParams, 6);
+    EXPECT_EQ(effect->numInputs, 2);
+    EXPECT_EQ(effect->numOutputs, 2);
+    EXPECT_EQ(effect->flags, 0x39);
+    EXPECT_EQ(effect->initialDelay, 0);
+    EXPECT_EQ(effect->ioRatio, 1.0f);
+    EXPECT_EQ(effect->uniqueID, 0x56666451);
+    EXPECT_EQ(effect->version, 1);
+    EXPECT_NE(effect->process, nullptr);
+    EXPECT_NE(effect->processDoubleReplacing, nullptr);
+    for (const char byte : effect->future) {
+        EXPECT_EQ(byte, 0);
+    }
+    EXPECT_EQ(Text(effGetEffectName), "Vocafade");
+    EXPECT_EQ(Text(effGetProductString), "Vocafade");
+    EXPECT_EQ(Text(effGetVendorString), "VELMORAX Co.,Ltd.");
+    EXPECT_EQ(Ask(effGetVendorVersion), 1000);
+    EXPECT_EQ(Ask(effGetPlugCategory), 1);
+    EXPECT_EQ(Ask(effGetVstVersion), 2400);
+    EXPECT_EQ(Ask(effIdentify), VstId('N', 'v', 'E', 'f'));
+}
+
+TEST_F(Plugin, SaysWhatItCanDo) {
+    for (const char* no : {"sendVstEvents", "sendVstMidiEvent", "receiveVstEvents", "receiveVstMidiEvent",
+                           "receiveVstTimeInfo", "offline", "midiProgramNames"}) {
+        EXPECT_EQ(CanDo(no), -1) << no;
+    }
+    EXPECT_EQ(CanDo("bypass"), 1);
+    EXPECT_EQ(CanDo("Bypass"), 0);
+    EXPECT_EQ(CanDo("bypas"), 0);
+    EXPECT_EQ(CanDo(""), 0);
+    Ask(effMainsChanged, 0, 1);
+    EXPECT_TRUE(host.Calls(audioMasterWantMidi).empty());
+}
+
+TEST_F(Plugin, AnswersEveryOpcodeAsTheInterfacesBaseDoes) {
+    // What is not 0 without arguments; the rest refuses, or knows nothing of the matter.
+    const std::map<std::int32_t, VstIntPtr> answers{
+        {effIdentify, VstId('N', 'v', 'E', 'f')},
+        {effCanBeAutomated, 1},
+        {effGetNumProgramCategories, 1},
+        {effConnectInput, 1},
+        {effConnectOutput, 1},
+        {effGetPlugCategory, 1},
+        {effSetBlockSizeAndSampleRate, 1},
+        {effGetVendorVersion, 1000},
+        {effKeysRequired, 1},
+        {effGetVstVersion, 2400},
+        {effGetCurrentMidiProgram, -1},
+        {effEditOpen, 1},
+    };
+    for (std::int32_t opcode = -3; opcode < 120; ++opcode) {
+        if (opcode == effClose) continue;
+        const auto known = answers.find(opcode);
+        EXPECT_EQ(Ask(opcode), known == answers.end() ? 0 : known->second) << opcode;
+    }
+    EXPECT_EQ(Ask(effSetBypass, 0, 1), 0) << "not acted on";
+    EXPECT_EQ(Ask(effSetTotalSampleToProcess, 0, 1234), 1234);
+    char text[64] = "x";
+    EXPECT_EQ(Ask(effGetProgramNameIndexed, 64, 0, text), 0);
+    EXPECT_EQ(Ask(effGetProgramNameIndexed, 63, 0, text), 1);
+    EXPECT_STREQ(text, "Empty");
+    VstParameterProperties properties;
+    EXPECT_EQ(Ask(effGetParameterProperties, 3, 0, &properties), 1);
+    VstPinProperties pin;
+    EXPECT_EQ(Ask(effGetInputProperties, 0, 0, &pin), 0);
+    Ask(effSetProgram, 0, VstIntPtr{1} << 32);
+    Ask(effSetProgram, 0, 70);
+    EXPECT_EQ(Ask(effGetProgram), 0);
+    Ask(effSetProgram, 0, 9);
+    EXPECT_EQ(Ask(effGetProgram), 9);
+    ERect* rect = nullptr;
+    ASSERT_EQ(Ask(effEditGetRect, 0, 0, &rect), 1);
+    EXPECT_EQ(rect->top, 0);
+    EXPECT_EQ(rect->left, 0);
+    EXPECT_GT(rect->right, 449) << "every control fits";
+    EXPECT_GT(rect->bottom, 200);
+}
+
+TEST_F(Plugin, ProcessesThroughTheDescriptor) {
+    Ask(effOpen);
+    Ask(effSetSampleRate, 0, 0, nullptr, 48000.0f);
+    Ask(effSetBlockSize, 0, 256);
+    Ask(effMainsChanged, 0, 1);
+    Ask(effStartProcess);
+    Samples voice = Sine(48000, 1000.0, 48000.0);
+    Samples outL(voice.size());
+    Samples outR(voice.size());
+    for (std::size_t done = 0; done + 256 <= voice.size(); done += 256) {
+        float* in[] = {&voice[done], &voice[done]};
+        float* out[] = {&outL[done], &outR[done]};
+        effect->processReplacing(effect, in, out, 256);
+    }
+    EXPECT_LT(Power(outL, 8192), 1e-9);
+    effect->setParameter(effect, 0, 0.0f);
+    EXPECT_EQ(effect->getParameter(effect, 0), 0.0f);
+    float* in[] = {voice.data(), voice.data()};
+    float* out[] = {outL.data(), outR.data()};
+    effect->processReplacing(effect, in, out, 256);
+    EXPECT_EQ(Samples(outL.begin(), outL.begin() + 256), Samples(voice.begin(), voice.begin() + 256));
+}
+
+TEST_F(Plugin, HandsItsBankToAnotherInstance) {
+    Ask(effOpen);
+    Ask(effSetProgram, 0, 33);
+    char name[] = "Thirty-four";
+    Ask(effSetProgramName, 0, 0, name);
+    effect->setParameter(effect, 4, 0.125f);
+    void* chunk = nullptr;
+    const VstIntPtr size = Ask(effGetChunk, 0, 0, &chunk);
+    ASSERT_EQ(size, 3328);
+    const std::string bytes(static_cast<const char*>(chunk), static_cast<std::size_t>(size));
+
+    AEffect* other = entry(RecordingHost::Callback);
+    other->dispatcher(other, effOpen, 0, 0, nullptr, 0.0f);
+    other->dispatcher(other, effSetChunk, 0, size, const_cast<char*>(bytes.data()), 0.0f);
+    char text[64] = {};
+    other->dispatcher(other, effGetProgramName, 0, 0, text, 0.0f);
+    EXPECT_STREQ(text, "Thirty-four");
+    EXPECT_EQ(other->getParameter(other, 4), 0.125f);
+    EXPECT_EQ(other->dispatcher(other, effClose, 0, 0, nullptr, 0.0f), 1);
+}
+
+} // namespace
+} // namespace vocafade::test
