@@ -23,7 +23,7 @@ def _key(area, legend):
     """A key, released above and held below; `legend(pressed)` draws its sign."""
     def make(index, name):
         pressed = index == 1
-        return (controls.key_defs(name, area, pressed),
+        return (controls.key_defs(name, pressed),
                 controls.key(area, "url(#%s)" % name, pressed) + legend(pressed))
 
     return _halves(area, make)
@@ -67,7 +67,7 @@ def modified():
     area = layout.MODIFIED
 
     def make(index, name):
-        return (controls.key_defs(name, area, False),
+        return (controls.key_defs(name, False),
                 controls.key(area, "url(#%s)" % name, False) + controls.modified_legend(area, index == 1))
 
     return _halves(area, make)
@@ -78,7 +78,7 @@ def save():
     width, height = layout.size(area)
     body = window(0, 0, width, height, area,
                   plate.ground() + controls.key(area, "url(#save)", False) + controls.save_legend(area))
-    return document(width, height, body, plate.DEFS + controls.key_defs("save", area, False))
+    return document(width, height, body, plate.DEFS + controls.key_defs("save", False))
 
 
 def meter_pair():

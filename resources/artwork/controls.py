@@ -57,17 +57,17 @@ def knob(angle):
 
 # --- keys, drawn in panel coordinates ----------------------------------------------------------------------
 
-def key_defs(name, area, pressed):
+def key_defs(name, pressed):
     """Gradient of one key's face."""
-    top, bottom = area[1] + 1, area[3] - 2
     stops = ([(0, "#232427"), (1, "#303236")] if pressed
-             else [(0, palette.CAP_TOP), (0.12, "#43454a"), (1, palette.CAP_BOTTOM)])
-    return gradient(name, top, bottom, stops)
+             else [(0, palette.CAP_TOP), (0.15, "#43454a"), (1, palette.CAP_BOTTOM)])
+    return gradient(name, layout.KEY_TOP + 1, layout.KEY_BOTTOM - 2, stops)
 
 
 def key(area, face, pressed):
     """A key's body: it stands a row proud of the plate, and goes down a row when it is held."""
-    left, top, right, bottom = area
+    left, right = area[0], area[2]
+    top, bottom = layout.KEY_TOP, layout.KEY_BOTTOM
     w, h = right - left, bottom - top
     body = rect(left, top + 1, w, h - 1, palette.LIGHT, 3, 0.55)          # lit lip of the opening
     body += rect(left, top, w, h - 1, palette.CAP_EDGE, 3)
@@ -81,39 +81,39 @@ def key(area, face, pressed):
 def power_legend(area, lit, pressed):
     """The power sign; green light shines through it while the effect is on."""
     x = (area[0] + area[2]) / 2
-    y = (area[1] + area[3]) / 2 - 0.5 + (1 if pressed else 0)
+    y = 18.0 + (1 if pressed else 0)
     colour = palette.GREEN if lit else palette.LEGEND_UNLIT
-    shape = ('<path d="M%g,%gA4.5,4.5 0 1 0 %g,%gM%g,%gV%g" fill="none" stroke-linecap="round" stroke="%%s"'
-             ' stroke-width="%%g" opacity="%%g"/>' % (x - 2.6, y - 2.9, x + 2.6, y - 2.9, x, y - 5.2, y - 0.2))
-    glow = "".join(shape % (colour, w, o) for w, o in ((6.5, 0.07), (4.5, 0.12), (3.0, 0.16))) if lit else ""
-    return glow + shape % (colour, 1.5, 1.0)
+    shape = ('<path d="M%g,%gA3.9,3.9 0 1 0 %g,%gM%g,%gV%g" fill="none" stroke-linecap="round" stroke="%%s"'
+             ' stroke-width="%%g" opacity="%%g"/>' % (x - 2.3, y - 3.1, x + 2.3, y - 3.1, x, y - 5.0, y - 0.8))
+    glow = "".join(shape % (colour, w, o) for w, o in ((6.0, 0.07), (4.0, 0.12), (2.8, 0.16))) if lit else ""
+    return glow + shape % (colour, 1.4, 1.0)
 
 
 def copy_legend(area, lit, pressed):
     """Two sheets and a mark that a menu opens."""
-    x, y = area[0] + 6, area[1] + 4 + (1 if pressed else 0)
+    x, y = area[0] + 6, layout.KEY_TOP + 3 + (1 if pressed else 0)
     colour = palette.AMBER if lit else palette.LEGEND
-    return ('<g fill="none" stroke="%s" stroke-width="1"><path d="M%g,%gH%gV%gH%gZ"/><path d="M%g,%gV%gH%g" opacity="0.75"/></g>'
-            % (colour, x + 2.5, y + 2.5, x + 8.5, y + 9.5, x + 2.5, x + 0.5, y + 7.5, y + 0.5, x + 6.5)
-            + '<path d="M%g,%gh5l-2.5,3z" fill="%s"/>' % (x + 11, y + 4.5, colour))
+    return ('<g fill="none" stroke="%s" stroke-width="1"><path d="M%g,%gH%gV%gH%gZ"/>'
+            '<path d="M%g,%gH%gV%gH%g" opacity="0.7"/></g>'
+            % (colour, x + 2.5, y + 2.5, x + 7.5, y + 8.5, x + 2.5, x + 2, y + 6.5, x + 0.5, y + 0.5, x + 6)
+            + '<path d="M%g,%gh5l-2.5,3z" fill="%s"/>' % (x + 11, y + 4, colour))
 
 
-def revert_sign(x, y, colour):
-    """An arrow that turns back, seven pixels wide."""
-    return ('<path d="M%g,%gH%gA2.25,2.25 0 0 1 %g,%gH%g" fill="none" stroke="%s" stroke-width="1"/>'
-            '<path d="M%g,%gl3,-2.6v5.2z" fill="%s"/>'
-            % (x + 2, y + 1.5, x + 4.25, x + 4.25, y + 6.0 - 0.5, x + 1.5, colour, x, y + 1.5, colour))
+def _turn_back(x, y, colour):
+    """An arrow that turns back, seven pixels wide and six high."""
+    return ('<path d="M%g,%gH%gA1.75,1.75 0 0 1 %g,%gH%g" fill="none" stroke="%s"/>'
+            '<path d="M%g,%gl3,-2v4z" fill="%s"/>'
+            % (x + 2, y + 2, x + 4.75, x + 4.75, y + 5.5, x + 1.5, colour, x, y + 2, colour))
 
 
 def modified_legend(area, changed):
-    """EDITED lights up, with the way back beside it, while the program differs from its stored state."""
-    colour = palette.AMBER if changed else "#696b70"
-    text = "EDITED"
-    x, y = area[0] + 4, area[1] + 5
-    return lettering(text, x, y, colour)
+    """EDITED and the way back light up while the program differs from its stored state."""
+    colour = palette.AMBER if changed else palette.LEGEND_DEAD
+    x, y = area[0] + 4, layout.KEY_TOP + 5
+    return lettering("EDITED", x, y, colour) + _turn_back(x + 29, y, colour)
 
 
 def save_legend(area):
     """The word SAVE in the middle of its key."""
     x = (area[0] + area[2]) / 2
-    return lettering("SAVE", x, area[1] + 5, palette.LEGEND, "middle", 2)
+    return lettering("SAVE", x, layout.KEY_TOP + 5, palette.LEGEND, "middle", 2)

@@ -14,6 +14,10 @@ COPY = (64, 10, 91, 29)
 MODIFIED = (216, 10, 259, 26)
 SAVE = (270, 10, 313, 26)
 
+# All keys stand in one row of equal height inside their rectangles.
+KEY_TOP = 10
+KEY_BOTTOM = 26
+
 INPUT_FADER = (48, 45, 64, 178)
 LOW_FADER = (141, 45, 157, 178)
 HIGH_FADER = (229, 45, 245, 178)

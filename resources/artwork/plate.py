@@ -1,6 +1,8 @@
 # SPDX-License-Identifier: MIT
 """The faceplate: the bare metal, what is let into it, and what is printed on it."""
 
+import math
+
 from . import layout, palette, scales
 from .lettering import engraved, lettering, width
 from .shapes import gradient, line, rect
@@ -13,6 +15,15 @@ DEFS = (
 )
 
 HEADING_ROW = 33
+
+# The knob's scale has this many steps from L to R.
+STAGE_STEPS = 32
+
+# The fan above it: rays on either side of the middle one, where they begin, and the ellipse they reach.
+FAN_RAYS = 5
+FAN_INNER = 37.0
+FAN_WIDTH = 39.0
+FAN_HEIGHT = 104.0
 
 
 def ground():
@@ -78,7 +89,7 @@ def _level_scale(limits, labelled, minor, fader, side):
     for decibels in labelled:
         row = tick(decibels, 6, palette.INK if decibels == 0 else palette.INK_SOFT)
         text = "+%d" % decibels if decibels > 0 else "%d" % -decibels
-        parts.append(lettering(text, edge + side * 9, row - 3 + (1 if False else 0),
+        parts.append(lettering(text, edge + side * 9, row - 3,
                                palette.INK if decibels == 0 else palette.INK_SOFT,
                                "left" if side > 0 else "right"))
     return "".join(parts)
@@ -89,7 +100,7 @@ def _meter_scale(edge, side):
     parts = []
     for decibels in (6, 0, -6, -12, -18, -24, -30, -36):
         row = layout.METER_TOP + scales.meter_row(decibels)
-        near, far = edge, edge + side * 3
+        near, far = edge, edge + side * 2
         colour = palette.INK if decibels == 0 else palette.INK_SOFT
         parts.append(_tick(min(near, far), max(near, far), row, colour))
         text = "+%d" % decibels if decibels > 0 else "%d" % -decibels
@@ -119,33 +130,40 @@ def _band_ladder():
     return "".join(parts)
 
 
-def _stage():
-    """The stereo stage around the Position knob: a fan that stands tallest where a voice usually is."""
-    middle = layout.centre(layout.KNOB)
+def _fan(middle):
+    """The stereo stage above the Position knob: rays that fade away, tallest where a voice usually stands."""
     parts = []
-    steps = 32
-    for step in range(steps + 1):
-        share = step / steps
-        angle = scales.knob_angle(share)
-        off = abs(share - 0.5) * 2.0
-        reach = 24.0 + 58.0 * max(0.0, 1.0 - off / 0.62) ** 1.5
-        major = step in (0, steps // 2, steps)
-        inner = scales.on_circle(middle, 19.5, angle)
-        outer = scales.on_circle(middle, 24.0 if not major else 26.0, angle)
-        colour = palette.INK if major else palette.INK_SOFT
-        if step % 4 == 0 or major:
-            parts.append(line(*inner, *outer, colour, 1.25 if major else 1.0))
+    pieces = 12
+    for step in range(-FAN_RAYS, FAN_RAYS + 1):
+        angle = 180.0 + step * (layout.KNOB_LAST_ANGLE - layout.KNOB_FIRST_ANGLE) / STAGE_STEPS
+        turn = math.radians(angle - 180.0)
+        reach = FAN_WIDTH * FAN_HEIGHT / math.hypot(FAN_HEIGHT * math.sin(turn), FAN_WIDTH * math.cos(turn))
+        for piece in range(pieces):
+            near = FAN_INNER + (reach - FAN_INNER) * piece / pieces
+            far = FAN_INNER + (reach - FAN_INNER) * (piece + 1) / pieces
+            parts.append(line(*scales.on_circle(middle, near, angle), *scales.on_circle(middle, far, angle),
+                              palette.INK_SOFT, 1.0, 0.6 * (1.0 - piece / pieces)))
+    return "".join(parts)
+
+
+def _knob_scale(middle):
+    """Graduations around the Position knob with L, C and R."""
+    parts = []
+    for step in range(STAGE_STEPS + 1):
+        angle = scales.knob_angle(step / STAGE_STEPS)
+        if step == STAGE_STEPS // 2:
+            near, far, colour, thickness = 19.0, 24.0, palette.INK, 2.0
+        elif step in (0, STAGE_STEPS):
+            near, far, colour, thickness = 19.0, 22.0, palette.INK, 1.3
+        elif step % 4 == 0:
+            near, far, colour, thickness = 19.5, 24.0, palette.INK_SOFT, 1.0
         else:
-            parts.append(line(*scales.on_circle(middle, 20.5, angle), *scales.on_circle(middle, 23.0, angle), palette.INK_FAINT, 1.0))
-        if reach > 30.0:
-            pieces = 8
-            for piece in range(pieces):
-                near = 29.0 + (reach - 29.0) * piece / pieces
-                far = 29.0 + (reach - 29.0) * (piece + 1) / pieces
-                parts.append(line(*scales.on_circle(middle, near, angle), *scales.on_circle(middle, far, angle),
-                                  palette.INK_SOFT, 1.0, 0.5 * (1.0 - piece / pieces)))
-    parts.append(lettering("L", middle[0] - 24, 178, palette.INK, "middle"))
-    parts.append(lettering("R", middle[0] + 25, 178, palette.INK, "middle"))
+            near, far, colour, thickness = 20.5, 22.5, palette.INK_FAINT, 1.0
+        parts.append(line(*scales.on_circle(middle, near, angle), *scales.on_circle(middle, far, angle),
+                          colour, thickness))
+    parts.append(lettering("C", middle[0], 131, palette.INK, "middle"))
+    parts.append(lettering("L", middle[0] - 22, 175, palette.INK, "middle"))
+    parts.append(lettering("R", middle[0] + 22, 175, palette.INK, "middle"))
     return "".join(parts)
 
 
@@ -158,7 +176,7 @@ def _headings():
             + lettering("Hz", 193.5, 189, palette.INK_SOFT, "middle")
             + lettering("dB", 52, 189, palette.INK_SOFT)
             + lettering("dB", 452, 189, palette.INK_SOFT)
-            + lettering("COPY FROM", 96, 17, palette.INK_SOFT, spacing=2))
+            + lettering("COPY FROM", 96, 15, palette.INK_SOFT, spacing=1))
 
 
 def _dividers():
@@ -178,7 +196,7 @@ def printing():
     return (_dividers() + wordmark(463, 8, palette.INK) + _headings() + input_scale + output_scale
             + _meter_scale(layout.METER_LEFTS[0] - 4, -1)
             + _meter_scale(layout.METER_LEFTS[3] + layout.METER_WIDTH + 4, 1)
-            + _band_ladder() + _stage())
+            + _band_ladder() + _fan(layout.centre(layout.KNOB)) + _knob_scale(layout.centre(layout.KNOB)))
 
 
 def plate():

@@ -24,40 +24,37 @@ def _circle(cx):
 
 
 def _letters():
-    """(path, strength) of each letter, left to right, and the width of the word."""
-    low = BASELINE
-    letters = []
-    x = 0.0
-    letters.append(("M%.2f,%.2fL%.2f,%.2fL%.2f,%.2f" % (x + 0.8, ASCENDER, x + 5.4, low - 0.9, x + 10.0, ASCENDER), 1.0))
-    x += 9.3
-    cx = x + STROKE / 2 + RADIUS
-    letters.append((_circle(cx), 1.0))
-    x = cx + RADIUS + STROKE / 2 + 1.5
-    cx = x + STROKE / 2 + RADIUS
-    letters.append((_arc(cx, 42, 318), 1.0))
-    x = cx + RADIUS * 0.78 + STROKE / 2 + 1.7
-    cx = x + STROKE / 2 + RADIUS
-    letters.append((_circle(cx) + "M%.3f,%.3fV%.3f" % (cx + RADIUS, X_MIDDLE - RADIUS - STROKE / 2, low), 1.0))
-    x = cx + RADIUS + STROKE / 2 + 1.3
-    stem = x + 2.2
-    letters.append(("M%.3f,%.3fV%.3fQ%.3f,%.3f %.3f,%.3fH%.3fM%.3f,%.3fH%.3f" % (
-        stem, low, ASCENDER + 2.6, stem, ASCENDER + 0.1, stem + 2.4, ASCENDER + 0.1, stem + 3.2,
-        stem - 2.0, X_MIDDLE - RADIUS + 0.1, stem + 2.9), 0.86))
-    x = stem + 3.2 + 1.0
-    cx = x + STROKE / 2 + RADIUS
-    letters.append((_circle(cx) + "M%.3f,%.3fV%.3f" % (cx + RADIUS, X_MIDDLE - RADIUS - STROKE / 2, low), 0.68))
-    x = cx + RADIUS + STROKE / 2 + 1.7
-    cx = x + STROKE / 2 + RADIUS
-    letters.append((_circle(cx) + "M%.3f,%.3fV%.3f" % (cx + RADIUS, ASCENDER - STROKE / 2, low), 0.5))
-    x = cx + RADIUS + STROKE / 2 + 1.7
-    cx = x + STROKE / 2 + RADIUS
-    letters.append((_arc(cx, 48, 360) + "H%.3f" % (cx - RADIUS), 0.34))
-    return letters, cx + RADIUS + STROKE / 2
+    """(path, strength) of each letter, left to right, and the width of the word.
+
+    Round letters are nine pixels wide and begin on whole pixels, so that every stem ends on one.
+    """
+    top = X_MIDDLE - RADIUS - STROKE / 2
+    half = RADIUS + STROKE / 2
+
+    def stem(x, above):
+        return "M%.3f,%.3fV%.3f" % (x, above, BASELINE)
+
+    v = "M0.9,%g L5.5,%.3f L10.1,%g" % (ASCENDER, BASELINE - 0.9, ASCENDER)
+    o, c, first_a, second_a, d, e = (left + half for left in (10.0, 20.0, 29.0, 46.0, 57.0, 68.0))
+    f = 42.0 - STROKE / 2
+    f_path = stem(f, ASCENDER + 2.6) + "M%.3f,%.3fQ%.3f,%.3f %.3f,%.3fH%.3fM%.3f,%.3fH%.3f" % (
+        f, ASCENDER + 2.65, f, ASCENDER - 0.15 + STROKE / 2, f + 2.4, ASCENDER - 0.15 + STROKE / 2, f + 3.4,
+        f - 2.3, top + STROKE / 2, f + 3.0)
+    return [
+        (v, 1.0),
+        (_circle(o), 1.0),
+        (_arc(c, 42, 318), 1.0),
+        (_circle(first_a) + stem(first_a + RADIUS, top), 1.0),
+        (f_path, 0.86),
+        (_circle(second_a) + stem(second_a + RADIUS, top), 0.7),
+        (_circle(d) + stem(d + RADIUS, ASCENDER - 1), 0.54),
+        (_arc(e, 48, 360) + "H%.3f" % (e - RADIUS), 0.4),
+    ], e + half
 
 
 def wordmark(right, top, colour):
     """The name, ending at `right`, its ascenders' box beginning at row `top`."""
     letters, width = _letters()
     body = "".join('<path d="%s" opacity="%g"/>' % letter for letter in letters)
-    return ('<g transform="translate(%.3f,%g)" fill="none" stroke="%s" stroke-width="%g" stroke-linejoin="miter"'
+    return ('<g transform="translate(%g,%g)" fill="none" stroke="%s" stroke-width="%g" stroke-linejoin="miter"'
             ' stroke-linecap="butt">%s</g>' % (right - width, top, colour, STROKE, body))
