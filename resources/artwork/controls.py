@@ -2,7 +2,7 @@
 """What one takes hold of: thumb, knob and keys. Light falls from above, whatever the control's position."""
 
 from . import layout, palette, scales
-from .lettering import lettering, width
+from .lettering import lettering
 from .shapes import gradient, line, rect
 
 
@@ -36,9 +36,9 @@ KNOB_DEFS = (
     gradient("knobSkirt", _KY - 15, _KY + 15, [(0, "#5a5c61"), (0.5, "#303236"), (1, "#1a1b1d")])
     + gradient("knobCap", _KY - 11, _KY + 11, [(0, "#4b4d52"), (1, "#2b2c30")])
     + gradient("knobRim", _KY - 11, _KY + 11, [(0, palette.LIGHT, 0.38), (0.45, palette.LIGHT, 0.05), (1, palette.SHADE, 0.35)])
-    + '<radialGradient id="knobShadow" gradientUnits="userSpaceOnUse" cx="%g" cy="%g" r="17">'
-      '<stop offset="0.72" stop-color="#000" stop-opacity="0.42"/><stop offset="1" stop-color="#000" stop-opacity="0"/>'
-      "</radialGradient>" % (_KX, _KY + 1.5)
+    + '<radialGradient id="knobShadow" gradientUnits="userSpaceOnUse" cx="%g" cy="%g" r="15.8">'
+      '<stop offset="0.78" stop-color="#000" stop-opacity="0.5"/><stop offset="1" stop-color="#000" stop-opacity="0"/>'
+      "</radialGradient>" % (_KX, _KY + 1.2)
 )
 
 
@@ -49,7 +49,7 @@ def knob(angle):
 
     inner = scales.on_circle((_KX, _KY), 4.5, angle)
     outer = scales.on_circle((_KX, _KY), 13.2, angle)
-    return ('<circle cx="%g" cy="%g" r="17" fill="url(#knobShadow)"/>' % (_KX, _KY + 1.5)
+    return ('<circle cx="%g" cy="%g" r="15.8" fill="url(#knobShadow)"/>' % (_KX, _KY + 1.2)
             + disc(14.5, palette.CAP_EDGE) + disc(13.7, "url(#knobSkirt)") + disc(11, "url(#knobCap)")
             + disc(10.6, "none", ' stroke="url(#knobRim)" stroke-width="0.9"')
             + line(*inner, *outer, palette.LEGEND, 2.0, cap="round"))
