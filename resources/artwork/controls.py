@@ -36,9 +36,9 @@ KNOB_DEFS = (
     gradient("knobSkirt", _KY - 15, _KY + 15, [(0, "#5a5c61"), (0.5, "#303236"), (1, "#1a1b1d")])
     + gradient("knobCap", _KY - 11, _KY + 11, [(0, "#4b4d52"), (1, "#2b2c30")])
     + gradient("knobRim", _KY - 11, _KY + 11, [(0, palette.LIGHT, 0.38), (0.45, palette.LIGHT, 0.05), (1, palette.SHADE, 0.35)])
-    + '<radialGradient id="knobShadow" gradientUnits="userSpaceOnUse" cx="%g" cy="%g" r="15.8">'
-      '<stop offset="0.78" stop-color="#000" stop-opacity="0.5"/><stop offset="1" stop-color="#000" stop-opacity="0"/>'
-      "</radialGradient>" % (_KX, _KY + 1.2)
+    + '<radialGradient id="knobShadow" gradientUnits="userSpaceOnUse" cx="%g" cy="%g" r="15.4">'
+      '<stop offset="0.8" stop-color="#000" stop-opacity="0.55"/><stop offset="1" stop-color="#000" stop-opacity="0"/>'
+      "</radialGradient>" % (_KX, _KY + 1)
 )
 
 
@@ -48,9 +48,9 @@ def knob(angle):
         return '<circle cx="%g" cy="%g" r="%g" fill="%s"%s/>' % (_KX, _KY, radius, fill, extra)
 
     inner = scales.on_circle((_KX, _KY), 4.5, angle)
-    outer = scales.on_circle((_KX, _KY), 13.2, angle)
-    return ('<circle cx="%g" cy="%g" r="15.8" fill="url(#knobShadow)"/>' % (_KX, _KY + 1.2)
-            + disc(14.5, palette.CAP_EDGE) + disc(13.7, "url(#knobSkirt)") + disc(11, "url(#knobCap)")
+    outer = scales.on_circle((_KX, _KY), 12.8, angle)
+    return ('<circle cx="%g" cy="%g" r="15.4" fill="url(#knobShadow)"/>' % (_KX, _KY + 1)
+            + disc(14, palette.CAP_EDGE) + disc(13.2, "url(#knobSkirt)") + disc(11, "url(#knobCap)")
             + disc(10.6, "none", ' stroke="url(#knobRim)" stroke-width="0.9"')
             + line(*inner, *outer, palette.LEGEND, 2.0, cap="round"))
 
