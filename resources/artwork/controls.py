@@ -14,19 +14,24 @@ THUMB_DEFS = (
 )
 
 
+def _groove(row):
+    """A groove across the thumb: dark cut, lit lower edge."""
+    left, width = 2, layout.THUMB_WIDTH - 4
+    return (rect(left, row, width, 1, palette.SHADE, opacity=0.30)
+            + rect(left, row + 1, width, 1, palette.LIGHT, opacity=0.10))
+
+
 def thumb():
-    """A fader cap with a hollow for the finger and a white line on its middle row."""
+    """A fader cap with grooves for the finger and a white line on its middle row."""
     w = layout.THUMB_WIDTH
+    middle = layout.THUMB_HEIGHT // 2
     return (rect(0, 3, w, 22, palette.SHADE, 2.5, 0.28)
             + rect(0, 1, w, 23, palette.CAP_EDGE, 2)
             + rect(1, 2, w - 2, 10, "url(#thumbUpper)", 1)
             + rect(1, 13, w - 2, 10, "url(#thumbLower)", 1)
             + rect(2, 2, w - 4, 1, palette.LIGHT, opacity=0.30)
-            + rect(2, 5, w - 4, 1, palette.SHADE, opacity=0.30) + rect(2, 6, w - 4, 1, palette.LIGHT, opacity=0.10)
-            + rect(2, 8, w - 4, 1, palette.SHADE, opacity=0.30) + rect(2, 9, w - 4, 1, palette.LIGHT, opacity=0.08)
-            + rect(2, 16, w - 4, 1, palette.SHADE, opacity=0.30) + rect(2, 17, w - 4, 1, palette.LIGHT, opacity=0.10)
-            + rect(2, 19, w - 4, 1, palette.SHADE, opacity=0.30) + rect(2, 20, w - 4, 1, palette.LIGHT, opacity=0.10)
-            + rect(1, 12, w - 2, 1, palette.LEGEND))
+            + "".join(_groove(middle + offset) for offset in (-7, -4, 4, 7))
+            + rect(1, middle, w - 2, 1, palette.LEGEND))
 
 
 # --- knob, drawn in panel coordinates ----------------------------------------------------------------------
@@ -35,9 +40,11 @@ _KX, _KY = layout.centre(layout.KNOB)
 KNOB_DEFS = (
     gradient("knobSkirt", _KY - 15, _KY + 15, [(0, "#5a5c61"), (0.5, "#303236"), (1, "#1a1b1d")])
     + gradient("knobCap", _KY - 11, _KY + 11, [(0, "#4b4d52"), (1, "#2b2c30")])
-    + gradient("knobRim", _KY - 11, _KY + 11, [(0, palette.LIGHT, 0.38), (0.45, palette.LIGHT, 0.05), (1, palette.SHADE, 0.35)])
+    + gradient("knobRim", _KY - 11, _KY + 11,
+               [(0, palette.LIGHT, 0.38), (0.45, palette.LIGHT, 0.05), (1, palette.SHADE, 0.35)])
     + '<radialGradient id="knobShadow" gradientUnits="userSpaceOnUse" cx="%g" cy="%g" r="15.4">'
-      '<stop offset="0.8" stop-color="#000" stop-opacity="0.55"/><stop offset="1" stop-color="#000" stop-opacity="0"/>'
+      '<stop offset="0.8" stop-color="#000" stop-opacity="0.55"/>'
+      '<stop offset="1" stop-color="#000" stop-opacity="0"/>'
       "</radialGradient>" % (_KX, _KY + 1)
 )
 
@@ -69,7 +76,7 @@ def key(area, face, pressed):
     left, right = area[0], area[2]
     top, bottom = layout.KEY_TOP, layout.KEY_BOTTOM
     w, h = right - left, bottom - top
-    body = rect(left, top + 1, w, h - 1, palette.LIGHT, 3, 0.55)          # lit lip of the opening
+    body = rect(left, top + 1, w, h - 1, palette.LIGHT, 3, 0.55)  # the lit lip of its opening
     body += rect(left, top, w, h - 1, palette.CAP_EDGE, 3)
     if pressed:
         return body + rect(left + 1, top + 2, w - 2, h - 4, face, 2)
@@ -81,7 +88,7 @@ def key(area, face, pressed):
 def power_legend(area, lit, pressed):
     """The power sign; green light shines through it while the effect is on."""
     x = (area[0] + area[2]) / 2
-    y = 18.0 + (1 if pressed else 0)
+    y = (layout.KEY_TOP + layout.KEY_BOTTOM) / 2 + (1 if pressed else 0)
     colour = palette.GREEN if lit else palette.LEGEND_UNLIT
     shape = ('<path d="M%g,%gA3.9,3.9 0 1 0 %g,%gM%g,%gV%g" fill="none" stroke-linecap="round" stroke="%%s"'
              ' stroke-width="%%g" opacity="%%g"/>' % (x - 2.3, y - 3.1, x + 2.3, y - 3.1, x, y - 5.0, y - 0.8))

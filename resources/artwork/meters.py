@@ -11,9 +11,7 @@ def _colour(decibels):
         return palette.RED
     if decibels > -6:
         return palette.AMBER
-    if decibels > -12:
-        return palette.mix("#c6dc52", palette.AMBER, 0.0)
-    return palette.mix("#c6dc52", palette.GREEN, min(1.0, (-12 - decibels) / 8.0))
+    return palette.mix(palette.YELLOW, palette.GREEN, min(max((-12 - decibels) / 8.0, 0.0), 1.0))
 
 
 def meter(left, lit):
@@ -34,4 +32,5 @@ def lamp(width, height, colour, lit):
     """A small rectangular lamp."""
     face = colour if lit else palette.mix(palette.WELL, colour, 0.22)
     glint = rect(1, 1, width - 2, 1, palette.LIGHT, opacity=0.35 if lit else 0.12)
-    return rect(0, 0, width, height, palette.CAP_EDGE, 1.5) + rect(1, 1, width - 2, height - 2, face, 0.5) + glint
+    return (rect(0, 0, width, height, palette.CAP_EDGE, 1.5) + rect(1, 1, width - 2, height - 2, face, 0.5)
+            + glint)

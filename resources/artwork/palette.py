@@ -4,14 +4,17 @@
 PLATE_TOP = "#dddcd7"
 PLATE_BOTTOM = "#cdccc6"
 INK = "#34363a"
-INK_SOFT = "#595b60"
+INK_SOFT = "#4b4d52"
 INK_FAINT = "#8d8e8f"
 LIGHT = "#ffffff"
 SHADE = "#000000"
 
 WELL = "#17181a"
 READOUT_TOP = "#e9eae4"
-READOUT_BOTTOM = "#f8f8f4"
+READOUT_MIDDLE = "#f8f8f4"
+READOUT_BOTTOM = "#fbfbf8"
+LIP = "#8b8b88"
+SLOT_LIP = "#a3a29d"
 
 CAP_EDGE = "#17181a"
 CAP_TOP = "#515358"
@@ -22,6 +25,7 @@ LEGEND_UNLIT = "#85878c"
 LEGEND_DEAD = "#727479"
 
 GREEN = "#5fe08a"
+YELLOW = "#c6dc52"
 AMBER = "#ffb53e"
 RED = "#ff4d3d"
 

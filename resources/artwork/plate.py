@@ -10,7 +10,8 @@ from .wordmark import wordmark
 
 DEFS = (
     gradient("plate", 0, layout.PANEL_HEIGHT, [(0, palette.PLATE_TOP), (1, palette.PLATE_BOTTOM)])
-    + gradient("readout", 184, 200, [(0, palette.READOUT_TOP), (0.35, palette.READOUT_BOTTOM), (1, "#fbfbf8")])
+    + gradient("readout", 184, 200, [(0, palette.READOUT_TOP), (0.35, palette.READOUT_MIDDLE),
+                                      (1, palette.READOUT_BOTTOM)])
     + gradient("slot", 50, 173, [(0, "#0c0d0e"), (0.1, "#1a1b1d"), (1, "#232427")])
 )
 
@@ -20,9 +21,9 @@ HEADING_ROW = 33
 STAGE_STEPS = 32
 
 # The fan above it: rays on either side of the middle one, where they begin, and the ellipse they reach.
-FAN_RAYS = 5
+FAN_RAYS = 4
 FAN_INNER = 37.0
-FAN_WIDTH = 39.0
+FAN_WIDTH = 38.0
 FAN_HEIGHT = 104.0
 
 
@@ -41,7 +42,7 @@ def _recess(left, top, right, bottom, fill, radius):
     w, h = right - left, bottom - top
     return (rect(left - 1, top - 1, w + 2, h + 2, palette.SHADE, radius + 1, 0.16)
             + rect(left - 1, top, w + 2, h + 2, palette.LIGHT, radius + 1, 0.55)
-            + rect(left - 1, top - 1, w + 2, h + 2, "#8b8b88", radius + 1)
+            + rect(left - 1, top - 1, w + 2, h + 2, palette.LIP, radius + 1)
             + rect(left, top, w, h, fill, radius))
 
 
@@ -51,7 +52,7 @@ def slots():
     for fader in layout.FADERS:
         x = fader[0] + 6
         parts.append(rect(x - 1, 51, 6, 123, palette.LIGHT, 3, 0.5))
-        parts.append(rect(x - 1, 50, 6, 123, "#a3a29d", 3))
+        parts.append(rect(x - 1, 50, 6, 123, palette.SLOT_LIP, 3))
         parts.append(rect(x, 51, 4, 121, "url(#slot)", 2))
     return "".join(parts)
 
@@ -102,9 +103,9 @@ def _meter_scale(edge, side):
         row = layout.METER_TOP + scales.meter_row(decibels)
         near, far = edge, edge + side * 2
         colour = palette.INK if decibels == 0 else palette.INK_SOFT
-        parts.append(_tick(min(near, far), max(near, far), row, colour))
+        parts.append(_tick(min(near, far), max(near, far), row))
         text = "+%d" % decibels if decibels > 0 else "%d" % -decibels
-        parts.append(lettering(text, edge + side * 5, row - 3, colour, "left" if side > 0 else "right"))
+        parts.append(lettering(text, edge + side * 6, row - 3, colour, "left" if side > 0 else "right"))
     return "".join(parts)
 
 
@@ -189,14 +190,15 @@ def _dividers():
 
 def printing():
     """Everything printed: name, headings, scales and units."""
-    input_scale = _level_scale(scales.INPUT_GAIN, (0, -3, -6, -12, -18, -24, -60), (-1, -2, -4, -5, -9, -30, -36),
-                               layout.INPUT_FADER, 1)
+    input_scale = _level_scale(scales.INPUT_GAIN, (0, -3, -6, -12, -18, -24, -60),
+                               (-1, -2, -4, -5, -9, -30, -36), layout.INPUT_FADER, 1)
     output_scale = _level_scale(scales.OUTPUT_GAIN, (6, 3, 0, -3, -6, -12, -18, -24, -60),
                                 (5, 4, 2, 1, -1, -2, -4, -5, -9, -15, -30), layout.OUTPUT_FADER, -1)
+    knob = layout.centre(layout.KNOB)
     return (_dividers() + wordmark(463, 8, palette.INK) + _headings() + input_scale + output_scale
-            + _meter_scale(layout.METER_LEFTS[0] - 4, -1)
-            + _meter_scale(layout.METER_LEFTS[3] + layout.METER_WIDTH + 4, 1)
-            + _band_ladder() + _fan(layout.centre(layout.KNOB)) + _knob_scale(layout.centre(layout.KNOB)))
+            + _meter_scale(layout.METER_LEFTS[0] - 3, -1)
+            + _meter_scale(layout.METER_LEFTS[3] + layout.METER_WIDTH + 3, 1)
+            + _band_ladder() + _fan(knob) + _knob_scale(knob))
 
 
 def plate():

@@ -6,11 +6,12 @@ def rect(left, top, width, height, fill, radius=0.0, opacity=1.0):
     """A filled rectangle with optional round corners."""
     extra = ' rx="%g"' % radius if radius else ""
     extra += ' opacity="%g"' % opacity if opacity != 1.0 else ""
-    return '<rect x="%g" y="%g" width="%g" height="%g" fill="%s"%s/>' % (left, top, width, height, fill, extra)
+    return ('<rect x="%g" y="%g" width="%g" height="%g" fill="%s"%s/>'
+            % (left, top, width, height, fill, extra))
 
 
 def gradient(name, top, bottom, stops):
-    """A vertical gradient between two panel rows; `stops` are (offset, colour) or (offset, colour, opacity)."""
+    """A vertical gradient between two rows; `stops` are (offset, colour) or (offset, colour, opacity)."""
     body = "".join(
         '<stop offset="%g" stop-color="%s"%s/>'
         % (stop[0], stop[1], ' stop-opacity="%g"' % stop[2] if len(stop) > 2 else "") for stop in stops)

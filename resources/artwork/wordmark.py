@@ -35,7 +35,7 @@ def _letters():
         return "M%.3f,%.3fV%.3f" % (x, above, BASELINE)
 
     v = "M0.9,%g L5.5,%.3f L10.1,%g" % (ASCENDER, BASELINE - 0.9, ASCENDER)
-    o, c, first_a, second_a, d, e = (left + half for left in (10.0, 20.0, 29.0, 46.0, 57.0, 68.0))
+    o, c, first_a, second_a, d, e = (left + half for left in (10, 20, 29, 46, 57, 68))
     f = 42.0 - STROKE / 2
     f_path = stem(f, ASCENDER + 2.6) + "M%.3f,%.3fQ%.3f,%.3f %.3f,%.3fH%.3fM%.3f,%.3fH%.3f" % (
         f, ASCENDER + 2.65, f, ASCENDER - 0.15 + STROKE / 2, f + 2.4, ASCENDER - 0.15 + STROKE / 2, f + 3.4,
