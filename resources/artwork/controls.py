@@ -91,7 +91,8 @@ def power_legend(area, lit, pressed):
     y = (layout.KEY_TOP + layout.KEY_BOTTOM) / 2 + (1 if pressed else 0)
     colour = palette.GREEN if lit else palette.LEGEND_UNLIT
     shape = ('<path d="M%g,%gA3.9,3.9 0 1 0 %g,%gM%g,%gV%g" fill="none" stroke-linecap="round" stroke="%%s"'
-             ' stroke-width="%%g" opacity="%%g"/>' % (x - 2.3, y - 3.1, x + 2.3, y - 3.1, x, y - 5.0, y - 0.8))
+             ' stroke-width="%%g" opacity="%%g"/>'
+             % (x - 2.3, y - 3.1, x + 2.3, y - 3.1, x, y - 5.0, y - 0.8))
     glow = "".join(shape % (colour, w, o) for w, o in ((6.0, 0.07), (4.0, 0.12), (2.8, 0.16))) if lit else ""
     return glow + shape % (colour, 1.4, 1.0)
 

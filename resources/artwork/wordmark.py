@@ -56,5 +56,5 @@ def wordmark(right, top, colour):
     """The name, ending at `right`, its ascenders' box beginning at row `top`."""
     letters, width = _letters()
     body = "".join('<path d="%s" opacity="%g"/>' % letter for letter in letters)
-    return ('<g transform="translate(%g,%g)" fill="none" stroke="%s" stroke-width="%g" stroke-linejoin="miter"'
-            ' stroke-linecap="butt">%s</g>' % (right - width, top, colour, STROKE, body))
+    return ('<g transform="translate(%g,%g)" fill="none" stroke="%s" stroke-width="%g">%s</g>'
+            % (right - width, top, colour, STROKE, body))

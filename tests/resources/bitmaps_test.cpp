@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The bitmaps against the panel's fixed rectangles: sizes, seams, and scales that tell the truth.
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <gtest/gtest.h>
@@ -58,7 +59,8 @@ constexpr int kFaderTop = 45;
 int FaderRow(double normalised, int thumbHeight) {
     const int start = 133 - thumbHeight / 2;
     const int end = thumbHeight / 2;
-    return kFaderTop + static_cast<int>(start + (end - start) * std::log10(normalised * 9.0 + 1.0) + 0.5);
+    return kFaderTop +
+           static_cast<int>(std::floor(start + (end - start) * std::log10(normalised * 9.0 + 1.0) + 0.5));
 }
 
 TEST(Bitmaps, FillThePanelsRectangles) {
@@ -148,6 +150,37 @@ TEST(Bitmaps, StatesCanBeToldApart) {
     EXPECT_GT(differing(closed, 0, open, 0, 19), 20);
     EXPECT_GT(differing(closed, 0, closed, 19, 19), 20) << "held looks like released";
     EXPECT_GT(differing(edited, 0, edited, 16, 16), 60);
+}
+
+TEST(Bitmaps, OnShinesAndOffDoesNot) {
+    const auto strongestGreen = [](const Bitmap& bitmap) {
+        int strongest = 0;
+        for (int y = 0; y < bitmap.height / 2; ++y) {
+            for (int x = 0; x < bitmap.width; ++x) {
+                strongest = std::max(strongest, bitmap.At(x, y).green - bitmap.At(x, y).red);
+            }
+        }
+        return strongest;
+    };
+    EXPECT_GT(strongestGreen(Load(3003)), 80);
+    EXPECT_LT(strongestGreen(Load(3002)), 20);
+}
+
+TEST(Bitmaps, ReadOutsAreLightAndClear) {
+    const Bitmap plate = Load(3005);
+    const int rectangles[][4] = {{14, 184, 48, 200},
+                                 {414, 184, 448, 200},
+                                 {125, 184, 174, 200},
+                                 {213, 184, 262, 200},
+                                 {300, 184, 349, 200}};
+    for (const auto& r : rectangles) {
+        // The outermost pixels belong to the rounded frame.
+        for (int y = r[1] + 1; y < r[3] - 1; ++y) {
+            for (int x = r[0] + 1; x < r[2] - 1; ++x) {
+                ASSERT_GT(plate.At(x, y).Light(), 3 * 220) << "text of grey 72 at " << x << ", " << y;
+            }
+        }
+    }
 }
 
 TEST(Bitmaps, EveryKnobFramePointsAtItsAngle) {
