@@ -6,8 +6,8 @@
 namespace vocafade {
 namespace {
 
-constexpr std::int16_t kPanelWidth = 463;
-constexpr std::int16_t kPanelHeight = 210;
+constexpr std::int16_t kPanelWidth = 477;
+constexpr std::int16_t kPanelHeight = 214;
 
 } // namespace
 
