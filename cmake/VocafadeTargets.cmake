@@ -53,6 +53,9 @@ function(vocafade_program name)
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}")
 endfunction()
 
+# Builds every test program labelled "threads", the ones worth running under the thread sanitizer.
+add_custom_target(thread_tests)
+
 # A GoogleTest program: vocafade_test(NAME SOURCES ... [USES ...] [LABELS ...] [TIMEOUT seconds])
 function(vocafade_test name)
   cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;USES;LABELS" ${ARGN})
@@ -64,4 +67,7 @@ function(vocafade_test name)
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/tests")
   gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60
     PROPERTIES TIMEOUT ${ARG_TIMEOUT} LABELS "${ARG_LABELS}")
+  if("threads" IN_LIST ARG_LABELS)
+    add_dependencies(thread_tests ${name})
+  endif()
 endfunction()

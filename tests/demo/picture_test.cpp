@@ -1,0 +1,78 @@
+// SPDX-License-Identifier: MIT
+#include "apps/demo/color_map.h"
+#include "apps/demo/picture.h"
+#include "apps/demo/spectrogram.h"
+#include "apps/demo/stereo_file.h"
+#include "tests/demo/temporary_folder.h"
+
+#include <cmath>
+#include <gtest/gtest.h>
+#include <numbers>
+
+namespace vocafade {
+namespace {
+
+constexpr int kRate = 44100;
+
+/// One second of silence, then one second of a full-scale tone of 1 kHz.
+StereoSound SilenceThenTone() {
+    StereoSound sound(2 * kRate);
+    for (std::size_t i = kRate; i < sound.size(); ++i) {
+        const auto sample =
+            static_cast<float>(std::sin(2.0 * std::numbers::pi * 1000.0 * static_cast<double>(i) / kRate));
+        sound[i] = {sample, sample};
+    }
+    return sound;
+}
+
+TEST(Spectrogram, ShowsAToneAtItsTimeHeightAndLevel) {
+    const TemporaryFolder folder;
+    WriteWave(folder / "tone.wav", SilenceThenTone(), kRate);
+    constexpr int kColumns = 200;
+    constexpr int kRows = 100;
+    const Spectrogram picture = MakeSpectrogram(folder / "tone.wav", {100.0, 10000.0}, kColumns, kRows);
+    EXPECT_NEAR(picture.seconds, 2.0, 0.001);
+    const int row = kRows / 2; // 1 kHz is half way between 100 Hz and 10 kHz: on the edge of two rows
+    EXPECT_NEAR(std::max(picture.At(150, row - 1), picture.At(150, row)), 0.0, 1.5);
+    EXPECT_LT(picture.At(50, row), -100.0F);
+    EXPECT_LT(picture.At(150, row - 20), -60.0F);
+    EXPECT_LT(picture.At(150, row + 20), -60.0F);
+    EXPECT_NEAR(picture.Loudest(), 0.0, 1.5);
+}
+
+TEST(Spectrogram, OfAShortFileFillsEveryColumn) {
+    const TemporaryFolder folder;
+    StereoSound sound = SilenceThenTone();
+    sound.erase(sound.begin(), sound.begin() + kRate);
+    sound.resize(4000);
+    WriteWave(folder / "short.wav", sound, kRate);
+    const Spectrogram picture = MakeSpectrogram(folder / "short.wav", {100.0, 10000.0}, 300, 10);
+    for (int column = 0; column < 300; ++column)
+        EXPECT_GT(std::max(picture.At(column, 5), picture.At(column, 4)), -20.0F) << column;
+}
+
+TEST(LevelColor, GrowsLighterEvenly) {
+    double previous = -1.0;
+    for (int step = 0; step <= 64; ++step) {
+        const std::uint32_t color = LevelColor(step / 64.0);
+        const double light = 0.2126 * (color >> 16) + 0.7152 * (color >> 8 & 255U) + 0.0722 * (color & 255U);
+        EXPECT_GT(light, previous) << step;
+        previous = light;
+    }
+    EXPECT_EQ(LevelColor(-3.0), LevelColor(0.0));
+    EXPECT_EQ(LevelColor(7.0), LevelColor(1.0));
+}
+
+TEST(Picture, IsWrittenWholeOrNotAtAll) {
+    const TemporaryFolder folder;
+    WriteWave(folder / "tone.wav", SilenceThenTone(), kRate);
+    const std::string picture = folder / "picture.png";
+    // A name that is no valid text must not stop it.
+    DrawBeforeAfter(folder / "tone.wav", folder / "tone.wav", {}, {"T\xFFitle", "", ""}, picture);
+    EXPECT_GT(std::filesystem::file_size(picture), 5000U);
+    EXPECT_THROW(DrawBeforeAfter(folder / "tone.wav", folder / "tone.wav", {}, {}, folder / "no/picture.png"),
+                 std::runtime_error);
+}
+
+} // namespace
+} // namespace vocafade
