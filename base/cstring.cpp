@@ -25,6 +25,7 @@ void CString::Format(const char* format, ...) {
 void CString::FormatV(const char* format, std::va_list arguments) {
     std::va_list measured;
     va_copy(measured, arguments);
+    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): va_copy is not seen
     const int length = std::vsnprintf(nullptr, 0, format, measured);
     va_end(measured);
     std::string text(static_cast<std::size_t>(std::max(length, 0)), '\0');

@@ -2,19 +2,14 @@
 #include "effect/avocafade.h"
 
 #include "persistence/settings_folder.h"
+#include "vst/text.h"
 
-#include <cstring>
 #include <string_view>
 
 namespace vocafade {
 namespace {
 
 constexpr std::int32_t kInitialBlockSize = 256;
-
-void CopyText(char* to, const char* text, std::size_t size) {
-    std::memset(to, 0, size);
-    std::memcpy(to, text, ::strnlen(text, size - 1));
-}
 
 } // namespace
 

@@ -127,7 +127,7 @@ class AVocafade : public AudioEffectX {
         float outR = 0.0f;
     };
 
-    bool IsProgram(std::int32_t index) const { return index >= 0 && index < kProgramCount; }
+    static bool IsProgram(std::int32_t index) { return index >= 0 && index < kProgramCount; }
     AVocafadeProgram& Current() { return programs_[static_cast<std::size_t>(curProgram.load())]; }
     const AVocafadeProgram& Current() const { return programs_[static_cast<std::size_t>(curProgram.load())]; }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "effect/avocafade.h"
 #include "vst/opcodes.h"
+#include "vst/text.h"
 
 #include <algorithm>
 #include <cmath>
@@ -9,6 +10,10 @@
 
 namespace vocafade {
 namespace {
+
+/// Room for any name, unit or value that the editor accepts, with its terminator. The interface names 8
+/// bytes, which everything within the parameters' ranges keeps to; hosts give far more.
+constexpr std::size_t kShownTextSize = 24;
 
 /// The engine takes levels as the host's 0 to 1: what is no number counts as the minimum.
 float SafeLevel(float normalised) { return normalised > 0.0f ? std::min(normalised, 1.0f) : 0.0f; }
@@ -127,21 +132,23 @@ float AVocafade::getParameter(std::int32_t index) {
     return normalized_[static_cast<std::size_t>(index)];
 }
 
-void AVocafade::getParameterName(std::int32_t index, char* text) { std::strcpy(text, ParameterName(index)); }
+void AVocafade::getParameterName(std::int32_t index, char* text) {
+    CopyText(text, ParameterName(index), kShownTextSize);
+}
 
 void AVocafade::getParameterLabel(std::int32_t index, char* label) {
-    std::strcpy(label, ParameterLabel(index));
+    CopyText(label, ParameterLabel(index), kShownTextSize);
 }
 
 void AVocafade::getParameterDisplay(std::int32_t index, char* text) {
     if (index == kParameterOnOff) {
-        std::strcpy(text, onOff_ == 1.0f ? "ON" : "OFF");
+        CopyText(text, onOff_ == 1.0f ? "ON" : "OFF", kShownTextSize);
         return;
     }
     if (index < 0 || index >= kParameterCount) return;
-    char shown[24]; // more than any value that the editor accepts needs
+    char shown[kShownTextSize];
     std::snprintf(shown, sizeof shown, "%.1f", static_cast<double>(CachedInternal(index)));
-    std::strcpy(text, std::strcmp(shown, "-0.0") == 0 ? "0.0" : shown);
+    CopyText(text, std::strcmp(shown, "-0.0") == 0 ? "0.0" : shown, kShownTextSize);
 }
 
 float AVocafade::getParameterDisplayVal(std::int32_t index) {

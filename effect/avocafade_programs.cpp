@@ -2,6 +2,7 @@
 #include "effect/avocafade.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 
 namespace vocafade {
@@ -64,9 +65,9 @@ std::int32_t AVocafade::setChunk(void* data, std::int32_t byteSize, bool isPrese
 bool AVocafade::IsProgramChanged() const {
     const AVocafadeProgram& stored = initial_[static_cast<std::size_t>(curProgram.load())];
     for (std::int32_t i = 0; i < kParameterCount; ++i) {
-        const float now = LoadValue(Current(), i);
-        const float then = LoadValue(stored, i);
-        if (std::memcmp(&now, &then, sizeof now) != 0) return true;
+        // By their bits, so that a value that is no number equals itself.
+        const auto now = std::bit_cast<std::uint32_t>(LoadValue(Current(), i));
+        if (now != std::bit_cast<std::uint32_t>(LoadValue(stored, i))) return true;
     }
     return false;
 }
