@@ -11,6 +11,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <exception>
 #include <filesystem>
 #include <fmt/core.h>
@@ -76,8 +77,8 @@ Files PlanUsersSong(const Options& options) {
     return {song, rendered, picture, std::nullopt};
 }
 
-/// Renders through the command that users have, with the factory settings said out loud: the user's own bank
-/// may have stored others. Returns the seconds that it took, reading and writing the files included.
+/// Renders through the command that users have, with the band that is measured and everything else as it
+/// comes. Returns the seconds that it took, reading and writing the files included.
 double Render(const Options& options, const Files& files, const Band& band) {
     const fs::path command = options.vocafade.empty()
                                  ? fs::read_symlink("/proc/self/exe").parent_path() / "vocafade"
@@ -89,13 +90,7 @@ double Render(const Options& options, const Files& files, const Band& band) {
                                        "--lofreq",
                                        fmt::format("{:g}", band.lowHz),
                                        "--hifreq",
-                                       fmt::format("{:g}", band.highHz),
-                                       "--position",
-                                       "64",
-                                       "--input",
-                                       "0",
-                                       "--output",
-                                       "0"};
+                                       fmt::format("{:g}", band.highHz)};
     if (!isatty(STDERR_FILENO)) arguments.emplace_back("--quiet");
     const auto start = std::chrono::steady_clock::now();
     RunProgram(arguments);
@@ -126,6 +121,8 @@ void Report(const Files& files, const Band& band, const Measurement& result, dou
         fmt::print("  The rest:    {} of its sound energy has stayed ({} inside the band, {} outside).\n",
                    Percent(result.restKept), Percent(result.restKeptInBand), Percent(result.restKeptOutside));
     }
+    fmt::print("  The level:   {:+.1f} dB, which is counted out above; the Output control gives it back.\n",
+               20.0 * std::log10(PassThroughGain()));
     fmt::print("  The speed:   {:.1f} s of music in {:.2f} s: {:.0f} times faster than real time.\n",
                songSeconds, renderSeconds, songSeconds / std::max(renderSeconds, 1e-6));
     fmt::print("\n  Before:      {}\n  After:       {}\n  Picture:     {}\n", files.song.string(),
@@ -146,13 +143,15 @@ PictureText Captions(const Files& files, const Band& band, const Measurement& re
         text.title = "A song before and after Vocafade";
         text.before =
             "the voice in the middle, guitar left, electric piano right, bass and drum below the band";
-        text.after = fmt::format("the voice is {:.0f} dB quieter {}; {} of the rest has stayed",
-                                 result.voiceLossDb, BandName(band), Percent(result.restKept));
+        text.after =
+            fmt::format("the voice is {:.0f} dB quieter {}; {} of the rest has stayed (levels matched)",
+                        result.voiceLossDb, BandName(band), Percent(result.restKept));
     } else {
         text.title = files.song.stem().string();
         if (result.hasVoice)
-            text.after = fmt::format("the middle is {:.0f} dB quieter {}; {} of the rest has stayed",
-                                     result.voiceLossDb, BandName(band), Percent(result.restKept));
+            text.after =
+                fmt::format("the middle is {:.0f} dB quieter {}; {} of the rest has stayed (levels matched)",
+                            result.voiceLossDb, BandName(band), Percent(result.restKept));
     }
     return text;
 }
@@ -177,7 +176,8 @@ void Demonstrate(const Options& options) {
     const std::string before = files.song.string();
     const std::string after = files.rendered.string();
     const Measurement result = Measure(before, after, band, PassThroughGain(), files.stems);
-    DrawBeforeAfter(before, after, band, Captions(files, band, result), files.picture.string());
+    DrawBeforeAfter(before, after, band, PassThroughGain(), Captions(files, band, result),
+                    files.picture.string());
     const StereoReader song(before);
     Report(files, band, result, static_cast<double>(song.length()) / song.rate(), renderSeconds);
 }

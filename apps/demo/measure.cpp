@@ -68,7 +68,9 @@ double PassThroughGain() {
         const double window = 0.5 - 0.5 * std::cos(2.0 * std::numbers::pi * i / kSize);
         sum += window * window;
     }
-    return sum / kHop * 0.5 * (4.0 / 6.0) * 1.7;
+    const double engine = sum / kHop * 0.5 * (4.0 / 6.0) * 1.7;
+    const double outputLevel = (1.0 - 0.001) / (2.0 - 0.001);
+    return engine * outputLevel;
 }
 
 Measurement Measure(const std::string& before, const std::string& after, const Band& band, double gain,

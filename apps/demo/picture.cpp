@@ -232,10 +232,12 @@ class Picture {
 } // namespace
 
 void DrawBeforeAfter(const std::string& beforePath, const std::string& afterPath, const Band& band,
-                     const PictureText& text, const std::string& picturePath) {
+                     double gain, const PictureText& text, const std::string& picturePath) {
     const FrequencyRange range{kLowestHz, std::min(kHighestHz, 0.5 * StereoReader(beforePath).rate())};
     const Spectrogram before = MakeSpectrogram(beforePath, range, kPanelWidth, kPanelHeight);
-    const Spectrogram after = MakeSpectrogram(afterPath, range, kPanelWidth, kPanelHeight);
+    Spectrogram after = MakeSpectrogram(afterPath, range, kPanelWidth, kPanelHeight);
+    for (float& level : after.decibels)
+        level -= static_cast<float>(20.0 * std::log10(gain));
     Picture picture(band, range, std::max(before.Loudest(), after.Loudest()));
     picture.DrawTitle(text.title);
     picture.DrawPanel(before, kTop[0], "Before", text.before);

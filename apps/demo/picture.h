@@ -16,8 +16,9 @@ struct PictureText {
 
 /// Draws the spectrograms of two sounds, one above the other, on one scale of loudness (dB below the loudest
 /// place of both), a logarithmic axis of frequency and the limits of `band` marked; 1400 x 900 pixels, as a
-/// PNG. Throws std::runtime_error when a sound cannot be read or the picture cannot be written.
+/// PNG. The second sound is shown as if it were louder by `1 / gain`. Throws std::runtime_error when a sound
+/// cannot be read or the picture cannot be written.
 void DrawBeforeAfter(const std::string& beforePath, const std::string& afterPath, const Band& band,
-                     const PictureText& text, const std::string& picturePath);
+                     double gain, const PictureText& text, const std::string& picturePath);
 
 } // namespace vocafade

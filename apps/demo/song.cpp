@@ -28,7 +28,7 @@ void Scale(StereoSound& sound, float gain) {
 
 Song MakeSong(int rate) {
     constexpr float kVoiceLevel = 1.35F;
-    constexpr float kPeak = 0.56F;
+    constexpr float kPeak = 0.7F;
 
     std::vector<float> sung = Sing(rate);
     AddMonoRoom(sung, rate, 1.1, 0.10F);

@@ -14,7 +14,7 @@ struct Song {
 };
 
 /// Makes the demonstration's song, about 27 s of stereo: played and sung by this program alone, from no
-/// recording, the same every time. Peaks stay 5 dB below full scale, so that the effect's gain has room.
+/// recording, the same every time. Peaks stay 3 dB below full scale.
 Song MakeSong(int rate);
 
 } // namespace vocafade

@@ -68,10 +68,11 @@ TEST(Picture, IsWrittenWholeOrNotAtAll) {
     WriteWave(folder / "tone.wav", SilenceThenTone(), kRate);
     const std::string picture = folder / "picture.png";
     // A name that is no valid text must not stop it.
-    DrawBeforeAfter(folder / "tone.wav", folder / "tone.wav", {}, {"T\xFFitle", "", ""}, picture);
+    DrawBeforeAfter(folder / "tone.wav", folder / "tone.wav", {}, 0.5, {"T\xFFitle", "", ""}, picture);
     EXPECT_GT(std::filesystem::file_size(picture), 5000U);
-    EXPECT_THROW(DrawBeforeAfter(folder / "tone.wav", folder / "tone.wav", {}, {}, folder / "no/picture.png"),
-                 std::runtime_error);
+    EXPECT_THROW(
+        DrawBeforeAfter(folder / "tone.wav", folder / "tone.wav", {}, 1.0, {}, folder / "no/picture.png"),
+        std::runtime_error);
 }
 
 } // namespace
