@@ -47,8 +47,10 @@ StereoReader::StereoReader(const std::string& path) {
     file_.reset(sf_open(path.c_str(), SFM_READ, &info));
     if (!file_) throw std::runtime_error(path + ": " + sf_strerror(nullptr));
     if (info.channels != 2) {
-        throw std::runtime_error(path + ": has " + std::to_string(info.channels) +
-                                 " channel(s); a stereo file is needed");
+        const std::string channels =
+            info.channels == 1 ? "one channel" : std::to_string(info.channels) + " channels";
+        throw std::runtime_error(path + ": has " + channels +
+                                 "; only in a stereo song is there a middle that can be taken out");
     }
     rate_ = info.samplerate;
     length_ = info.frames;
