@@ -2,15 +2,16 @@
 #include "apps/demo/picture.h"
 
 #include "apps/demo/color_map.h"
+#include "apps/demo/lettering.h"
 #include "apps/demo/spectrogram.h"
 #include "apps/demo/stereo_file.h"
 #include "base/file_replacement.h"
 
 #include <algorithm>
+#include <cairo.h>
 #include <cmath>
 #include <cstdint>
-#include <memory>
-#include <pango/pangocairo.h>
+#include <cstdio>
 #include <stdexcept>
 
 namespace vocafade {
@@ -26,9 +27,6 @@ constexpr double kRangeDb = 66.0; // from the loudest place down to what is draw
 constexpr double kLowestHz = 70.0;
 constexpr double kHighestHz = 18000.0;
 
-struct Rgb {
-    double red, green, blue;
-};
 constexpr Rgb kPaper{0.985, 0.982, 0.972};
 constexpr Rgb kInk{0.11, 0.13, 0.17};
 constexpr Rgb kFaint{0.40, 0.42, 0.46};
@@ -36,33 +34,6 @@ constexpr Rgb kMark{0.99, 0.72, 0.42};
 
 void SetColor(cairo_t* context, const Rgb& color, double opacity = 1.0) {
     cairo_set_source_rgba(context, color.red, color.green, color.blue, opacity);
-}
-
-enum class Align { left, center, right };
-
-/// One line of text; `x` is where `align` says, `middle` the height of the middle of the line.
-double DrawText(cairo_t* context, const std::string& text, double x, double middle, double pixels, bool bold,
-                Align align, const Rgb& color) {
-    const std::unique_ptr<PangoLayout, decltype(&g_object_unref)> layout(pango_cairo_create_layout(context),
-                                                                         &g_object_unref);
-    PangoFontDescription* font = pango_font_description_from_string("Inter, DejaVu Sans, Sans");
-    pango_font_description_set_absolute_size(font, pixels * PANGO_SCALE);
-    pango_font_description_set_weight(font, bold ? PANGO_WEIGHT_SEMIBOLD : PANGO_WEIGHT_NORMAL);
-    pango_layout_set_font_description(layout.get(), font);
-    pango_font_description_free(font);
-    const std::unique_ptr<char, decltype(&g_free)> valid(
-        g_utf8_make_valid(text.c_str(), static_cast<gssize>(text.size())), &g_free);
-    pango_layout_set_text(layout.get(), valid.get(), -1);
-    pango_layout_set_single_paragraph_mode(layout.get(), TRUE);
-    pango_layout_set_ellipsize(layout.get(), PANGO_ELLIPSIZE_MIDDLE);
-    pango_layout_set_width(layout.get(), 1000 * PANGO_SCALE);
-    PangoRectangle extents;
-    pango_layout_get_pixel_extents(layout.get(), nullptr, &extents);
-    const double shift = align == Align::left ? 0.0 : align == Align::center ? 0.5 : 1.0;
-    SetColor(context, color);
-    cairo_move_to(context, x - shift * extents.width - extents.x, middle - 0.5 * extents.height - extents.y);
-    pango_cairo_show_layout(context, layout.get());
-    return extents.width;
 }
 
 std::string FrequencyName(double hz) {
@@ -112,12 +83,12 @@ class Picture {
     Picture& operator=(const Picture&) = delete;
 
     void DrawTitle(const std::string& title) {
-        DrawText(context_, title, kLeft, 32, 21, true, Align::left, kInk);
+        lettering_.Draw(context_, title, kLeft, 32, 21, true, Align::left, kInk);
     }
 
     void DrawPanel(const Spectrogram& sound, int top, const std::string& name, const std::string& note) {
-        const double width = DrawText(context_, name, kLeft, top - 16, 16, true, Align::left, kInk);
-        DrawText(context_, note, kLeft + width + 14, top - 16, 15, false, Align::left, kFaint);
+        const double width = lettering_.Draw(context_, name, kLeft, top - 16, 16, true, Align::left, kInk);
+        lettering_.Draw(context_, note, kLeft + width + 14, top - 16, 15, false, Align::left, kFaint);
         DrawSound(sound, top);
         DrawFrequencies(top);
         DrawBand(top);
@@ -136,11 +107,11 @@ class Picture {
             cairo_fill(context_);
         }
         for (int decibels = 0; decibels >= -60; decibels -= 20) {
-            DrawText(context_, (decibels < 0 ? "\u2212" : "") + std::to_string(std::abs(decibels)), x + 22,
-                     std::clamp(top - decibels / kRangeDb * height, top + 6, top + height - 6), 12.5, false,
-                     Align::left, kFaint);
+            lettering_.Draw(context_, (decibels < 0 ? "\u2212" : "") + std::to_string(std::abs(decibels)),
+                            x + 22, std::clamp(top - decibels / kRangeDb * height, top + 6, top + height - 6),
+                            12.5, false, Align::left, kFaint);
         }
-        DrawText(context_, "dB", x + 20, top - 15, 12.5, false, Align::left, kFaint);
+        lettering_.Draw(context_, "dB", x + 20, top - 15, 12.5, false, Align::left, kFaint);
     }
 
     void Save(const std::string& path) {
@@ -190,7 +161,7 @@ class Picture {
             const double y = std::floor(top + HeightOf(hz)) + 0.5;
             SetColor(context_, kFaint);
             Line(kLeft - 6, y, kLeft, y);
-            DrawText(context_, FrequencyName(hz), kLeft - 12, y, 13, false, Align::right, kFaint);
+            lettering_.Draw(context_, FrequencyName(hz), kLeft - 12, y, 13, false, Align::right, kFaint);
         }
     }
 
@@ -205,7 +176,8 @@ class Picture {
             SetColor(context_, kMark, 0.85);
             Line(kLeft, y, right, y);
             cairo_set_dash(context_, nullptr, 0, 0.0);
-            DrawText(context_, FrequencyName(hz), right + 10, y, 13, true, Align::left, {0.70, 0.38, 0.08});
+            lettering_.Draw(context_, FrequencyName(hz), right + 10, y, 13, true, Align::left,
+                            {0.70, 0.38, 0.08});
         }
     }
 
@@ -217,13 +189,14 @@ class Picture {
             const double x = std::floor(kLeft + kPanelWidth * second / seconds) + 0.5;
             SetColor(context_, kFaint);
             Line(x, bottom, x, bottom + 6);
-            DrawText(context_, TimeName(second, seconds >= 120.0), x, bottom + 17, 13, false, Align::center,
-                     kFaint);
+            lettering_.Draw(context_, TimeName(second, seconds >= 120.0), x, bottom + 17, 13, false,
+                            Align::center, kFaint);
         }
     }
 
     cairo_surface_t* surface_;
     cairo_t* context_;
+    Lettering lettering_;
     Band band_;
     FrequencyRange range_;
     float loudest_;
