@@ -93,7 +93,7 @@ TEST_F(MeasureTest, VoiceOutsideTheBandCountsOnlyInTheOverallNumber) {
     EXPECT_NEAR(result.voiceLossOverallDb, 3.0, 0.1); // one tone of two is left
 }
 
-TEST_F(MeasureTest, UncorrelatedAndEmptyMiddleIsSaidToBeEmpty) {
+TEST_F(MeasureTest, EmptyMiddleIsSaidToBeEmpty) {
     WriteWave(folder_ / "song.wav", Tone(2500, 1, 0), kRate);
     const Measurement result = MeasureAgainst(Tone(2500, 1, 0), 1.0, false);
     EXPECT_FALSE(result.hasVoice);
