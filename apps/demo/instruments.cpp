@@ -143,9 +143,10 @@ void PlayPad(StereoSound& mix, int rate) {
 void PlayShaker(StereoSound& mix, int rate) {
     Noise noise(11);
     OnePole bright(6000.0, rate);
-    const auto bars = static_cast<double>(Chords().size() - 1);
-    for (double beat = 0.0; beat < bars * kBeatsPerBar; beat += 0.5) {
-        const bool backbeat = std::fmod(beat, 2.0) == 1.0;
+    const int eighths = 2 * kBeatsPerBar * static_cast<int>(Chords().size() - 1);
+    for (int eighth = 0; eighth < eighths; ++eighth) {
+        const double beat = 0.5 * eighth;
+        const bool backbeat = eighth % 4 == 2;
         const double level = backbeat ? 0.16 : 0.06;
         const double fall = backbeat ? 22.0 : 45.0;
         AddNote(mix, rate, beat, 0.2, {0.35F, 1.0F}, [&](double t) {
@@ -182,8 +183,8 @@ void PlayBass(StereoSound& mix, int rate) {
 }
 
 void PlayDrum(StereoSound& mix, int rate) {
-    const auto bars = static_cast<double>(Chords().size() - 1);
-    for (double bar = 0.0; bar < bars; bar += 1.0) {
+    const int bars = static_cast<int>(Chords().size() - 1);
+    for (int bar = 0; bar < bars; ++bar) {
         for (const double beat : {0.0, 1.5, 2.0}) {
             const double level = beat == 1.5 ? 0.22 : 0.38;
             AddNote(mix, rate, bar * kBeatsPerBar + beat, 0.4, {1.0F, 1.0F}, [=](double t) {

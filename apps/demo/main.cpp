@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <cstdio>
 #include <exception>
 #include <filesystem>
 #include <fmt/core.h>
@@ -182,11 +183,8 @@ void Demonstrate(const Options& options) {
     Report(files, band, result, static_cast<double>(song.length()) / song.rate(), renderSeconds);
 }
 
-} // namespace
-} // namespace vocafade
-
-int main(int argc, char** argv) {
-    vocafade::Options options;
+int Main(int argc, char** argv) {
+    Options options;
     CLI::App app{
         "Takes the voice out of a song with Vocafade and says what became of it. Without SONG it makes "
         "one of its own.",
@@ -201,11 +199,18 @@ int main(int argc, char** argv) {
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? 0 : 2;
     }
+    Demonstrate(options);
+    return 0;
+}
+
+} // namespace
+} // namespace vocafade
+
+int main(int argc, char** argv) {
     try {
-        vocafade::Demonstrate(options);
+        return vocafade::Main(argc, argv);
     } catch (const std::exception& error) {
-        fmt::print(stderr, "vocafade-demo: {}\n", error.what());
+        std::fprintf(stderr, "vocafade-demo: %s\n", error.what());
         return 1;
     }
-    return 0;
 }

@@ -185,7 +185,9 @@ class Picture {
         const double bottom = top + kPanelHeight;
         const double step = TimeStep(seconds);
         cairo_set_line_width(context_, 1.0);
-        for (double second = 0.0; second <= seconds; second += step) {
+        const int labels = static_cast<int>(seconds / step);
+        for (int label = 0; label <= labels; ++label) {
+            const double second = label * step;
             const double x = std::floor(kLeft + kPanelWidth * second / seconds) + 0.5;
             SetColor(context_, kFaint);
             Line(x, bottom, x, bottom + 6);

@@ -13,6 +13,7 @@ namespace vocafade {
 void RunProgram(const std::vector<std::string>& arguments) {
     std::vector<std::string> copies = arguments;
     std::vector<char*> pointers;
+    pointers.reserve(copies.size() + 1);
     for (std::string& argument : copies)
         pointers.push_back(argument.data());
     pointers.push_back(nullptr);
