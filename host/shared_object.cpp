@@ -50,7 +50,7 @@ SharedObject::SharedObject(const fs::path& path) : file_(Resolve(path)) {
         if (entry_ != nullptr) return;
     }
     ::dlclose(std::exchange(handle_, nullptr));
-    throw HostError("'" + file_.string() +
+    throw HostError("the file '" + file_.string() +
                     "' is no VST 2.4 plug-in: it exports neither VSTPluginMain nor main");
 }
 

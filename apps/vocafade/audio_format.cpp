@@ -4,6 +4,7 @@
 #include "apps/vocafade/failures.h"
 #include "apps/vocafade/text.h"
 
+#include <algorithm>
 #include <array>
 #include <fmt/format.h>
 #include <string_view>
@@ -49,7 +50,14 @@ const Ending* FindEnding(const std::string& ending) {
     return nullptr;
 }
 
+/// Opus knows only these rates, which libsndfile says no earlier than at opening.
+bool IsOpusRate(int rate) {
+    constexpr std::array kRates = {8000, 12000, 16000, 24000, 48000};
+    return std::find(kRates.begin(), kRates.end(), rate) != kRates.end();
+}
+
 bool CanBeWritten(int format, const SF_INFO& like) {
+    if (Code(format) == SF_FORMAT_OPUS && !IsOpusRate(like.samplerate)) return false;
     SF_INFO info = like;
     info.format = format;
     return sf_format_check(&info) != 0;

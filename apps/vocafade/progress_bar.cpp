@@ -24,7 +24,7 @@ std::string ProgressLine(double done, double secondsSoFar, std::size_t songsDone
     if (text.size() + 4 > width) return text.substr(2, width);
     const std::size_t bar = std::min(kWidestBar, width - text.size() - 2);
     const auto full = static_cast<std::size_t>(done * static_cast<double>(bar));
-    return "[" + std::string(full, '#') + std::string(bar - full, '.') + text;
+    return fmt::format("[{}{}{}", std::string(full, '#'), std::string(bar - full, '.'), text);
 }
 
 } // namespace vocafade::command
