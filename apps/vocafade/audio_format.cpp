@@ -50,14 +50,30 @@ const Ending* FindEnding(const std::string& ending) {
     return nullptr;
 }
 
-/// Opus knows only these rates, which libsndfile says no earlier than at opening.
-bool IsOpusRate(int rate) {
-    constexpr std::array kRates = {8000, 12000, 16000, 24000, 48000};
-    return std::find(kRates.begin(), kRates.end(), rate) != kRates.end();
+template <std::size_t Count>
+bool IsAmong(int rate, const std::array<int, Count>& rates) {
+    return std::find(rates.begin(), rates.end(), rate) != rates.end();
+}
+
+/// What libsndfile says no earlier than at opening.
+bool IsCodeWritable(int code, int rate) {
+    constexpr std::array kOpusRates = {8000, 12000, 16000, 24000, 48000};
+    constexpr std::array kMp3Rates = {8000, 11025, 12000, 16000, 22050, 24000, 32000, 44100, 48000};
+    switch (code) {
+    case SF_FORMAT_OPUS:
+        return IsAmong(rate, kOpusRates);
+    case SF_FORMAT_MPEG_LAYER_III:
+        return IsAmong(rate, kMp3Rates);
+    case SF_FORMAT_MPEG_LAYER_I:
+    case SF_FORMAT_MPEG_LAYER_II:
+        return false;
+    default:
+        return true;
+    }
 }
 
 bool CanBeWritten(int format, const SF_INFO& like) {
-    if (Code(format) == SF_FORMAT_OPUS && !IsOpusRate(like.samplerate)) return false;
+    if (!IsCodeWritable(Code(format), like.samplerate)) return false;
     SF_INFO info = like;
     info.format = format;
     return sf_format_check(&info) != 0;

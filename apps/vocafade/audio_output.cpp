@@ -56,9 +56,7 @@ AudioOutput::AudioOutput(const fs::path& path, int format, const AudioInput& inp
                                   sf_strerror(nullptr)));
     SetQuality();
     // Peak chunks carry the time of day; without them the same song gives the same bytes.
-    double peak = 0.0;
-    const bool hadPeak = sf_command(input.sound(), SFC_GET_SIGNAL_MAX, &peak, sizeof peak) == SF_TRUE;
-    sf_command(sound_.get(), SFC_SET_ADD_PEAK_CHUNK, nullptr, hadPeak ? SF_TRUE : SF_FALSE);
+    sf_command(sound_.get(), SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
     if ((format & SF_FORMAT_TYPEMASK) == SF_FORMAT_RF64 &&
         (input.info().format & SF_FORMAT_TYPEMASK) != SF_FORMAT_RF64)
         sf_command(sound_.get(), SFC_RF64_AUTO_DOWNGRADE, nullptr, SF_TRUE);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "apps/vocafade/metadata.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -14,7 +15,7 @@ namespace {
 
 constexpr std::uint32_t kMostCues = 100000;
 constexpr std::uint32_t kMostChunkBytes = 16U << 20;
-constexpr std::size_t kLongText = 16384; // coding history and tag text: more than any program writes
+constexpr std::size_t kLongText = 16000; // bytes of coding history or tag text: libsndfile ends at 16384
 using BroadcastInfo = SF_BROADCAST_INFO_VAR(kLongText);
 using CartInfo = SF_CART_INFO_VAR(kLongText);
 
@@ -30,6 +31,15 @@ void CopyRecord(SNDFILE* from, int get, SNDFILE* to, int set) {
     const auto record = std::make_unique<Record>();
     if (sf_command(from, get, record.get(), sizeof(Record)) == SF_TRUE)
         sf_command(to, set, record.get(), sizeof(Record));
+}
+
+/// The same for a record that ends in a text, whose length and letters are `size` and what follows it.
+template <typename Record>
+void CopyTextRecord(SNDFILE* from, int get, SNDFILE* to, int set, std::uint32_t Record::*size) {
+    const auto record = std::make_unique<Record>();
+    if (sf_command(from, get, record.get(), sizeof(Record)) != SF_TRUE) return;
+    (*record).*size = std::min<std::uint32_t>((*record).*size, kLongText);
+    sf_command(to, set, record.get(), sizeof(Record));
 }
 
 void CopyCues(SNDFILE* from, SNDFILE* to) {
@@ -87,8 +97,9 @@ int Family(const SF_INFO& info) {
 
 void CopyMetadata(SNDFILE* from, const SF_INFO& fromInfo, SNDFILE* to, const SF_INFO& toInfo) {
     CopyStrings(from, to);
-    CopyRecord<BroadcastInfo>(from, SFC_GET_BROADCAST_INFO, to, SFC_SET_BROADCAST_INFO);
-    CopyRecord<CartInfo>(from, SFC_GET_CART_INFO, to, SFC_SET_CART_INFO);
+    CopyTextRecord(from, SFC_GET_BROADCAST_INFO, to, SFC_SET_BROADCAST_INFO,
+                   &BroadcastInfo::coding_history_size);
+    CopyTextRecord(from, SFC_GET_CART_INFO, to, SFC_SET_CART_INFO, &CartInfo::tag_text_size);
     CopyRecord<SF_INSTRUMENT>(from, SFC_GET_INSTRUMENT, to, SFC_SET_INSTRUMENT);
     CopyCues(from, to);
     CopyChannelMap(from, to, fromInfo.channels);

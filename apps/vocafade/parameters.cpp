@@ -139,6 +139,10 @@ std::vector<Assignment> DefaultAssignments() {
     return assignments;
 }
 
+std::optional<double> ShownNumber(host::Effect& effect, std::int32_t index) {
+    return ParseNumber(effect.parameterDisplay(index));
+}
+
 void Apply(host::Effect& effect, std::span<const Assignment> assignments) {
     for (const Assignment& assignment : assignments)
         effect.setParameter(assignment.index, assignment.normalised);
@@ -147,12 +151,11 @@ void Apply(host::Effect& effect, std::span<const Assignment> assignments) {
             std::any_of(&assignment + 1, assignments.data() + assignments.size(),
                         [&](const Assignment& later) { return later.index == assignment.index; });
         if (!assignment.shown || overridden) continue;
-        const std::string display = effect.parameterDisplay(assignment.index);
-        const std::optional<double> number = ParseNumber(display);
+        const std::optional<double> number = ShownNumber(effect, assignment.index);
         if (!number || std::abs(*number - *assignment.shown) > kDisplayDigit * 0.6)
             throw Failure(fmt::format("the plug-in did not take {} = {:g}: it shows '{}'",
                                       effect.parameterName(assignment.index), *assignment.shown,
-                                      Printable(display)));
+                                      Printable(effect.parameterDisplay(assignment.index))));
     }
 }
 

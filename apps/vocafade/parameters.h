@@ -64,6 +64,9 @@ Assignment ParseAssignment(host::Effect& effect, const std::string& text);
 /// The assignments that bring every parameter to its default.
 std::vector<Assignment> DefaultAssignments();
 
+/// [main-thread] The number that a parameter shows, or nothing when it shows none.
+std::optional<double> ShownNumber(host::Effect& effect, std::int32_t index);
+
 /// [main-thread] Sets the parameters and reads every display back. Throws `Failure` when one does not show
 /// what it was told.
 void Apply(host::Effect& effect, std::span<const Assignment> assignments);

@@ -79,6 +79,15 @@ void WarnOfBand(host::Effect& effect, Reporter& reporter) {
                                      effect.parameterDisplay(kLoFreq), effect.parameterDisplay(kHiFreq)));
 }
 
+/// How many samples were clipped, and what helps: 3 dB less than the plug-in's Output had.
+std::string ClippingText(const RenderReport& report) {
+    constexpr double kStep = 3.0;
+    const std::string help = report.outputLevel ? fmt::format("--output {:g}", *report.outputLevel - kStep)
+                                                : std::string("a lower level");
+    if (report.clipped == 1) return "1 sample went beyond full scale and was clipped; try " + help;
+    return fmt::format("{} samples went beyond full scale and were clipped; try {}", report.clipped, help);
+}
+
 void TellOutcome(const RenderJob& job, const RenderReport& report, const RenderOptions& options,
                  Reporter& reporter) {
     const std::string input = Printable(job.input.string());
@@ -92,10 +101,7 @@ void TellOutcome(const RenderJob& job, const RenderReport& report, const RenderO
     if (report.oneInBoth && !report.passedThrough)
         reporter.Warning(input +
                          ": left and right are the same throughout, so everything counts as the middle");
-    if (report.clipped > 0)
-        reporter.Warning(fmt::format("{}: {} sample{} went beyond full scale and {} clipped; try --output -3",
-                                     input, report.clipped, report.clipped == 1 ? "" : "s",
-                                     report.clipped == 1 ? "was" : "were"));
+    if (report.clipped > 0) reporter.Warning(input + ": " + ClippingText(report));
 }
 
 /// Renders one job and tells what came of it; false when it failed.

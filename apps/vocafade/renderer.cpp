@@ -158,6 +158,7 @@ RenderReport Render(const RenderJob& job, const RenderSettings& settings,
     SetUp(effect, settings);
     RenderReport report;
     report.passedThrough = IsOff(effect);
+    if (effect.uniqueId() == kVocafadeId) report.outputLevel = ShownNumber(effect, kOutput);
     report.format = FormatText(format);
     AudioOutput output(job.output, format, input);
     const auto run = settings.twofold ? RunStream<double> : RunStream<float>;

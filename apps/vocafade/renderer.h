@@ -30,9 +30,10 @@ struct RenderSettings {
 struct RenderReport {
     double songSeconds = 0.0;
     double workSeconds = 0.0;
-    std::int64_t clipped = 0;   ///< samples beyond full scale
-    bool passedThrough = false; ///< the effect was off
-    bool oneInBoth = false;     ///< left and right were the same throughout
+    std::int64_t clipped = 0;          ///< samples beyond full scale
+    std::optional<double> outputLevel; ///< what Output showed, for the plug-in that this command comes with
+    bool passedThrough = false;        ///< the effect was off
+    bool oneInBoth = false;            ///< left and right were the same throughout
     std::string format;
 };
 
