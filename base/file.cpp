@@ -117,7 +117,8 @@ std::int64_t CFile::GetLength() const {
 }
 
 bool CFile::FlushToDisk() {
-    if (stream_ == nullptr || failed_) return false;
+    // Moving about writes too, and leaves a failure of that only in the stream's own mark.
+    if (stream_ == nullptr || failed_ || std::ferror(stream_) != 0) return false;
     return std::fflush(stream_) == 0 && ::fsync(::fileno(stream_)) == 0;
 }
 

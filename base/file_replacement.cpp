@@ -12,6 +12,8 @@
 namespace vocafade {
 namespace {
 
+constexpr std::size_t kKeptOfName = 200; // bytes: file systems end at 255, and the rest of the name is ours
+
 std::string FolderOf(const std::string& path) {
     const std::size_t slash = path.rfind('/');
     return slash == std::string::npos ? "./" : path.substr(0, slash + 1);
@@ -54,7 +56,13 @@ void FileReplacement::Discard() {
 bool FileReplacement::Begin(const std::string& path) {
     Discard();
     target_ = FollowLinks(PathFromUrlOrPath(path.c_str()));
-    const std::string stem = FolderOf(target_) + "." + target_.substr(target_.rfind('/') + 1) + ".";
+    struct stat old {};
+    if (::stat(target_.c_str(), &old) == 0 && !S_ISREG(old.st_mode)) { // a device must not be put aside
+        errno = S_ISDIR(old.st_mode) ? EISDIR : EINVAL;
+        return false;
+    }
+    const std::string name = target_.substr(target_.rfind('/') + 1).substr(0, kKeptOfName);
+    const std::string stem = FolderOf(target_) + "." + name + ".";
     std::random_device random;
     int descriptor = -1;
     for (int attempt = 0; attempt < 100 && descriptor < 0; ++attempt) {

@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace vocafade::command {
+
+inline constexpr std::int32_t kMostBlock = 65536; ///< samples
+inline constexpr int kMostJobs = 256;
+
+/// The command line of a rendering, as typed but checked for form and, where the command knows it, for range.
+struct RenderOptions {
+    std::vector<std::string> inputs;
+    std::string output; ///< a file or a folder; empty: beside the input
+    std::string format; ///< ending of the files to write; empty: decided by the output or the input
+    bool keepExisting = false;
+
+    std::optional<double> loFreq;
+    std::optional<double> hiFreq;
+    std::optional<double> position;
+    std::optional<double> inputLevel;
+    std::optional<double> outputLevel;
+    std::vector<std::string> set; ///< NAME=VALUE
+    std::optional<int> program;   ///< from 1
+    std::string bank;
+    bool dry = false;
+
+    std::string plugin;
+    std::int32_t block = 512; ///< samples
+    bool twofold = false;     ///< double precision
+    bool keepLatency = false;
+    int jobs = 0; ///< 0: as many as there are processors
+    bool quiet = false;
+    bool listPrograms = false;
+    bool listParameters = false;
+};
+
+/// What `ParseRenderOptions` found.
+struct ParsedOptions {
+    RenderOptions options;
+    std::optional<std::string> answer; ///< text to print instead of rendering: the help or the version
+};
+
+/// Understands the command line. Throws `UsageError`.
+ParsedOptions ParseRenderOptions(int argumentCount, char** arguments);
+
+} // namespace vocafade::command

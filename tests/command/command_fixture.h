@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <sndfile.h>
+#include <string>
+#include <sys/types.h>
+#include <vector>
+
+namespace vocafade::command {
+
+/// How a run of the command is hemmed in.
+struct RunLimits {
+    std::int64_t fileBytes = -1;   ///< the largest file that it may write
+    bool obeysPermissions = false; ///< even when the tests run as root
+    bool onTerminal = false;       ///< its standard error is a terminal
+};
+
+/// What a run left.
+struct RunResult {
+    int exitCode = -1; ///< -1 when a signal ended it
+    int signal = 0;
+    std::string out;
+    std::string err;
+    std::int64_t memoryBytes = 0; ///< the most that it had in memory
+};
+
+/// Interleaved stereo sound.
+struct Song {
+    std::vector<float> samples;
+    SF_INFO info{};
+    std::int64_t frames() const { return static_cast<std::int64_t>(samples.size() / 2); }
+};
+
+/// Runs the command as a process, in a folder of its own with a home and preferences of its own.
+class CommandTest : public ::testing::Test {
+  protected:
+    CommandTest();
+    ~CommandTest() override;
+
+    RunResult Run(const std::vector<std::string>& arguments, const RunLimits& limits = {});
+    pid_t Start(const std::vector<std::string>& arguments, const RunLimits& limits = {}, int terminal = -1);
+    RunResult Finish(pid_t process);
+
+    std::filesystem::path At(const std::string& name) const { return folder_ / name; }
+    bool Exists(const std::string& name) const { return std::filesystem::exists(At(name)); }
+    std::string Content(const std::filesystem::path& path) const;
+    /// The names in the folder, sorted, hidden ones too.
+    std::vector<std::string> Names(const std::string& subfolder = "") const;
+
+    /// Writes a song and answers its name.
+    std::string Write(const std::string& name, int format, const std::vector<float>& samples,
+                      int rate = 44100, int channels = 2);
+    Song Read(const std::string& name) const;
+    /// A silent 8-bit WAV of `seconds` that takes no room on the disk.
+    std::string WriteSilence(const std::string& name, int seconds);
+
+    std::filesystem::path folder_;      ///< where the songs are and the command runs
+    std::filesystem::path preferences_; ///< XDG_CONFIG_HOME
+
+  private:
+    std::filesystem::path root_;
+};
+
+/// `frames` of stereo noise, reproducible, left and right independent.
+std::vector<float> Noise(std::int64_t frames, float level = 0.2F);
+
+/// The delay in frames, within `reach` either way, at which `output` fits `input` best.
+int BestLag(const Song& input, const Song& output, int reach);
+
+} // namespace vocafade::command

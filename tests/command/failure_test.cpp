@@ -1,0 +1,220 @@
+// SPDX-License-Identifier: MIT
+// What a user is told, and what is left on the disk, when something is in the way.
+#include "tests/command/command_fixture.h"
+
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <fstream>
+#include <sys/mount.h>
+#include <thread>
+#include <unistd.h>
+
+namespace vocafade::command {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int kWav16 = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
+constexpr std::int64_t kMemoryBound = 64 << 20;
+
+using Words = std::vector<std::string>;
+
+TEST_F(CommandTest, BadSongsAreNamedWithTheReasonAndLeaveNothing) {
+    Write("mono.wav", kWav16, Noise(100), 44100, 1);
+    Write("six.wav", kWav16, Noise(300), 44100, 6);
+    Write("none.wav", kWav16, {});
+    std::ofstream(At("empty.wav")).flush();
+    std::ofstream(At("text.wav")) << "Once upon a time";
+    fs::create_directory(At("folder.wav"));
+    ::mkfifo(At("pipe.wav").c_str(), 0600);
+    Write("whole.flac", SF_FORMAT_FLAC | SF_FORMAT_PCM_16, Noise(50000));
+    std::string damaged = Content(At("whole.flac"));
+    std::fill(damaged.begin() + 60000, damaged.begin() + 70000, '\x55');
+    std::ofstream(At("damaged.flac"), std::ios::binary) << damaged;
+    const Words before = Names();
+    const auto fails = [&](const char* name, const char* reason) {
+        const RunResult run = Run({name});
+        EXPECT_EQ(run.exitCode, 1) << name;
+        EXPECT_NE(run.err.find(std::string("vocafade: ") + name), std::string::npos) << run.err;
+        EXPECT_NE(run.err.find(reason), std::string::npos) << run.err;
+    };
+    fails("missing.wav", "no such file");
+    fails("mono.wav", "nothing to remove. Use a stereo version");
+    fails("six.wav", "has 6 channels");
+    fails("none.wav", "0 samples");
+    fails("empty.wav", "is empty");
+    fails("text.wav", "is not a sound file");
+    fails("folder.wav", "is a folder");
+    fails("pipe.wav", "pipe");
+    fails("damaged.flac", "is damaged at 0:0");
+    EXPECT_EQ(Names(), before);
+}
+
+TEST_F(CommandTest, ACommandLineThatMakesNoSenseEndsInTwoAndDoesNothing) {
+    Write("a.wav", kWav16, Noise(100));
+    Write("a.flac", SF_FORMAT_FLAC | SF_FORMAT_PCM_16, Noise(100));
+    std::ofstream(At("plain.txt")) << "text";
+    fs::create_symlink("a.wav", At("link.wav"));
+    const Words before = Names();
+    const auto refuses = [&](const Words& arguments, const char* reason) {
+        const RunResult run = Run(arguments);
+        EXPECT_EQ(run.exitCode, 2) << arguments.back();
+        EXPECT_NE(run.err.find(reason), std::string::npos) << run.err;
+    };
+    refuses({}, "no input");
+    refuses({"a.wav", "--lofreq", "5"}, "LoFreq goes from 20 to 20000 Hz");
+    refuses({"a.wav", "--hifreq", "nan"}, "out of range");
+    refuses({"a.wav", "--position", "128"}, "Position goes from 0 to 127");
+    refuses({"a.wav", "--input", "1"}, "Input goes from -59.79 to 0 dB");
+    refuses({"a.wav", "--output", "6.1"}, "Output goes from -59.79 to 6 dB");
+    refuses({"a.wav", "--lofreq", "low"}, "low");
+    refuses({"a.wav", "--program", "0"}, "goes from 1 to 64");
+    refuses({"a.wav", "--program", "65"}, "goes from 1 to 64");
+    refuses({"a.wav", "--block", "0"}, "goes from 1 to 65536");
+    refuses({"a.wav", "--set", "Hifrek=3"}, "Did you mean HiFreq?");
+    refuses({"a.wav", "--set", "Bass=3"}, "There are: ON/OFF, Output");
+    refuses({"a.wav", "--set", "LoFreq"}, "NAME=VALUE");
+    refuses({"a.wav", "--set", "LoFreq=high"}, "is no number");
+    refuses({"a.wav", "--set", "on/off=maybe"}, "ON or OFF");
+    refuses({"a.wav", "--postion", "3"}, "Did you mean --position?");
+    refuses({"a.wav", "-o", "a.wav"}, "over an input");
+    refuses({"a.wav", "-o", "./sub/../a.wav"}, "over an input");
+    refuses({"a.wav", "-o", "link.wav"}, "over an input");
+    refuses({"a.wav", "-o", "."}, "over an input");
+    refuses({"a.wav", "-o", "b.xyz"}, "no format is known");
+    refuses({"a.wav", "--format", "xyz"}, "known are .wav");
+    refuses({"a.wav", "a.flac", "-o", "b.wav"}, "is no folder");
+    refuses({"a.wav", "a.flac", "-o", "plain.txt"}, "is no folder");
+    refuses({"a.wav", "a.flac", "--format", "wav", "-o", "new/"}, "both be written");
+    EXPECT_EQ(Names(), before);
+}
+
+TEST_F(CommandTest, APluginOrBankThatWillNotDoIsExplained) {
+    Write("a.wav", kWav16, Noise(100));
+    std::ofstream(At("bad.fxb")) << "CcnK and no more";
+    const auto fails = [&](const Words& options, const char* reason) {
+        Words arguments = {"a.wav"};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        const RunResult run = Run(arguments);
+        EXPECT_EQ(run.exitCode, 1);
+        EXPECT_NE(run.err.find(reason), std::string::npos) << run.err;
+    };
+    const std::string fakes = FAKE_FOLDER;
+    fails({"--plugin", "nowhere.so"}, "there is no plug-in 'nowhere.so'");
+    fails({"--plugin", "a.wav"}, "cannot be loaded");
+    fails({"--plugin", fakes + "/fake2.so"}, "refused");
+    fails({"--bank", "missing.fxb"}, "no bank");
+    fails({"--bank", "bad.fxb"}, "ends too early");
+    EXPECT_EQ(Names(), (Words{"a.wav", "bad.fxb"}));
+    // Any other stereo effect does as well, with normalised values.
+    const RunResult run =
+        Run({"a.wav", "--plugin", fakes + "/fake0.so", "--set", "gain=0.25", "-o", "b.wav"});
+    ASSERT_EQ(run.exitCode, 0) << run.err;
+    EXPECT_NEAR(Read("b.wav").samples[8], Read("a.wav").samples[8] * 0.25F, 1e-4);
+    EXPECT_EQ(Run({"a.wav", "--plugin", fakes + "/fake0.so", "--lofreq", "300"}).exitCode, 2);
+}
+
+TEST_F(CommandTest, OneBadSongDoesNotStopTheOthers) {
+    Words arguments = {"-j", "3", "-o", "out", "missing.wav"};
+    for (const char* name : {"a.wav", "b.wav", "c.wav", "d.wav", "e.wav"})
+        arguments.push_back(Write(name, kWav16, Noise(9000)));
+    Run({"a.wav", "-o", "alone.wav"});
+    const RunResult run = Run(arguments);
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_NE(run.err.find("1 of 6 songs failed"), std::string::npos) << run.err;
+    EXPECT_EQ(Names("out"), (Words{"a.wav", "b.wav", "c.wav", "d.wav", "e.wav"}));
+    for (const std::string& name : Names("out"))
+        EXPECT_TRUE(Content(At("out/" + name)) == Content(At("alone.wav")))
+            << "songs at once disturb each other";
+}
+
+TEST_F(CommandTest, AFullTargetKeepsTheOldFileAndSaysSo) {
+    Write("a.wav", kWav16, Noise(50000));
+    for (const std::string name : {"old.wav", "old.flac", "old.mp3", "old.ogg"}) {
+        std::ofstream(At(name)) << "old";
+        const RunResult run = Run({"a.wav", "-o", name}, {.fileBytes = 20000});
+        EXPECT_EQ(run.exitCode, 1) << name;
+        EXPECT_NE(run.err.find("cannot write '" + name + "': File too large"), std::string::npos) << run.err;
+        EXPECT_EQ(Content(At(name)), "old");
+    }
+    EXPECT_EQ(Names(), (Words{"a.wav", "old.flac", "old.mp3", "old.ogg", "old.wav"}));
+    fs::create_directory(At("small"));
+    if (::mount("none", At("small").c_str(), "tmpfs", 0, "size=64k") != 0) GTEST_SKIP() << "may not mount";
+    const RunResult wav = Run({"a.wav", "-o", "small/b.wav"});
+    const RunResult flac = Run({"a.wav", "-o", "small/b.flac"});
+    const Words left = Names("small");
+    ::umount(At("small").c_str());
+    EXPECT_NE(wav.err.find("needs 200.0 kB, and only 65.5 kB are free"), std::string::npos) << wav.err;
+    EXPECT_NE(flac.err.find("No space left on device"), std::string::npos) << flac.err;
+    EXPECT_EQ(wav.exitCode + flac.exitCode, 2);
+    EXPECT_TRUE(left.empty()) << left.front();
+}
+
+TEST_F(CommandTest, TargetsThatCannotBeWrittenAreRefused) {
+    Write("a.wav", kWav16, Noise(100));
+    const auto fails = [&](const std::string& target, const char* reason) {
+        const RunResult run = Run({"a.wav", "-o", target}, {.obeysPermissions = true});
+        EXPECT_EQ(run.exitCode, 1) << target;
+        EXPECT_NE(run.err.find(reason), std::string::npos) << run.err;
+    };
+    fs::create_directory(At("locked"));
+    fs::permissions(At("locked"), fs::perms::owner_read | fs::perms::owner_exec);
+    fails("locked/b.wav", "Permission denied");
+    fails("locked/deeper/", "cannot make the folder");
+    fails("nowhere/b.wav", "there is no folder 'nowhere'");
+    fails("/dev/full", "device");
+    EXPECT_TRUE(fs::is_character_file("/dev/full"));
+    EXPECT_TRUE(Names("locked").empty());
+    fs::permissions(At("locked"), fs::perms::owner_all);
+    std::ofstream(At("kept.wav")) << "kept";
+    EXPECT_EQ(Run({"a.wav", "-o", "kept.wav", "--no-clobber"}).exitCode, 0);
+    EXPECT_EQ(Content(At("kept.wav")), "kept");
+}
+
+TEST_F(CommandTest, AnInterruptedRunDiesOfItsSignalAndLeavesNoHalfFile) {
+    WriteSilence("long.wav", 7200);
+    WriteSilence("second.wav", 7200);
+    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+        const pid_t process = Start({"long.wav", "second.wav", "-o", "out/", "-j", "2"});
+        for (int i = 0; i < 2000 && (!Exists("out") || Names("out").size() < 2); ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        EXPECT_EQ(Names("out").size(), 2U) << "the run had not begun";
+        ::kill(process, number);
+        const RunResult result = Finish(process);
+        EXPECT_EQ(result.signal, number);
+        EXPECT_TRUE(Names("out").empty());
+    }
+}
+
+TEST_F(CommandTest, MemoryDoesNotGrowWithTheSongAndATerminalSeesTheProgress) {
+    WriteSilence("long.wav", 1500); // 132 MB, and four times that as floats
+    const RunResult run = Run({"long.wav", "--dry", "-o", "out.wav"}, {.onTerminal = true});
+    ASSERT_EQ(run.exitCode, 0) << run.err;
+    EXPECT_EQ(Content(At("out.wav")).size(), Content(At("long.wav")).size());
+    EXPECT_NE(run.err.find("["), std::string::npos);
+    EXPECT_NE(run.err.find(" %"), std::string::npos);
+    EXPECT_TRUE(run.err.ends_with("\r\033[K")) << "the bar is taken away at the end";
+#ifndef VOCAFADE_SANITIZED // whose shadow memory counts too
+    EXPECT_LT(run.memoryBytes, kMemoryBound);
+#endif
+}
+
+TEST_F(CommandTest, HelpAndManualKnowTheSameOptions) {
+    const RunResult help = Run({"--help"});
+    ASSERT_EQ(help.exitCode, 0);
+    std::string manual = Content(VOCAFADE_MANUAL);
+    manual.erase(std::remove(manual.begin(), manual.end(), '\\'), manual.end()); // troff writes \-\-block
+    std::size_t options = 0;
+    for (std::size_t at = help.out.find("--"); at != std::string::npos; at = help.out.find("--", at + 2)) {
+        const std::size_t end = help.out.find_first_not_of("abcdefghijklmnopqrstuvwxyz-", at);
+        const std::string option = help.out.substr(at, end - at);
+        ++options;
+        EXPECT_NE(manual.find(option), std::string::npos) << option << " is not in the manual";
+    }
+    EXPECT_GT(options, 18U);
+    EXPECT_EQ(Run({"--version"}).out.rfind("vocafade ", 0), 0U);
+}
+
+} // namespace
+} // namespace vocafade::command

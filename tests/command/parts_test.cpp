@@ -1,0 +1,105 @@
+// SPDX-License-Identifier: MIT
+// The command's parts that are better tried without a process.
+#include "apps/vocafade/audio_format.h"
+#include "apps/vocafade/failures.h"
+#include "apps/vocafade/job_pool.h"
+#include "apps/vocafade/parameters.h"
+#include "apps/vocafade/progress_bar.h"
+#include "apps/vocafade/text.h"
+
+#include <array>
+#include <atomic>
+#include <gtest/gtest.h>
+
+namespace vocafade::command {
+namespace {
+
+constexpr int kWav16 = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
+
+SF_INFO Info(int format, int rate = 44100) {
+    SF_INFO info{};
+    info.format = format;
+    info.samplerate = rate;
+    info.channels = 2;
+    return info;
+}
+
+TEST(Formats, WavGrowsIntoRf64OnlyWhenItMust) {
+    constexpr std::int64_t tenHours = std::int64_t{36000} * 44100;
+    const SF_INFO flac = Info(SF_FORMAT_FLAC | SF_FORMAT_PCM_16);
+    EXPECT_EQ(ChooseFormat(flac, "flac", "wav", tenHours / 2), kWav16);
+    EXPECT_EQ(ChooseFormat(flac, "flac", "wav", tenHours), SF_FORMAT_RF64 | SF_FORMAT_PCM_16);
+    EXPECT_EQ(ChooseFormat(flac, "flac", "wav", -1), SF_FORMAT_RF64 | SF_FORMAT_PCM_16);
+    EXPECT_EQ(ChooseFormat(flac, "flac", "w64", tenHours), SF_FORMAT_W64 | SF_FORMAT_PCM_16);
+    EXPECT_THROW(ChooseFormat(flac, "flac", "aiff", tenHours), Failure);
+    EXPECT_EQ(ChooseFormat(flac, "flac", "flac", tenHours), flac.format);
+}
+
+TEST(Formats, TheSameEndingMeansTheSameFormat) {
+    const int big = SF_FORMAT_RF64 | SF_FORMAT_FLOAT;
+    EXPECT_EQ(ChooseFormat(Info(big), "wav", "wav", 10), big);
+    const int opus = SF_FORMAT_OGG | SF_FORMAT_OPUS;
+    EXPECT_EQ(ChooseFormat(Info(opus, 48000), "ogg", "ogg", 10), opus);
+    EXPECT_EQ(ChooseFormat(Info(kWav16), "mpga", "mpga", 10), kWav16);
+    EXPECT_THROW(ChooseFormat(Info(kWav16), "wav", "opus", 10), Failure) << "44100 Hz";
+    EXPECT_THROW(ChooseFormat(Info(kWav16, 192000), "wav", "mp3", 10), Failure);
+    EXPECT_THROW(ChooseFormat(Info(SF_FORMAT_MPEG | SF_FORMAT_MPEG_LAYER_II), "mp2", "mp2", 10), Failure);
+    EXPECT_EQ(ChooseFormat(Info(SF_FORMAT_MPEG | SF_FORMAT_MPEG_LAYER_III), "mp3", "wav", 10), kWav16);
+    EXPECT_EQ(ChooseFormat(Info(SF_FORMAT_WAV | SF_FORMAT_DOUBLE), "wav", "flac", 10),
+              SF_FORMAT_FLAC | SF_FORMAT_PCM_24);
+}
+
+TEST(Parameters, WholeNumbersSurviveTheNormalisedForm) {
+    // The plug-in cuts these to whole numbers; whether it multiplies in single or double precision is its
+    // affair.
+    for (const VocafadeParameter index : {kPosition, kLoFreq}) {
+        const ParameterRange& range = RangeOf(index);
+        const auto span = static_cast<float>(range.maximum - range.minimum);
+        const auto least = static_cast<float>(range.minimum);
+        for (int value = static_cast<int>(range.minimum); value <= static_cast<int>(range.maximum); ++value) {
+            const float normalised = NormalisedFromDisplay(index, value);
+            ASSERT_EQ(static_cast<int>((range.maximum - range.minimum) * normalised + range.minimum), value);
+            ASSERT_EQ(static_cast<int>(span * normalised + least), value);
+        }
+    }
+    EXPECT_FLOAT_EQ(NormalisedFromDisplay(kOutput, 0.0), 0.49974987F);
+    EXPECT_EQ(NormalisedFromDisplay(kOutput, 6.0), 1.0F);
+    EXPECT_EQ(NormalisedFromDisplay(kInput, -100.0), 0.0F);
+}
+
+TEST(Text, NearNamesAreFoundAndFarOnesAreNot) {
+    const std::vector<std::string> names = {"LoFreq", "HiFreq", "Position", "Output"};
+    EXPECT_EQ(NearestName("hifrq", names), "HiFreq");
+    EXPECT_EQ(NearestName("pos", names), "Position");
+    EXPECT_EQ(NearestName("Ouptut", names), "Output");
+    EXPECT_EQ(NearestName("Reverb", names), "");
+    EXPECT_EQ(NearestName("", names), "");
+}
+
+TEST(Text, TimesAndSizesReadWell) {
+    EXPECT_EQ(ClockTime(59.6), "1:00");
+    EXPECT_EQ(ClockTime(36061.0), "10:01:01");
+    EXPECT_EQ(ClockTime(-1.0), "0:00");
+    EXPECT_EQ(ByteCount(6.35e9), "6.3 GB");
+    EXPECT_EQ(Printable("a\033[2Jb\n"), "a?[2Jb?");
+}
+
+TEST(Progress, TheLineFitsAndTellsTheTimeLeft) {
+    const std::string line = ProgressLine(0.25, 10.0, 1, 4, 79);
+    EXPECT_NE(line.find(" 25 %  0:30 left  1 of 4 songs"), std::string::npos) << line;
+    EXPECT_EQ(ProgressLine(0.25, 0.1, 0, 1, 79).find("left"), std::string::npos) << "too early to say";
+    for (std::size_t width = 1; width < 120; ++width)
+        EXPECT_LE(ProgressLine(0.5, 9000.0, 1, 40, width).size(), width);
+}
+
+TEST(Jobs, EachIsDoneOnceHoweverManyWorkers) {
+    for (const std::size_t workers : {0U, 1U, 3U, 50U}) {
+        std::array<std::atomic<int>, 20> done{};
+        RunJobs(done.size(), workers, [&](std::size_t index) { ++done[index]; });
+        for (const std::atomic<int>& count : done)
+            EXPECT_EQ(count, 1);
+    }
+}
+
+} // namespace
+} // namespace vocafade::command

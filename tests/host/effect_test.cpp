@@ -1,0 +1,190 @@
+// SPDX-License-Identifier: MIT
+#include "host/effect.h"
+#include "host/host_error.h"
+#include "tests/host/fake_effect.h"
+#include "vst/opcodes.h"
+
+#include <algorithm>
+#include <dlfcn.h>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <thread>
+#include <unistd.h>
+
+namespace vocafade::host {
+namespace {
+
+namespace fs = std::filesystem;
+
+fs::path FakePath(int kind) { return fs::path(FAKE_FOLDER) / ("fake" + std::to_string(kind) + ".so"); }
+
+/// Keeps a fake in memory beyond its effects, so that its log can be read when they are gone.
+class KeptFake {
+  public:
+    explicit KeptFake(int kind) : handle_(::dlopen(FakePath(kind).c_str(), RTLD_NOW | RTLD_LOCAL)) {
+        *log() = {};
+    }
+    ~KeptFake() { ::dlclose(handle_); }
+    fake::Log* log() { return reinterpret_cast<fake::LogFunction>(::dlsym(handle_, "FakeLog"))(); }
+
+  private:
+    void* handle_;
+};
+
+struct Buffers {
+    std::vector<float> left, right;
+    float* pointers[2];
+    explicit Buffers(int frames, float value = 0.0F)
+        : left(static_cast<std::size_t>(frames), value), right(left), pointers{left.data(), right.data()} {}
+};
+
+std::string LoadError(const fs::path& path) {
+    try {
+        const Effect effect(path);
+    } catch (const HostError& error) {
+        return error.what();
+    }
+    return "loaded";
+}
+
+TEST(Effect, LivesInOneOrder) {
+    KeptFake kept(0);
+    {
+        Effect effect(FakePath(0));
+        EXPECT_THROW(effect.Start(), HostError) << "before it knows its rate";
+        effect.Configure(48000.0, 64);
+        effect.Start();
+        Buffers buffers(64, 1.0F);
+        effect.Process(buffers.pointers, buffers.pointers, 64);
+        effect.Process(buffers.pointers, buffers.pointers, 10);
+        EXPECT_FLOAT_EQ(buffers.left[0], 0.25F);
+        EXPECT_FLOAT_EQ(buffers.right[63], 0.5F);
+        effect.Configure(44100.0, 32, Precision::twofold); // stops by itself
+    }
+    const std::vector<std::int32_t> order = {
+        effOpen,          effSetSampleRate, effSetBlockSize,        effSetProcessPrecision,
+        effMainsChanged,  effStartProcess,  effStopProcess,         effMainsChanged,
+        effSetSampleRate, effSetBlockSize,  effSetProcessPrecision, effClose};
+    EXPECT_EQ(kept.log()->opcodes, order);
+    EXPECT_EQ(kept.log()->processCalls, 2);
+    EXPECT_EQ(kept.log()->positionSeen, 64) << "the song position moves with the blocks";
+    EXPECT_EQ(kept.log()->levelSeen, 4) << "offline, inside a block";
+}
+
+TEST(Effect, IsAnsweredWhileItIsMade) {
+    KeptFake kept(0);
+    const Effect effect(FakePath(0));
+    const std::vector<std::string> expected = {
+        "version=2400", "rate=44100", "block=512",
+        "vendor=1",     "Vocafade",   "canTime=1",
+        "canDance=0",   "unknown=0",  fs::absolute(FAKE_FOLDER).string()};
+    EXPECT_EQ(kept.log()->answers, expected);
+}
+
+TEST(Effect, ToldThingsReachItsListenerOnly) {
+    struct Ear : HostListener {
+        std::string heard;
+        void ParameterAutomated(std::int32_t index, float value) override {
+            heard += "set" + std::to_string(index) + "=" + std::to_string(value).substr(0, 4) + " ";
+        }
+        void EditBegun(std::int32_t) override { heard += "begin "; }
+        void EditEnded(std::int32_t) override { heard += "end "; }
+        void DisplayChanged() override { heard += "display "; }
+        bool ResizeEditor(std::int32_t width, std::int32_t height) override {
+            return width == 320 && height == 200;
+        }
+    };
+    Ear first;
+    Ear second;
+    Effect one(FakePath(0), &first);
+    Effect two(FakePath(0), &second);
+    Effect alone(FakePath(0));
+    EXPECT_EQ(one.Dispatch(effVendorSpecific, 3), 1);
+    EXPECT_EQ(first.heard, "begin set3=0.75 end display ");
+    EXPECT_EQ(second.heard, "");
+    EXPECT_EQ(alone.Dispatch(effVendorSpecific, 3), 0);
+}
+
+TEST(Effect, OlderEntryAndBundlesLoad) {
+    const Effect old(FakePath(1));
+    EXPECT_EQ(old.uniqueId(), fake::kId);
+    const fs::path bundle =
+        fs::temp_directory_path() / ("host-test-" + std::to_string(::getpid())) / "Some.vst";
+    fs::create_directories(bundle);
+    fs::copy_file(FakePath(0), bundle / "Some.so");
+    const Effect bundled(bundle.string() + "/");
+    EXPECT_EQ(bundled.file(), bundle / "Some.so");
+    fs::copy_file(FakePath(0), bundle / "Two.so");
+    fs::rename(bundle / "Some.so", bundle / "One.so");
+    EXPECT_NE(LoadError(bundle).find("no 'Some.so'"), std::string::npos);
+    fs::remove_all(bundle.parent_path());
+}
+
+TEST(Effect, WhatIsNoEffectIsRefusedWithAReason) {
+    const auto says = [](const fs::path& path, const char* reason) {
+        const std::string error = LoadError(path);
+        EXPECT_NE(error.find(reason), std::string::npos) << path << ": " << error;
+    };
+    says("/nowhere/at/all.so", "there is no plug-in");
+    says(fs::temp_directory_path(), "is no plug-in bundle");
+    says("/proc/self/status", "cannot be loaded");
+    says("libm.so.6", "there is no plug-in"); // never from the system's library folders
+    says(FakePath(2), "refused");
+    says(FakePath(3), "does not begin with VstP");
+    says(FakePath(4), "failed while it was being made");
+}
+
+TEST(Effect, UnrulyAnswersStayHarmless) {
+    Effect effect(FakePath(5));
+    EXPECT_EQ(effect.parameterName(0), std::string(200, 'x'));
+    EXPECT_EQ(effect.parameterName(1), "");
+    EXPECT_EQ(effect.parameter(-1), 0.0F);
+    effect.setParameter(77, 1.0F);
+    EXPECT_THROW(effect.chunk(false), HostError);
+    EXPECT_FALSE(effect.editorRect().has_value());
+    EXPECT_FALSE(effect.OpenEditor(nullptr));
+    EXPECT_THROW(effect.Configure(0.0, 512), HostError);
+    EXPECT_THROW(effect.Configure(44100.0, 0), HostError);
+}
+
+TEST(Effect, ManyRunAtOnceOnTheirOwnThreads) {
+    std::vector<std::jthread> threads;
+    std::vector<float> results(4);
+    for (std::size_t t = 0; t < results.size(); ++t)
+        threads.emplace_back([t, &results] {
+            for (int round = 0; round < 10; ++round) {
+                Effect effect(FakePath(0));
+                effect.Configure(44100.0, 16);
+                effect.Start();
+                effect.setParameter(0, 0.1F * static_cast<float>(t));
+                Buffers buffers(16, 1.0F);
+                effect.Process(buffers.pointers, buffers.pointers, 16);
+                results[t] = buffers.left[15];
+            }
+        });
+    threads.clear();
+    for (std::size_t t = 0; t < results.size(); ++t)
+        EXPECT_FLOAT_EQ(results[t], 0.1F * static_cast<float>(t));
+}
+
+TEST(Effect, DrivesTheRealPlugin) {
+    Effect effect(VOCAFADE_PLUGIN);
+    EXPECT_EQ(effect.effectName(), "Vocafade");
+    EXPECT_EQ(effect.numParameters(), 6);
+    EXPECT_EQ(effect.numPrograms(), 64);
+    effect.Configure(44100.0, 512);
+    effect.Start();
+    effect.setParameter(1, 1.0F);
+    EXPECT_EQ(effect.parameterDisplay(1), "6.0");
+    EXPECT_EQ(effect.parameterLabel(3), "Hz");
+    EXPECT_EQ(effect.canDo("bypass"), 1);
+    const std::vector<std::byte> chunk = effect.chunk(true);
+    effect.setParameter(1, 0.0F);
+    effect.setChunk(chunk, true);
+    EXPECT_EQ(effect.parameterDisplay(1), "6.0");
+    EXPECT_TRUE(effect.editorRect().has_value());
+}
+
+} // namespace
+} // namespace vocafade::host
