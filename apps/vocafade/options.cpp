@@ -149,6 +149,8 @@ ParsedOptions ParseRenderOptions(int argumentCount, char** arguments) {
     } catch (const CLI::CallForVersion& version) {
         parsed.answer = std::string(version.what()) + "\n";
         return parsed;
+    } catch (const CLI::ConversionError& error) {
+        throw UsageError(std::string("a number is wanted. ") + Printable(error.what()));
     } catch (const CLI::ParseError& error) {
         throw UsageError(Printable(error.what()));
     }

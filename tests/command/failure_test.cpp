@@ -68,7 +68,7 @@ TEST_F(CommandTest, ACommandLineThatMakesNoSenseEndsInTwoAndDoesNothing) {
     refuses({"a.wav", "--position", "128"}, "Position goes from 0 to 127");
     refuses({"a.wav", "--input", "1"}, "Input goes from -59.79 to 0 dB");
     refuses({"a.wav", "--output", "6.1"}, "Output goes from -59.79 to 6 dB");
-    refuses({"a.wav", "--lofreq", "low"}, "low");
+    refuses({"a.wav", "--lofreq", "low"}, "a number is wanted");
     refuses({"a.wav", "--program", "0"}, "goes from 1 to 64");
     refuses({"a.wav", "--program", "65"}, "goes from 1 to 64");
     refuses({"a.wav", "--block", "0"}, "goes from 1 to 65536");
