@@ -92,7 +92,9 @@ VstIntPtr HostContext::Callback(AEffect* effect, std::int32_t opcode, std::int32
                                 void* ptr, float opt) {
     // While a thread constructs, what the new descriptor holds is not ours yet, so it is not looked at.
     HostContext* context = constructing;
-    if (context == nullptr && effect != nullptr) context = reinterpret_cast<HostContext*>(effect->resvd1);
+    if (context == nullptr && effect != nullptr)
+        context = reinterpret_cast<HostContext*>(
+            effect->resvd1); // NOLINT(performance-no-int-to-ptr): its only form
     if (context == nullptr) return AnswerForNobody(opcode, ptr);
     return context->Answer(opcode, index, value, ptr, opt);
 }

@@ -16,7 +16,7 @@ namespace fs = std::filesystem;
 
 /// The shared object of a bundle: the one with the bundle's name, else the only one there is.
 fs::path InsideBundle(const fs::path& bundle) {
-    const fs::path named = bundle / (bundle.stem().string() + ".so");
+    fs::path named = bundle / (bundle.stem().string() + ".so");
     std::error_code error;
     if (fs::is_regular_file(named, error)) return named;
     std::vector<fs::path> found;
