@@ -68,6 +68,7 @@ void AddSoundOptions(CLI::App& app, RenderOptions& options) {
         ->type_name("NAME=VALUE")
         ->expected(1)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+        ->allow_extra_args(false) // what follows the value is a song
         ->group("Sound");
     app.add_option("--program", options.program,
                    "start from the saved program N, 1 to 64 (of --bank, or of the user's saved bank)")

@@ -72,7 +72,7 @@ TEST_F(CommandTest, ACommandLineThatMakesNoSenseEndsInTwoAndDoesNothing) {
     refuses({"a.wav", "--program", "0"}, "goes from 1 to 64");
     refuses({"a.wav", "--program", "65"}, "goes from 1 to 64");
     refuses({"a.wav", "--block", "0"}, "goes from 1 to 65536");
-    refuses({"a.wav", "--set", "Hifrek=3"}, "Did you mean HiFreq?");
+    refuses({"--set", "Hifrek=3", "a.wav"}, "Did you mean HiFreq?");
     refuses({"a.wav", "--set", "Bass=3"}, "There are: ON/OFF, Output");
     refuses({"a.wav", "--set", "LoFreq"}, "NAME=VALUE");
     refuses({"a.wav", "--set", "LoFreq=high"}, "is no number");
