@@ -20,12 +20,16 @@ void Analyse(const VocoderConstants& constants, const float* re, const float* im
     const Floats overlap = Broadcast(constants.overlap);
     const Floats pi = Broadcast(kPi);
     const Floats twoPi = Broadcast(kTwoPi);
+    // Two walks over the bins: the processor overlaps the turns of a short loop, not those of a long one.
     for (int k = 0; k < constants.bins; k += Floats::kLanes) {
-        const Floats bin = Broadcast(static_cast<float>(k)) + LaneNumbers();
         const Floats x = Load(re + k);
         const Floats y = Load(im + k);
         Store(magnitude + k, SquareRoot(y * y + x * x));
-        const Floats phase = Narrow(Angle(Widen(y), Widen(x)));
+        Store(trueFrequency + k, Narrow(Angle(Widen(y), Widen(x))));
+    }
+    for (int k = 0; k < constants.bins; k += Floats::kLanes) {
+        const Floats bin = Broadcast(static_cast<float>(k)) + LaneNumbers();
+        const Floats phase = Load(trueFrequency + k);
         Floats d = phase - Load(previousPhase + k);
         Store(previousPhase + k, phase);
         d = d - bin * advance;

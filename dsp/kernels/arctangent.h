@@ -21,7 +21,7 @@ constexpr double kArctangent[] = {0.9999999999992769,   -0.3333333327874057,  0.
                                   -0.14285392415007814, 0.11103554126768549,  -0.0899338126911289,
                                   0.06977699556177808,  -0.037713289074616706};
 
-inline Doubles Angle(Doubles y, Doubles x) {
+VOCAFADE_ALWAYS_INLINE Doubles Angle(Doubles y, Doubles x) {
     constexpr double pi = 3.141592653589793;
     constexpr double tangentOfEighth = 0.41421356237309503; // of pi
     constexpr double tiny = 1e-300;                         // less than any float: makes 0 / 0 zero

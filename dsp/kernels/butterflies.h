@@ -11,16 +11,16 @@
 namespace vocafade::kernels {
 namespace {
 
-inline float Negative(float x) { return -x; }
+VOCAFADE_ALWAYS_INLINE float Negative(float x) { return -x; }
 
 template <typename T>
 T LoadAs(const float* from);
 template <>
-inline float LoadAs<float>(const float* from) {
+VOCAFADE_ALWAYS_INLINE float LoadAs<float>(const float* from) {
     return *from;
 }
 template <>
-inline Floats LoadAs<Floats>(const float* from) {
+VOCAFADE_ALWAYS_INLINE Floats LoadAs<Floats>(const float* from) {
     return Load(from);
 }
 
@@ -37,7 +37,7 @@ struct Complex {
 };
 
 template <typename T>
-Complex<T> operator*(const Complex<T>& w, const Complex<T>& y) {
+VOCAFADE_ALWAYS_INLINE Complex<T> operator*(const Complex<T>& w, const Complex<T>& y) {
     return {w.re * y.re - w.im * y.im, w.re * y.im + w.im * y.re};
 }
 
@@ -48,7 +48,7 @@ struct Four {
 
 /// Elements a quarter of the length apart.
 template <typename T>
-Four<T> LoadFour(Split x, int quarter) {
+VOCAFADE_ALWAYS_INLINE Four<T> LoadFour(Split x, int quarter) {
     const auto at = [&](int offset) {
         return Complex<T>{LoadAs<T>(x.re + offset), LoadAs<T>(x.im + offset)};
     };
@@ -56,7 +56,7 @@ Four<T> LoadFour(Split x, int quarter) {
 }
 
 template <typename T>
-Four<T> Butterfly(const Four<T>& z) {
+VOCAFADE_ALWAYS_INLINE Four<T> Butterfly(const Four<T>& z) {
     const Complex<T> x0{z.y0.re + z.y2.re, z.y0.im + z.y2.im};
     const Complex<T> x1{z.y0.re - z.y2.re, z.y0.im - z.y2.im};
     const Complex<T> x2{z.y1.re + z.y3.re, z.y1.im + z.y3.im};
@@ -69,7 +69,7 @@ Four<T> Butterfly(const Four<T>& z) {
 
 /// The same where z[2] and z[3] are zero.
 template <typename T>
-Four<T> ButterflyOfTwo(const Complex<T>& z0, const Complex<T>& z1) {
+VOCAFADE_ALWAYS_INLINE Four<T> ButterflyOfTwo(const Complex<T>& z0, const Complex<T>& z1) {
     return {{z0.re + z1.re, z0.im + z1.im},
             {z0.re - z1.im, z0.im + z1.re},
             {z0.re - z1.re, z0.im - z1.im},
@@ -82,13 +82,13 @@ struct Factors {
 };
 
 template <typename T>
-Four<T> Turn(const Four<T>& y, const Factors<T>& w) {
+VOCAFADE_ALWAYS_INLINE Four<T> Turn(const Four<T>& y, const Factors<T>& w) {
     return {y.y0, w.w1 * y.y1, w.w2 * y.y2, w.w3 * y.y3};
 }
 
 /// `Turn` by an eighth of a turn and its multiples, `c` being cos(pi/4): one product for each part.
 template <typename T>
-Four<T> TurnByEighths(const Four<T>& y, T c) {
+VOCAFADE_ALWAYS_INLINE Four<T> TurnByEighths(const Four<T>& y, T c) {
     return {y.y0,
             {c * (y.y1.re - y.y1.im), c * (y.y1.re + y.y1.im)},
             {Negative(y.y2.im), y.y2.re},
@@ -96,20 +96,20 @@ Four<T> TurnByEighths(const Four<T>& y, T c) {
 }
 
 /// The factors of the groups that a vector's lanes belong to, one group a lane.
-inline Factors<Floats> LoadFactors(const PassTwiddles& pass, int p) {
+VOCAFADE_ALWAYS_INLINE Factors<Floats> LoadFactors(const PassTwiddles& pass, int p) {
     return {{Load(pass.w1r + p), Load(pass.w1i + p)},
             {Load(pass.w2r + p), Load(pass.w2i + p)},
             {Load(pass.w3r + p), Load(pass.w3i + p)}};
 }
 
 /// Stores the results of group `p` of the first pass, one group a lane.
-inline void StoreFirst(Split y, int p, const Four<Floats>& r) {
+VOCAFADE_ALWAYS_INLINE void StoreFirst(Split y, int p, const Four<Floats>& r) {
     StoreFirstPass(y.re, p, r.y0.re, r.y1.re, r.y2.re, r.y3.re);
     StoreFirstPass(y.im, p, r.y0.im, r.y1.im, r.y2.im, r.y3.im);
 }
 
 /// Stores four results `stride` apart.
-inline void StoreFour(Split y, int stride, const Four<Floats>& r) {
+VOCAFADE_ALWAYS_INLINE void StoreFour(Split y, int stride, const Four<Floats>& r) {
     const auto at = [&](int offset, const Complex<Floats>& value) {
         Store(y.re + offset, value.re);
         Store(y.im + offset, value.im);
@@ -119,7 +119,7 @@ inline void StoreFour(Split y, int stride, const Four<Floats>& r) {
     at(2 * stride, r.y2);
     at(3 * stride, r.y3);
 }
-inline void StoreFour(Split y, int stride, const Four<float>& r) {
+VOCAFADE_ALWAYS_INLINE void StoreFour(Split y, int stride, const Four<float>& r) {
     const auto at = [&](int offset, const Complex<float>& value) {
         y.re[offset] = value.re;
         y.im[offset] = value.im;

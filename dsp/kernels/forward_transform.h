@@ -18,7 +18,7 @@ template <typename T>
 struct RealFour {
     T x0, x1, x2, x3;
 
-    RealFour(const float* input, const float* window, int quarter) {
+    VOCAFADE_ALWAYS_INLINE RealFour(const float* input, const float* window, int quarter) {
         const auto at = [&](int offset) { return LoadAs<T>(input + offset) * LoadAs<T>(window + offset); };
         const T z0 = at(0);
         const T z1 = at(quarter);

@@ -38,7 +38,7 @@ inline void SecondPass(const TransformTables& tables, Split x, Split y) {
 
 /// One group of a later pass: `turn` multiplies by its twiddles.
 template <typename TurnGroup>
-void LaterGroup(int quarter, int columns, Split x, Split y, TurnGroup turn) {
+VOCAFADE_ALWAYS_INLINE void LaterGroup(int quarter, int columns, Split x, Split y, TurnGroup turn) {
     for (int q = 0; q < columns; q += Floats::kLanes) {
         const auto z = LoadFour<Floats>({x.re + q, x.im + q}, quarter);
         StoreFour({y.re + q, y.im + q}, columns, turn(Butterfly(z)));
@@ -81,7 +81,8 @@ inline Split MiddlePasses(const TransformTables& tables, Split x, Split y) {
 
 /// The last eight points of one column: the results of the two four-point transforms of the last twiddled
 /// pass, whose sums are the column's results 0 to 3 and whose differences results 4 to 7.
-inline void LastEight(const TransformTables& tables, Split x, int q, Four<Floats>& even, Four<Floats>& odd) {
+VOCAFADE_ALWAYS_INLINE void LastEight(const TransformTables& tables, Split x, int q, Four<Floats>& even,
+                                      Four<Floats>& odd) {
     const int quarter = tables.size / 4;
     const int next = q + tables.size / 8;
     even = Butterfly(LoadFour<Floats>({x.re + q, x.im + q}, quarter));

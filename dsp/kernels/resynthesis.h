@@ -14,7 +14,7 @@ namespace {
 
 /// The nearest whole number, halves to the even one, by the rounding of a sum whose last place is 1.
 /// |x| < 2^22.
-inline Floats NearestWhole(Floats x) {
+VOCAFADE_ALWAYS_INLINE Floats NearestWhole(Floats x) {
     const Floats large = Broadcast(12582912.0f); // 1.5 * 2^23
     return (x + large) - large;
 }
@@ -25,13 +25,16 @@ void Resynthesise(const VocoderConstants& constants, const float* amplitude, con
     const Floats binWidth = Broadcast(constants.binWidth);
     const Floats overlap = Broadcast(constants.overlap);
     const Floats twoPi = Broadcast(kTwoPi);
+    // Two walks over the bins: the processor overlaps the turns of a short loop, not those of a long one.
     for (int k = 0; k < constants.bins; k += Floats::kLanes) {
         const Floats bin = Broadcast(static_cast<float>(k)) + LaneNumbers();
         const Floats deviation = (Load(trueFrequency + k) - bin * binWidth) / binWidth;
         Floats sum = Load(phaseSum + k) + (deviation * twoPi / overlap + bin * advance);
         sum = sum - NearestWhole(sum / twoPi) * twoPi;
         Store(phaseSum + k, sum);
-        const SineCosine at = OfFoldedPhase(Widen(sum));
+    }
+    for (int k = 0; k < constants.bins; k += Floats::kLanes) {
+        const SineCosine at = OfFoldedPhase(Widen(Load(phaseSum + k)));
         const Floats size = Load(amplitude + k);
         Store(re + k, Narrow(at.cosine) * size);
         Store(im + k, Narrow(at.sine) * size);

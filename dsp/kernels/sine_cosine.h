@@ -23,7 +23,7 @@ struct SineCosine {
     Doubles cosine;
 };
 
-inline SineCosine OfFoldedPhase(Doubles x) {
+VOCAFADE_ALWAYS_INLINE SineCosine OfFoldedPhase(Doubles x) {
     constexpr double pi = 3.141592653589793;
     const Doubles size = Absolute(x);
     const Doubles forCosine = Broadcast(pi / 2) - size;
