@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: MIT
+#include "base/float_mode.h"
 #include "bench/comparison.h"
+#include "bench/heaviest_call.h"
 
 #include <benchmark/benchmark.h>
 #include <cstring>
-#include <xmmintrin.h>
 
-/// Prints the table of ratios, then runs the single benchmarks. `--ratios` stops after the table,
-/// `--no-ratios` leaves it out; Google Benchmark's own switches hold for the rest.
+/// Prints the tables of ratios and of heaviest calls, then runs the single benchmarks. `--ratios` stops after
+/// the tables,
+/// `--no-ratios` leaves them out; Google Benchmark's own switches hold for the rest.
 int main(int argc, char** argv) {
     bool ratios = true;
     bool benchmarks = true;
@@ -23,9 +25,11 @@ int main(int argc, char** argv) {
     argc = kept;
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
-    // As the effect does while it processes: denormals count as zero.
-    _mm_setcsr(_mm_getcsr() | 0x8040U);
-    if (ratios) vocafade::bench::PrintComparison(5);
+    const vocafade::AudioFloatMode mode; // as in the effect while it processes
+    if (ratios) {
+        vocafade::bench::PrintComparison(7);
+        vocafade::bench::PrintHeaviestCall(7);
+    }
     if (benchmarks) benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
     return 0;
