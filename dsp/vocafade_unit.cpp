@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 
 namespace vocafade {
 namespace {
@@ -34,20 +35,35 @@ int BinaryLogarithm(int n) {
     return bits;
 }
 
+/// The first bin below `bins` that `beyond` holds for, or `bins`; it holds for all bins after that one, too.
+template <typename Predicate>
+int FirstBin(int bins, Predicate beyond) {
+    int below = 0;
+    int above = bins;
+    while (below < above) {
+        const int middle = (below + above) / 2;
+        if (beyond(middle)) {
+            above = middle;
+        } else {
+            below = middle + 1;
+        }
+    }
+    return below;
+}
+
 } // namespace
 
-void CVocafadeUnit::Channel::Init(int frameSize, int hop) {
+void CVocafadeUnit::Channel::Init(int frameSize) {
     const auto n = static_cast<std::size_t>(frameSize);
-    const std::size_t streamed = n + static_cast<std::size_t>(hop);
-    forward.Init(frameSize, true, true);
-    inverse.Init(frameSize, true, false);
-    input.assign(streamed, 0.0f);
-    spectrum.assign(2 * n, 0.0f);
-    previousPhase.assign(n / 2, 0.0f);
-    magnitude.assign(n / 2, 0.0f);
-    trueFrequency.assign(n / 2, 0.0f);
-    phaseSum.assign(n / 2, 0.0f);
-    output.assign(streamed, 0.0f);
+    const std::size_t bins = n / 2 + kernels::kPadding;
+    input.Assign(n + kernels::kPadding);
+    spectrumRe.Assign(bins);
+    spectrumIm.Assign(bins);
+    previousPhase.Assign(bins);
+    magnitude.Assign(bins);
+    trueFrequency.Assign(bins);
+    phaseSum.Assign(bins);
+    output.Assign(n + kernels::kPadding);
 }
 
 void CVocafadeUnit::Init(int frameSize, int sampleRate, int overlap, CCriticalSection* lock) {
@@ -57,7 +73,7 @@ void CVocafadeUnit::Init(int frameSize, int sampleRate, int overlap, CCriticalSe
     frameSize_ = frameSize;
     frameBits_ = BinaryLogarithm(frameSize);
     over_ = false;
-    removal_.balance = 1.0f;
+    balance_ = 1.0f;
     hop_ = frameSize / overlap;
     const float n = static_cast<float>(frameSize);
     vocoder_.bins = frameSize / 2;
@@ -65,18 +81,23 @@ void CVocafadeUnit::Init(int frameSize, int sampleRate, int overlap, CCriticalSe
     vocoder_.expectedPhaseAdvance = static_cast<float>(hop_) * kTwoPi / n;
     vocoder_.overlap = static_cast<float>(overlap);
 
-    left_.Init(frameSize, hop_);
-    right_.Init(frameSize, hop_);
+    const auto size = static_cast<std::size_t>(frameSize);
+    const bool sameWindow = window_.size() == size + kernels::kPadding;
+    plan_.Init(frameSize);
+    left_.Init(frameSize);
+    right_.Init(frameSize);
+    work_.Assign(4 * size);
+    frame_.Assign(size + kernels::kPadding);
     readPosition_ = 0;
     writePosition_ = frameSize - hop_;
     silentLead_ = Latency();
 
-    if (window_.size() == static_cast<std::size_t>(frameSize)) return;
+    if (sameWindow) return;
     // A periodic Hann window: the division is by the frame size.
-    window_.resize(static_cast<std::size_t>(frameSize));
+    window_.Assign(size + kernels::kPadding);
     for (int i = 0; i < frameSize; ++i) {
         const double turn = i * static_cast<double>(kTwoPi) / frameSize;
-        window_[static_cast<std::size_t>(i)] = static_cast<float>(0.5 - 0.5 * std::cos(turn));
+        window_.data()[i] = static_cast<float>(0.5 - 0.5 * std::cos(turn));
     }
 }
 
@@ -100,57 +121,65 @@ void CVocafadeUnit::Operate(const float* inL, const float* inR, int count, float
 }
 
 void CVocafadeUnit::ProcessFrame() {
-    kernels::WindowFrame(left_.input.data(), window_.data(), frameSize_, left_.spectrum.data());
-    kernels::WindowFrame(right_.input.data(), window_.data(), frameSize_, right_.spectrum.data());
-    left_.forward.ComplexFFT(left_.spectrum.data());
-    right_.forward.ComplexFFT(right_.spectrum.data());
-    GetTrueSpectra(left_.spectrum.data(), right_.spectrum.data());
+    GetTrueSpectra();
     CreateShiftedVector();
-    left_.inverse.ComplexFFT(left_.spectrum.data());
-    right_.inverse.ComplexFFT(right_.spectrum.data());
     AddFrame(left_);
     AddFrame(right_);
     silentLead_ = std::max(silentLead_ - hop_, 0);
-    ShiftBuffers(left_);
-    ShiftBuffers(right_);
+    // What the next frame shares with this one moves to its start. (The accumulators have moved already.)
+    const std::size_t kept = static_cast<std::size_t>(frameSize_ - hop_) * sizeof(float);
+    std::memmove(left_.input.data(), left_.input.data() + hop_, kept);
+    std::memmove(right_.input.data(), right_.input.data() + hop_, kept);
     writePosition_ -= hop_;
     readPosition_ -= hop_;
 }
 
-void CVocafadeUnit::GetTrueSpectra(const float* specL, const float* specR) {
-    kernels::AnalyseChannel(vocoder_, specL, left_.previousPhase.data(), left_.magnitude.data(),
-                            left_.trueFrequency.data());
-    kernels::AnalyseChannel(vocoder_, specR, right_.previousPhase.data(), right_.magnitude.data(),
-                            right_.trueFrequency.data());
+void CVocafadeUnit::GetTrueSpectra() {
+    for (Channel* c : {&left_, &right_}) {
+        kernels_.forward(plan_.Tables(), c->input.data(), window_.data(), work_.data(), c->spectrumRe.data(),
+                         c->spectrumIm.data());
+        kernels_.analyse(vocoder_, c->spectrumRe.data(), c->spectrumIm.data(), c->previousPhase.data(),
+                         c->magnitude.data(), c->trueFrequency.data());
+    }
 }
 
 void CVocafadeUnit::CreateShiftedVector() {
-    // Only the lower half is synthesised; the real part of the inverse transform is all that is used of it.
-    std::fill(left_.spectrum.begin(), left_.spectrum.end(), 0.0f);
-    std::fill(right_.spectrum.begin(), right_.spectrum.end(), 0.0f);
-    kernels::RemoveCentre(vocoder_, removal_, left_.magnitude.data(), right_.magnitude.data());
-    kernels::ResynthesiseChannel(vocoder_, left_.magnitude.data(), left_.trueFrequency.data(),
-                                 left_.phaseSum.data(), left_.spectrum.data());
-    kernels::ResynthesiseChannel(vocoder_, right_.magnitude.data(), right_.trueFrequency.data(),
-                                 right_.phaseSum.data(), right_.spectrum.data());
+    kernels_.remove(RemovalOfBand(), vocoder_.bins, left_.magnitude.data(), right_.magnitude.data());
+    for (Channel* c : {&left_, &right_}) {
+        kernels_.resynthesise(vocoder_, c->magnitude.data(), c->trueFrequency.data(), c->phaseSum.data(),
+                              c->spectrumRe.data(), c->spectrumIm.data());
+    }
 }
 
 void CVocafadeUnit::AddFrame(Channel& channel) {
+    kernels_.inverse(plan_.Tables(), channel.spectrumRe.data(), channel.spectrumIm.data(), work_.data(),
+                     frame_.data());
     // A modified frame spreads over its whole length, its first part included, which for the first frames
     // stands for time before the first output sample: nothing may sound there.
-    kernels::OverlapAdd(channel.spectrum.data(), window_.data(), silentLead_, frameSize_, vocoder_.overlap,
+    kernels_.overlapAdd(frame_.data(), window_.data(), hop_, silentLead_, frameSize_, vocoder_.overlap,
                         channel.output.data());
 }
 
-void CVocafadeUnit::ShiftBuffers(Channel& channel) const {
-    std::copy(channel.input.begin() + hop_, channel.input.end(), channel.input.begin());
-    // The accumulator's last hop is always zero, so the vacated end comes in as silence.
-    std::copy(channel.output.begin() + hop_, channel.output.end(), channel.output.begin());
+kernels::Removal CVocafadeUnit::RemovalOfBand() const {
+    // A bin is judged by the frequency of its upper neighbour, in whole Hz.
+    const auto hertz = [this](int k) {
+        return static_cast<std::uint32_t>(static_cast<float>(k + 1) * vocoder_.binWidth);
+    };
+    const int bins = vocoder_.bins;
+    kernels::Removal removal{1.0f, 1.0f, 0, 0};
+    removal.firstBin = FirstBin(bins, [&](int k) { return hertz(k) >= lowHertz_; });
+    removal.lastBin = FirstBin(bins, [&](int k) { return hertz(k) > highHertz_; }) - 1;
+    if (balance_ > 1.0f) {
+        removal.scaleLeft = 1.0f / balance_;
+    } else {
+        removal.scaleRight = balance_;
+    }
+    return removal;
 }
 
 void CVocafadeUnit::SetCancelFS(unsigned low, unsigned high) {
-    removal_.lowHertz = low;
-    removal_.highHertz = high;
+    lowHertz_ = low;
+    highHertz_ = high;
 }
 
 void CVocafadeUnit::GetOverLevel(bool* over) {

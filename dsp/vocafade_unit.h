@@ -2,11 +2,11 @@
 #pragma once
 
 #include "base/critical_section.h"
-#include "dsp/fft.h"
-#include "dsp/kernels/spectral_kernels.h"
+#include "dsp/aligned_floats.h"
+#include "dsp/kernels/frame_plan.h"
+#include "dsp/kernels/level.h"
 
 #include <cstdint>
-#include <vector>
 
 namespace vocafade {
 
@@ -22,14 +22,15 @@ namespace vocafade {
 /// excepted, which take it themselves.
 class CVocafadeUnit {
   public:
-    CVocafadeUnit() = default;
+    /// The arithmetic runs on the vector level `kernels`; all levels sound the same to the bit.
+    explicit CVocafadeUnit(const kernels::Level& level = kernels::ChosenLevel()) : kernels_(level) {}
     virtual ~CVocafadeUnit() = default;
     CVocafadeUnit(const CVocafadeUnit&) = delete;
     CVocafadeUnit& operator=(const CVocafadeUnit&) = delete;
 
     /// Starts anew: all audio in flight is dropped, phases return to zero, balance to 1 (the centre). Levels
-    /// and band limits stay. `frameSize` is a power of two, `sampleRate` in Hz (below 1 counts as 1),
-    /// `overlap` at least 1. Allocates only when `frameSize` or `overlap` changes.
+    /// and band limits stay. `frameSize` is a power of two of at least 64, `sampleRate` in Hz (below 1 counts
+    /// as 1), `overlap` at least 1 and below the frame size. Allocates only when `frameSize` changes.
     void Init(int frameSize, int sampleRate, int overlap, CCriticalSection* lock);
 
     /// [audio-thread] Consumes `count` samples of both inputs, writes as many to both outputs (which may be
@@ -48,7 +49,7 @@ class CVocafadeUnit {
     /// Limits of the band in Hz, both inclusive; an upper limit below the lower one removes nothing.
     void SetCancelFS(unsigned low, unsigned high);
     /// The left-to-right magnitude ratio of what is removed; 1 is the centre.
-    void SetLRBalance(float balance) { removal_.balance = balance; }
+    void SetLRBalance(float balance) { balance_ = balance; }
 
     /// [any-thread] Reads the clip flag into `over` and clears it.
     void GetOverLevel(bool* over);
@@ -64,27 +65,27 @@ class CVocafadeUnit {
     void Vocafade() {}
 
   private:
-    /// One channel's transforms and arrays, in the order in which data meets them.
+    /// One channel's arrays, in the order in which data meets them.
     struct Channel {
-        CFFT forward;
-        CFFT inverse;
-        std::vector<float> input;         ///< frame size + hop
-        std::vector<float> spectrum;      ///< frame size complex values, interleaved
-        std::vector<float> previousPhase; ///< half the frame size, as the next three
-        std::vector<float> magnitude;
-        std::vector<float> trueFrequency;
-        std::vector<float> phaseSum;
-        std::vector<float> output; ///< overlap-add accumulator, frame size + hop
+        AlignedFloats input;      ///< frame size
+        AlignedFloats spectrumRe; ///< half the frame size, as the next five
+        AlignedFloats spectrumIm;
+        AlignedFloats previousPhase;
+        AlignedFloats magnitude;
+        AlignedFloats trueFrequency;
+        AlignedFloats phaseSum;
+        AlignedFloats output; ///< overlap-add accumulator, frame size
 
-        void Init(int frameSize, int hop);
+        void Init(int frameSize);
     };
 
     void ProcessFrame();
-    void GetTrueSpectra(const float* specL, const float* specR);
+    void GetTrueSpectra();
     void CreateShiftedVector();
     void AddFrame(Channel& channel);
-    void ShiftBuffers(Channel& channel) const;
+    kernels::Removal RemovalOfBand() const;
 
+    const kernels::Level& kernels_;
     float inputLevel_ = 1.0f;
     float outputLevel_ = 1.0f;
     float overLevelThreshold_ = 0.0f;
@@ -97,14 +98,18 @@ class CVocafadeUnit {
     float sampleRate_ = 0.0f;
     int overlap_ = 0;
     kernels::VocoderConstants vocoder_{};
-    kernels::Removal removal_{1.0f, 0, 0};
+    kernels::FramePlan plan_;
+    float balance_ = 1.0f;
+    std::uint32_t lowHertz_ = 0;
+    std::uint32_t highHertz_ = 0;
     Channel left_;
     Channel right_;
-    std::vector<float> window_;
+    AlignedFloats window_;
+    AlignedFloats work_;  ///< of the transforms, which serve one channel after the other
+    AlignedFloats frame_; ///< a resynthesised frame on its way to the accumulator
     int readPosition_ = 0;
     int writePosition_ = 0;
-    int silentLead_ =
-        0; ///< accumulator samples of the next frame that stand for time before the first output
+    int silentLead_ = 0; ///< samples of the next frame that stand for time before the first output
 };
 
 } // namespace vocafade

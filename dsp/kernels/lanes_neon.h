@@ -1,0 +1,111 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+// Four lanes in NEON registers (AArch64); `lanes_portable.h` says what each operation means.
+
+#include "dsp/kernels/inlining.h"
+
+#include <arm_neon.h>
+
+namespace vocafade::kernels {
+namespace {
+
+struct Floats {
+    static constexpr int kLanes = 4;
+    float32x4_t v;
+};
+
+struct Doubles {
+    float64x2_t low;
+    float64x2_t high;
+};
+
+VOCAFADE_ALWAYS_INLINE Floats Load(const float* from) { return {vld1q_f32(from)}; }
+VOCAFADE_ALWAYS_INLINE void Store(float* to, Floats x) { vst1q_f32(to, x.v); }
+VOCAFADE_ALWAYS_INLINE Floats Broadcast(float x) { return {vdupq_n_f32(x)}; }
+VOCAFADE_ALWAYS_INLINE Doubles Broadcast(double x) { return {vdupq_n_f64(x), vdupq_n_f64(x)}; }
+VOCAFADE_ALWAYS_INLINE Floats LaneNumbers() {
+    const float numbers[] = {0.0f, 1.0f, 2.0f, 3.0f};
+    return {vld1q_f32(numbers)};
+}
+
+VOCAFADE_ALWAYS_INLINE Floats operator+(Floats a, Floats b) { return {vaddq_f32(a.v, b.v)}; }
+VOCAFADE_ALWAYS_INLINE Floats operator-(Floats a, Floats b) { return {vsubq_f32(a.v, b.v)}; }
+VOCAFADE_ALWAYS_INLINE Floats operator*(Floats a, Floats b) { return {vmulq_f32(a.v, b.v)}; }
+VOCAFADE_ALWAYS_INLINE Floats operator/(Floats a, Floats b) { return {vdivq_f32(a.v, b.v)}; }
+VOCAFADE_ALWAYS_INLINE Doubles operator+(Doubles a, Doubles b) {
+    return {vaddq_f64(a.low, b.low), vaddq_f64(a.high, b.high)};
+}
+VOCAFADE_ALWAYS_INLINE Doubles operator-(Doubles a, Doubles b) {
+    return {vsubq_f64(a.low, b.low), vsubq_f64(a.high, b.high)};
+}
+VOCAFADE_ALWAYS_INLINE Doubles operator*(Doubles a, Doubles b) {
+    return {vmulq_f64(a.low, b.low), vmulq_f64(a.high, b.high)};
+}
+VOCAFADE_ALWAYS_INLINE Doubles operator/(Doubles a, Doubles b) {
+    return {vdivq_f64(a.low, b.low), vdivq_f64(a.high, b.high)};
+}
+
+VOCAFADE_ALWAYS_INLINE Floats Negative(Floats x) { return {vnegq_f32(x.v)}; }
+VOCAFADE_ALWAYS_INLINE Floats SquareRoot(Floats x) { return {vsqrtq_f32(x.v)}; }
+VOCAFADE_ALWAYS_INLINE Floats Minimum(Floats a, Floats b) {
+    return {vbslq_f32(vcltq_f32(a.v, b.v), a.v, b.v)};
+}
+VOCAFADE_ALWAYS_INLINE Doubles Minimum(Doubles a, Doubles b) {
+    return {vbslq_f64(vcltq_f64(a.low, b.low), a.low, b.low),
+            vbslq_f64(vcltq_f64(a.high, b.high), a.high, b.high)};
+}
+VOCAFADE_ALWAYS_INLINE Doubles Maximum(Doubles a, Doubles b) {
+    return {vbslq_f64(vcgtq_f64(a.low, b.low), a.low, b.low),
+            vbslq_f64(vcgtq_f64(a.high, b.high), a.high, b.high)};
+}
+VOCAFADE_ALWAYS_INLINE Doubles Absolute(Doubles x) { return {vabsq_f64(x.low), vabsq_f64(x.high)}; }
+
+VOCAFADE_ALWAYS_INLINE Doubles Widen(Floats x) {
+    return {vcvt_f64_f32(vget_low_f32(x.v)), vcvt_high_f64_f32(x.v)};
+}
+VOCAFADE_ALWAYS_INLINE Floats Narrow(Doubles x) { return {vcvt_high_f32_f64(vcvt_f32_f64(x.low), x.high)}; }
+
+VOCAFADE_ALWAYS_INLINE float64x2_t TurnSign(float64x2_t x, float64x2_t sign) {
+    const uint64x2_t bit = vdupq_n_u64(0x8000000000000000ULL);
+    const uint64x2_t turn = vandq_u64(vreinterpretq_u64_f64(sign), bit);
+    return vreinterpretq_f64_u64(veorq_u64(vreinterpretq_u64_f64(x), turn));
+}
+VOCAFADE_ALWAYS_INLINE Doubles TurnSign(Doubles x, Doubles sign) {
+    return {TurnSign(x.low, sign.low), TurnSign(x.high, sign.high)};
+}
+VOCAFADE_ALWAYS_INLINE Floats WhereNegative(Floats sign, Floats a, Floats b) {
+    const uint32x4_t mask = vreinterpretq_u32_s32(vshrq_n_s32(vreinterpretq_s32_f32(sign.v), 31));
+    return {vbslq_f32(mask, a.v, b.v)};
+}
+VOCAFADE_ALWAYS_INLINE float64x2_t WhereNegative(float64x2_t sign, float64x2_t a, float64x2_t b) {
+    return vbslq_f64(vreinterpretq_u64_s64(vshrq_n_s64(vreinterpretq_s64_f64(sign), 63)), a, b);
+}
+VOCAFADE_ALWAYS_INLINE Doubles WhereNegative(Doubles sign, Doubles a, Doubles b) {
+    return {WhereNegative(sign.low, a.low, b.low), WhereNegative(sign.high, a.high, b.high)};
+}
+
+VOCAFADE_ALWAYS_INLINE Floats EvenWhole(Floats x) {
+    const int32x4_t whole = vcvtq_s32_f32(vabsq_f32(x.v));
+    const int32x4_t even = vandq_s32(vaddq_s32(whole, vdupq_n_s32(1)), vdupq_n_s32(~1));
+    return {vbslq_f32(vdupq_n_u32(0x80000000U), x.v, vcvtq_f32_s32(even))};
+}
+
+VOCAFADE_ALWAYS_INLINE void StoreFirstPass(float* to, int p, Floats r0, Floats r1, Floats r2, Floats r3) {
+    vst4q_f32(to + 4 * p, (float32x4x4_t{{r0.v, r1.v, r2.v, r3.v}}));
+}
+
+VOCAFADE_ALWAYS_INLINE void StoreSecondPass(float* to, int i, Floats r0, Floats r1, Floats r2, Floats r3) {
+    to += 4 * i;
+    vst1q_f32(to, r0.v);
+    vst1q_f32(to + 4, r1.v);
+    vst1q_f32(to + 8, r2.v);
+    vst1q_f32(to + 12, r3.v);
+}
+
+VOCAFADE_ALWAYS_INLINE Floats LoadQuarterRate(const float* from, int i) {
+    return {vld1q_dup_f32(from + i / 4)};
+}
+
+} // namespace
+} // namespace vocafade::kernels

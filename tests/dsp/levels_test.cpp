@@ -1,0 +1,222 @@
+// SPDX-License-Identifier: MIT
+// Every vector level of the engine gives the same bits, and the transform the same as the scalar one.
+#include "base/float_mode.h"
+#include "dsp/fft.h"
+#include "dsp/kernels/frame_plan.h"
+#include "dsp/vocafade_unit.h"
+#include "tests/dsp/plain_model.h"
+#include "tests/support/signals.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <gtest/gtest.h>
+#include <memory>
+#include <random>
+
+namespace vocafade::test {
+namespace {
+
+using kernels::Level;
+
+std::vector<const Level*> Levels() {
+    std::vector<const Level*> levels;
+    for (int i = 0; const Level* level = kernels::AvailableLevel(i); ++i) {
+        levels.push_back(level);
+    }
+    return levels;
+}
+
+/// A stretch of stereo that changes its nature from second to second: noise, tones that glide and swell, a
+/// drum-like click, pure silence, one channel alone, next to nothing, far too much, and what is no sound.
+class EverythingSong {
+  public:
+    void Next(float* left, float* right, std::size_t count) {
+        for (std::size_t i = 0; i < count; ++i, ++at_) {
+            const auto second = at_ / 44100;
+            const double t = static_cast<double>(at_) / 44100.0;
+            const float tone = static_cast<float>(0.3 * std::sin(900.0 * t + 300.0 * std::sin(0.7 * t)));
+            const float side = static_cast<float>(0.2 * std::sin(2765.0 * t));
+            switch (second % 9) {
+            case 0:
+                Set(left[i], right[i], Random(), Random());
+                break;
+            case 1:
+                Set(left[i], right[i], tone + side, tone - side);
+                break;
+            case 2:
+                Set(left[i], right[i], tone + 0.01f * Random(), tone);
+                break;
+            case 3:
+                Set(left[i], right[i], at_ % 11025 == 0 ? 1.0f : 0.0f, at_ % 7000 == 0 ? -1.0f : -0.0f);
+                break;
+            case 4:
+                Set(left[i], right[i], 0.0f, 0.0f);
+                break;
+            case 5:
+                Set(left[i], right[i], Random() + tone, 0.0f);
+                break;
+            case 6:
+                Set(left[i], right[i], 1e-37f * Random(), 1e-20f * tone);
+                break;
+            case 7:
+                Set(left[i], right[i], 1e14f * Random(), 1e4f * side);
+                break;
+            default:
+                Set(left[i], right[i], at_ % 5000 == 0 ? NAN : tone, at_ % 9000 == 0 ? INFINITY : side);
+            }
+        }
+    }
+
+  private:
+    static void Set(float& left, float& right, float l, float r) {
+        left = l;
+        right = r;
+    }
+    float Random() { return static_cast<float>(static_cast<int>(random_())) * 0x1p-32f; }
+
+    std::mt19937 random_{4711};
+    std::size_t at_ = 0;
+};
+
+struct Running {
+    explicit Running(const Level& level) : name(level.name), unit(level) {
+        unit.SetOutputLevel(1.0f);
+        unit.Init(2048, 44100, 6, &lock);
+    }
+    std::string name;
+    CCriticalSection lock;
+    CVocafadeUnit unit;
+    Samples left = Samples(5000);
+    Samples right = Samples(5000);
+};
+
+/// Feeds all levels with the same stream in blocks of random sizes, under changing bands and balances.
+void ExpectSameBits(int seconds) {
+    const AudioFloatMode mode;
+    std::vector<std::unique_ptr<Running>> running;
+    for (const Level* level : Levels()) {
+        running.push_back(std::make_unique<Running>(*level));
+    }
+    EverythingSong song;
+    std::mt19937 random(1);
+    Samples left(5000);
+    Samples right(5000);
+    bool sounded = false;
+    for (std::size_t done = 0; done < static_cast<std::size_t>(seconds) * 44100;) {
+        const std::size_t most = random() % 4 == 0 ? 5000 : 700;
+        const std::size_t count = 1 + random() % most;
+        song.Next(left.data(), right.data(), count);
+        const unsigned low = random() % 2000;
+        const unsigned high = random() % 25000;
+        const float balance = std::exp2(static_cast<float>(random() % 9) - 4.0f);
+        for (const auto& r : running) {
+            if (done % 3 == 0) {
+                r->unit.SetCancelFS(low, high);
+                r->unit.SetLRBalance(balance);
+            }
+            int produced = 0;
+            r->unit.Operate(left.data(), right.data(), static_cast<int>(count), r->left.data(),
+                            r->right.data(), &produced);
+        }
+        const Running& reference = *running.front();
+        sounded = sounded || reference.left[count - 1] != 0.0f;
+        for (const auto& r : running) {
+            ASSERT_EQ(std::memcmp(r->left.data(), reference.left.data(), count * sizeof(float)), 0)
+                << r->name << " at sample " << done;
+            ASSERT_EQ(std::memcmp(r->right.data(), reference.right.data(), count * sizeof(float)), 0)
+                << r->name << " at sample " << done;
+        }
+        done += count;
+    }
+    EXPECT_TRUE(sounded);
+}
+
+#ifndef VOCAFADE_LONG_TESTS
+
+TEST(Levels, GiveTheSameBits) { ExpectSameBits(20); }
+
+TEST(Levels, TransformAsTheScalarTransformDoes) {
+    for (int size = kernels::kSmallestFrame; size <= 8192; size *= 2) {
+        const auto n = static_cast<std::size_t>(size);
+        const auto bins = n / 2;
+        kernels::FramePlan plan;
+        plan.Init(size);
+        Samples input = Noise(n, 5);
+        Samples window = Noise(n, 6);
+        CFFT forward;
+        CFFT inverse;
+        forward.Init(size, true, true);
+        inverse.Init(size, true, false);
+        Samples spectrum(2 * n);
+        Samples back(2 * n);
+        for (std::size_t i = 0; i < n; ++i) {
+            spectrum[2 * i] = input[i] * window[i];
+        }
+        forward.ComplexFFT(spectrum.data());
+        std::copy_n(spectrum.data(), n, back.data());
+        inverse.ComplexFFT(back.data());
+
+        Samples work(4 * n);
+        Samples re(bins + kernels::kPadding);
+        Samples im(bins + kernels::kPadding);
+        Samples frame(n + kernels::kPadding);
+        input.resize(n + kernels::kPadding);
+        window.resize(n + kernels::kPadding);
+        for (const Level* level : Levels()) {
+            level->forward(plan.Tables(), input.data(), window.data(), work.data(), re.data(), im.data());
+            for (std::size_t k = 0; k < bins; ++k) { // zeros of either sign are equal
+                ASSERT_EQ(re[k], spectrum[2 * k]) << level->name << ' ' << size << ' ' << k;
+                ASSERT_EQ(im[k], spectrum[2 * k + 1]) << level->name << ' ' << size << ' ' << k;
+            }
+            level->inverse(plan.Tables(), re.data(), im.data(), work.data(), frame.data());
+            for (std::size_t i = 0; i < n; ++i) {
+                ASSERT_EQ(frame[i] / static_cast<float>(size), back[2 * i])
+                    << level->name << ' ' << size << ' ' << i;
+            }
+        }
+    }
+}
+
+TEST(Levels, ServeOtherFramesThanTheEnginesOwn) {
+    const StereoSamples input{Noise(9000, 1), Noise(9000, 2)};
+    for (const int size : {64, 128, 256, 1024, 4096}) {
+        for (const int overlap : {2, 3, 7}) {
+            std::vector<StereoSamples> outputs;
+            for (const Level* level : Levels()) {
+                CCriticalSection lock;
+                CVocafadeUnit unit(*level);
+                unit.SetOutputLevel(1.0f);
+                unit.SetCancelFS(1, 0);
+                unit.Init(size, 48000, overlap, &lock);
+                outputs.push_back({Samples(9000), Samples(9000)});
+                int produced = 0;
+                unit.Operate(input.left.data(), input.right.data(), 9000, outputs.back().left.data(),
+                             outputs.back().right.data(), &produced);
+                EXPECT_EQ(outputs.back().left, outputs.front().left) << level->name << ' ' << size;
+                EXPECT_EQ(outputs.back().right, outputs.front().right) << level->name << ' ' << size;
+                const auto latency = static_cast<std::size_t>(unit.Latency());
+                const Samples& left = outputs.back().left;
+                EXPECT_TRUE(std::all_of(left.begin(), left.begin() + unit.Latency(),
+                                        [](float s) { return s == 0.0f; }));
+                EXPECT_GT(Power(left, latency), 1e-4) << size << ' ' << overlap;
+            }
+        }
+    }
+}
+
+TEST(Levels, BeginWithThePortableOneAndHoldTheChosenOne) {
+    const auto levels = Levels();
+    ASSERT_FALSE(levels.empty());
+    EXPECT_STREQ(levels[0]->name, "portable");
+    EXPECT_NE(std::find(levels.begin(), levels.end(), &kernels::ChosenLevel()), levels.end());
+}
+
+#else
+
+TEST(Levels, GiveTheSameBitsForTenMinutes) { ExpectSameBits(600); }
+
+#endif
+
+} // namespace
+} // namespace vocafade::test
