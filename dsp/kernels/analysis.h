@@ -20,13 +20,12 @@ void Analyse(const VocoderConstants& constants, const float* re, const float* im
     const Floats overlap = Broadcast(constants.overlap);
     const Floats pi = Broadcast(kPi);
     const Floats twoPi = Broadcast(kTwoPi);
-    // Two walks over the bins: the processor overlaps the turns of a short loop, not those of a long one.
     for (int k = 0; k < constants.bins; k += Floats::kLanes) {
         const Floats x = Load(re + k);
         const Floats y = Load(im + k);
         Store(magnitude + k, SquareRoot(y * y + x * x));
-        Store(trueFrequency + k, Narrow(Angle(Widen(y), Widen(x))));
     }
+    Angles(im, re, constants.bins, trueFrequency);
     for (int k = 0; k < constants.bins; k += Floats::kLanes) {
         const Floats bin = Broadcast(static_cast<float>(k)) + LaneNumbers();
         const Floats phase = Load(trueFrequency + k);

@@ -22,6 +22,13 @@ struct Doubles {
 
 VOCAFADE_ALWAYS_INLINE Floats Load(const float* from) { return {_mm256_loadu_ps(from)}; }
 VOCAFADE_ALWAYS_INLINE void Store(float* to, Floats x) { _mm256_storeu_ps(to, x.v); }
+VOCAFADE_ALWAYS_INLINE Doubles Load(const double* from) {
+    return {_mm256_loadu_pd(from), _mm256_loadu_pd(from + 4)};
+}
+VOCAFADE_ALWAYS_INLINE void Store(double* to, Doubles x) {
+    _mm256_storeu_pd(to, x.low);
+    _mm256_storeu_pd(to + 4, x.high);
+}
 VOCAFADE_ALWAYS_INLINE Floats Broadcast(float x) { return {_mm256_set1_ps(x)}; }
 VOCAFADE_ALWAYS_INLINE Doubles Broadcast(double x) { return {_mm256_set1_pd(x), _mm256_set1_pd(x)}; }
 VOCAFADE_ALWAYS_INLINE Floats LaneNumbers() { return {_mm256_setr_ps(0, 1, 2, 3, 4, 5, 6, 7)}; }
@@ -52,6 +59,8 @@ VOCAFADE_ALWAYS_INLINE Doubles Minimum(Doubles a, Doubles b) {
 VOCAFADE_ALWAYS_INLINE Doubles Maximum(Doubles a, Doubles b) {
     return {_mm256_max_pd(a.low, b.low), _mm256_max_pd(a.high, b.high)};
 }
+VOCAFADE_ALWAYS_INLINE Floats Maximum(Floats a, Floats b) { return {_mm256_max_ps(a.v, b.v)}; }
+VOCAFADE_ALWAYS_INLINE Floats Absolute(Floats x) { return {_mm256_andnot_ps(_mm256_set1_ps(-0.0f), x.v)}; }
 VOCAFADE_ALWAYS_INLINE Doubles Absolute(Doubles x) {
     const __m256d sign = _mm256_set1_pd(-0.0);
     return {_mm256_andnot_pd(sign, x.low), _mm256_andnot_pd(sign, x.high)};
@@ -64,6 +73,9 @@ VOCAFADE_ALWAYS_INLINE Floats Narrow(Doubles x) {
     return {_mm256_set_m128(_mm256_cvtpd_ps(x.high), _mm256_cvtpd_ps(x.low))};
 }
 
+VOCAFADE_ALWAYS_INLINE Floats TurnSign(Floats x, Floats sign) {
+    return {_mm256_xor_ps(x.v, _mm256_and_ps(sign.v, _mm256_set1_ps(-0.0f)))};
+}
 VOCAFADE_ALWAYS_INLINE Doubles TurnSign(Doubles x, Doubles sign) {
     const __m256d bit = _mm256_set1_pd(-0.0);
     return {_mm256_xor_pd(x.low, _mm256_and_pd(sign.low, bit)),
@@ -71,9 +83,6 @@ VOCAFADE_ALWAYS_INLINE Doubles TurnSign(Doubles x, Doubles sign) {
 }
 VOCAFADE_ALWAYS_INLINE Floats WhereNegative(Floats sign, Floats a, Floats b) {
     return {_mm256_blendv_ps(b.v, a.v, sign.v)};
-}
-VOCAFADE_ALWAYS_INLINE Doubles WhereNegative(Doubles sign, Doubles a, Doubles b) {
-    return {_mm256_blendv_pd(b.low, a.low, sign.low), _mm256_blendv_pd(b.high, a.high, sign.high)};
 }
 
 VOCAFADE_ALWAYS_INLINE Floats EvenWhole(Floats x) {

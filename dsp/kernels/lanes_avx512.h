@@ -22,6 +22,13 @@ struct Doubles {
 
 VOCAFADE_ALWAYS_INLINE Floats Load(const float* from) { return {_mm512_loadu_ps(from)}; }
 VOCAFADE_ALWAYS_INLINE void Store(float* to, Floats x) { _mm512_storeu_ps(to, x.v); }
+VOCAFADE_ALWAYS_INLINE Doubles Load(const double* from) {
+    return {_mm512_loadu_pd(from), _mm512_loadu_pd(from + 8)};
+}
+VOCAFADE_ALWAYS_INLINE void Store(double* to, Doubles x) {
+    _mm512_storeu_pd(to, x.low);
+    _mm512_storeu_pd(to + 8, x.high);
+}
 VOCAFADE_ALWAYS_INLINE Floats Broadcast(float x) { return {_mm512_set1_ps(x)}; }
 VOCAFADE_ALWAYS_INLINE Doubles Broadcast(double x) { return {_mm512_set1_pd(x), _mm512_set1_pd(x)}; }
 VOCAFADE_ALWAYS_INLINE Floats LaneNumbers() {
@@ -54,6 +61,8 @@ VOCAFADE_ALWAYS_INLINE Doubles Minimum(Doubles a, Doubles b) {
 VOCAFADE_ALWAYS_INLINE Doubles Maximum(Doubles a, Doubles b) {
     return {_mm512_max_pd(a.low, b.low), _mm512_max_pd(a.high, b.high)};
 }
+VOCAFADE_ALWAYS_INLINE Floats Maximum(Floats a, Floats b) { return {_mm512_max_ps(a.v, b.v)}; }
+VOCAFADE_ALWAYS_INLINE Floats Absolute(Floats x) { return {_mm512_abs_ps(x.v)}; }
 VOCAFADE_ALWAYS_INLINE Doubles Absolute(Doubles x) { return {_mm512_abs_pd(x.low), _mm512_abs_pd(x.high)}; }
 
 VOCAFADE_ALWAYS_INLINE Doubles Widen(Floats x) {
@@ -65,6 +74,11 @@ VOCAFADE_ALWAYS_INLINE Floats Narrow(Doubles x) {
 }
 
 /// x ^ (sign & bit) is one instruction: truth table 0x78 of (x, sign, bit).
+VOCAFADE_ALWAYS_INLINE Floats TurnSign(Floats x, Floats sign) {
+    const __m512i bit = _mm512_castps_si512(_mm512_set1_ps(-0.0f));
+    return {_mm512_castsi512_ps(
+        _mm512_ternarylogic_epi32(_mm512_castps_si512(x.v), _mm512_castps_si512(sign.v), bit, 0x78))};
+}
 VOCAFADE_ALWAYS_INLINE __m512d TurnSign(__m512d x, __m512d sign) {
     const __m512i bit = _mm512_castpd_si512(_mm512_set1_pd(-0.0));
     return _mm512_castsi512_pd(
@@ -73,13 +87,8 @@ VOCAFADE_ALWAYS_INLINE __m512d TurnSign(__m512d x, __m512d sign) {
 VOCAFADE_ALWAYS_INLINE Doubles TurnSign(Doubles x, Doubles sign) {
     return {TurnSign(x.low, sign.low), TurnSign(x.high, sign.high)};
 }
-VOCAFADE_ALWAYS_INLINE __mmask8 SignMask(__m512d x) { return _mm512_movepi64_mask(_mm512_castpd_si512(x)); }
 VOCAFADE_ALWAYS_INLINE Floats WhereNegative(Floats sign, Floats a, Floats b) {
     return {_mm512_mask_blend_ps(_mm512_movepi32_mask(_mm512_castps_si512(sign.v)), b.v, a.v)};
-}
-VOCAFADE_ALWAYS_INLINE Doubles WhereNegative(Doubles sign, Doubles a, Doubles b) {
-    return {_mm512_mask_blend_pd(SignMask(sign.low), b.low, a.low),
-            _mm512_mask_blend_pd(SignMask(sign.high), b.high, a.high)};
 }
 
 VOCAFADE_ALWAYS_INLINE Floats EvenWhole(Floats x) {

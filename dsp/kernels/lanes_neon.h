@@ -22,6 +22,11 @@ struct Doubles {
 
 VOCAFADE_ALWAYS_INLINE Floats Load(const float* from) { return {vld1q_f32(from)}; }
 VOCAFADE_ALWAYS_INLINE void Store(float* to, Floats x) { vst1q_f32(to, x.v); }
+VOCAFADE_ALWAYS_INLINE Doubles Load(const double* from) { return {vld1q_f64(from), vld1q_f64(from + 2)}; }
+VOCAFADE_ALWAYS_INLINE void Store(double* to, Doubles x) {
+    vst1q_f64(to, x.low);
+    vst1q_f64(to + 2, x.high);
+}
 VOCAFADE_ALWAYS_INLINE Floats Broadcast(float x) { return {vdupq_n_f32(x)}; }
 VOCAFADE_ALWAYS_INLINE Doubles Broadcast(double x) { return {vdupq_n_f64(x), vdupq_n_f64(x)}; }
 VOCAFADE_ALWAYS_INLINE Floats LaneNumbers() {
@@ -59,6 +64,10 @@ VOCAFADE_ALWAYS_INLINE Doubles Maximum(Doubles a, Doubles b) {
     return {vbslq_f64(vcgtq_f64(a.low, b.low), a.low, b.low),
             vbslq_f64(vcgtq_f64(a.high, b.high), a.high, b.high)};
 }
+VOCAFADE_ALWAYS_INLINE Floats Maximum(Floats a, Floats b) {
+    return {vbslq_f32(vcgtq_f32(a.v, b.v), a.v, b.v)};
+}
+VOCAFADE_ALWAYS_INLINE Floats Absolute(Floats x) { return {vabsq_f32(x.v)}; }
 VOCAFADE_ALWAYS_INLINE Doubles Absolute(Doubles x) { return {vabsq_f64(x.low), vabsq_f64(x.high)}; }
 
 VOCAFADE_ALWAYS_INLINE Doubles Widen(Floats x) {
@@ -66,6 +75,10 @@ VOCAFADE_ALWAYS_INLINE Doubles Widen(Floats x) {
 }
 VOCAFADE_ALWAYS_INLINE Floats Narrow(Doubles x) { return {vcvt_high_f32_f64(vcvt_f32_f64(x.low), x.high)}; }
 
+VOCAFADE_ALWAYS_INLINE Floats TurnSign(Floats x, Floats sign) {
+    const uint32x4_t turn = vandq_u32(vreinterpretq_u32_f32(sign.v), vdupq_n_u32(0x80000000U));
+    return {vreinterpretq_f32_u32(veorq_u32(vreinterpretq_u32_f32(x.v), turn))};
+}
 VOCAFADE_ALWAYS_INLINE float64x2_t TurnSign(float64x2_t x, float64x2_t sign) {
     const uint64x2_t bit = vdupq_n_u64(0x8000000000000000ULL);
     const uint64x2_t turn = vandq_u64(vreinterpretq_u64_f64(sign), bit);
@@ -77,12 +90,6 @@ VOCAFADE_ALWAYS_INLINE Doubles TurnSign(Doubles x, Doubles sign) {
 VOCAFADE_ALWAYS_INLINE Floats WhereNegative(Floats sign, Floats a, Floats b) {
     const uint32x4_t mask = vreinterpretq_u32_s32(vshrq_n_s32(vreinterpretq_s32_f32(sign.v), 31));
     return {vbslq_f32(mask, a.v, b.v)};
-}
-VOCAFADE_ALWAYS_INLINE float64x2_t WhereNegative(float64x2_t sign, float64x2_t a, float64x2_t b) {
-    return vbslq_f64(vreinterpretq_u64_s64(vshrq_n_s64(vreinterpretq_s64_f64(sign), 63)), a, b);
-}
-VOCAFADE_ALWAYS_INLINE Doubles WhereNegative(Doubles sign, Doubles a, Doubles b) {
-    return {WhereNegative(sign.low, a.low, b.low), WhereNegative(sign.high, a.high, b.high)};
 }
 
 VOCAFADE_ALWAYS_INLINE Floats EvenWhole(Floats x) {

@@ -24,6 +24,8 @@ struct Doubles {
 
 VOCAFADE_ALWAYS_INLINE Floats Load(const float* from) { return {*from}; }
 VOCAFADE_ALWAYS_INLINE void Store(float* to, Floats x) { *to = x.v; }
+VOCAFADE_ALWAYS_INLINE Doubles Load(const double* from) { return {*from}; }
+VOCAFADE_ALWAYS_INLINE void Store(double* to, Doubles x) { *to = x.v; }
 VOCAFADE_ALWAYS_INLINE Floats Broadcast(float x) { return {x}; }
 VOCAFADE_ALWAYS_INLINE Doubles Broadcast(double x) { return {x}; }
 /// The lane's own number: 0, 1, 2 ...
@@ -43,12 +45,19 @@ VOCAFADE_ALWAYS_INLINE Floats SquareRoot(Floats x) { return {__builtin_sqrtf(x.v
 VOCAFADE_ALWAYS_INLINE Floats Minimum(Floats a, Floats b) { return {a.v < b.v ? a.v : b.v}; }
 VOCAFADE_ALWAYS_INLINE Doubles Minimum(Doubles a, Doubles b) { return {a.v < b.v ? a.v : b.v}; }
 VOCAFADE_ALWAYS_INLINE Doubles Maximum(Doubles a, Doubles b) { return {a.v > b.v ? a.v : b.v}; }
+VOCAFADE_ALWAYS_INLINE Floats Maximum(Floats a, Floats b) { return {a.v > b.v ? a.v : b.v}; }
+VOCAFADE_ALWAYS_INLINE Floats Absolute(Floats x) { return {__builtin_fabsf(x.v)}; }
 VOCAFADE_ALWAYS_INLINE Doubles Absolute(Doubles x) { return {__builtin_fabs(x.v)}; }
 
 VOCAFADE_ALWAYS_INLINE Doubles Widen(Floats x) { return {static_cast<double>(x.v)}; }
 VOCAFADE_ALWAYS_INLINE Floats Narrow(Doubles x) { return {static_cast<float>(x.v)}; }
 
 /// x with its sign turned where `sign` is negative (its sign bit counts, so -0 is negative).
+VOCAFADE_ALWAYS_INLINE Floats TurnSign(Floats x, Floats sign) {
+    const auto bits = __builtin_bit_cast(std::uint32_t, x.v);
+    const auto signBit = __builtin_bit_cast(std::uint32_t, sign.v) & 0x80000000U;
+    return {__builtin_bit_cast(float, bits ^ signBit)};
+}
 VOCAFADE_ALWAYS_INLINE Doubles TurnSign(Doubles x, Doubles sign) {
     const auto bits = __builtin_bit_cast(std::uint64_t, x.v);
     const auto signBit = __builtin_bit_cast(std::uint64_t, sign.v) & 0x8000000000000000ULL;
@@ -57,9 +66,6 @@ VOCAFADE_ALWAYS_INLINE Doubles TurnSign(Doubles x, Doubles sign) {
 
 /// a where the sign bit of `sign` is set, b elsewhere.
 VOCAFADE_ALWAYS_INLINE Floats WhereNegative(Floats sign, Floats a, Floats b) {
-    return __builtin_signbit(sign.v) ? a : b;
-}
-VOCAFADE_ALWAYS_INLINE Doubles WhereNegative(Doubles sign, Doubles a, Doubles b) {
     return __builtin_signbit(sign.v) ? a : b;
 }
 

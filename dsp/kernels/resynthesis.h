@@ -34,10 +34,10 @@ void Resynthesise(const VocoderConstants& constants, const float* amplitude, con
         Store(phaseSum + k, sum);
     }
     for (int k = 0; k < constants.bins; k += Floats::kLanes) {
-        const SineCosine at = OfFoldedPhase(Widen(Load(phaseSum + k)));
+        const SineCosine at = OfFoldedPhase(Load(phaseSum + k));
         const Floats size = Load(amplitude + k);
-        Store(re + k, Narrow(at.cosine) * size);
-        Store(im + k, Narrow(at.sine) * size);
+        Store(re + k, at.cosine * size);
+        Store(im + k, at.sine * size);
     }
 }
 

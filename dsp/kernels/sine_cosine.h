@@ -19,17 +19,17 @@ constexpr double kSine[] = {0.9999999999999376,      -0.1666666666643233,   0.00
                             1.5401169840699647e-10};
 
 struct SineCosine {
-    Doubles sine;
-    Doubles cosine;
+    Floats sine;
+    Floats cosine;
 };
 
-VOCAFADE_ALWAYS_INLINE SineCosine OfFoldedPhase(Doubles x) {
+VOCAFADE_ALWAYS_INLINE SineCosine OfFoldedPhase(Floats x) {
     constexpr double pi = 3.141592653589793;
-    const Doubles size = Absolute(x);
+    const Doubles size = Widen(Absolute(x));
     const Doubles forCosine = Broadcast(pi / 2) - size;
     const Doubles forSine = Minimum(size, Broadcast(pi) - size);
-    return {TurnSign(forSine * Polynomial(kSine, forSine * forSine), x),
-            forCosine * Polynomial(kSine, forCosine * forCosine)};
+    return {TurnSign(Narrow(forSine * Polynomial(kSine, forSine * forSine)), x),
+            Narrow(forCosine * Polynomial(kSine, forCosine * forCosine))};
 }
 
 } // namespace
