@@ -91,6 +91,10 @@ struct Level {
     /// and are dropped; the last `hop` are zero before and after.
     void (*overlapAdd)(const float* frame, const float* window, int hop, int lead, int size, float overlap,
                        float* accumulator);
+
+    /// The greatest |sample| * gain of a block, for meters; 0 at least, and 0 for an empty block. What is not
+    /// a number does not count.
+    float (*peak)(const float* samples, int count, float gain);
 };
 
 /// [any-thread] The level that this process uses: the best that the processor has, chosen once when the

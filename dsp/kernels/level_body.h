@@ -9,6 +9,7 @@
 #include "dsp/kernels/forward_transform.h"
 #include "dsp/kernels/inverse_transform.h"
 #include "dsp/kernels/overlap_add.h"
+#include "dsp/kernels/peak.h"
 #include "dsp/kernels/removal.h"
 #include "dsp/kernels/resynthesis.h"
 
@@ -16,7 +17,7 @@ namespace vocafade::kernels {
 namespace {
 
 constexpr Level MakeLevel(const char* name) {
-    return {name, Forward, Analyse, Remove, Resynthesise, Inverse, OverlapAdd};
+    return {name, Forward, Analyse, Remove, Resynthesise, Inverse, OverlapAdd, Peak};
 }
 
 } // namespace

@@ -205,6 +205,26 @@ TEST(Levels, ServeOtherFramesThanTheEnginesOwn) {
     }
 }
 
+TEST(Levels, FindThePeakOfAnyBlock) {
+    Samples samples = Noise(300, 9);
+    for (std::size_t place = 0; place < samples.size(); place += 7) {
+        const float before = samples[place];
+        samples[place] = place % 2 == 0 ? 3.0f : -3.0f;
+        samples[(place + 20) % samples.size()] = NAN;
+        for (const Level* level : Levels()) {
+            for (const std::size_t count : {place, place + 1, samples.size()}) {
+                float expected = 0.0f;
+                for (std::size_t i = 0; i < count; ++i) {
+                    expected = std::fmax(expected, std::fabs(samples[i]) * 0.3f);
+                }
+                EXPECT_EQ(level->peak(samples.data(), static_cast<int>(count), 0.3f), expected)
+                    << level->name << ' ' << place << ' ' << count;
+            }
+        }
+        samples[place] = before;
+    }
+}
+
 TEST(Levels, BeginWithThePortableOneAndHoldTheChosenOne) {
     const auto levels = Levels();
     ASSERT_FALSE(levels.empty());
