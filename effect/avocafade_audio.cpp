@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "base/float_mode.h"
+#include "dsp/kernels/level.h"
 #include "effect/avocafade.h"
 
 #include <algorithm>
@@ -19,12 +20,7 @@ float MeterGain(float db) {
 }
 
 float Peak(const float* samples, std::int32_t count, float gain) {
-    float peak = 0.0f;
-    for (std::int32_t i = 0; i < count; ++i) {
-        const float level = std::fabs(samples[i]) * gain;
-        peak = level > peak ? level : peak;
-    }
-    return peak;
+    return kernels::ChosenLevel().peak(samples, count, gain);
 }
 
 } // namespace
