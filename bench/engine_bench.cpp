@@ -15,7 +15,7 @@ void Hop(benchmark::State& state, const EngineForm& form) {
     std::vector<float> outL(kHop);
     std::vector<float> outR(kHop);
     std::size_t at = 0;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         engine->Process(song.left.data() + at, song.right.data() + at, kHop, outL.data(), outR.data());
         benchmark::DoNotOptimize(outL.data());
         at += kHop;
@@ -29,7 +29,7 @@ void Transform(benchmark::State& state, bool forward) {
     fft.Init(kFrameSize, true, forward);
     const Stereo song = Song(1);
     std::vector<float> data(2 * kFrameSize);
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         std::copy_n(song.left.data(), data.size(), data.data());
         fft.ComplexFFT(data.data());
         benchmark::DoNotOptimize(data.data());

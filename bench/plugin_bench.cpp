@@ -27,7 +27,7 @@ void ProcessReplacing(benchmark::State& state) {
     float* outputs[] = {outL.data(), outR.data()};
     std::size_t at = 0;
     Clock::duration worst{};
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         float* inputs[] = {song.left.data() + at, song.right.data() + at};
         const auto start = Clock::now();
         effect.Process(inputs, outputs, block);
@@ -44,7 +44,7 @@ void ProcessReplacing(benchmark::State& state) {
 void CreateAndOpen(benchmark::State& state) {
     const host::SharedObject keep(VOCAFADE_PLUGIN);
     std::size_t bytes = 0;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         const std::size_t before = mallinfo2().uordblks + mallinfo2().hblkhd;
         const host::Effect effect(VOCAFADE_PLUGIN);
         bytes = mallinfo2().uordblks + mallinfo2().hblkhd - before;

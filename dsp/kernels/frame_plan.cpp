@@ -50,14 +50,14 @@ void FramePlan::Init(int size) {
     tables_.eighth = w[2];
 
     std::size_t total = 0;
-    for (int i = 0, groups = size / 4; i < tables_.passes; ++i, groups /= 4) {
-        total += 6 * static_cast<std::size_t>(groups);
+    for (int i = 0, count = size / 4; i < tables_.passes; ++i, count /= 4) {
+        total += 6 * static_cast<std::size_t>(count);
     }
     twiddles_.assign(total, 0.0f);
     float* next = twiddles_.data();
-    int groupBits = bits - 2;
-    for (int i = 0; i < tables_.passes; ++i, groupBits -= 2) {
-        const int groups = 1 << groupBits;
+    int groups = size / 4;
+    for (int i = 0; i < tables_.passes; ++i, groups /= 4) {
+        const int groupBits = bits - 2 * (i + 1);
         float* const to[6] = {
             next, next + groups, next + 2 * groups, next + 3 * groups, next + 4 * groups, next + 5 * groups};
         for (int p = 0; p < groups; ++p) {

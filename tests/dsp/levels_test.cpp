@@ -5,6 +5,7 @@
 #include "dsp/kernels/frame_plan.h"
 #include "dsp/vocafade_unit.h"
 #include "tests/dsp/plain_model.h"
+#include "tests/dsp/same_bits.h"
 #include "tests/support/signals.h"
 
 #include <algorithm>
@@ -123,9 +124,9 @@ void ExpectSameBits(int seconds) {
         const Running& reference = *running.front();
         sounded = sounded || reference.left[count - 1] != 0.0f;
         for (const auto& r : running) {
-            ASSERT_EQ(std::memcmp(r->left.data(), reference.left.data(), count * sizeof(float)), 0)
+            ASSERT_TRUE(SameBits(r->left.data(), reference.left.data(), count))
                 << r->name << " at sample " << done;
-            ASSERT_EQ(std::memcmp(r->right.data(), reference.right.data(), count * sizeof(float)), 0)
+            ASSERT_TRUE(SameBits(r->right.data(), reference.right.data(), count))
                 << r->name << " at sample " << done;
         }
         done += count;
