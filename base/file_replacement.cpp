@@ -30,6 +30,22 @@ std::string FollowLinks(std::string path) {
     return path;
 }
 
+constexpr char kTemporarySuffix[] = ".tmp";
+
+/// What the names of all new files for `path` begin with; a number and the suffix follow.
+std::string TemporaryPrefix(const std::string& path) {
+    std::string prefix(1, '.');
+    prefix.append(path, path.rfind('/') + 1, kKeptOfName); // without a slash from the beginning: npos + 1 is 0
+    return prefix += '.';
+}
+
+bool IsTemporary(const std::string& name, const std::string& prefix) {
+    if (!name.starts_with(prefix) || !name.ends_with(kTemporarySuffix)) return false;
+    const std::string number =
+        name.substr(prefix.size(), name.size() - prefix.size() - sizeof kTemporarySuffix + 1);
+    return !number.empty() && number.find_first_not_of("0123456789") == std::string::npos;
+}
+
 void SyncFolder(const std::string& folder) {
     const int descriptor = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (descriptor < 0) return;
@@ -61,12 +77,11 @@ bool FileReplacement::Begin(const std::string& path) {
         errno = S_ISDIR(old.st_mode) ? EISDIR : EINVAL;
         return false;
     }
-    const std::string name = target_.substr(target_.rfind('/') + 1).substr(0, kKeptOfName);
-    const std::string stem = FolderOf(target_) + "." + name + ".";
+    const std::string stem = FolderOf(target_) + TemporaryPrefix(target_);
     std::random_device random;
     int descriptor = -1;
     for (int attempt = 0; attempt < 100 && descriptor < 0; ++attempt) {
-        temporary_ = stem + std::to_string(random()) + ".tmp";
+        temporary_ = stem + std::to_string(random()) + kTemporarySuffix;
         descriptor = ::open(temporary_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
         if (descriptor < 0 && errno != EEXIST) break;
     }
@@ -92,6 +107,19 @@ bool FileReplacement::Commit() {
     temporary_.clear();
     SyncFolder(FolderOf(target_));
     return true;
+}
+
+void FileReplacement::RemoveLeftovers(const std::string& path) {
+    const std::string target = FollowLinks(PathFromUrlOrPath(path.c_str()));
+    const std::string prefix = TemporaryPrefix(target);
+    if (prefix.size() > kKeptOfName) return; // other names may be cut to the same
+    std::error_code error;
+    std::filesystem::directory_iterator entry(FolderOf(target), error);
+    for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
+        std::error_code ignored;
+        if (IsTemporary(entry->path().filename().string(), prefix))
+            std::filesystem::remove(entry->path(), ignored);
+    }
 }
 
 bool MakeFolders(const std::string& folder) {

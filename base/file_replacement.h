@@ -28,6 +28,10 @@ class FileReplacement {
     /// not written or the name could not be taken.
     bool Commit();
 
+    /// [any-thread] Removes what processes that died while they replaced `path` left beside it. Only for who
+    /// knows that nobody is replacing it now, for example by a lock that all its writers take.
+    static void RemoveLeftovers(const std::string& path);
+
   private:
     void Discard();
 

@@ -8,6 +8,7 @@
 #include "effect/editor_door.h"
 #include "effect/parameters.h"
 #include "effect/program.h"
+#include "effect/program_list.h"
 #include "vst/audio_effect_x.h"
 
 #include <array>
@@ -88,6 +89,11 @@ class AVocafade : public AudioEffectX {
     void CopyPgFrom(std::int32_t source); ///< [main-thread] copies program `source` over the current one
     /// [main-thread] Record `index` (0 to 63) of the current set.
     const AVocafadeProgram& Program(std::int32_t index) const;
+
+    /// [main-thread] Fills the current programs from an older program list and its program files; says
+    /// nothing. The values sound once a program is selected.
+    void Convert(const std::string& listPath = kProgramListPath,
+                 const std::string& folder = kProgramFileFolder);
 
     // The bank file: avocafade_bank.cpp
     /// [main-thread] Fills the factory set from the bank beside the plug-in, if `open` had to look there.

@@ -70,14 +70,17 @@ BankFile ReadBankFile(const std::string& path, std::int32_t uniqueId, std::size_
 }
 
 bool WriteBankFile(const std::string& path, std::int32_t uniqueId, std::int32_t programs,
-                   std::span<const std::byte> chunk) {
+                   std::span<const std::byte> chunk, BankSizeField sizeField) {
     const std::size_t slash = path.rfind('/');
     if (slash != std::string::npos) MakeFolders(path.substr(0, slash + 1));
     FileReplacement replacement;
     if (!replacement.Begin(path)) return false;
     CFile& file = replacement.file();
     file.Write(kChunkMagic, 4);
-    putDWordFile(&file, 0);
+    constexpr std::size_t headerBehindSize = 24 + kReservedBytes; // from the bank magic to the chunk
+    putDWordFile(&file, sizeField == BankSizeField::filledIn
+                            ? static_cast<std::uint32_t>(headerBehindSize + chunk.size())
+                            : 0);
     file.Write(kOpaqueBankMagic, 4);
     putDWordFile(&file, kFormatVersion);
     putDWordFile(&file, static_cast<std::uint32_t>(uniqueId));

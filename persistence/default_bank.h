@@ -32,11 +32,15 @@ struct BankFile {
 /// `maximumChunk` before anything is allocated; a short file gives a shorter chunk.
 BankFile ReadBankFile(const std::string& path, std::int32_t uniqueId, std::size_t maximumChunk);
 
+/// What stands in a bank file's byte-size field. The effect's own file has always left it zero; hosts that
+/// check it want the number of bytes behind it.
+enum class BankSizeField { zero, filledIn };
+
 /// [main-thread] Writes a standard bank file with `programs` programs: a new file beside the old one, flushed
 /// to the disk, then renamed, so that a process that dies on the way leaves a whole file. The folder is made
 /// when it is missing. False, with `errno` set and the old file untouched, when it cannot be written.
 bool WriteBankFile(const std::string& path, std::int32_t uniqueId, std::int32_t programs,
-                   std::span<const std::byte> chunk);
+                   std::span<const std::byte> chunk, BankSizeField sizeField = BankSizeField::zero);
 
 /// Reads four bytes, the most significant first; bytes past the end count as 0.
 std::uint32_t getDWordFile(CFile* file);

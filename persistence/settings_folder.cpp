@@ -35,7 +35,9 @@ std::string HomeFolder() {
     return {};
 }
 
-std::string FindFolder() {
+} // namespace
+
+std::string FindConfigurationFolder() {
     // A relative path counts as unset: it would follow the host's current directory around.
     const char* config = std::getenv("XDG_CONFIG_HOME"); // NOLINT(concurrency-mt-unsafe)
     if (config != nullptr && config[0] == '/') return config;
@@ -43,10 +45,8 @@ std::string FindFolder() {
     return home.empty() ? home : home + "/.config";
 }
 
-} // namespace
-
 void GetMy_SHFOLDER_PathName() {
-    std::string folder = FindFolder();
+    std::string folder = FindConfigurationFolder();
     if (folder.empty()) return;
     if (folder.back() != '/') folder += '/';
     FolderBuffer& buffer = Buffer();

@@ -2,9 +2,9 @@
 #include "apps/demo/picture.h"
 
 #include "apps/demo/color_map.h"
-#include "apps/demo/lettering.h"
 #include "apps/demo/spectrogram.h"
 #include "apps/demo/stereo_file.h"
+#include "apps/lettering/lettering.h"
 #include "base/file_replacement.h"
 
 #include <algorithm>

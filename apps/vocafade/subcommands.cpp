@@ -1,8 +1,21 @@
 // SPDX-License-Identifier: MIT
 #include "apps/vocafade/subcommands.h"
 
+#include "apps/vocafade/chunks_command.h"
+#include "apps/vocafade/convert_command.h"
+#include "apps/vocafade/formants_command.h"
+#include "apps/vocafade/settings_command.h"
+
 namespace vocafade::command {
 
-std::span<const Subcommand> Subcommands() { return {}; }
+std::span<const Subcommand> Subcommands() {
+    static constexpr Subcommand subcommands[] = {
+        {"formants", "show where in the spectrum a voice lies", RunFormants},
+        {"convert", "turn an older program list into a bank", RunConvert},
+        {"chunks", "list, read and write the user chunks of an AIFF file", RunChunks},
+        {"settings", "show and change stored settings", RunSettings},
+    };
+    return subcommands;
+}
 
 } // namespace vocafade::command

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "apps/demo/lettering.h"
+#include "apps/lettering/lettering.h"
 
 #include <memory>
 #include <pango/pangocairo.h>

@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: MIT
+// Any bytes as the bank file that the effect loads when a host opens it.
+#include "effect/avocafade.h"
+#include "fuzz/support.h"
+#include "persistence/default_bank.h"
+#include "vst/opcodes.h"
+
+#include <cstring>
+
+using namespace vocafade;
+
+namespace {
+
+VstIntPtr Host(AEffect*, std::int32_t opcode, std::int32_t, VstIntPtr, void*, float) {
+    return opcode == audioMasterVersion ? 2400 : 0;
+}
+
+const std::string& Folder() {
+    static const std::string folder = [] {
+        const std::string made = fuzz::MakeFolder();
+        ::setenv("XDG_CONFIG_HOME", made.c_str(), 1);
+        return made;
+    }();
+    return folder;
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const std::string path = Folder() + "/" + kDefaultBankName;
+    fuzz::WriteFile(path, {reinterpret_cast<const char*>(data), size});
+    const BankFile bank = ReadBankFile(path, AVocafade::kUniqueId, sizeof(ProgramSet));
+    fuzz::Require(bank.chunk.size() <= sizeof(ProgramSet), "the chunk is bounded");
+    fuzz::Require(bank.content == BankContent::chunk || bank.chunk.empty(), "only a bank gives a chunk");
+
+    AVocafade effect(Host);
+    effect.open();
+    effect.ProgramToFactory();
+    effect.ProgramToInitial();
+    for (std::int32_t program = 0; program < kProgramCount; ++program) {
+        char name[64];
+        fuzz::Require(effect.getProgramNameIndexed(0, program, name), "every program has a name");
+        fuzz::Require(std::strlen(name) < sizeof(AVocafadeProgram::name), "names end in their field");
+    }
+    ::unlink(path.c_str());
+    return 0;
+}

@@ -1,0 +1,95 @@
+// SPDX-License-Identifier: MIT
+// Writes the seeds of all fuzz targets: a few whole inputs of each kind, from which damaged ones are bred.
+#include "base/big_endian.h"
+#include "effect/avocafade.h"
+#include "fuzz/support.h"
+#include "persistence/default_bank.h"
+
+#include <filesystem>
+#include <span>
+
+using namespace vocafade;
+
+namespace {
+
+std::string folder;
+
+void Seed(const std::string& target, const std::string& name, const std::string& bytes) {
+    std::filesystem::create_directories(folder + "/" + target);
+    fuzz::WriteFile(folder + "/" + target + "/" + name, bytes);
+}
+
+std::string Big32(std::uint32_t value) {
+    std::string bytes(4, '\0');
+    StoreBigEndian32(reinterpret_cast<unsigned char*>(bytes.data()), value);
+    return bytes;
+}
+
+std::string Chunk(const std::string& id, const std::string& data) {
+    return id + Big32(static_cast<std::uint32_t>(data.size())) + data;
+}
+
+std::string Form(const std::string& chunks) {
+    return "FORM" + Big32(static_cast<std::uint32_t>(chunks.size() + 4)) + "AIFF" + chunks;
+}
+
+void Banks() {
+    const ProgramSet programs;
+    const std::span<const std::byte> chunk = std::as_bytes(std::span(programs));
+    const std::string path = folder + "/bank_fuzzer/default";
+    std::filesystem::create_directories(folder + "/bank_fuzzer");
+    fuzz::Require(WriteBankFile(path, AVocafade::kUniqueId, kProgramCount, chunk), "writing a bank");
+    Seed("bank_fuzzer", "header", "CcnK" + Big32(0) + "FBCh" + Big32(1) + "VfdQ" + Big32(1) + Big32(64));
+    Seed("bank_fuzzer", "programs", "CcnK" + Big32(0) + "FxBk" + Big32(1) + "VfdQ");
+    const std::string bytes(reinterpret_cast<const char*>(chunk.data()), chunk.size());
+    Seed("host_chunk_fuzzer", "bank", std::string(1, '\0') + bytes);
+    Seed("host_chunk_fuzzer", "program", "\7" + bytes.substr(0, 52));
+    Seed("host_chunk_fuzzer", "short", "\7" + bytes.substr(0, 30));
+}
+
+void Lists() {
+    const std::string list =
+        "KVB5.0 EFFECT PROGRAM LIST\r\n3\r\nHall\r\nA much longer name than fits\nHall\n";
+    const std::string file = "KVB5.0 EFFECT PRG FILE\r\n0\t26214400\t589824000\t419430400\t1\r\n";
+    const std::string parted("\0\xFF", 2);
+    Seed("program_list_fuzzer", "whole", list + parted + file);
+    Seed("program_list_fuzzer", "huge",
+         "KVB5.0 EFFECT PROGRAM LIST\n2147483647\nHall" + parted + "0\t\t 1\t-5");
+    Seed("program_list_fuzzer", "long",
+         list + std::string(200, 'x') + parted + file + std::string(600, '\t'));
+}
+
+void Sounds() {
+    const std::string common =
+        Chunk("COMM", std::string("\0\2\0\0\0\4\0\x10\x40\x0E\xAC\x44\0\0\0\0\0\0", 18));
+    const std::string sound = Chunk("SSND", std::string(8, '\0') + "0123456789abcdef");
+    const std::string user = Chunk("WVL4", Chunk("KEY ", "value"));
+    const std::string pad(1, '\0');
+    Seed("user_chunk_fuzzer", "plain", "\x11" + Form(common + sound));
+    Seed("user_chunk_fuzzer", "user", "\x05" + Form(common + sound + user) + "stale bytes");
+    Seed("user_chunk_fuzzer", "between",
+         "\x15" + Form(common + sound + user + pad + Chunk("NAME", "n") + pad));
+    Seed("user_chunk_fuzzer", "odd",
+         "\x40" + Form(common + Chunk("ANNO", "odd") + sound + Chunk("(c) ", "x")));
+    Seed("user_chunk_fuzzer", "padded",
+         "\x41" + Form(Chunk("MARK", "odd") + pad + common + sound + Chunk("ID3 ", "tags")));
+    Seed("user_chunk_fuzzer", "unfinished",
+         "\x02"
+         "FORM" +
+             Big32(46) + "AIFF" + Chunk("COMM", std::string(18, '\0')) + "SSND" + Big32(8) +
+             std::string(40, '\1'));
+    Seed("user_chunk_fuzzer", "wrapped",
+         "\x09" + std::string(Form(common + sound)).replace(42, 4, Big32(0xFFFFFFF0u)));
+}
+
+} // namespace
+
+int main(int argumentCount, char** arguments) {
+    if (argumentCount != 2) return 2;
+    folder = arguments[1];
+    Banks();
+    Lists();
+    Sounds();
+    Seed("settings_fuzzer", "whole", "# mine\nroot=r\n[S]\na=1\nb:=%00%FF\nno value\n[T]\r\n[S]\nc=%zz");
+    return 0;
+}

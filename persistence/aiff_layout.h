@@ -1,0 +1,94 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "base/big_endian.h"
+#include "base/file.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace vocafade {
+
+inline constexpr std::uint32_t kFormChunk = FourCharacterCode("FORM");
+inline constexpr std::uint32_t kAiffForm = FourCharacterCode("AIFF");
+inline constexpr std::uint32_t kAiffCompressedForm = FourCharacterCode("AIFC");
+inline constexpr std::uint32_t kCommonChunk = FourCharacterCode("COMM");
+inline constexpr std::uint32_t kSoundChunk = FourCharacterCode("SSND");
+inline constexpr std::uint32_t kUserChunk = FourCharacterCode("WVL4");
+inline constexpr std::uint32_t kId3Chunk = FourCharacterCode("ID3 ");
+/// Space that means nothing, as other programs mark it too.
+inline constexpr std::uint32_t kFillerChunk = FourCharacterCode("FLLR");
+
+inline constexpr std::int64_t kFormHeaderSize = 12;
+inline constexpr std::int64_t kChunkHeaderSize = 8;
+inline constexpr std::uint32_t kCommonSize = 18;
+
+/// One chunk of an AIFF file, as it lies in the file; positions in bytes from the start of the file.
+struct AiffChunk {
+    std::uint32_t id = 0;
+    std::int64_t position = 0;      ///< of the 8-byte chunk header
+    std::uint32_t declaredSize = 0; ///< what the header says
+    std::int64_t size = 0;          ///< bytes behind the header that are really there
+
+    std::int64_t dataPosition() const { return position + kChunkHeaderSize; }
+    std::int64_t end() const { return dataPosition() + size; }
+};
+
+/// The part of the COMM chunk that sizes depend on.
+struct AiffCommon {
+    std::uint16_t channels = 0;
+    std::uint32_t frames = 0; ///< sample frames
+    std::uint16_t bits = 0;   ///< of one sample point
+};
+
+/// The map of an AIFF file, with nothing in it that lies outside the file, whatever its sizes say.
+struct AiffLayout {
+    enum class Form {
+        none,       ///< not an AIFF file
+        plain,      ///< "AIFF"
+        compressed, ///< "AIFC"
+    };
+    /// What the walk met behind the last whole chunk.
+    enum class Tail {
+        clean,         ///< the end of the file or of the form
+        damagedCommon, ///< a COMM chunk that is not 18 bytes long ended the walk
+        cutChunk,      ///< the last chunk says that it is longer than the file
+        strangeBytes,  ///< bytes that are no chunk
+        tooManyChunks, ///< more chunks than any sane file has
+    };
+
+    Form form = Form::none;
+    Tail tail = Tail::clean;
+    std::vector<AiffChunk> chunks;
+    std::int64_t end = 0;                          ///< where a further chunk goes
+    const AiffChunk* Find(std::uint32_t id) const; ///< the first chunk with that ID, or null
+
+    bool hasCommon = false; ///< `common` was read
+    AiffCommon common;
+    bool hasSound = false; ///< the four fields below were read
+    AiffChunk sound;
+    std::uint32_t soundOffset = 0;  ///< bytes between the SSND header and the first sample
+    std::int64_t soundPosition = 0; ///< of the first sound byte
+    std::int64_t soundSize = 0;     ///< sound bytes that are really there
+    bool soundSizeDeclared = false; ///< the header's size, modulo 4 GiB, is the real one
+};
+
+/// [main-thread] Walks the chunks of `file`. Three kinds of file are met in practice, and all are read:
+///
+/// - those of our own family put a chunk directly behind an odd-sized one, those of everybody else put a zero
+///   byte between. A zero cannot begin an ID, so it is skipped; other bytes are taken as the ID when they
+///   make a chunk that fits into the file, and else the same is tried one byte further.
+/// - sizes of sounds above 4 GiB have wrapped, and those of a recording that was never finished are zero.
+/// Where
+///   frame count and sound size agree, modulo 4 GiB, they are believed. Otherwise the sound's end is the
+///   first place, in steps of 4 GiB from what the header says, from which whole chunks lead exactly to the
+///   end of the form or file; failing that, one that looks like a chunk; failing that, the end of the file.
+/// - a user chunk that was replaced by a shorter one, or taken away, leaves bytes behind the end of the form.
+/// They
+///   are no chunks. But a form size that would leave out the sound, or what others appended, is not believed.
+AiffLayout ReadAiffLayout(CFile& file);
+
+/// [main-thread] Reads exactly `count` bytes at `position`; false when they are not all there.
+bool ReadAt(CFile& file, std::int64_t position, void* buffer, std::size_t count);
+
+} // namespace vocafade

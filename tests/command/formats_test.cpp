@@ -1,0 +1,184 @@
+// SPDX-License-Identifier: MIT
+// The subcommands for older formats, user chunks, settings and formants, run as a user runs them.
+#include "tests/command/command_fixture.h"
+#include "tests/support/temp_folder.h"
+
+#include <cmath>
+#include <numbers>
+#include <sstream>
+
+namespace vocafade::command {
+namespace {
+
+using test::WriteFile;
+
+class FormatsCommand : public CommandTest {
+  protected:
+    void Text(const std::string& name, const std::string& text) { WriteFile(At(name).string(), text); }
+};
+
+const std::string kList = "KVB5.0 EFFECT PROGRAM LIST\r\n";
+const std::string kFile = "KVB5.0 EFFECT PRG FILE\r\n";
+
+TEST_F(FormatsCommand, AListBecomesABankThatTheCommandItselfOpens) {
+    std::filesystem::create_directory(At("old"));
+    Text("old/PROGRAM.LST", kList + "2\r\nHall\r\nRoom\r\n");
+    Text("old/HALL.PGM", kFile + "0\t" + std::to_string(1000 * 65536) + "\t0\t0\r\n");
+    Text("old/Room.PGM", kFile + "0\t\t\t\r\n");
+    const RunResult run = Run({"convert", "old/PROGRAM.LST", "-o", "new.fxb"});
+    EXPECT_EQ(run.exitCode, 0) << run.err;
+    EXPECT_EQ(run.out, "new.fxb: 2 programs\n");
+    const std::string bank = Content(At("new.fxb"));
+    ASSERT_EQ(bank.size(), 3488u);
+    EXPECT_EQ(bank.substr(0, 12), std::string("CcnK\0\0\x0D\x98"
+                                              "FBCh",
+                                              12))
+        << "with the number of bytes that follow";
+    const RunResult programs = Run({"--list-programs", "--bank", "new.fxb"});
+    EXPECT_NE(programs.out.find("Hall"), std::string::npos) << programs.out << programs.err;
+    EXPECT_NE(programs.out.find("Room"), std::string::npos);
+    const RunResult parameters = Run({"--list-parameters", "--bank", "new.fxb", "--program", "1"});
+    EXPECT_NE(parameters.out.find("1000.0"), std::string::npos) << parameters.out << parameters.err;
+}
+
+TEST_F(FormatsCommand, WhatCannotBeConvertedIsSaid) {
+    Text("PROGRAM.LST", kList + "70\nHall\nA name that is longer than its place\n");
+    const RunResult lossy = Run({"convert", "PROGRAM.LST", "-o", "new.fxb"});
+    EXPECT_EQ(lossy.exitCode, 1);
+    for (const char* part : {"70 programs", "ends early", "is cut to 23 bytes", "Hall.PGM has no program"})
+        EXPECT_NE(lossy.err.find(part), std::string::npos) << part << "\n" << lossy.err;
+    EXPECT_TRUE(Exists("new.fxb"));
+    Text("not.LST", "something else\n");
+    EXPECT_EQ(Run({"convert", "not.LST", "-o", "none.fxb"}).exitCode, 1);
+    EXPECT_EQ(Run({"convert", "missing.LST", "-o", "none.fxb"}).exitCode, 1);
+    EXPECT_EQ(Run({"convert", "not.LST"}).exitCode, 2);
+    EXPECT_FALSE(Exists("none.fxb"));
+}
+
+TEST_F(FormatsCommand, UserChunksGoInAndOutOfASong) {
+    const std::string song = Write("song.aiff", SF_FORMAT_AIFF | SF_FORMAT_PCM_24, Noise(1001));
+    const Song before = Read(song);
+    const std::string value("any\0bytes\xFF\n", 11);
+    Text("value", value);
+    Text("other", "other");
+    EXPECT_EQ(Run({"chunks", song, "--put", "KEY=value", "--put", "0x00000001=other"}).exitCode, 0);
+    EXPECT_EQ(Read(song).samples, before.samples);
+    EXPECT_EQ(Run({"chunks", song, "--get", "KEY"}).out, value);
+    EXPECT_EQ(Run({"chunks", song, "--get", "0x00000001", "-o", "back"}).exitCode, 0);
+    EXPECT_EQ(Content(At("back")), "other");
+    const RunResult list = Run({"chunks", song});
+    EXPECT_EQ(list.exitCode, 0);
+    for (const char* part : {"SSND", "24 bit, 1001 frames", "WVL4", "KEY", "0x00000001"})
+        EXPECT_NE(list.out.find(part), std::string::npos) << part << "\n" << list.out;
+    EXPECT_EQ(Run({"chunks", song, "--put", "KEY=other"}).exitCode, 0);
+    EXPECT_EQ(Run({"chunks", song, "--get", "KEY "}).out, "other");
+    EXPECT_EQ(Run({"chunks", song, "--remove", "KEY"}).exitCode, 0);
+    EXPECT_EQ(Run({"chunks", song, "--get", "KEY"}).exitCode, 1);
+    EXPECT_EQ(Run({"chunks", song, "--get", "0x00000001"}).out, "other");
+    EXPECT_EQ(Read(song).samples, before.samples);
+}
+
+TEST_F(FormatsCommand, ChunkCommandsThatMakeNoSenseChangeNothing) {
+    const std::string song = Write("song.aiff", SF_FORMAT_AIFF | SF_FORMAT_PCM_16, Noise(100));
+    const std::string compressed = Write("float.aiff", SF_FORMAT_AIFF | SF_FORMAT_FLOAT, Noise(100));
+    const std::string wave = Write("song.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, Noise(100));
+    Text("value", "value");
+    Text("cut.aiff", Content(At(song)) + "NAME\xFF\xFF\xFF\xFF");
+    for (const std::string& name : {song, compressed, wave, std::string("cut.aiff")}) {
+        const std::string bytes = Content(At(name));
+        EXPECT_EQ(Run({"chunks", name, "--put", "toolong=value"}).exitCode, name == wave         ? 1
+                                                                            : name == compressed ? 1
+                                                                                                 : 2);
+        EXPECT_EQ(Run({"chunks", name, "--put", "KEY=missing"}).exitCode, 1);
+        EXPECT_EQ(Run({"chunks", name, "--remove", "KEY"}).exitCode, 1);
+        if (name != song) {
+            EXPECT_EQ(Run({"chunks", name, "--put", "KEY=value"}).exitCode, 1) << name;
+        }
+        EXPECT_EQ(Content(At(name)), bytes);
+    }
+    EXPECT_EQ(Run({"chunks", "missing.aiff"}).exitCode, 1);
+    EXPECT_EQ(Run({"chunks"}).exitCode, 2);
+    EXPECT_EQ(Run({"chunks", song, "-o", "x"}).exitCode, 2);
+    EXPECT_EQ(Run({"chunks", "cut.aiff"}).exitCode, 1);
+}
+
+/// A vowel in the middle: pulses through resonances at 700, 1300 and 2600 Hz; faint noise at the sides.
+std::vector<float> Vowel(int rate, int frames) {
+    std::vector<double> sound(static_cast<std::size_t>(frames));
+    for (int i = 0; i < frames; i += rate / 110)
+        sound[static_cast<std::size_t>(i)] = 1.0;
+    for (const double hz : {700.0, 1300.0, 2600.0}) {
+        const double radius = std::exp(-std::numbers::pi * 90.0 / rate);
+        const double first = 2.0 * radius * std::cos(2.0 * std::numbers::pi * hz / rate);
+        double last = 0.0, older = 0.0;
+        for (double& sample : sound) {
+            const double now = sample + first * last - radius * radius * older;
+            older = last;
+            sample = last = now;
+        }
+    }
+    double peak = 0.0;
+    for (const double sample : sound)
+        peak = std::max(peak, std::abs(sample));
+    std::vector<float> stereo = Noise(frames, 1e-4F);
+    for (int i = 0; i < 2 * frames; ++i)
+        stereo[static_cast<std::size_t>(i)] +=
+            static_cast<float>(sound[static_cast<std::size_t>(i / 2)] / peak * 0.5);
+    return stereo;
+}
+
+TEST_F(FormatsCommand, TheFormantsOfAVowelAreFoundAndDrawn) {
+    for (const int rate : {44100, 96000}) {
+        const std::string song =
+            Write("vowel.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_24, Vowel(rate, rate), rate);
+        const RunResult run = Run({"formants", song, "--at", "0.5", "--plot", "vowel.png"});
+        ASSERT_EQ(run.exitCode, 0) << run.err;
+        std::istringstream lines(run.out);
+        std::string line;
+        std::getline(lines, line);
+        std::getline(lines, line);
+        for (const double expected : {700.0, 1300.0, 2600.0}) {
+            std::getline(lines, line);
+            int number = 0;
+            double hz = 0.0;
+            std::istringstream(line) >> number >> hz;
+            EXPECT_NEAR(hz, expected, 0.06 * expected) << run.out;
+        }
+        EXPECT_NE(run.out.find("try --lofreq"), std::string::npos) << run.out;
+        const std::string picture = Content(At("vowel.png"));
+        EXPECT_EQ(picture.substr(0, 24), std::string("\x89PNG\r\n\x1A\n\0\0\0\rIHDR\0\0\5\0\0\0\2\xD0", 24));
+        EXPECT_GT(picture.size(), 20000u);
+    }
+}
+
+TEST_F(FormatsCommand, FormantsTakeAnySoundAndRefuseNonsense) {
+    const std::string mono = Write("mono.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, Noise(4000), 8000, 1);
+    const RunResult run = Run({"formants", mono});
+    EXPECT_EQ(run.exitCode, 0) << run.err;
+    EXPECT_NE(run.out.find("Left and right are the same"), std::string::npos);
+    const std::string silent = WriteSilence("silence.wav", 1);
+    EXPECT_EQ(Run({"formants", silent, "--plot", "silence.png"}).exitCode, 0);
+    EXPECT_EQ(Run({"formants", mono, "--at", "9"}).exitCode, 1);
+    EXPECT_EQ(Run({"formants", mono, "--at", "-1"}).exitCode, 2);
+    EXPECT_EQ(Run({"formants", mono, "--at", "nan"}).exitCode, 2);
+    EXPECT_EQ(Run({"formants", mono, "--order", "0"}).exitCode, 2);
+    EXPECT_EQ(Run({"formants", mono, "--order", "100000"}).exitCode, 2);
+    EXPECT_EQ(Run({"formants", mono, "--plot", "missing/x.png"}).exitCode, 1);
+    Text("text.wav", "no sound");
+    EXPECT_EQ(Run({"formants", "text.wav"}).exitCode, 1);
+}
+
+TEST_F(FormatsCommand, SettingsAreShownAndChanged) {
+    EXPECT_EQ(Run({"settings", "--app", "../host", "Window", "title", "two words"}).exitCode, 0);
+    EXPECT_EQ(Run({"settings", "--app", "../host", "Window", "title"}).out, "two words\n");
+    EXPECT_EQ(Run({"settings", "--app", "../host"}).out, "[Window]\ntitle = two words\n");
+    const std::string path = Run({"settings", "--app", "../host", "--path"}).out;
+    EXPECT_TRUE(path.starts_with(preferences_.string() + "/vocafade/settings/")) << path;
+    EXPECT_EQ(Content(path.substr(0, path.size() - 1)), "[Window]\ntitle=two words\n");
+    EXPECT_EQ(Run({"settings", "--app", "../host", "Window", "--remove"}).exitCode, 0);
+    EXPECT_EQ(Run({"settings", "--app", "../host", "Window"}).exitCode, 1);
+    EXPECT_EQ(Run({"settings", "Window"}).exitCode, 2);
+}
+
+} // namespace
+} // namespace vocafade::command

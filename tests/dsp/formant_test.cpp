@@ -1,0 +1,115 @@
+// SPDX-License-Identifier: MIT
+// The formant analyser: what the envelope is, and the edges that callers rely on.
+#include "dsp/formant_analyzer.h"
+
+#include <algorithm>
+#include <cmath>
+#include <gtest/gtest.h>
+#include <numbers>
+#include <vector>
+
+namespace vocafade {
+namespace {
+
+constexpr int kPoints = 256;
+constexpr double kPi = std::numbers::pi;
+
+/// A smooth hill of e^(depth cos) times a fine comb, as harmonics under formants look.
+std::vector<float> Spectrum(double depth, double comb, int period) {
+    std::vector<float> spectrum(kPoints);
+    for (int k = 0; k < kPoints; ++k) {
+        const double angle = 2 * kPi * k / kPoints;
+        spectrum[static_cast<std::size_t>(k)] =
+            static_cast<float>(std::exp(depth * std::cos(2 * angle) + comb * std::cos(period * angle)));
+    }
+    return spectrum;
+}
+
+TEST(Formants, TheCombGoesAndTheHillStays) {
+    CFormantAnalyzer analyzer;
+    analyzer.Init(kPoints);
+    std::vector<float> envelope(kPoints);
+    analyzer.GetFormant(Spectrum(1.5, 0.8, 40).data(), envelope.data(), 8);
+    for (int k = 0; k < kPoints; ++k) {
+        const double hill = std::pow(2.718280076980591, 1.5 * std::cos(4 * kPi * k / kPoints));
+        EXPECT_NEAR(envelope[static_cast<std::size_t>(k)], hill, hill * 1e-5) << k;
+    }
+}
+
+TEST(Formants, OrderAndZerosHaveTheirMeaning) {
+    CFormantAnalyzer analyzer;
+    analyzer.Init(kPoints);
+    std::vector<float> envelope(kPoints);
+    analyzer.GetFormant(Spectrum(1, 1, 7).data(), envelope.data(), 0);
+    EXPECT_TRUE(std::all_of(envelope.begin(), envelope.end(), [](float value) { return value == 1.0f; }));
+    // All coefficients: the spectrum itself, but for the base; a zero counts as one.
+    std::vector<float> spectrum = Spectrum(1, 1, 7);
+    spectrum[5] = 0.0f;
+    for (const int order : {kPoints, kPoints + 100}) {
+        analyzer.Init(kPoints);
+        analyzer.GetFormant(spectrum.data(), envelope.data(), order);
+        EXPECT_NEAR(envelope[5], 1.0f, 1e-5);
+        EXPECT_NEAR(envelope[6], spectrum[6], spectrum[6] * 1e-5);
+    }
+    analyzer.GetFormant(spectrum.data(), envelope.data(), -1);
+    CFormantAnalyzer unprepared;
+    unprepared.GetFormant(spectrum.data(), envelope.data(), 4); // touches nothing
+}
+
+TEST(Formants, ALaterCallStillHoldsTheOneBefore) {
+    CFormantAnalyzer analyzer;
+    analyzer.Init(kPoints);
+    std::vector<float> first(kPoints), second(kPoints), fresh(kPoints);
+    const std::vector<float> spectrum = Spectrum(1, 0, 1);
+    analyzer.GetFormant(spectrum.data(), first.data(), 8);
+    analyzer.GetFormant(spectrum.data(), second.data(), 8);
+    // The middle of the cepstrum holds the first call's log envelope; its inverse transform is added.
+    std::vector<double> expected(kPoints);
+    for (int k = 0; k < kPoints; ++k) {
+        double added = 0;
+        for (int q = 8; q < kPoints - 8; ++q) {
+            const double left = std::cos(4 * kPi * q / kPoints); // what the first call left at q
+            added += left * std::cos(2 * kPi * q * k / kPoints) / kPoints;
+        }
+        expected[static_cast<std::size_t>(k)] =
+            std::pow(2.718280076980591, std::cos(4 * kPi * k / kPoints) + added);
+    }
+    double difference = 0;
+    for (std::size_t k = 0; k < kPoints; ++k) {
+        EXPECT_NEAR(second[k], expected[k], 1e-4) << k;
+        difference = std::max(difference, std::abs(double{second[k]} - double{first[k]}));
+    }
+    EXPECT_GT(difference, 0.1);
+    analyzer.Init(kPoints);
+    analyzer.GetFormant(spectrum.data(), fresh.data(), 8);
+    EXPECT_EQ(fresh, first);
+}
+
+TEST(Formants, PeaksAreJoinedByLinesAndCurvesScaled) {
+    CFormantAnalyzer analyzer;
+    analyzer.Init(8);
+    const float envelope[9] = {1, 2, 5, 3, 3, 4, 9, 2, 8}; // the last one is behind the end
+    float out[8] = {-1, -1, -1, -1, -1, -1, -1, -1};
+    EXPECT_EQ(analyzer.GetTrueFormant(envelope, out), 9.0f);
+    const float joined[8] = {1, 3, 5, 6, 7, 8, -1, -1};
+    EXPECT_TRUE(std::equal(out, out + 8, joined));
+    const float rising[9] = {1, 2, 3, 4, 5, 6, 7, 8, 7};
+    EXPECT_EQ(analyzer.GetTrueFormant(rising, out), 8.0f)
+        << "the element behind the end makes the last one a peak";
+    const float monotonic[9] = {1, 2, 3, 4, 5, 6, 7, 8, 9};
+    float untouched[8] = {};
+    EXPECT_EQ(analyzer.GetTrueFormant(monotonic, untouched), 1.0f);
+    EXPECT_TRUE(std::all_of(untouched, untouched + 8, [](float value) { return value == 0.0f; }));
+
+    float curve[8] = {-4, 0, 1, 2, 3, 4, 1, 0};
+    analyzer.Normalize(curve);
+    EXPECT_EQ(curve[5], 10.0f);
+    EXPECT_EQ(curve[3], 5.0f);
+    EXPECT_EQ(curve[0], -10.0f);
+    float flat[8] = {};
+    analyzer.Normalize(flat);
+    EXPECT_TRUE(std::isnan(flat[0]));
+}
+
+} // namespace
+} // namespace vocafade

@@ -1,0 +1,445 @@
+// SPDX-License-Identifier: MIT
+// User chunks in AIFF files: those of our own family, those of other programs, and damaged ones.
+#include "persistence/async_file_io.h"
+#include "persistence/large_sound.h"
+#include "persistence/user_chunk.h"
+#include "tests/support/temp_folder.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <limits>
+#include <random>
+#include <sndfile.h>
+#include <string>
+#include <vector>
+
+namespace vocafade {
+namespace {
+
+using test::ReadFile;
+using test::TempFolder;
+using test::WriteFile;
+using Result = UserChunkResult;
+
+std::string Big32(std::uint32_t value) {
+    std::string bytes(4, '\0');
+    StoreBigEndian32(reinterpret_cast<unsigned char*>(bytes.data()), value);
+    return bytes;
+}
+
+std::string Chunk(const std::string& id, const std::string& data) {
+    return id + Big32(static_cast<std::uint32_t>(data.size())) + data;
+}
+
+std::string Common(std::uint32_t frames, std::uint16_t bits = 16) {
+    return Chunk("COMM", std::string("\0\2", 2) + Big32(frames) + Big32(bits).substr(2) +
+                             std::string("\x40\x0E\xAC\x44\0\0\0\0\0\0", 10));
+}
+
+std::string Sound(const std::string& samples) { return Chunk("SSND", std::string(8, '\0') + samples); }
+
+std::string Form(const std::string& chunks) {
+    return "FORM" + Big32(static_cast<std::uint32_t>(chunks.size() + 4)) + "AIFF" + chunks;
+}
+
+std::string Noise(std::size_t size, unsigned seed = 1) {
+    std::mt19937 random(seed);
+    std::string bytes(size, '\0');
+    for (char& byte : bytes) {
+        byte = static_cast<char>(random());
+    }
+    return bytes;
+}
+
+KVBFILECHUNKINFO Sub(const char (&id)[5], const std::string& data) {
+    return {FourCharacterCode(id), static_cast<std::uint32_t>(data.size()),
+            reinterpret_cast<const unsigned char*>(data.data())};
+}
+
+Result Put(const std::string& path, const std::vector<KVBFILECHUNKINFO>& first,
+           const std::vector<KVBFILECHUNKINFO>& second = {}) {
+    return PutUserChunk(path.c_str(), first, second);
+}
+
+std::string Payload(const std::string& path) {
+    CAsyncFileIO file;
+    int none = 0;
+    if (file.Open(path.c_str(), CAsyncFileIO::read) != 0) return "cannot open";
+    std::string payload(static_cast<std::size_t>(file.ReadUserChunk(nullptr, 0, nullptr, none)), '\0');
+    file.ReadUserChunk(reinterpret_cast<unsigned char*>(payload.data()), static_cast<int>(payload.size()),
+                       nullptr, none);
+    return payload;
+}
+
+AiffLayout LayoutOf(const std::string& path) {
+    CFile file;
+    file.Open(path.c_str(), CFile::modeRead);
+    return ReadAiffLayout(file);
+}
+
+std::string Ids(const std::string& path) {
+    std::string ids;
+    for (const AiffChunk& chunk : LayoutOf(path).chunks) {
+        ids += (ids.empty() ? "" : " ") + Big32(chunk.id);
+    }
+    return ids;
+}
+
+TEST(UserChunk, TheFamilysFileGetsChunkSizesAndFramesByteForByte) {
+    TempFolder folder;
+    const std::string path = folder / "song.aif";
+    const std::string samples = Noise(400);
+    // As a recorder leaves it that never filled in its sizes.
+    WriteFile(path,
+              "FORM" + Big32(46) + "AIFF" + Common(0) + "SSND" + Big32(8) + std::string(8, '\0') + samples);
+    const std::string a = "abc", empty, b = "hello";
+    KVBFILECHUNKINFO first[] = {Sub("one ", a), Sub("two ", empty)};
+    KVBFILECHUNKINFO second[] = {Sub("tri ", b)};
+    EXPECT_TRUE(WriteUserChunk(("file://" + path).c_str(), first, 2, second, 1));
+
+    const std::string payload = Chunk("one ", a) + Chunk("two ", "") + Chunk("tri ", b);
+    EXPECT_EQ(ReadFile(path), Form(Common(100) + Sound(samples) + Chunk("WVL4", payload)));
+    EXPECT_EQ(Payload(path), payload);
+
+    // Shorter: the rest of the old one stays where it was, outside the form, and is not taken for chunks.
+    EXPECT_TRUE(WriteUserChunk(path.c_str(), first, 2, nullptr, 0));
+    const std::string shorter =
+        Form(Common(100) + Sound(samples) + Chunk("WVL4", Chunk("one ", a) + Chunk("two ", "")));
+    EXPECT_EQ(ReadFile(path), shorter + Chunk("tri ", b));
+    EXPECT_EQ(Payload(path), Chunk("one ", a) + Chunk("two ", ""));
+
+    // None: the form ends behind the sound.
+    EXPECT_TRUE(WriteUserChunk(path.c_str(), nullptr, 0, nullptr, 0));
+    EXPECT_EQ(ReadFile(path).substr(0, 454), Form(Common(100) + Sound(samples)));
+    EXPECT_EQ(Payload(path), "");
+    EXPECT_TRUE(WriteUserChunk(path.c_str(), first, 1, nullptr, -3));
+    EXPECT_EQ(Payload(path), Chunk("one ", a));
+    EXPECT_FALSE(WriteUserChunk((folder / "missing.aif").c_str(), first, 1, nullptr, 0));
+}
+
+TEST(UserChunk, OddSizesAreFollowedWithAndWithoutPadByte) {
+    TempFolder folder;
+    const std::string path = folder / "song.aif";
+    const std::string samples = Noise(4000), value = "value";
+    const std::string odd = Chunk("ANNO", "odd"), pad(1, '\0');
+    for (const std::string& gap : {std::string(), pad}) {
+        WriteFile(path, Form(Common(1000) + odd + gap + Sound(samples) + Chunk("(c) ", "x") + gap));
+        ASSERT_EQ(Put(path, {Sub("KEY ", value)}), Result::done);
+        EXPECT_EQ(ReadFile(path), Form(Common(1000) + odd + gap + Sound(samples) + Chunk("(c) ", "x") + gap +
+                                       Chunk("WVL4", Chunk("KEY ", value))));
+        EXPECT_EQ(Ids(path), "COMM ANNO SSND (c)  WVL4");
+    }
+    // A pad byte that is not zero, as careless programs write it.
+    WriteFile(path, Form(Common(1000) + odd + "\x7F" + Sound(samples)));
+    EXPECT_EQ(Ids(path), "COMM ANNO SSND");
+}
+
+TEST(UserChunk, ChunksBehindTheUserChunkSurviveEveryPut) {
+    TempFolder folder;
+    const std::string path = folder / "song.aif";
+    const std::string samples = Noise(4000), tail = Chunk("NAME", "song") + Chunk("ID3 ", "tags");
+    const std::string head = Common(1000) + Sound(samples);
+    const std::string old = Chunk("WVL4", Chunk("KEY ", Noise(32)));
+    const std::string sizes[] = {Noise(32, 2), Noise(15, 3), Noise(31, 4), Noise(25, 5), Noise(500, 6), ""};
+    for (const std::string& data : sizes) {
+        WriteFile(path, Form(head + old + tail));
+        ASSERT_EQ(Put(path, {Sub("KEY ", data)}), Result::done) << data.size();
+        EXPECT_EQ(Payload(path), Chunk("KEY ", data)) << data.size();
+        const AiffLayout layout = LayoutOf(path);
+        ASSERT_NE(layout.Find(FourCharacterCode("NAME")), nullptr) << data.size();
+        const std::string file = ReadFile(path);
+        EXPECT_EQ(file.substr(12, head.size()), head);
+        // Other programs step from even place to even place.
+        for (const AiffChunk& chunk : layout.chunks) {
+            EXPECT_EQ(chunk.position % 2, 0) << data.size();
+        }
+        const auto name = static_cast<std::size_t>(layout.Find(FourCharacterCode("NAME"))->position);
+        EXPECT_EQ(file.substr(name, tail.size()), tail);
+        EXPECT_EQ(Put(path, {}), Result::done);
+        EXPECT_EQ(Payload(path), "");
+        EXPECT_NE(Ids(path).find("NAME ID3 "), std::string::npos);
+    }
+}
+
+TEST(UserChunk, ReadingGivesPartsAndCarriesTheId3LengthOneWay) {
+    TempFolder folder;
+    const std::string path = folder / "song.aif";
+    WriteFile(path, Form(Common(1) + Chunk("ID3 ", "first") + Sound("abcd") + Chunk("WVL4", "0123456789") +
+                         Chunk("ID3 ", "second")));
+    CAsyncFileIO2 file;
+    ASSERT_EQ(file.Open(path.c_str(), CAsyncFileIO::read), 0);
+    unsigned char buf[16] = {}, id3[64] = {};
+    int id3Len = 4;
+    EXPECT_EQ(file.ReadUserChunk(buf, 4, id3, id3Len), 4);
+    EXPECT_EQ(std::string(reinterpret_cast<char*>(buf)), "0123");
+    EXPECT_EQ(std::string(reinterpret_cast<char*>(id3)), "seco"); // the last chunk of that kind counts
+    EXPECT_EQ(id3Len, 4);
+    id3Len = 64;
+    EXPECT_EQ(file.ReadUserChunk(nullptr, 0, id3, id3Len), 10);
+    EXPECT_EQ(id3[4], 0); // the payload counts as four bytes long since the first call
+    EXPECT_EQ(file.ReadUserChunk(nullptr, 0, nullptr, id3Len), 10); // and now as 64, although there are six
+    EXPECT_EQ(file.ReadUserChunk(nullptr, 0, id3, id3Len), 10);
+    EXPECT_EQ(std::string(reinterpret_cast<char*>(id3)), "second");
+    char sound[8] = {};
+    EXPECT_EQ(file.Read(sound, 8), 4);
+    EXPECT_STREQ(sound, "abcd");
+}
+
+TEST(UserChunk, ASoundIsRecordedReadAndGrownInPlace) {
+    TempFolder folder;
+    const std::string path = folder / "new.aif";
+    const std::string samples = Noise(1000);
+    CAsyncFileIO file;
+    ASSERT_EQ(file.Open(path.c_str(), CAsyncFileIO::create), 0);
+    EXPECT_EQ(file.WriteAsync(samples.data(), 600), 600);
+    file.Close();
+    EXPECT_EQ(ReadFile(path), Form(Common(150) + Sound(samples.substr(0, 600))));
+    ASSERT_EQ(file.Open(path.c_str(), CAsyncFileIO::readWrite), 0);
+    EXPECT_EQ(file.Seek64(2, 0), 0);
+    EXPECT_EQ(file.Seek(1, 1), -1);
+    EXPECT_EQ(file.Write(samples.data() + 600, 400), 400);
+    EXPECT_EQ(file.GetLength(), 1000);
+    file.Close();
+    const std::string whole = Form(Common(250) + Sound(samples));
+    EXPECT_EQ(ReadFile(path), whole);
+    // With a chunk behind it the sound can be changed but not grown.
+    const std::string value = "v";
+    ASSERT_EQ(Put(path, {Sub("KEY ", value)}), Result::done);
+    ASSERT_EQ(file.Open(path.c_str(), CAsyncFileIO::readWrite), 0);
+    EXPECT_EQ(file.Seek(2, -4), 0);
+    EXPECT_EQ(file.Write("wxyzabcd", 8), 4);
+    file.Close();
+    EXPECT_EQ(ReadFile(path).substr(50 + 1000, 4), "wxyz");
+    EXPECT_EQ(Payload(path), Chunk("KEY ", value));
+    ASSERT_EQ(file.Open(path.c_str(), CAsyncFileIO::read), 0);
+    EXPECT_EQ(file.Write("no", 2), 0);
+    EXPECT_EQ(file.Open((folder / "none.aif").c_str(), CAsyncFileIO::read), -1);
+}
+
+TEST(UserChunk, DamagedFilesAreLeftAsTheyAre) {
+    TempFolder folder;
+    const std::string path = folder / "damaged.aif";
+    const std::string value = "value", samples = Noise(64);
+    const struct {
+        std::string bytes;
+        Result result;
+    } cases[] = {
+        {"", Result::notAiff},
+        {"FORM", Result::notAiff},
+        {"RIFF" + Big32(4) + "WAVE", Result::notAiff},
+        {"FORM" + Big32(4) + "AIFC", Result::notAiff},
+        {Form(Chunk("COMM", std::string(17, '\0')) + Sound(samples)), Result::damaged},
+        {Form(Common(16) + Sound(samples) + "NAME" + Big32(0xFFFFFFFF) + "x"), Result::damaged},
+        {Form(Common(16) + Sound(samples) + "\x01\x02\x03"), Result::damaged},
+    };
+    for (const auto& entry : cases) {
+        WriteFile(path, entry.bytes);
+        EXPECT_EQ(Put(path, {Sub("KEY ", value)}), entry.result) << entry.bytes;
+        EXPECT_EQ(ReadFile(path), entry.bytes);
+        EXPECT_TRUE(entry.result != Result::notAiff || Payload(path) == "cannot open");
+    }
+    KVBFILECHUNKINFO nothing{1, 5, nullptr};
+    WriteFile(path, Form(Common(16) + Sound(samples)));
+    EXPECT_EQ(Put(path, {nothing}), Result::tooLarge);
+    const KVBFILECHUNKINFO large{1, 0x80000000u, reinterpret_cast<const unsigned char*>(samples.data())};
+    EXPECT_EQ(Put(path, {large, large}), Result::tooLarge); // refused before a byte of it is looked at
+    EXPECT_EQ(ReadFile(path), Form(Common(16) + Sound(samples)));
+
+    // A sound that is cut short, or whose form size is nonsense, still takes a chunk, and all of it stays.
+    for (const std::string& bytes : {Form(Common(1000) + Sound(samples)).replace(42, 4, Big32(4008)),
+                                     "FORM" + Big32(30) + "AIFF" + Common(16) + Sound(samples),
+                                     "FORM" + Big32(0xFFFFFFFF) + "AIFF" + Common(0) + "SSND" +
+                                         Big32(0xFFFFFFFF) + std::string(8, '\0') + samples}) {
+        WriteFile(path, bytes);
+        ASSERT_EQ(Put(path, {Sub("KEY ", value)}), Result::done);
+        EXPECT_EQ(ReadFile(path), Form(Common(16) + Sound(samples) + Chunk("WVL4", Chunk("KEY ", value))));
+    }
+    // A chunk that another program appended without telling the form.
+    WriteFile(path, Form(Common(16) + Sound(samples)) + Chunk("ID3 ", "tags"));
+    ASSERT_EQ(Put(path, {Sub("KEY ", value)}), Result::done);
+    EXPECT_EQ(Ids(path), "COMM SSND ID3  WVL4");
+}
+
+TEST(UserChunk, AnEarlyUserChunkAndAFileWithoutSoundAreHandledToo) {
+    TempFolder folder;
+    const std::string path = folder / "early.aif";
+    const std::string samples = Noise(64), value = "value", longer(100, 'l');
+    // A form that ends behind the user chunk, with the sound outside it, is not believed.
+    const std::string inForm = Form(Common(16) + Chunk("WVL4", Chunk("KEY ", "1234")));
+    WriteFile(path, inForm + Sound(samples));
+    for (const std::string& data : {value, longer, std::string("1")}) {
+        ASSERT_EQ(Put(path, {Sub("KEY ", data)}), Result::done);
+        EXPECT_EQ(Payload(path), Chunk("KEY ", data));
+        EXPECT_EQ(LayoutOf(path).soundSize, 64);
+        EXPECT_NE(ReadFile(path).find(samples), std::string::npos);
+    }
+    WriteFile(path, Form(Common(0)));
+    for (const std::string& data : {longer, value, std::string("1"), longer}) {
+        ASSERT_EQ(Put(path, {Sub("KEY ", data)}), Result::done);
+        EXPECT_EQ(Payload(path), Chunk("KEY ", data));
+    }
+    EXPECT_EQ(Put(path, {}), Result::done);
+    EXPECT_EQ(Payload(path), "");
+    const std::string cut = Form(Common(0) + Chunk("SSND", "x"));
+    WriteFile(path, cut);
+    EXPECT_EQ(Put(path, {Sub("KEY ", value)}), Result::damaged);
+    EXPECT_EQ(ReadFile(path), cut);
+}
+
+TEST(UserChunk, EveryTruncationAndEveryWrongSizeKeepsTheSound) {
+    TempFolder folder;
+    const std::string path = folder / "cut.aif";
+    const std::string samples = Noise(64), value = "value";
+    const std::string whole = Form(Common(16) + Chunk("MARK", "odd") + std::string(1, '\0') + Sound(samples) +
+                                   Chunk("WVL4", Chunk("KEY ", value)) + "\0" + Chunk("ID3 ", "tags"));
+    const std::size_t sound = whole.find(samples);
+    const auto check = [&](const std::string& bytes) {
+        WriteFile(path, bytes);
+        const Result result = Put(path, {Sub("NEW ", value)});
+        const std::string after = ReadFile(path);
+        const std::size_t kept = bytes.size() < sound ? 0 : std::min(bytes.size() - sound, samples.size());
+        EXPECT_EQ(after.substr(std::min(sound, after.size()), kept), samples.substr(0, kept));
+        if (result == Result::done) {
+            EXPECT_EQ(Payload(path), Chunk("NEW ", value));
+        } else {
+            EXPECT_EQ(after, bytes);
+        }
+    };
+    for (std::size_t size = 0; size < whole.size(); ++size) {
+        check(whole.substr(0, size));
+    }
+    // Sizes of the form, of MARK and of the user chunk. (The sound's own size is what says where it ends.)
+    for (const std::size_t field : {std::size_t{4}, std::size_t{42}, sound + samples.size() + 4}) {
+        for (const std::uint32_t size :
+             {0u, 1u, 2u, 7u, 46u, 0x7FFFFFFFu, 0x80000000u, 0xFFFFFFF0u, 0xFFFFFFFFu}) {
+            check(std::string(whole).replace(field, 4, Big32(size)));
+        }
+    }
+}
+
+TEST(UserChunk, SoundsAboveFourGibibytesAreWalked) {
+    TempFolder folder;
+    const std::string path = folder / "long.aif";
+    constexpr std::int64_t soundSize = 5LL * 1024 * 1024 * 1024 + 4;
+    const std::string value = "value";
+    WriteFile(path, "FORM" + Big32(static_cast<std::uint32_t>(soundSize + 46)) + "AIFF" +
+                        Common(static_cast<std::uint32_t>(soundSize / 4)) + "SSND" +
+                        Big32(static_cast<std::uint32_t>(soundSize + 8)) + std::string(8, '\0'));
+    std::error_code error;
+    std::filesystem::resize_file(path, static_cast<std::uintmax_t>(54 + soundSize), error);
+    if (error) GTEST_SKIP() << "no sparse files here";
+    ASSERT_EQ(Put(path, {Sub("KEY ", value)}), Result::done);
+    EXPECT_EQ(std::filesystem::file_size(path), static_cast<std::uintmax_t>(54 + soundSize + 8 + 13));
+    EXPECT_EQ(Payload(path), Chunk("KEY ", value));
+    ASSERT_EQ(Put(path, {Sub("KEY ", value + value)}), Result::done); // over the old one
+    EXPECT_EQ(Payload(path), Chunk("KEY ", value + value));
+    const AiffLayout layout = LayoutOf(path);
+    EXPECT_EQ(layout.soundSize, soundSize);
+    EXPECT_EQ(layout.common.frames, static_cast<std::uint32_t>(soundSize / 4));
+    CAsyncFileIO file;
+    ASSERT_EQ(file.Open(path.c_str(), CAsyncFileIO::readWrite), 0);
+    EXPECT_EQ(file.Seek64(0, soundSize - 4), 0);
+    EXPECT_EQ(file.Write("tail", 4), 4);
+    file.Close();
+    EXPECT_EQ(Payload(path), Chunk("KEY ", value + value));
+    CFile raw;
+    ASSERT_TRUE(raw.Open(path.c_str(), CFile::modeRead));
+    const long long wrapped = 54 + soundSize - kSizeWrap;
+    ASSERT_TRUE(raw.Seek(wrapped, CFile::begin));
+    EXPECT_EQ(Analyze64(&raw, wrapped), 54 + soundSize);
+    EXPECT_EQ(raw.GetPosition(), 54 + soundSize);
+    EXPECT_EQ(Analyze64(&raw, 60), raw.GetLength()); // nothing there, and nothing 4 GiB further
+    EXPECT_EQ(Analyze64(&raw, raw.GetLength() + 5), raw.GetLength() + 5);
+}
+
+TEST(UserChunk, DecimalsCoverAllSixtyFourBits) {
+    char text[21];
+    EXPECT_STREQ(i64toa(text, std::numeric_limits<long long>::min()), "-9223372036854775808");
+    EXPECT_STREQ(i64toa(text, std::numeric_limits<long long>::max()), "9223372036854775807");
+    EXPECT_STREQ(i64toa(text, 0), "0");
+}
+
+TEST(UserChunk, SubChunksAreTakenApartOrRefusedWhole) {
+    const std::string payload = Chunk("one ", "abc") + Chunk("two ", "");
+    const auto bytes = [](const std::string& text) {
+        return std::span(reinterpret_cast<const unsigned char*>(text.data()), text.size());
+    };
+    const auto subs = ParseUserChunk(bytes(payload));
+    ASSERT_TRUE(subs && subs->size() == 2);
+    EXPECT_EQ((*subs)[0].id, FourCharacterCode("one "));
+    EXPECT_EQ((*subs)[0].size, 3u);
+    EXPECT_EQ((*subs)[1].size, 0u);
+    EXPECT_TRUE(ParseUserChunk({})->empty());
+    for (std::size_t cut : {1u, 7u, 10u, 12u, 18u}) {
+        const std::string part = payload.substr(0, cut);
+        EXPECT_FALSE(ParseUserChunk(bytes(part))) << cut;
+    }
+}
+
+/// The samples as the widely used library reads them.
+std::vector<int> SamplesOf(const std::string& path, SF_INFO& info) {
+    info = {};
+    SNDFILE* file = sf_open(path.c_str(), SFM_READ, &info);
+    if (file == nullptr) return {};
+    std::vector<int> samples(static_cast<std::size_t>(info.frames * info.channels));
+    sf_readf_int(file, samples.data(), info.frames);
+    sf_close(file);
+    return samples;
+}
+
+void ExpectSoundKept(const std::string& path) {
+    SF_INFO before{}, after{};
+    const std::vector<int> samples = SamplesOf(path, before);
+    ASSERT_FALSE(samples.empty()) << path;
+    const std::string ids = Ids(path);
+    for (const std::size_t size : {5u, 300u, 2u, 77u}) {
+        const std::string value = Noise(size);
+        ASSERT_EQ(Put(path, {Sub("KEY ", value)}), Result::done) << path;
+        EXPECT_EQ(Payload(path), Chunk("KEY ", value));
+        EXPECT_EQ(SamplesOf(path, after), samples) << path;
+        EXPECT_EQ(after.frames, before.frames);
+        EXPECT_EQ(after.samplerate, before.samplerate);
+        EXPECT_EQ(Ids(path), ids + " WVL4");
+    }
+}
+
+TEST(UserChunk, FilesOfTheSoundFileLibraryKeepTheirSound) {
+    TempFolder folder;
+    const std::string path = folder / "library.aiff";
+    for (const int format : {SF_FORMAT_PCM_S8, SF_FORMAT_PCM_16, SF_FORMAT_PCM_24, SF_FORMAT_PCM_32}) {
+        for (const int frames : {1001, 1002}) {
+            SF_INFO info{};
+            info.channels = 1;
+            info.samplerate = 48000;
+            info.format = SF_FORMAT_AIFF | format;
+            SNDFILE* file = sf_open(path.c_str(), SFM_WRITE, &info);
+            ASSERT_NE(file, nullptr);
+            SF_CUES cues{};
+            cues.cue_count = 2;
+            cues.cue_points[0] = {1, 10, 0, 0, 0, 10, "in"};
+            cues.cue_points[1] = {2, 500, 0, 0, 0, 500, "chorus"};
+            sf_command(file, SFC_SET_CUE, &cues, sizeof cues);
+            sf_set_string(file, SF_STR_TITLE, "odd");
+            const std::string noise = Noise(static_cast<std::size_t>(frames) * sizeof(int));
+            sf_writef_int(file, reinterpret_cast<const int*>(noise.data()), frames);
+            sf_set_string(file, SF_STR_COMMENT, "behind the sound");
+            sf_close(file);
+            ExpectSoundKept(path);
+        }
+    }
+}
+
+TEST(UserChunk, FilesOfTheSoundExchangeProgramKeepTheirSound) {
+    if (std::system("sox --version > /dev/null 2>&1") != 0) GTEST_SKIP() << "sox is not installed";
+    TempFolder folder;
+    const std::string path = folder / "sox.aiff";
+    for (const std::string form : {"-b 8 -c 1", "-b 16 -c 2", "-b 24 -c 1"}) {
+        const std::string command =
+            "sox -n " + form + " --comment odd " + path + " synth 1001s pinknoise 2>/dev/null";
+        ASSERT_EQ(std::system(command.c_str()), 0);
+        ExpectSoundKept(path);
+    }
+}
+
+} // namespace
+} // namespace vocafade
