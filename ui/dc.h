@@ -9,6 +9,16 @@ namespace vocafade {
 
 class CWnd;
 
+/// Pixels that contexts draw into, and which of them have changed since they were last presented.
+struct Canvas {
+    explicit Canvas(std::unique_ptr<platform::Surface> picture);
+    ~Canvas();
+    void Changed(const CRgn& where);
+
+    std::unique_ptr<platform::Surface> surface;
+    CRgn damage;
+};
+
 /// A drawing context. Coordinates are pixels, x to the right, y downwards, with the context's origin added.
 /// All drawing happens on the window's thread; off-screen contexts need no display at all.
 ///
@@ -95,27 +105,28 @@ class CDC {
     bool SavePng(const char* path) const;
 
     /// The pixels behind this context; null when there are none.
-    platform::Surface* surface() const { return target_; }
+    platform::Surface* surface() const { return canvas_ ? canvas_->surface.get() : nullptr; }
 
   protected:
-    /// Draws on `window`'s part of its native window, without what lies above it.
-    void AttachWindow(CWnd* window, const CRect* within);
+    /// Draws on `window`'s part of its native window, without what lies above it; nothing when there is none.
+    void AttachWindow(CWnd* window, const CRgn* within);
 
   private:
-    CRgn ClipFor(const CRect& destination) const;
-    bool Transfer(const CRect& to, CDC* src, const CRect& from, UINT rop);
-    platform::Font& FontInUse() const;
-    void Changed(const CRgn& where);
+    /// The part of `rect` (in surface coordinates) that may be drawn on.
+    CRgn Clipped(const CRect& rect) const;
+    CRect ToSurface(const CRect& rect) const;
+    bool Transfer(const CRect& to, CDC* src, CRect from, UINT rop);
+    platform::Surface* SourcePixels() const;
+    CFont& FontInUse() const;
 
-    std::unique_ptr<platform::Surface> own_;
-    platform::Surface* target_ = nullptr;
-    CWnd* window_ = nullptr;
+    std::shared_ptr<Canvas> canvas_; ///< outlives the window when it goes away while this context is in use
+    bool ofWindow_ = false;
     CPoint base_; ///< the window's place in its native window
     CSize size_;
     CPoint origin_;
     CRgn visible_; ///< of a window, in surface coordinates
     bool clipped_ = false;
-    CRgn clip_;
+    CRgn clip_; ///< in client coordinates
     COLORREF textColor_ = 0;
     COLORREF bkColor_ = 0xFFFFFF;
     int bkMode_ = OPAQUE;

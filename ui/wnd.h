@@ -101,7 +101,7 @@ class CWnd : public CCmdTarget {
     /// Paints now what is invalid, if anything is.
     void UpdateWindow();
     /// What is to be painted, in client coordinates; empty when nothing is.
-    const CRect& updateRect() const { return update_; }
+    CRect updateRect() const { return update_.GetRgnBox(); }
     /// @}
 
     /// @name Messages
@@ -222,8 +222,8 @@ class CWnd : public CCmdTarget {
     std::vector<CWnd*> children_; ///< bottom to top
     WindowClass class_;
     CRect bounds_;
-    CRect update_;
-    bool erase_ = false;
+    CRgn update_; ///< to be painted, in client coordinates
+    CRgn late_;   ///< what was invalidated while painting
     bool painting_ = false;
     bool destroying_ = false;
     UINT style_ = 0;
