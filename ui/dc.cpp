@@ -4,7 +4,7 @@
 #include "ui/platform/platform.h"
 
 #include <cstdio>
-#include <cstring>
+#include <utility>
 
 namespace vocafade {
 namespace {
