@@ -23,7 +23,10 @@ class CButton : public CWnd {
 
   private:
     void Paint();
+    friend class CDialog;
     void Click();
+    std::unique_ptr<CFont> ownFont_;
+    bool held_ = false; ///< the mouse was pressed on it
     bool pressed_ = false;
     bool checked_ = false;
     bool focused_ = false;
@@ -39,6 +42,9 @@ class CStatic : public CWnd {
   protected:
     LRESULT DefWindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;
     void TextChanged() override { Invalidate(); }
+
+  private:
+    std::unique_ptr<CFont> ownFont_;
 };
 
 /// A drop-down list. Notifies with CBN_SELCHANGE when the user chooses, CBN_DROPDOWN and CBN_CLOSEUP.
@@ -66,6 +72,9 @@ class CComboBox : public CWnd {
   private:
     void Paint();
     void Choose(int index);
+    void Step(int direction);
+    void JumpTo(UINT character);
+    std::unique_ptr<CFont> ownFont_;
     std::vector<CString> entries_;
     int selected_ = -1;
     bool dropped_ = false;

@@ -8,6 +8,7 @@
 namespace vocafade {
 
 class CWnd;
+class Desktop;
 
 /// Pixels that contexts draw into, and which of them have changed since they were last presented.
 struct Canvas {
@@ -135,11 +136,16 @@ class CDC {
     CBitmap* bitmap_ = nullptr;
 };
 
-/// A context on a window, outside of WM_PAINT. What is drawn shows at the end of the current message or idle.
+/// A context on a window, outside of WM_PAINT. What is drawn shows when the context goes, or, inside of an
+/// idle, at its end.
 class CClientDC : public CDC {
   public:
     /// [main-thread] A null or destroyed window gives a context that draws nothing.
     explicit CClientDC(CWnd* window);
+    ~CClientDC() override;
+
+  private:
+    std::weak_ptr<Desktop> desktop_;
 };
 
 /// A context for drawing inside `OnPaint`: limited to the window's update rectangle when WM_PAINT comes from

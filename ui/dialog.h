@@ -80,20 +80,29 @@ class CDialog : public CWnd {
     friend class Desktop;
     friend void DDX_Control(CDataExchange* exchange, int id, CWnd& control);
 
+    bool PreTranslateMessage(MSG* message) override;
     void Open();
+    void MakeControls();
+    /// Creates the control of `item` in the object given, at `place` of the children.
+    bool MakeControl(const DialogItem& item, CWnd& control);
+    void Finish(int result);
+    /// Closes without calling `ended_`.
+    void Abandon();
     void FocusNext(int direction);
-    CWnd* DefaultButton() const;
     void OnOkCommand() { OnOK(); }
     void OnCancelCommand() { OnCancel(); }
+    void OnClose() { OnCancel(); }
 
     UINT templateId_ = 0;
     const DialogTemplate* template_ = nullptr;
     std::shared_ptr<const ResourceSource> source_; ///< keeps the template
+    CWnd* wantedOwner_ = nullptr;
     CWnd* owner_ = nullptr;
+    std::weak_ptr<Desktop> home_;
     bool open_ = false;
+    bool ending_ = false;
     std::function<void(int)> ended_;
     std::vector<std::unique_ptr<CWnd>> items_; ///< controls that no member was bound to
-    std::unique_ptr<CFont> dialogFont_;
 };
 
 /// [main-thread] Shows `text` (UTF-8, may have several lines) with buttons by `type` (MB_OK, MB_OKCANCEL,

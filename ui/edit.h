@@ -5,6 +5,8 @@
 
 namespace vocafade {
 
+class CSpinButtonCtrl;
+
 /// A one-line entry field: caret, selection by keys and mouse, clipboard, scrolling. Text is UTF-8; positions
 /// are counted in characters (code points). Notifies its parent with EN_CHANGE, EN_SETFOCUS, EN_KILLFOCUS.
 ///
@@ -40,16 +42,30 @@ class CEdit : public CWnd {
     void TextChanged() override;
 
   private:
+    friend class CSpinButtonCtrl;
+
     void Paint();
     void KeyDown(UINT key);
+    bool Shortcut(UINT key);
     void Char(UINT character, UINT flags);
+    void Press(CPoint point);
+    void SelectWord(CPoint point);
     void MoveCaret(int to, bool select);
+    void Replace(const std::string& text);
+    void EraseOr(int direction);
+    int NextWord(int direction) const;
     int CharacterAt(int x) const;
     void ScrollToCaret();
     void CopySelection();
     int Length() const;
+    std::size_t ByteOf(int character) const;
+    CRect Inside() const;
+    /// The x of the text's left end.
+    int TextLeft(const std::vector<int>& stops) const;
+    std::vector<int> Stops() const;
     CFont& FontInUse() const;
 
+    CSpinButtonCtrl* spin_ = nullptr;
     int anchor_ = 0;
     int caret_ = 0;
     int scroll_ = 0; ///< pixels that have left on the left side

@@ -11,7 +11,7 @@ namespace vocafade {
 ///
 ///     open(ptr):  frame.AttachHost(ptr);            // false: no display; the editor stays closed
 ///                 panel->Create(..., &frame, 0);    // native child of the host's window
-///     idle():     frame.Idle();                     // then the panel's own idle
+///     idle():     panel->idle(); frame.Idle();      // what the panel drew shows at once
 ///     close():    panel->DestroyWindow(); delete panel; frame.DetachHost();
 ///
 /// Each attached frame has a connection to the display of its own, so that several editors, even of copies of
@@ -36,10 +36,11 @@ class CFrameWnd : public CWnd {
     /// [main-thread] False once the display has gone away.
     bool IsDisplayAlive() const;
 
+    bool DestroyWindow() override;
     const char* ClassName() const override { return "CFrameWnd"; }
 
   private:
-    std::unique_ptr<Desktop> owned_;
+    std::shared_ptr<Desktop> owned_;
 };
 
 } // namespace vocafade

@@ -40,7 +40,7 @@ class CSpinButtonCtrl : public CWnd {
     int upper_ = 100;
     int position_ = 0;
     int pressed_ = 0; ///< 1 the upper, -1 the lower arrow is held
-    int repeats_ = 0;
+    int ticks_ = 0;   ///< of the timer since the press
 };
 
 } // namespace vocafade

@@ -13,6 +13,10 @@ namespace vocafade {
 
 class Desktop;
 class TimerThread;
+struct NativeRoot;
+namespace platform {
+enum class WindowKind;
+}
 
 /// The pointer's look, by its number (kCursorArrow and the rest).
 using HCURSOR = UINT;
@@ -49,6 +53,14 @@ struct CWindowAttr {
     int width = 0;
     int height = 0;
     UINT style = 0;
+};
+
+/// A message on its way to `target`.
+struct MSG {
+    CWnd* target = nullptr;
+    UINT message = 0;
+    WPARAM wParam = 0;
+    LPARAM lParam = 0;
 };
 
 /// A window. All operations are for the thread that pumps the editor's idle, but where something else is
@@ -181,11 +193,16 @@ class CWnd : public CCmdTarget {
     void OnShowWindow(bool, UINT) { Default(); }
     void OnClose() { Default(); }
 
+    /// Asked before a key message goes to `message->target`, from that window upwards; true keeps it from
+    /// going.
+    virtual bool PreTranslateMessage(MSG* message);
     /// Whether the window types, and so takes the keyboard while it has the focus.
     virtual bool WantsKeyboard() const { return false; }
     /// The pointer's look at `point` of the client area.
     virtual HCURSOR CursorAt(CPoint point) const;
 
+    /// True as long as this object exists, for whoever keeps a pointer to it.
+    std::weak_ptr<bool> LifeToken() const { return alive_; }
     const std::vector<CWnd*>& children() const { return children_; }
     Desktop* desktop() const { return desktop_; }
 
@@ -203,19 +220,20 @@ class CWnd : public CCmdTarget {
 
     CString text_;
 
+    /// Creates the window on `desktop`: as a child of `parent`, or as a native window of `kind` when that is
+    /// given (its bounds then are on the screen, `owner` is what it belongs to).
+    bool CreateOn(Desktop& desktop, CWnd* parent, const platform::WindowKind* kind, CWnd* owner,
+                  const WindowClass& windowClass, const char* name, UINT style, const CRect& rect, UINT id);
+
   private:
     friend class Desktop;
     friend class CDC;
     friend class CPaintDC;
     friend class CFrameWnd;
     friend class CDialog;
-    friend class PopupWnd;
+    friend void DDX_Control(class CDataExchange* exchange, int id, CWnd& control);
 
-    struct Message {
-        UINT message = 0;
-        WPARAM wParam = 0;
-        LPARAM lParam = 0;
-    };
+    void InvalidateRegion(const CRect& rect);
 
     Desktop* desktop_ = nullptr;
     CWnd* parent_ = nullptr;
@@ -229,7 +247,8 @@ class CWnd : public CCmdTarget {
     UINT style_ = 0;
     UINT id_ = 0;
     CFont* font_ = nullptr;
-    Message current_;
+    MSG current_;
+    std::unique_ptr<NativeRoot> root_; ///< of a window with a native one of its own
     std::unique_ptr<TimerThread> timer_;
     std::shared_ptr<bool> alive_; ///< false once the object is gone
 };

@@ -96,7 +96,7 @@ struct Event {
     bool leftButton = false;
 };
 
-enum class WindowKind {
+enum class WindowKind : int {
     embedded, ///< a child of the host's window
     dialog,   ///< a window with a frame of its own, above the host's
     popup,    ///< a menu: no frame, above all, takes all input while it is shown
