@@ -143,7 +143,9 @@ void NativeWindow::TakeKeyboard() {
 
 void NativeWindow::FocusSelf() {
     // Fails without harm while the window is not on the screen; `Mapped` tries again.
+    // At once: a request that waits for the next idle could undo what the user does in between.
     xcb_set_input_focus(display_.connection(), XCB_INPUT_FOCUS_PARENT, id_, XCB_CURRENT_TIME);
+    xcb_flush(display_.connection());
 }
 
 void NativeWindow::GiveKeyboardBack() {
@@ -167,6 +169,7 @@ void NativeWindow::GiveKeyboardBack() {
     std::free(error);
     xcb_set_input_focus(c, XCB_INPUT_FOCUS_POINTER_ROOT,
                         host_ != 0 ? host_ : xcb_window_t{XCB_INPUT_FOCUS_POINTER_ROOT}, XCB_CURRENT_TIME);
+    xcb_flush(c);
 }
 
 void NativeWindow::SetCursor(unsigned cursor) {
