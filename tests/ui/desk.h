@@ -80,8 +80,13 @@ class Desk : public ::testing::Test {
             ::usleep(2000);
         }
     }
-    /// The newest window of the root: a dialog or a menu.
-    xcb_window_t TopWindow() { return display.Children().back(); }
+    /// The highest window on the screen: a dialog or a menu, else the host's.
+    xcb_window_t TopWindow() {
+        xcb_window_t top = 0;
+        for (const xcb_window_t window : display.Children())
+            if (display.IsViewable(window)) top = window;
+        return top;
+    }
 
     VirtualDisplay display;
     xcb_window_t host = 0;
