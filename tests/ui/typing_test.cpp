@@ -455,7 +455,7 @@ TEST_F(Dialogs, ItsListDropsDownAndIsChosenFrom) {
     const VirtualDisplay::Place list = display.PlaceOf(TopWindow());
     EXPECT_LE(list.y + list.height, 1024);
     display.Click(list.x + 40, list.y + 10);
-    ASSERT_TRUE(Until([this] { return dialog->list.GetCurSel() == 0; }));
+    ASSERT_TRUE(Until([this] { return dialog->list.GetCurSel() == 0 && TopWindow() == id; }));
     EXPECT_EQ(dialog->changes, 1);
     EXPECT_FALSE(dialog->list.GetDroppedState());
     display.Click(place.x + 140, place.y + 97);

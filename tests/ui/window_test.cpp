@@ -316,7 +316,7 @@ TEST_F(Windows, HandlersMayTakeTheirOwnWindowApart) {
     EXPECT_TRUE(Until([this] { return !frame.IsAttached(); }));
     EXPECT_FALSE(panel.IsWindow());
     EXPECT_EQ(panel.Count(WM_DESTROY), 1);
-    EXPECT_TRUE(display.Children(host).empty());
+    EXPECT_TRUE(WaitFor([] {}, [this] { return display.Children(host).empty(); }));
 }
 
 } // namespace
