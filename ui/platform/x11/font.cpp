@@ -10,9 +10,10 @@ namespace vocafade::platform {
 namespace x11 {
 namespace {
 
-/// The fonts of all editors in this library. Pango's own default map is the host's as well, so this is
-/// another one; it goes when the last font goes. Text is a main-thread matter, but hosts exist that give each
-/// editor a thread: all use of Pango is under one lock, which nobody else waits for.
+/// The fonts of all editors in this library. Pango's own default map is the host's as well, so this is another
+/// one. It stays from the first text to the library's unloading: each new map costs Fontconfig and Pango some hundred
+/// bytes that they never give back. Text is a main-thread matter, but hosts exist that give each editor a thread: all
+/// use of Pango is under one lock, which nobody else waits for.
 class FontMap {
   public:
     FontMap() : map_(pango_cairo_font_map_new()), context_(pango_font_map_create_context(map_)) {
@@ -40,9 +41,7 @@ class FontMap {
     }
     /// Under the lock.
     static std::shared_ptr<FontMap> Get() {
-        static std::weak_ptr<FontMap> current;
-        std::shared_ptr<FontMap> map = current.lock();
-        if (map == nullptr) current = map = std::make_shared<FontMap>();
+        static std::shared_ptr<FontMap> map = std::make_shared<FontMap>();
         return map;
     }
 
