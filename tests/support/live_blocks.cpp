@@ -42,7 +42,8 @@ __attribute__((visibility("default"))) void* memalign(std::size_t alignment, std
 __attribute__((visibility("default"))) void* aligned_alloc(std::size_t alignment, std::size_t size) {
     return Count(__libc_memalign(alignment, size));
 }
-__attribute__((visibility("default"))) int posix_memalign(void** block, std::size_t alignment, std::size_t size) {
+__attribute__((visibility("default"))) int posix_memalign(void** block, std::size_t alignment,
+                                                          std::size_t size) {
     *block = Count(__libc_memalign(alignment, size));
     return *block != nullptr ? 0 : ENOMEM;
 }

@@ -38,8 +38,8 @@ VirtualDisplay::VirtualDisplay() {
         ::dup2(null, STDERR_FILENO);
         ::close(pipes[0]);
         const std::string fd = std::to_string(pipes[1]);
-        ::execlp("Xvfb", "Xvfb", "-displayfd", fd.c_str(), "-screen", "0", "1280x1024x24", "-nolisten", "tcp", "-noreset",
-                 static_cast<char*>(nullptr));
+        ::execlp("Xvfb", "Xvfb", "-displayfd", fd.c_str(), "-screen", "0", "1280x1024x24", "-nolisten", "tcp",
+                 "-noreset", static_cast<char*>(nullptr));
         ::_exit(127);
     }
     ::close(pipes[1]);
@@ -77,13 +77,15 @@ void VirtualDisplay::Kill() {
     server_ = -1;
 }
 
-xcb_window_t VirtualDisplay::MakeHostWindow(int x, int y, int width, int height, bool show, xcb_window_t parent) {
+xcb_window_t VirtualDisplay::MakeHostWindow(int x, int y, int width, int height, bool show,
+                                            xcb_window_t parent) {
     const xcb_window_t id = xcb_generate_id(connection_);
-    const std::array<std::uint32_t, 2> values{0x404040, XCB_EVENT_MASK_KEY_PRESS | XCB_EVENT_MASK_BUTTON_PRESS |
-                                                            XCB_EVENT_MASK_FOCUS_CHANGE};
-    xcb_create_window(connection_, XCB_COPY_FROM_PARENT, id, parent != 0 ? parent : root_, static_cast<std::int16_t>(x),
-                      static_cast<std::int16_t>(y), static_cast<std::uint16_t>(width),
-                      static_cast<std::uint16_t>(height), 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT,
+    const std::array<std::uint32_t, 2> values{
+        0x404040, XCB_EVENT_MASK_KEY_PRESS | XCB_EVENT_MASK_BUTTON_PRESS | XCB_EVENT_MASK_FOCUS_CHANGE};
+    xcb_create_window(connection_, XCB_COPY_FROM_PARENT, id, parent != 0 ? parent : root_,
+                      static_cast<std::int16_t>(x), static_cast<std::int16_t>(y),
+                      static_cast<std::uint16_t>(width), static_cast<std::uint16_t>(height), 0,
+                      XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT,
                       XCB_CW_BACK_PIXEL | XCB_CW_EVENT_MASK, values.data());
     if (show) xcb_map_window(connection_, id);
     Sync();
@@ -100,13 +102,16 @@ void VirtualDisplay::Map(xcb_window_t window, bool map) {
 }
 
 void VirtualDisplay::Resize(xcb_window_t window, int width, int height) {
-    const std::array<std::uint32_t, 2> size{static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height)};
-    xcb_configure_window(connection_, window, XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT, size.data());
+    const std::array<std::uint32_t, 2> size{static_cast<std::uint32_t>(width),
+                                            static_cast<std::uint32_t>(height)};
+    xcb_configure_window(connection_, window, XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT,
+                         size.data());
     Sync();
 }
 
 void VirtualDisplay::Reparent(xcb_window_t window, xcb_window_t parent, int x, int y) {
-    xcb_reparent_window(connection_, window, parent, static_cast<std::int16_t>(x), static_cast<std::int16_t>(y));
+    xcb_reparent_window(connection_, window, parent, static_cast<std::int16_t>(x),
+                        static_cast<std::int16_t>(y));
     Sync();
 }
 
@@ -140,7 +145,8 @@ bool VirtualDisplay::IsViewable(xcb_window_t window) {
 }
 
 VirtualDisplay::Place VirtualDisplay::PlaceOf(xcb_window_t window) {
-    const auto size = Own(xcb_get_geometry_reply(connection_, xcb_get_geometry(connection_, window), nullptr));
+    const auto size =
+        Own(xcb_get_geometry_reply(connection_, xcb_get_geometry(connection_, window), nullptr));
     const auto at = Own(xcb_translate_coordinates_reply(
         connection_, xcb_translate_coordinates(connection_, window, root_, 0, 0), nullptr));
     if (size == nullptr || at == nullptr) return {};
@@ -148,11 +154,11 @@ VirtualDisplay::Place VirtualDisplay::PlaceOf(xcb_window_t window) {
 }
 
 std::uint32_t VirtualDisplay::Pixel(int x, int y) {
-    const auto image =
-        Own(xcb_get_image_reply(connection_,
-                                xcb_get_image(connection_, XCB_IMAGE_FORMAT_Z_PIXMAP, root_, static_cast<std::int16_t>(x),
-                                              static_cast<std::int16_t>(y), 1, 1, ~0U),
-                                nullptr));
+    const auto image = Own(xcb_get_image_reply(connection_,
+                                               xcb_get_image(connection_, XCB_IMAGE_FORMAT_Z_PIXMAP, root_,
+                                                             static_cast<std::int16_t>(x),
+                                                             static_cast<std::int16_t>(y), 1, 1, ~0U),
+                                               nullptr));
     std::uint32_t pixel = 0xFFFFFFFFU;
     if (image != nullptr && xcb_get_image_data_length(image.get()) >= 4)
         std::memcpy(&pixel, xcb_get_image_data(image.get()), sizeof pixel);
@@ -221,12 +227,15 @@ void VirtualDisplay::AddKeys(const std::vector<xcb_keysym_t>& syms) {
     int code = xcb_get_setup(connection_)->max_keycode;
     for (const xcb_keysym_t sym : syms) {
         const std::array<xcb_keysym_t, 2> both{sym, sym};
-        xcb_change_keyboard_mapping(connection_, 1, static_cast<xcb_keycode_t>(code--), both.size(), both.data());
+        xcb_change_keyboard_mapping(connection_, 1, static_cast<xcb_keycode_t>(code--), both.size(),
+                                    both.data());
     }
     Sync();
 }
 
-void VirtualDisplay::Sync() { Own(xcb_get_input_focus_reply(connection_, xcb_get_input_focus(connection_), nullptr)); }
+void VirtualDisplay::Sync() {
+    Own(xcb_get_input_focus_reply(connection_, xcb_get_input_focus(connection_), nullptr));
+}
 
 bool WaitFor(const std::function<void()>& step, const std::function<bool()>& done, int milliseconds) {
     const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);

@@ -10,8 +10,8 @@
 
 namespace vocafade::test {
 
-/// An X server of the test's own, with the environment pointing to it, and a client on it that plays the host and the
-/// user. There is no window manager.
+/// An X server of the test's own, with the environment pointing to it, and a client on it that plays the host
+/// and the user. There is no window manager.
 class VirtualDisplay {
   public:
     /// Starts the server; `IsRunning` tells whether that worked.
@@ -27,7 +27,8 @@ class VirtualDisplay {
 
     /// @name The host
     /// @{
-    xcb_window_t MakeHostWindow(int x, int y, int width, int height, bool show = true, xcb_window_t parent = 0);
+    xcb_window_t MakeHostWindow(int x, int y, int width, int height, bool show = true,
+                                xcb_window_t parent = 0);
     void Map(xcb_window_t window, bool map = true);
     void Resize(xcb_window_t window, int width, int height);
     void Reparent(xcb_window_t window, xcb_window_t parent, int x, int y);

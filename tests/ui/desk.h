@@ -26,14 +26,15 @@ class Recorder : public CWnd {
     COLORREF color = RGB(10, 120, 200);
 
     int Count(UINT message) const {
-        return static_cast<int>(
-            std::count_if(seen.begin(), seen.end(), [message](const Seen& s) { return s.message == message; }));
+        return static_cast<int>(std::count_if(seen.begin(), seen.end(),
+                                              [message](const Seen& s) { return s.message == message; }));
     }
     /// The messages with one of these numbers, in order.
     std::vector<UINT> Order(std::initializer_list<UINT> wanted) const {
         std::vector<UINT> order;
         for (const Seen& s : seen)
-            if (std::find(wanted.begin(), wanted.end(), s.message) != wanted.end()) order.push_back(s.message);
+            if (std::find(wanted.begin(), wanted.end(), s.message) != wanted.end())
+                order.push_back(s.message);
         return order;
     }
 
@@ -48,7 +49,8 @@ class Recorder : public CWnd {
     }
 };
 
-/// A display, a host's window at (100, 100) of 500 by 300 pixels, and a panel of 460 by 210 in it, already painted.
+/// A display, a host's window at (100, 100) of 500 by 300 pixels, and a panel of 460 by 210 in it, already
+/// painted.
 class Desk : public ::testing::Test {
   protected:
     void SetUp() override {
@@ -57,13 +59,16 @@ class Desk : public ::testing::Test {
         display.Focus(host);
         ASSERT_TRUE(frame.AttachHost(Native(host)));
         ASSERT_TRUE(panel.Create(WindowClass{}, "panel", WS_CHILD | WS_VISIBLE, {0, 0, 460, 210}, &frame, 0));
-        ASSERT_TRUE(Until([this] { return display.Pixel(300, 200) == 0x0A78C8; })) << "the panel does not show";
+        ASSERT_TRUE(Until([this] { return display.Pixel(300, 200) == 0x0A78C8; }))
+            << "the panel does not show";
         Settle();
         panel.seen.clear();
         panel.painted.clear();
     }
 
-    static void* Native(xcb_window_t window) { return reinterpret_cast<void*>(static_cast<std::uintptr_t>(window)); }
+    static void* Native(xcb_window_t window) {
+        return reinterpret_cast<void*>(static_cast<std::uintptr_t>(window));
+    }
     xcb_window_t PanelId() {
         const std::vector<xcb_window_t> children = display.Children(host);
         return children.empty() ? 0 : children.back();

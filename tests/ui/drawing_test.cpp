@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Drawing without any display, looked at pixel by pixel.
 
-#include "ui/dc.h"
 #include "tests/support/temp_folder.h"
+#include "ui/dc.h"
 #include "ui/resources.h"
 
 #include <cstring>
@@ -264,12 +264,15 @@ TEST(Drawing, JapaneseNamesAndBrokenBytesDraw) {
                 if (a.GetPixel(x, y) != b.GetPixel(x, y)) return false;
         return true;
     };
-    const auto song = draw("\xE6\xAD\x8C"); // "song"
+    const auto song = draw("\xE6\xAD\x8C");  // "song"
     const auto voice = draw("\xE5\xA3\xB0"); // "voice"
     EXPECT_FALSE(same(*song, *voice)) << "two characters look the same: is there a Japanese font?";
     EXPECT_NEAR(InkBox(*song, kWhite).Width(), 24, 5);
     // A byte that is no UTF-8 shows as a sign, and does not take the rest with it.
-    EXPECT_TRUE(same(*draw("a\xFF" "b"), *draw("a\xEF\xBF\xBD" "b")));
+    EXPECT_TRUE(same(*draw("a\xFF"
+                           "b"),
+                     *draw("a\xEF\xBF\xBD"
+                           "b")));
     EXPECT_NE(InkBox(*draw("\xE6\xAD"), kWhite), CRect());
 }
 

@@ -23,7 +23,8 @@ TEST_F(Hosts, MayHideResizeAndReparentTheirWindow) {
     panel.Invalidate();
     Settle();
     display.Map(host, true);
-    EXPECT_TRUE(Until([this] { return display.Pixel(300, 200) == 0x01C803; })) << "drawn while hidden, shown after";
+    EXPECT_TRUE(Until([this] { return display.Pixel(300, 200) == 0x01C803; }))
+        << "drawn while hidden, shown after";
     display.Resize(host, 700, 350);
     EXPECT_TRUE(Until([this] { return frame.bounds() == CRect(0, 0, 700, 350); }));
     EXPECT_EQ(panel.bounds(), CRect(0, 0, 460, 210));

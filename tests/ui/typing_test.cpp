@@ -53,9 +53,10 @@ TEST_F(Typing, KeysHaveTheirCodesAndCharacters) {
     for (const xcb_keysym_t key : {XK_Return, XK_KP_Enter, XK_Escape, XK_BackSpace, XK_Left, XK_Right, XK_p})
         display.Tap(key);
     ASSERT_TRUE(Until([this] { return field.characters.size() == 7; }));
-    EXPECT_EQ(field.keys, (std::vector<UINT>{36, 35, 53, kKeyBackspace, kKeyLeft, kKeyRight, kKeyCharacter + 'P'}));
-    const std::vector<std::pair<UINT, UINT>> expected{{13, 0}, {13, 0}, {27, 0}, {8, 0}, {37, kCharArrow},
-                                                      {39, kCharArrow}, {'p', 0}};
+    EXPECT_EQ(field.keys,
+              (std::vector<UINT>{36, 35, 53, kKeyBackspace, kKeyLeft, kKeyRight, kKeyCharacter + 'P'}));
+    const std::vector<std::pair<UINT, UINT>> expected{{13, 0},          {13, 0},          {27, 0}, {8, 0},
+                                                      {37, kCharArrow}, {39, kCharArrow}, {'p', 0}};
     EXPECT_EQ(field.characters, expected);
     EXPECT_EQ(field.text(), "p");
     // A typed per cent sign is no arrow.
@@ -148,7 +149,8 @@ TEST_F(Typing, TheClipboardIsSharedWithOtherPrograms) {
     const auto atom = [this](std::string_view name) {
         xcb_intern_atom_reply_t* reply = xcb_intern_atom_reply(
             display.connection(),
-            xcb_intern_atom(display.connection(), 0, static_cast<std::uint16_t>(name.size()), name.data()), nullptr);
+            xcb_intern_atom(display.connection(), 0, static_cast<std::uint16_t>(name.size()), name.data()),
+            nullptr);
         const xcb_atom_t value = reply->atom;
         std::free(reply);
         return value;
@@ -162,8 +164,9 @@ TEST_F(Typing, TheClipboardIsSharedWithOtherPrograms) {
         const bool asked = event != nullptr && (event->response_type & 0x7F) == XCB_SELECTION_REQUEST;
         if (asked) {
             const auto* request = reinterpret_cast<const xcb_selection_request_event_t*>(event);
-            xcb_change_property(c, XCB_PROP_MODE_REPLACE, request->requestor, request->property, request->target, 8,
-                                static_cast<std::uint32_t>(offered.size()), offered.data());
+            xcb_change_property(c, XCB_PROP_MODE_REPLACE, request->requestor, request->property,
+                                request->target, 8, static_cast<std::uint32_t>(offered.size()),
+                                offered.data());
             xcb_selection_notify_event_t answer{};
             answer.response_type = XCB_SELECTION_NOTIFY;
             answer.requestor = request->requestor;
@@ -206,7 +209,8 @@ TEST_F(Typing, TheSpinButtonStepsTheNumberBesideIt) {
     EXPECT_EQ(field.text(), "7") << "released, it stops";
 }
 
-// --- Menus -----------------------------------------------------------------------------------------------------------
+// --- Menus
+// -----------------------------------------------------------------------------------------------------------
 
 class Menus : public Desk {
   protected:
@@ -313,8 +317,9 @@ TEST_F(Menus, TheHostGoesOnAndTheMenuGoesWithItsOwner) {
         display.MoveTo(place.x + 20, place.y + 5 + i * 4);
         const auto start = std::chrono::steady_clock::now();
         frame.Idle();
-        longest = std::max(longest,
-                           std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count());
+        longest = std::max(
+            longest,
+            std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count());
     }
 #ifndef VOCAFADE_SANITIZED
     EXPECT_LT(longest, 5.0) << "milliseconds";
@@ -327,7 +332,8 @@ TEST_F(Menus, TheHostGoesOnAndTheMenuGoesWithItsOwner) {
     EXPECT_EQ(panel.Count(WM_COMMAND), 0);
 }
 
-// --- Dialogs ---------------------------------------------------------------------------------------------------------
+// --- Dialogs
+// ---------------------------------------------------------------------------------------------------------
 
 const DialogTemplate& SaveTemplate() {
     static const DialogTemplate saved{
@@ -492,8 +498,9 @@ TEST_F(Dialogs, OpensWithoutHoldingTheHostUp) {
     for (int i = 0; i < 30; ++i) {
         const auto start = std::chrono::steady_clock::now();
         frame.Idle();
-        longest = std::max(longest,
-                           std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count());
+        longest = std::max(
+            longest,
+            std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count());
         if (i == 20) display.Tap(XK_n);
     }
     EXPECT_TRUE(dialog->IsWindow());
@@ -505,7 +512,8 @@ TEST_F(Dialogs, OpensWithoutHoldingTheHostUp) {
 TEST_F(Dialogs, AMessageBoxAsksAndAnswers) {
     std::vector<int> answers;
     const auto note = [&](int answer) { answers.push_back(answer); };
-    ASSERT_TRUE(AfxMessageBox("The bank could not be written.\nIs the disk full?", MB_OK | MB_ICONERROR, note));
+    ASSERT_TRUE(
+        AfxMessageBox("The bank could not be written.\nIs the disk full?", MB_OK | MB_ICONERROR, note));
     ASSERT_TRUE(Until([this] { return display.Focused() != host; }));
     display.Tap(XK_Return);
     ASSERT_TRUE(Until([&] { return answers.size() == 1; }));

@@ -80,7 +80,8 @@ TEST_F(Windows, KeyStateIsThatOfTheMessage) {
 
       protected:
         LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override {
-            if (message == WM_LBUTTONDOWN) states.emplace_back(GetKeyState(VK_SHIFT), GetKeyState(VK_CONTROL));
+            if (message == WM_LBUTTONDOWN)
+                states.emplace_back(GetKeyState(VK_SHIFT), GetKeyState(VK_CONTROL));
             return Recorder::WindowProc(message, wParam, lParam);
         }
     };

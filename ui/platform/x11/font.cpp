@@ -10,10 +10,10 @@ namespace vocafade::platform {
 namespace x11 {
 namespace {
 
-/// The fonts of all editors in this library. Pango's own default map is the host's as well, so this is another
-/// one. It stays from the first text to the library's unloading: each new map costs Fontconfig and Pango some hundred
-/// bytes that they never give back. Text is a main-thread matter, but hosts exist that give each editor a thread: all
-/// use of Pango is under one lock, which nobody else waits for.
+/// The fonts of all editors in this library. Pango's own default map is the host's as well, so this is
+/// another one. It stays from the first text to the library's unloading: each new map costs Fontconfig and
+/// Pango some hundred bytes that they never give back. Text is a main-thread matter, but hosts exist that
+/// give each editor a thread: all use of Pango is under one lock, which nobody else waits for.
 class FontMap {
   public:
     FontMap() : map_(pango_cairo_font_map_new()), context_(pango_font_map_create_context(map_)) {
