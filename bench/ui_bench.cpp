@@ -7,6 +7,7 @@
 #include "ui/ui.h"
 
 #include <benchmark/benchmark.h>
+#include <bit>
 #include <cstdlib>
 #include <memory>
 #include <vector>
@@ -126,7 +127,7 @@ class Editor {
                           XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, 0, nullptr);
         xcb_map_window(connection_, host);
         WaitForServer();
-        open_ = frame.AttachHost(reinterpret_cast<void*>(static_cast<std::uintptr_t>(host))) &&
+        open_ = frame.AttachHost(std::bit_cast<void*>(std::uintptr_t{host})) &&
                 panel.Create(WindowClass{}, "", WS_CHILD | WS_VISIBLE, {0, 0, kWidth, kHeight}, &frame, 0);
         for (int i = 0; open_ && i < 5; ++i)
             frame.Idle();
@@ -158,7 +159,7 @@ void PanelOffScreen(benchmark::State& state) {
     Panel panel;
     CDC dc;
     dc.CreateBitmapDC(kWidth, kHeight);
-    for (auto _ : state)
+    for ([[maybe_unused]] auto _ : state)
         panel.Draw(dc);
 }
 BENCHMARK(PanelOffScreen)->Unit(benchmark::kMillisecond);
@@ -166,7 +167,7 @@ BENCHMARK(PanelOffScreen)->Unit(benchmark::kMillisecond);
 void PanelInItsWindow(benchmark::State& state) {
     Editor editor;
     if (!editor.IsOpen(state)) return;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         editor.panel.Invalidate();
         editor.frame.Idle();
     }
@@ -176,7 +177,7 @@ BENCHMARK(PanelInItsWindow)->Unit(benchmark::kMillisecond);
 void MetersInTheirWindow(benchmark::State& state) {
     Editor editor;
     if (!editor.IsOpen(state)) return;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         editor.panel.Turn();
         CClientDC dc(&editor.panel);
         editor.panel.DrawMeters(dc);
@@ -187,13 +188,13 @@ BENCHMARK(MetersInTheirWindow)->Unit(benchmark::kMillisecond);
 void IdleWithNothingToDo(benchmark::State& state) {
     Editor editor;
     if (!editor.IsOpen(state)) return;
-    for (auto _ : state)
+    for ([[maybe_unused]] auto _ : state)
         editor.frame.Idle();
 }
 BENCHMARK(IdleWithNothingToDo)->Unit(benchmark::kMicrosecond);
 
 void OpenAndClose(benchmark::State& state) {
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         Editor editor;
         if (!editor.IsOpen(state)) return;
     }
@@ -207,7 +208,7 @@ void MenuOf64Names(benchmark::State& state) {
     for (int i = 0; i < 64; ++i)
         menu.AppendMenu(MF_STRING, static_cast<UINT>(1010 + i),
                         (std::to_string(i) + " \xE6\xAD\x8C\xE3\x81\xAE\xE5\xA3\xB0").c_str());
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         menu.TrackPopupMenu(0, 91, 13, &editor.panel);
         editor.frame.Idle();
     }

@@ -3,6 +3,7 @@
 
 #include "ui/platform/platform.h"
 
+#include <cmath>
 #include <cstdio>
 #include <utility>
 
@@ -242,7 +243,7 @@ bool CDC::ExtTextOut(int x, int y, UINT options, const CRect* rect, const char* 
 
 CSize CDC::GetTextExtent(const char* text, int count) const {
     platform::Font& font = FontInUse().native();
-    const int height = static_cast<int>(font.Ascent() + font.Descent() + 0.5);
+    const int height = static_cast<int>(std::lround(font.Ascent() + font.Descent()));
     if (text == nullptr) return {0, height};
     const std::string valid = platform::ValidUtf8(View(text, count));
     return {valid.empty() ? 0 : font.Width(valid), height};

@@ -108,8 +108,13 @@ void Desktop::Close() {
     popup_.reset();
     while (!modal_.empty())
         modal_.back()->Abandon();
-    while (!tops_.empty())
-        tops_.back()->DestroyWindow();
+    while (!tops_.empty()) {
+        CWnd* top = tops_.back();
+        if (top->DestroyWindow()) continue;
+        // It is being destroyed already, and somewhere below that the editor was closed.
+        top->root_->window.reset();
+        std::erase(tops_, top);
+    }
     adopted_.clear();
     buried_.clear();
     {
@@ -129,6 +134,7 @@ bool Desktop::MakeNative(CWnd& window, platform::WindowKind kind, CWnd* owner, c
     if (closed_) return false;
     auto root = std::make_unique<NativeRoot>();
     root->window = display_->MakeWindow({kind, host_, bounds, title != nullptr ? title : ""});
+    if (root->window == nullptr && kind != platform::WindowKind::embedded) return false;
     root->kind = kind;
     root->owner = owner;
     std::unique_ptr<platform::Surface> surface =

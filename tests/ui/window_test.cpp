@@ -307,7 +307,7 @@ TEST_F(Windows, HandlersMayTakeTheirOwnWindowApart) {
 
       protected:
         LRESULT WindowProc(UINT message, WPARAM w, LPARAM l) override {
-            if (message == WM_LBUTTONDOWN) whole->DetachHost();
+            if (message == WM_LBUTTONDOWN || message == WM_DESTROY) whole->DetachHost();
             return Recorder::WindowProc(message, w, l);
         }
     } closes;
