@@ -1,0 +1,102 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "tests/support/virtual_display.h"
+#include "ui/ui.h"
+
+#include <gtest/gtest.h>
+#include <memory>
+#include <vector>
+
+namespace vocafade::test {
+
+struct Seen {
+    UINT message;
+    WPARAM wParam;
+    LPARAM lParam;
+    bool operator==(const Seen&) const = default;
+    CPoint point() const { return CPoint::FromMessage(lParam); }
+};
+
+/// A window that notes its messages.
+class Recorder : public CWnd {
+  public:
+    std::vector<Seen> seen;
+    std::vector<CRect> painted;
+    COLORREF color = RGB(10, 120, 200);
+
+    int Count(UINT message) const {
+        return static_cast<int>(std::count_if(seen.begin(), seen.end(),
+                                              [message](const Seen& s) { return s.message == message; }));
+    }
+    /// The messages with one of these numbers, in order.
+    std::vector<UINT> Order(std::initializer_list<UINT> wanted) const {
+        std::vector<UINT> order;
+        for (const Seen& s : seen)
+            if (std::find(wanted.begin(), wanted.end(), s.message) != wanted.end())
+                order.push_back(s.message);
+        return order;
+    }
+
+  protected:
+    LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override {
+        seen.push_back({message, wParam, lParam});
+        if (message != WM_PAINT) return CWnd::WindowProc(message, wParam, lParam);
+        CPaintDC dc(this);
+        painted.push_back(dc.updateRect());
+        dc.FillSolidRect(dc.clientRect(), color);
+        return 0;
+    }
+};
+
+/// A display, a host's window at (100, 100) of 500 by 300 pixels, and a panel of 460 by 210 in it, already
+/// painted.
+class Desk : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        ASSERT_TRUE(display.IsRunning()) << "no Xvfb";
+        host = display.MakeHostWindow(100, 100, 500, 300);
+        display.Focus(host);
+        ASSERT_TRUE(frame.AttachHost(Native(host)));
+        ASSERT_TRUE(panel.Create(WindowClass{}, "panel", WS_CHILD | WS_VISIBLE, {0, 0, 460, 210}, &frame, 0));
+        ASSERT_TRUE(Until([this] { return display.Pixel(300, 200) == 0x0A78C8; }))
+            << "the panel does not show";
+        Settle();
+        panel.seen.clear();
+        panel.painted.clear();
+    }
+
+    static void* Native(xcb_window_t window) {
+        return reinterpret_cast<void*>(static_cast<std::uintptr_t>(window));
+    }
+    xcb_window_t PanelId() {
+        const std::vector<xcb_window_t> children = display.Children(host);
+        return children.empty() ? 0 : children.back();
+    }
+    /// Runs idles until `done`; false when it takes too long.
+    bool Until(const std::function<bool()>& done) {
+        return WaitFor([this] { frame.Idle(); }, done);
+    }
+    /// Runs idles until everything that has happened has arrived.
+    void Settle() {
+        display.Sync();
+        for (int i = 0; i < 5; ++i) {
+            WaitFor([this] { frame.Idle(); }, [] { return true; });
+            ::usleep(2000);
+        }
+    }
+    /// The highest window on the screen: a dialog or a menu, else the host's.
+    xcb_window_t TopWindow() {
+        xcb_window_t top = 0;
+        for (const xcb_window_t window : display.Children())
+            if (display.IsViewable(window)) top = window;
+        return top;
+    }
+
+    VirtualDisplay display;
+    xcb_window_t host = 0;
+    CFrameWnd frame;
+    Recorder panel;
+};
+
+} // namespace vocafade::test

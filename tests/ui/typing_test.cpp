@@ -1,0 +1,534 @@
+// SPDX-License-Identifier: MIT
+// Entry fields, menus, dialogs and the other controls, used as a user would.
+
+#include "tests/ui/desk.h"
+
+#include <X11/keysym.h>
+#include <chrono>
+#include <thread>
+
+namespace vocafade::test {
+namespace {
+
+constexpr xcb_keysym_t kUnicode = 0x1000000;
+
+/// An entry field that notes what reaches it.
+class Field : public CEdit {
+  public:
+    std::vector<UINT> keys;
+    std::vector<std::pair<UINT, UINT>> characters; ///< and their flags
+
+    std::string text() const { return text_.str(); }
+
+  protected:
+    LRESULT WindowProc(UINT message, WPARAM w, LPARAM l) override {
+        if (message == WM_KEYDOWN) keys.push_back(static_cast<UINT>(w));
+        if (message == WM_CHAR)
+            characters.emplace_back(static_cast<UINT>(w), HIWORD(static_cast<std::uintptr_t>(l)));
+        return CEdit::WindowProc(message, w, l);
+    }
+};
+
+class Typing : public Desk {
+  protected:
+    void SetUp() override {
+        Desk::SetUp();
+        ASSERT_TRUE(field.Create(WS_CHILD | WS_VISIBLE, {10, 10, 210, 32}, &panel, 18001));
+        field.SetFocus();
+        ASSERT_TRUE(Until([this] { return display.Focused() == PanelId(); }));
+    }
+    bool Shows(const std::string& text) {
+        return Until([&] { return field.text() == text; });
+    }
+    void Chord(xcb_keysym_t modifier, xcb_keysym_t key) {
+        display.Key(modifier, true);
+        display.Tap(key);
+        display.Key(modifier, false);
+    }
+
+    Field field;
+};
+
+TEST_F(Typing, KeysHaveTheirCodesAndCharacters) {
+    for (const xcb_keysym_t key : {XK_Return, XK_KP_Enter, XK_Escape, XK_BackSpace, XK_Left, XK_Right, XK_p})
+        display.Tap(key);
+    ASSERT_TRUE(Until([this] { return field.characters.size() == 7; }));
+    EXPECT_EQ(field.keys,
+              (std::vector<UINT>{36, 35, 53, kKeyBackspace, kKeyLeft, kKeyRight, kKeyCharacter + 'P'}));
+    const std::vector<std::pair<UINT, UINT>> expected{{13, 0},          {13, 0},          {27, 0}, {8, 0},
+                                                      {37, kCharArrow}, {39, kCharArrow}, {'p', 0}};
+    EXPECT_EQ(field.characters, expected);
+    EXPECT_EQ(field.text(), "p");
+    // A typed per cent sign is no arrow.
+    Chord(XK_Shift_L, XK_5);
+    EXPECT_TRUE(Shows("p%"));
+    EXPECT_EQ(field.characters.back(), (std::pair<UINT, UINT>(37, 0)));
+}
+
+TEST_F(Typing, JapaneseFromTheLayoutAndAccentsFromTheComposeKey) {
+    display.AddKeys({kUnicode | 0x6B4C, kUnicode | 0x3042, XK_kana_A, XK_Multi_key, XK_dead_acute});
+    Settle();
+    display.Tap(kUnicode | 0x6B4C);
+    display.Tap(kUnicode | 0x3042);
+    display.Tap(XK_kana_A);
+    EXPECT_TRUE(Shows("\xE6\xAD\x8C\xE3\x81\x82\xE3\x82\xA2")) << field.text();
+    display.Tap(XK_BackSpace);
+    EXPECT_TRUE(Shows("\xE6\xAD\x8C\xE3\x81\x82")) << "a character goes whole";
+    for (const xcb_keysym_t key : {XK_Multi_key, XK_o, XK_slash})
+        display.Tap(key);
+    EXPECT_TRUE(Shows("\xE6\xAD\x8C\xE3\x81\x82\xC3\xB8")) << field.text();
+    display.Tap(XK_dead_acute);
+    display.Tap(XK_e);
+    EXPECT_TRUE(Shows("\xE6\xAD\x8C\xE3\x81\x82\xC3\xB8\xC3\xA9")) << field.text();
+    // Escape in the middle of a sequence ends the sequence, and is no Escape for the field.
+    field.keys.clear();
+    display.Tap(XK_Multi_key);
+    display.Tap(XK_Escape);
+    display.Tap(XK_x);
+    EXPECT_TRUE(Shows("\xE6\xAD\x8C\xE3\x81\x82\xC3\xB8\xC3\xA9x")) << field.text();
+    EXPECT_EQ(std::count(field.keys.begin(), field.keys.end(), kKeyEscape), 0);
+}
+
+TEST_F(Typing, EditsSelectsAndLimits) {
+    field.SetWindowText("hello world");
+    field.SetSel(0, -1);
+    display.Tap(XK_a);
+    EXPECT_TRUE(Shows("a")) << "typing replaces what is selected";
+    field.SetWindowText("one two");
+    display.Tap(XK_End);
+    Chord(XK_Control_L, XK_Left);
+    display.Tap(XK_x);
+    EXPECT_TRUE(Shows("one xtwo"));
+    display.Tap(XK_Home);
+    display.Key(XK_Shift_L, true);
+    display.Tap(XK_Right);
+    display.Tap(XK_Right);
+    display.Key(XK_Shift_L, false);
+    display.Tap(XK_Delete);
+    EXPECT_TRUE(Shows("e xtwo"));
+    display.Tap(XK_Delete);
+    EXPECT_TRUE(Shows(" xtwo"));
+    Chord(XK_Control_L, XK_a);
+    Chord(XK_Control_L, XK_x);
+    EXPECT_TRUE(Shows(""));
+    Chord(XK_Control_L, XK_v);
+    Chord(XK_Control_L, XK_v);
+    EXPECT_TRUE(Shows(" xtwo xtwo"));
+    field.SetLimitText(11);
+    display.Tap(XK_b);
+    display.Tap(XK_c);
+    EXPECT_TRUE(Shows(" xtwo xtwob"));
+    Settle();
+    EXPECT_EQ(field.text(), " xtwo xtwob");
+    field.SetReadOnly(true);
+    display.Tap(XK_BackSpace);
+    Settle();
+    EXPECT_EQ(field.text(), " xtwo xtwob");
+}
+
+TEST_F(Typing, ThePointerSetsTheCaretAndSelects) {
+    field.SetWindowText("abc defghij");
+    display.Click(112, 121); // left of the first letter
+    display.Tap(XK_1);
+    EXPECT_TRUE(Shows("1abc defghij"));
+    display.MoveTo(300, 121);
+    display.Button(1, true);
+    display.MoveTo(20, 121);
+    display.Button(1, false);
+    display.Tap(XK_2);
+    EXPECT_TRUE(Shows("2")) << "dragging past the start selects to the start";
+    field.SetWindowText("abc defghij");
+    display.Click(150, 121);
+    display.Click(150, 121);
+    display.Tap(XK_z);
+    EXPECT_TRUE(Shows("abc z")) << "a double click takes the word";
+}
+
+TEST_F(Typing, TheClipboardIsSharedWithOtherPrograms) {
+    // Another program owns the clipboard: this test's own client.
+    const auto atom = [this](std::string_view name) {
+        xcb_intern_atom_reply_t* reply = xcb_intern_atom_reply(
+            display.connection(),
+            xcb_intern_atom(display.connection(), 0, static_cast<std::uint16_t>(name.size()), name.data()),
+            nullptr);
+        const xcb_atom_t value = reply->atom;
+        std::free(reply);
+        return value;
+    };
+    xcb_connection_t* c = display.connection();
+    xcb_set_selection_owner(c, host, atom("CLIPBOARD"), XCB_CURRENT_TIME);
+    Chord(XK_Control_L, XK_v);
+    const std::string offered = "\xE5\xA3\xB0 1\nsecond line";
+    ASSERT_TRUE(Until([&] {
+        xcb_generic_event_t* event = xcb_poll_for_event(c);
+        const bool asked = event != nullptr && (event->response_type & 0x7F) == XCB_SELECTION_REQUEST;
+        if (asked) {
+            const auto* request = reinterpret_cast<const xcb_selection_request_event_t*>(event);
+            xcb_change_property(c, XCB_PROP_MODE_REPLACE, request->requestor, request->property,
+                                request->target, 8, static_cast<std::uint32_t>(offered.size()),
+                                offered.data());
+            xcb_selection_notify_event_t answer{};
+            answer.response_type = XCB_SELECTION_NOTIFY;
+            answer.requestor = request->requestor;
+            answer.selection = request->selection;
+            answer.target = request->target;
+            answer.property = request->property;
+            xcb_send_event(c, 0, request->requestor, 0, reinterpret_cast<const char*>(&answer));
+            display.Sync();
+        }
+        std::free(event);
+        return asked;
+    }));
+    EXPECT_TRUE(Shows("\xE5\xA3\xB0 1")) << "one line, and every character as if typed";
+    EXPECT_EQ(field.characters[0].first, 0x58F0U);
+}
+
+TEST_F(Typing, TheSpinButtonStepsTheNumberBesideIt) {
+    CSpinButtonCtrl spin;
+    ASSERT_TRUE(spin.Create(WS_CHILD | WS_VISIBLE | 166, {210, 10, 225, 32}, &panel, 18000));
+    spin.SetRange32(-5, 20);
+    spin.SetBuddy(&field);
+    field.SetWindowText("18");
+    display.Click(317, 114); // the upper arrow
+    EXPECT_TRUE(Shows("19"));
+    display.Tap(XK_Up);
+    EXPECT_TRUE(Shows("20"));
+    display.Click(317, 114, 4);
+    Settle();
+    EXPECT_EQ(field.text(), "20") << "in range";
+    display.Tap(XK_Down);
+    EXPECT_TRUE(Shows("19"));
+    display.MoveTo(317, 128);
+    display.Button(1, true); // held, it goes on by itself to the other end
+    EXPECT_TRUE(Until([this] { return field.text() == "-5"; })) << field.text();
+    display.Button(1, false);
+    field.SetWindowText("7");
+    Settle();
+    std::this_thread::sleep_for(std::chrono::milliseconds(120));
+    Settle();
+    EXPECT_EQ(field.text(), "7") << "released, it stops";
+}
+
+// --- Menus
+// -----------------------------------------------------------------------------------------------------------
+
+class Menus : public Desk {
+  protected:
+    bool Open(int items = 3) {
+        CMenu menu;
+        menu.CreatePopupMenu();
+        for (int i = 0; i < items; ++i)
+            menu.AppendMenu(i == 1 ? MF_CHECKED | MF_GRAYED : MF_STRING, static_cast<UINT>(1010 + i),
+                            ("Item " + std::to_string(i)).c_str());
+        const bool shown = menu.TrackPopupMenu(TPM_RIGHTBUTTON, 91, 13, &panel, [this] {
+            panel.seen.push_back({kClosed, 0, 0});
+        });
+        if (!shown) return false;
+        Settle();
+        id = TopWindow();
+        place = display.PlaceOf(id);
+        return display.IsViewable(id) && id != host;
+    }
+    bool Closed() {
+        return Until([this] { return panel.Count(kClosed) == 1 && TopWindow() != id; });
+    }
+    /// The last command that arrived.
+    UINT Command() const {
+        UINT command = 0;
+        for (const Seen& s : panel.seen)
+            if (s.message == WM_COMMAND) command = static_cast<UINT>(s.wParam);
+        return command;
+    }
+    static constexpr UINT kClosed = 0xFFFF;
+    xcb_window_t id = 0;
+    VirtualDisplay::Place place;
+};
+
+TEST_F(Menus, OpensAtItsPlaceAndSendsTheChosenCommandAfterItHasClosed) {
+    ASSERT_TRUE(Open());
+    EXPECT_EQ(place.x, 191);
+    EXPECT_EQ(place.y, 113);
+    const int line = place.height / 3;
+    display.Click(place.x + 30, place.y + line + line / 2); // greyed: nothing
+    Settle();
+    EXPECT_TRUE(display.IsViewable(id));
+    display.Click(place.x + 30, place.y + 2 * line + line / 2);
+    ASSERT_TRUE(Closed());
+    EXPECT_EQ(panel.Order({kClosed, WM_COMMAND, WM_EXITMENULOOP}),
+              (std::vector<UINT>{kClosed, WM_COMMAND, WM_EXITMENULOOP}));
+    EXPECT_EQ(Command(), 1012U);
+    panel.seen.clear();
+    display.MoveTo(110, 110);
+    EXPECT_TRUE(Until([this] { return panel.Count(WM_MOUSEMOVE) > 0; })) << "the mouse is free again";
+}
+
+TEST_F(Menus, PressMoveReleaseChoosesInOneGo) {
+    display.MoveTo(185, 120);
+    display.Button(1, true);
+    Settle();
+    ASSERT_TRUE(Open());
+    display.MoveTo(place.x + 30, place.y + 8);
+    display.Button(1, false);
+    ASSERT_TRUE(Closed());
+    EXPECT_EQ(panel.Count(WM_COMMAND), 1);
+}
+
+TEST_F(Menus, APressOutsideOrEscapeClosesItWithoutACommand) {
+    ASSERT_TRUE(Open());
+    display.Click(800, 800);
+    ASSERT_TRUE(Closed());
+    EXPECT_EQ(panel.Order({WM_COMMAND, WM_LBUTTONDOWN, WM_EXITMENULOOP}), std::vector<UINT>{WM_EXITMENULOOP});
+    panel.seen.clear();
+    ASSERT_TRUE(Open());
+    display.TakeHostKeys();
+    display.Tap(XK_Escape);
+    ASSERT_TRUE(Closed());
+    EXPECT_EQ(panel.Count(WM_COMMAND), 0);
+    EXPECT_EQ(display.TakeHostKeys(), 0);
+    panel.seen.clear();
+    ASSERT_TRUE(Open());
+    display.Tap(XK_Home);
+    display.Tap(XK_Down); // over the greyed one
+    display.Tap(XK_Return);
+    ASSERT_TRUE(Closed());
+    EXPECT_EQ(panel.Count(WM_COMMAND), 1);
+    EXPECT_EQ(panel.Order({kClosed, WM_COMMAND}).size(), 2U);
+}
+
+TEST_F(Menus, SixtyFourItemsFitOnTheScreenAndAllCanBeReached) {
+    ASSERT_TRUE(Open(64));
+    EXPECT_GE(place.y, 0);
+    EXPECT_LE(place.y + place.height, 1024);
+    EXPECT_LE(place.x + place.width, 1280);
+    display.Tap(XK_End);
+    display.Tap(XK_Return);
+    ASSERT_TRUE(Closed());
+    EXPECT_EQ(Command(), 1010U + 63U);
+    EXPECT_EQ(panel.Count(WM_COMMAND), 1);
+    panel.seen.clear();
+    ASSERT_TRUE(Open(900)); // more than fits in columns: the wheel brings the rest
+    EXPECT_LE(place.height, 1024);
+}
+
+TEST_F(Menus, TheHostGoesOnAndTheMenuGoesWithItsOwner) {
+    ASSERT_TRUE(Open(64));
+    double longest = 0.0;
+    for (int i = 0; i < 60; ++i) {
+        display.MoveTo(place.x + 20, place.y + 5 + i * 4);
+        const auto start = std::chrono::steady_clock::now();
+        frame.Idle();
+        longest = std::max(
+            longest,
+            std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count());
+    }
+#ifndef VOCAFADE_SANITIZED
+    EXPECT_LT(longest, 5.0) << "milliseconds";
+#endif
+    EXPECT_EQ(panel.Count(kClosed), 0);
+    panel.DestroyWindow();
+    Settle();
+    EXPECT_NE(TopWindow(), id);
+    EXPECT_EQ(panel.Count(kClosed), 0);
+    EXPECT_EQ(panel.Count(WM_COMMAND), 0);
+}
+
+// --- Dialogs
+// ---------------------------------------------------------------------------------------------------------
+
+const DialogTemplate& SaveTemplate() {
+    static const DialogTemplate saved{
+        5040,
+        {280, 120},
+        "Save",
+        {{DialogItem::Kind::label, -1, {10, 10, 80, 32}, 0, "Program"},
+         {DialogItem::Kind::comboBox, 1120, {90, 10, 270, 34}, CBS_DROPDOWNLIST | WS_TABSTOP, ""},
+         {DialogItem::Kind::edit, 5000, {90, 44, 270, 68}, WS_TABSTOP, ""},
+         {DialogItem::Kind::button, IDOK, {100, 84, 180, 110}, BS_DEFPUSHBUTTON | WS_TABSTOP, "OK"},
+         {DialogItem::Kind::button, IDCANCEL, {190, 84, 270, 110}, WS_TABSTOP, "Cancel"}}};
+    return saved;
+}
+
+class SaveDlg : public CDialog {
+  public:
+    explicit SaveDlg(CWnd* parent = nullptr) : CDialog(SaveTemplate(), parent) {}
+    CComboBox list;
+    CString name;
+    int chosen = -1;
+    int changes = 0;
+
+    DECLARE_MESSAGE_MAP()
+
+  protected:
+    void DoDataExchange(CDataExchange* exchange) override {
+        CDialog::DoDataExchange(exchange);
+        DDX_Control(exchange, 1120, list);
+    }
+    bool OnInitDialog() override {
+        CDialog::OnInitDialog();
+        for (int i = 0; i < 64; ++i)
+            list.AddString((std::to_string(i + 1) + ":Empty").c_str());
+        list.SetCurSel(2);
+        GetDlgItem(5000)->SetWindowText("Empty");
+        return true;
+    }
+    void OnSel() { ++changes; }
+    void OnOK() override {
+        chosen = list.GetCurSel();
+        GetDlgItemText(5000, name);
+        CDialog::OnOK();
+    }
+};
+
+// clang-format off
+BEGIN_MESSAGE_MAP(SaveDlg, CDialog)
+ON_CBN_SELCHANGE(1120, OnSel)
+END_MESSAGE_MAP()
+// clang-format on
+
+class Dialogs : public Desk {
+  protected:
+    bool Open() {
+        dialog = std::make_unique<SaveDlg>(&panel);
+        result = 0;
+        if (!dialog->DoModal([this](int r) {
+                result = r;
+                chosen = dialog->chosen;
+                name = dialog->name;
+                dialog.reset();
+            }))
+            return false;
+        if (!Until([this] { return dialog->IsWindow() && display.Focused() == TopWindow(); })) return false;
+        id = TopWindow();
+        place = display.PlaceOf(id);
+        return id != host;
+    }
+    std::unique_ptr<SaveDlg> dialog;
+    int result = 0;
+    int chosen = -1;
+    CString name;
+    xcb_window_t id = 0;
+    VirtualDisplay::Place place;
+};
+
+TEST_F(Dialogs, IsFilledOutAndConfirmed) {
+    ASSERT_TRUE(Open());
+    EXPECT_NEAR(place.x + place.width / 2, 330, 1) << "in the middle of the panel";
+    EXPECT_NEAR(place.y + place.height / 2, 205, 1);
+    EXPECT_EQ(dialog->GetDlgItem(1120), &dialog->list);
+    EXPECT_EQ(dialog->GetFocus(), &dialog->list);
+    display.Tap(XK_Down);
+    display.Tap(XK_Tab);
+    for (const xcb_keysym_t key : {XK_n, XK_e, XK_w})
+        display.Tap(key); // the field's text is selected when Tab comes to it
+    EXPECT_TRUE(Until([this] {
+        CString now;
+        dialog->GetDlgItemText(5000, now);
+        return now == "new";
+    }));
+    EXPECT_EQ(dialog->changes, 1);
+    display.Tap(XK_Return);
+    ASSERT_TRUE(Until([this] { return result != 0; }));
+    EXPECT_EQ(result, IDOK);
+    EXPECT_EQ(chosen, 3);
+    EXPECT_EQ(name, "new");
+    Settle();
+    EXPECT_EQ(display.Focused(), host) << "the host has its keyboard back";
+    EXPECT_EQ(TopWindow(), host);
+}
+
+TEST_F(Dialogs, IsLeftByEscapeByCancelAndByItsFrame) {
+    ASSERT_TRUE(Open());
+    display.Tap(XK_Escape);
+    ASSERT_TRUE(Until([this] { return result == IDCANCEL; }));
+    ASSERT_TRUE(Open());
+    display.Click(place.x + 230, place.y + 97);
+    ASSERT_TRUE(Until([this] { return result == IDCANCEL; }));
+    ASSERT_TRUE(Open());
+    for (int i = 0; i < 3; ++i)
+        display.Tap(XK_Tab);
+    display.Tap(XK_Return); // on the Cancel button, that is what it means
+    ASSERT_TRUE(Until([this] { return result == IDCANCEL; }));
+    ASSERT_TRUE(Open());
+    dialog->SendMessage(WM_CLOSE);
+    ASSERT_TRUE(Until([this] { return result == IDCANCEL; }));
+}
+
+TEST_F(Dialogs, ItsListDropsDownAndIsChosenFrom) {
+    ASSERT_TRUE(Open());
+    display.Click(place.x + 150, place.y + 22);
+    ASSERT_TRUE(Until([this] { return TopWindow() != id && display.IsViewable(TopWindow()); }));
+    EXPECT_TRUE(dialog->list.GetDroppedState());
+    const VirtualDisplay::Place list = display.PlaceOf(TopWindow());
+    EXPECT_LE(list.y + list.height, 1024);
+    display.Click(list.x + 40, list.y + 10);
+    ASSERT_TRUE(Until([this] { return dialog->list.GetCurSel() == 0 && TopWindow() == id; }));
+    EXPECT_EQ(dialog->changes, 1);
+    EXPECT_FALSE(dialog->list.GetDroppedState());
+    display.Click(place.x + 140, place.y + 97);
+    ASSERT_TRUE(Until([this] { return result == IDOK; }));
+    EXPECT_EQ(chosen, 0);
+    EXPECT_EQ(name, "Empty");
+}
+
+TEST_F(Dialogs, BlocksItsOwnerOnlyAndGoesWithIt) {
+    ASSERT_TRUE(Open());
+    EXPECT_FALSE(dialog->DoModal({})) << "it is open already";
+    panel.seen.clear();
+    display.Click(110, 110);
+    Settle();
+    EXPECT_EQ(panel.Count(WM_LBUTTONDOWN), 0);
+    panel.Invalidate(); // but it goes on painting, and its timers on ticking
+    panel.SetTimer(1, 5);
+    EXPECT_TRUE(Until([this] { return panel.Count(WM_PAINT) > 0 && panel.Count(WM_TIMER) > 0; }));
+    panel.DestroyWindow();
+    Settle();
+    EXPECT_EQ(result, 0) << "nobody is told";
+    EXPECT_FALSE(dialog->IsOpen());
+    EXPECT_EQ(TopWindow(), host);
+}
+
+TEST_F(Dialogs, OpensWithoutHoldingTheHostUp) {
+    // The first one pays for fonts once; what counts is every one after it.
+    ASSERT_TRUE(Open());
+    display.Tap(XK_Escape);
+    ASSERT_TRUE(Until([this] { return result == IDCANCEL; }));
+    dialog = std::make_unique<SaveDlg>(&panel);
+    dialog->DoModal([](int) {});
+    double longest = 0.0;
+    for (int i = 0; i < 30; ++i) {
+        const auto start = std::chrono::steady_clock::now();
+        frame.Idle();
+        longest = std::max(
+            longest,
+            std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count());
+        if (i == 20) display.Tap(XK_n);
+    }
+    EXPECT_TRUE(dialog->IsWindow());
+#ifndef VOCAFADE_SANITIZED
+    EXPECT_LT(longest, 5.0) << "milliseconds";
+#endif
+}
+
+TEST_F(Dialogs, AMessageBoxAsksAndAnswers) {
+    std::vector<int> answers;
+    const auto note = [&](int answer) { answers.push_back(answer); };
+    ASSERT_TRUE(
+        AfxMessageBox("The bank could not be written.\nIs the disk full?", MB_OK | MB_ICONERROR, note));
+    ASSERT_TRUE(Until([this] { return display.Focused() != host; }));
+    display.Tap(XK_Return);
+    ASSERT_TRUE(Until([&] { return answers.size() == 1; }));
+    ASSERT_TRUE(AfxMessageBox("Replace it?", MB_YESNO, note));
+    ASSERT_TRUE(Until([this] { return TopWindow() != host && display.Focused() == TopWindow(); }));
+    display.Tap(XK_Escape);
+    ASSERT_TRUE(Until([&] { return answers.size() == 2; }));
+    EXPECT_EQ(answers, (std::vector<int>{IDOK, IDNO}));
+    Settle();
+    EXPECT_EQ(TopWindow(), host);
+    frame.DetachHost();
+    testing::internal::CaptureStderr();
+    EXPECT_FALSE(AfxMessageBox("Nobody is there", MB_OK, note));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "Vocafade: Nobody is there\n");
+}
+
+} // namespace
+} // namespace vocafade::test

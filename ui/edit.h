@@ -1,0 +1,78 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "ui/wnd.h"
+
+namespace vocafade {
+
+class CSpinButtonCtrl;
+
+/// A one-line entry field: caret, selection by keys and mouse, clipboard, scrolling. Text is UTF-8; positions
+/// are counted in characters (code points). Notifies its parent with EN_CHANGE, EN_SETFOCUS, EN_KILLFOCUS.
+///
+/// Every change that the user types arrives as WM_KEYDOWN and WM_CHAR first (pasted text too, one WM_CHAR a
+/// character), so that a derived class filters all of it in `OnChar`.
+class CEdit : public CWnd {
+  public:
+    using CWnd::Create;
+    bool Create(UINT style, const CRect& rect, CWnd* parent, UINT id);
+
+    /// Selects characters `first` to `last` (not included), -1 for the end; the caret goes to `last`.
+    void SetSel(int first, int last);
+    void GetSel(int& first, int& last) const;
+    void ReplaceSel(const char* text);
+    /// At most `count` characters can be typed; 0 for no limit. `SetWindowText` is not limited.
+    void SetLimitText(int count);
+    void LimitText(int count) { SetLimitText(count); }
+    void SetReadOnly(bool readOnly);
+
+    /// What a spin button beside this field shows and reads: its position as decimal text. A field that shows
+    /// a number in another form converts here.
+    virtual void SetTextForSpin(const char* integerText) { SetWindowText(integerText); }
+    virtual CString GetTextForSpin() const { return text_; }
+    /// The spin button beside this field has changed it.
+    virtual void NotifySpinButton() {}
+
+    const char* ClassName() const override { return "CEdit"; }
+    bool WantsKeyboard() const override { return true; }
+    HCURSOR CursorAt(CPoint) const override { return kCursorIBeam; }
+
+  protected:
+    LRESULT DefWindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;
+    void TextChanged() override;
+
+  private:
+    friend class CSpinButtonCtrl;
+
+    void Paint();
+    void KeyDown(UINT key);
+    bool Shortcut(UINT key);
+    void Char(UINT character, UINT flags);
+    void Press(CPoint point);
+    void SelectWord(CPoint point);
+    void MoveCaret(int to, bool select);
+    void Replace(const std::string& text);
+    void EraseOr(int direction);
+    int NextWord(int direction) const;
+    int CharacterAt(int x) const;
+    void ScrollToCaret();
+    void CopySelection();
+    int Length() const;
+    std::size_t ByteOf(int character) const;
+    CRect Inside() const;
+    /// The x of the text's left end.
+    int TextLeft(const std::vector<int>& stops) const;
+    std::vector<int> Stops() const;
+    CFont& FontInUse() const;
+
+    CSpinButtonCtrl* spin_ = nullptr;
+    int anchor_ = 0;
+    int caret_ = 0;
+    int scroll_ = 0; ///< pixels that have left on the left side
+    int limit_ = 0;
+    bool selecting_ = false;
+    bool focused_ = false;
+    mutable std::unique_ptr<CFont> defaultFont_;
+};
+
+} // namespace vocafade

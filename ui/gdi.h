@@ -1,0 +1,112 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "base/cstring.h"
+#include "ui/geometry.h"
+#include "ui/winuser.h"
+
+#include <cstddef>
+#include <memory>
+#include <span>
+#include <vector>
+
+namespace vocafade {
+
+class CDC;
+namespace platform {
+class Surface;
+class Font;
+} // namespace platform
+
+/// An image that can be selected into a `CDC` as the source of a transfer.
+class CBitmap {
+  public:
+    CBitmap();
+    virtual ~CBitmap();
+    CBitmap(const CBitmap&) = delete;
+    CBitmap& operator=(const CBitmap&) = delete;
+
+    /// [main-thread] Decodes a PNG file's bytes. False, with an empty bitmap, when they are no PNG.
+    bool LoadPng(std::span<const std::byte> file);
+    /// [main-thread] Makes a transparent image of that size in pixels.
+    bool CreateBitmap(int width, int height);
+    void DeleteObject();
+    bool IsNull() const { return surface_ == nullptr; }
+    /// Size in pixels, 0 without an image.
+    int Width() const;
+    int Height() const;
+    /// The image's pixels for the drawing layer; null without an image.
+    platform::Surface* surface() const { return surface_.get(); }
+
+  private:
+    std::unique_ptr<platform::Surface> surface_;
+};
+
+/// Width, height and bytes of a row (width times 4) of an image; zeros without one.
+void GetBitmapSize0(const CBitmap& image, int* width, int* height, int* rowBytes);
+
+/// A bitmap out of the plug-in's resources.
+class CKVBBitmap : public CBitmap {
+  public:
+    /// [main-thread] Loads resource number `id` ("3005.png") from the source set with `SetResourceSource`. A
+    /// file of the resource folder that is missing or no PNG gives way to the embedded copy. False, with an
+    /// empty bitmap (0 by 0, draws nothing), when there is neither. `handleSlot` is kept for the callers'
+    /// sake and stays as it was.
+    bool LoadResourceBitmap(int id, void** handleSlot = nullptr);
+};
+
+/// A set of pixels, kept as rectangles that do not overlap.
+class CRgn {
+  public:
+    CRgn() = default;
+    explicit CRgn(const CRect& rect) { SetRectRgn(rect); }
+
+    bool CreateRectRgn(int left, int top, int right, int bottom);
+    void SetRectRgn(const CRect& rect);
+    void DeleteObject() { rects_.clear(); }
+    /// Becomes `a` combined with `b` by RGN_AND, RGN_OR, RGN_DIFF or RGN_COPY (of `a`).
+    void CombineRgn(const CRgn& a, const CRgn& b, int mode);
+    void Intersect(const CRect& rect);
+    void Subtract(const CRect& rect);
+    void Add(const CRect& rect);
+    void OffsetRgn(int dx, int dy);
+    bool IsEmpty() const { return rects_.empty(); }
+    bool PtInRegion(CPoint point) const;
+    /// The smallest rectangle around the region.
+    CRect GetRgnBox() const;
+    const std::vector<CRect>& rects() const { return rects_; }
+
+  private:
+    std::vector<CRect> rects_;
+};
+
+/// A font by name and size.
+class CFont {
+  public:
+    CFont();
+    virtual ~CFont();
+    CFont(const CFont&) = delete;
+    CFont& operator=(const CFont&) = delete;
+
+    /// [main-thread] The font called `name` at `size` points, one point being one pixel (not tenths of a
+    /// point). Where the system has no font of that name it chooses the one that comes nearest; characters
+    /// that a font lacks come from others. Always true. `dc` is not needed.
+    bool CreatePointFont(int size, const char* name, CDC* dc = nullptr);
+    void DeleteObject();
+    const CString& name() const { return name_; }
+    int pointSize() const { return size_; }
+    /// Bounding-box height of the font in pixels, truncated.
+    int height() const;
+    /// Height of the text above the baseline less 2, in pixels, truncated: `CDC::TextOut` at y puts the
+    /// baseline at y plus this.
+    int ascent() const;
+    /// What the drawing layer draws with; "Helvetica" at 12 points before `CreatePointFont`.
+    platform::Font& native() const;
+
+  private:
+    CString name_;
+    int size_ = 0;
+    mutable std::shared_ptr<platform::Font> font_;
+};
+
+} // namespace vocafade

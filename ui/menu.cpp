@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: MIT
+#include "ui/menu.h"
+
+#include "ui/popup.h"
+
+namespace vocafade {
+
+bool CMenu::CreatePopupMenu() {
+    items_.clear();
+    return true;
+}
+
+bool CMenu::AppendMenu(UINT flags, UINT id, const char* text) {
+    items_.push_back({flags, id, CString(text)});
+    return true;
+}
+
+bool CMenu::TrackPopupMenu(UINT /*flags*/, int x, int y, CWnd* owner, std::function<void()> closed) const {
+    if (owner == nullptr) return false;
+    std::vector<UINT> ids;
+    ids.reserve(items_.size());
+    int checked = -1;
+    for (const Item& item : items_) {
+        if ((item.flags & MF_CHECKED) != 0 && checked < 0) checked = static_cast<int>(ids.size());
+        ids.push_back(item.id);
+    }
+    const std::weak_ptr<bool> alive = owner->LifeToken();
+    auto done = [owner, alive, ids = std::move(ids), closed = std::move(closed)](int index) {
+        const auto lives = [&alive] {
+            const std::shared_ptr<bool> token = alive.lock();
+            return token != nullptr && *token;
+        };
+        if (!lives()) return;
+        if (closed) closed();
+        if (index >= 0 && lives()) owner->SendMessage(WM_COMMAND, ids[static_cast<std::size_t>(index)]);
+        if (lives()) owner->SendMessage(WM_EXITMENULOOP);
+    };
+    return PopupWnd::Open(*owner, {x, y}, 0, 0, items_, checked, std::move(done));
+}
+
+} // namespace vocafade

@@ -1,0 +1,171 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "ui/geometry.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// What the window and drawing layer needs of a system. A system is one folder beside this header that
+/// implements these classes and the five functions at the end; the layer above includes nothing else of it.
+///
+/// Everything here is for one thread at a time; different displays may be used on different threads.
+/// Pixels are device pixels. A system with a scale factor other than 1 tells it with `Display::Scale`; the
+/// layer does not use it today.
+namespace vocafade::platform {
+
+/// A picture: rows from the top, one 32-bit number a pixel (0xAARRGGBB, colours premultiplied with alpha).
+class Surface {
+  public:
+    virtual ~Surface() = default;
+    virtual int Width() const = 0;
+    virtual int Height() const = 0;
+    /// The pixels, to be read or written until the next other call; `Stride` numbers lie from row to row.
+    virtual std::uint32_t* Pixels() = 0;
+    virtual int Stride() const = 0;
+    /// To be called after writing to `Pixels`.
+    virtual void PixelsChanged() = 0;
+
+    /// Fills the rectangles with one opaque colour (0xRRGGBB).
+    virtual void Fill(std::span<const CRect> where, std::uint32_t rgb) = 0;
+    /// Draws `from` of `source` into `to`, blended with the source's alpha, within the rectangles `clip`;
+    /// bilinear where the sizes differ. `from` lies inside the source; `source` is not this surface.
+    virtual void Draw(Surface& source, const CRect& from, const CRect& to, std::span<const CRect> clip) = 0;
+    virtual bool WritePng(const char* path) = 0;
+};
+
+/// A font of one size, and what other fonts add to it where it lacks a character. Text is valid UTF-8, one
+/// line.
+class Font {
+  public:
+    virtual ~Font() = default;
+    /// Height of the bounding box around all characters of the font, in pixels.
+    virtual double BoundingHeight() const = 0;
+    /// Height above and depth below the baseline, in pixels.
+    virtual double Ascent() const = 0;
+    virtual double Descent() const = 0;
+    /// Advance width in pixels.
+    virtual int Width(std::string_view text) = 0;
+    /// The x of the caret before each character (code point) and behind the last, in pixels.
+    virtual std::vector<int> CaretStops(std::string_view text) = 0;
+    /// Draws with the left end of the baseline at (x, baseline), within the rectangles `clip`.
+    virtual void Draw(Surface& target, int x, int baseline, std::string_view text, std::uint32_t rgb,
+                      std::span<const CRect> clip) = 0;
+};
+
+class Window;
+
+enum class EventType {
+    none,
+    pressed,     ///< `point`, `button` (1 left, 2 middle, 3 right), `time`
+    released,    ///< the same
+    moved,       ///< `point`
+    left,        ///< the pointer has left the window
+    wheel,       ///< `point`, `value`: notches, upwards positive
+    keyPressed,  ///< `key`, `text`
+    keyReleased, ///< `key`
+    focusGained, ///< the window has the system's keyboard focus now
+    focusLost,
+    exposed,       ///< `area` must be presented again
+    shown,         ///< the window has come onto the screen for the first time, or again
+    closeAsked,    ///< the user pressed the close button of the frame
+    destroyed,     ///< the system destroyed the window (with the host's); it must not be used but for its end
+    parentResized, ///< `area`: the host's window has this size now; `window` is null
+    clipboard,     ///< `text`: what `RequestClipboard` asked for
+};
+
+struct Event {
+    EventType type = EventType::none;
+    Window* window = nullptr;
+    CPoint point; ///< in the window
+    CRect area;
+    int button = 0;
+    int value = 0;
+    std::uint32_t time = 0; ///< milliseconds of the system's own clock
+    unsigned key = 0;       ///< a `kKey...` code
+    bool keyTyped = false;  ///< `text` was typed (and is no control character)
+    std::string text;       ///< UTF-8
+    bool shift = false;     ///< modifiers and the left button as they were when it happened
+    bool control = false;
+    bool alt = false;
+    bool leftButton = false;
+};
+
+enum class WindowKind : int {
+    embedded, ///< a child of the host's window
+    dialog,   ///< a window with a frame of its own, above the host's
+    popup,    ///< a menu: no frame, above all, takes all input while it is shown
+};
+
+struct WindowRequest {
+    WindowKind kind = WindowKind::embedded;
+    std::uintptr_t host = 0; ///< the host's window: the parent, or what the dialog belongs to
+    CRect bounds;            ///< in the parent, or on the screen
+    std::string title;       ///< UTF-8
+};
+
+/// A native window.
+class Window {
+  public:
+    virtual ~Window() = default;
+    /// The system's number for it, for tests and logs; 0 when it is gone.
+    virtual std::uintptr_t NativeId() const = 0;
+    virtual void SetBounds(const CRect& bounds) = 0;
+    virtual void Show(bool show) = 0;
+    /// Puts the rectangles of `picture` onto the screen.
+    virtual void Present(Surface& picture, std::span<const CRect> where) = 0;
+    /// Takes the keyboard from whoever has it, remembering who that was.
+    virtual void TakeKeyboard() = 0;
+    /// Gives the keyboard back, unless somebody else has got it in the meantime.
+    virtual void GiveKeyboardBack() = 0;
+    /// Sets the pointer's look (`kCursorArrow` and the rest).
+    virtual void SetCursor(unsigned cursor) = 0;
+    /// Asks for the window to be the front one.
+    virtual void Raise() = 0;
+    /// Place of the window's top left on the screen.
+    virtual CPoint ScreenPosition() = 0;
+};
+
+/// A connection to the system's windows, for one editor.
+class Display {
+  public:
+    virtual ~Display() = default;
+    /// False once the display has gone away: nothing happens any more, and nothing fails.
+    virtual bool IsAlive() = 0;
+    /// Tells the size of the host's window; false when there is none of that number. From then on its changes
+    /// arrive as events.
+    virtual bool WatchHost(std::uintptr_t host, CSize& size) = 0;
+    /// Null when it cannot be made. It must go before the display does.
+    virtual std::unique_ptr<Window> MakeWindow(const WindowRequest& request) = 0;
+    /// The next thing that has happened; false when there is nothing. Never waits.
+    virtual bool NextEvent(Event& event) = 0;
+    /// Sends what is pending.
+    virtual void Flush() = 0;
+    /// The part of the screen around `point` that menus may cover.
+    virtual CRect WorkArea(CPoint point) = 0;
+    /// Milliseconds and pixels within which two presses are a double one.
+    virtual unsigned DoubleClickTime() const = 0;
+    virtual int DoubleClickDistance() const = 0;
+    virtual double Scale() const = 0;
+    /// UTF-8 text for other programs; what others offer arrives as an event.
+    virtual void OfferClipboard(std::string text) = 0;
+    virtual void RequestClipboard(Window& window) = 0;
+};
+
+/// A transparent picture; null when the size is not positive or there is no memory for it.
+std::unique_ptr<Surface> MakeSurface(int width, int height);
+/// Null when the bytes are no PNG file.
+std::unique_ptr<Surface> DecodePng(std::span<const std::byte> file);
+/// The font that comes nearest to `name`, at `pixels` high.
+std::shared_ptr<Font> OpenFont(std::string_view name, double pixels);
+/// The text with every byte that is no UTF-8, and every NUL, replaced by U+FFFD.
+std::string ValidUtf8(std::string_view text);
+/// Connects to the display of this process; null when there is none.
+std::unique_ptr<Display> OpenDisplay();
+
+} // namespace vocafade::platform

@@ -1,0 +1,572 @@
+// SPDX-License-Identifier: MIT
+#include "ui/platform/x11/display.h"
+
+#include "ui/platform/x11/sigpipe_guard.h"
+#include "ui/winuser.h"
+
+#include <array>
+#include <bit>
+#include <cstring>
+#include <xcb/randr.h>
+
+namespace vocafade::platform {
+namespace x11 {
+namespace {
+
+/// The 16-bit names of the standard cursor font.
+constexpr std::uint16_t kGlyphText = 152;
+constexpr std::uint16_t kGlyphHand = 60;
+/// Longest clipboard text that is taken, in 4-byte units; one line of a name needs far less.
+constexpr std::uint32_t kMostClipboard = 1 << 16;
+
+const xcb_screen_t* ScreenOf(const xcb_setup_t* setup, int number) {
+    xcb_screen_iterator_t it = xcb_setup_roots_iterator(setup);
+    for (; it.rem > 1 && number > 0; --number)
+        xcb_screen_next(&it);
+    return it.data;
+}
+
+void SetText(xcb_connection_t* c, xcb_window_t window, xcb_atom_t property, xcb_atom_t type,
+             const std::string& text) {
+    xcb_change_property(c, XCB_PROP_MODE_REPLACE, window, property, type, 8,
+                        static_cast<std::uint32_t>(text.size()), text.data());
+}
+
+template <class Container>
+void SetNumbers(xcb_connection_t* c, xcb_window_t window, xcb_atom_t property, xcb_atom_t type,
+                const Container& numbers) {
+    xcb_change_property(c, XCB_PROP_MODE_REPLACE, window, property, type, 32,
+                        static_cast<std::uint32_t>(numbers.size()), numbers.data());
+}
+
+/// The window that a window manager put a frame around, on the way up from `window`; that is what a dialog is
+/// transient for.
+xcb_window_t TopLevelOf(xcb_connection_t* c, xcb_window_t window, xcb_window_t root, xcb_atom_t wmState) {
+    xcb_window_t topMost = window;
+    for (xcb_window_t at = window; at != 0 && at != root;) {
+        const auto state = xcb_get_property(c, 0, at, wmState, XCB_ATOM_ANY, 0, 0);
+        const auto tree = xcb_query_tree(c, at);
+        const Reply<xcb_get_property_reply_t> stateAnswer(xcb_get_property_reply(c, state, nullptr));
+        const Reply<xcb_query_tree_reply_t> treeAnswer(xcb_query_tree_reply(c, tree, nullptr));
+        if (stateAnswer != nullptr && stateAnswer->type != XCB_NONE) return at;
+        if (treeAnswer == nullptr) break;
+        topMost = at;
+        at = treeAnswer->parent;
+    }
+    return topMost;
+}
+
+} // namespace
+
+std::unique_ptr<XDisplay> XDisplay::Open() {
+    const SigpipeGuard guard;
+    int screenNumber = 0;
+    xcb_connection_t* connection = xcb_connect(nullptr, &screenNumber);
+    // An object in the error state is given even then, and must be given back.
+    std::unique_ptr<XDisplay> display(new XDisplay(connection, screenNumber));
+    return display->Prepare() ? std::move(display) : nullptr;
+}
+
+XDisplay::XDisplay(xcb_connection_t* connection, int screenNumber)
+    : connection_(connection), screenNumber_(screenNumber) {}
+
+XDisplay::~XDisplay() {
+    const SigpipeGuard guard;
+    if (ownsColormap_) xcb_free_colormap(connection_, colormap_);
+    for (const auto& [number, cursor] : cursors_)
+        if (cursor != XCB_NONE) xcb_free_cursor(connection_, cursor);
+    if (graphics_ != 0) xcb_free_gc(connection_, graphics_);
+    if (helper_ != 0) xcb_destroy_window(connection_, helper_);
+    xcb_flush(connection_);
+    xcb_disconnect(connection_);
+}
+
+bool XDisplay::Prepare() {
+    if (!IsAlive()) return false;
+    screen_ = const_cast<xcb_screen_t*>(ScreenOf(xcb_get_setup(connection_), screenNumber_));
+    if (screen_ == nullptr || !ChooseVisual()) return false;
+    InternAtoms();
+    const auto check =
+        xcb_get_property(connection_, 0, screen_->root, atoms_.netSupportingWmCheck, XCB_ATOM_WINDOW, 0, 1);
+    const Reply<xcb_get_property_reply_t> manager(xcb_get_property_reply(connection_, check, nullptr));
+    hasWindowManager_ = manager != nullptr && manager->type == XCB_ATOM_WINDOW;
+
+    const xcb_query_extension_reply_t* randr = xcb_get_extension_data(connection_, &xcb_randr_id);
+    if (randr != nullptr && randr->present != 0) {
+        const Reply<xcb_randr_query_version_reply_t> version(
+            xcb_randr_query_version_reply(connection_, xcb_randr_query_version(connection_, 1, 5), nullptr));
+        hasRandr_ = version != nullptr && (version->major_version > 1 || version->minor_version >= 5);
+    }
+    ReadDesktopSettings();
+    keyboard_.Start(connection_);
+
+    helper_ = xcb_generate_id(connection_);
+    xcb_create_window(connection_, XCB_COPY_FROM_PARENT, helper_, screen_->root, -1, -1, 1, 1, 0,
+                      XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, 0, nullptr);
+    return IsAlive();
+}
+
+void XDisplay::InternAtoms() {
+    const std::string screenSettings = "_XSETTINGS_S" + std::to_string(screenNumber_);
+    const std::array<std::pair<const char*, xcb_atom_t*>, 17> names{{
+        {"WM_PROTOCOLS", &atoms_.wmProtocols},
+        {"WM_DELETE_WINDOW", &atoms_.wmDeleteWindow},
+        {"WM_STATE", &atoms_.wmState},
+        {"_NET_WM_NAME", &atoms_.netWmName},
+        {"_NET_WM_WINDOW_TYPE", &atoms_.netWmWindowType},
+        {"_NET_WM_WINDOW_TYPE_DIALOG", &atoms_.netWmWindowTypeDialog},
+        {"_NET_WM_WINDOW_TYPE_POPUP_MENU", &atoms_.netWmWindowTypePopupMenu},
+        {"_NET_WM_USER_TIME", &atoms_.netWmUserTime},
+        {"_NET_ACTIVE_WINDOW", &atoms_.netActiveWindow},
+        {"_NET_SUPPORTING_WM_CHECK", &atoms_.netSupportingWmCheck},
+        {"UTF8_STRING", &atoms_.utf8String},
+        {"CLIPBOARD", &atoms_.clipboard},
+        {"TARGETS", &atoms_.targets},
+        {"VOCAFADE_SELECTION", &atoms_.selectionProperty},
+        {"_XEMBED_INFO", &atoms_.xembedInfo},
+        {screenSettings.c_str(), &atoms_.xsettingsOwner},
+        {"_XSETTINGS_SETTINGS", &atoms_.xsettingsSettings},
+    }};
+    std::array<xcb_intern_atom_cookie_t, names.size()> asked{};
+    for (std::size_t i = 0; i < names.size(); ++i)
+        asked[i] = xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(std::strlen(names[i].first)),
+                                   names[i].first);
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        const Reply<xcb_intern_atom_reply_t> answer(xcb_intern_atom_reply(connection_, asked[i], nullptr));
+        *names[i].second = answer != nullptr ? answer->atom : static_cast<xcb_atom_t>(XCB_NONE);
+    }
+}
+
+bool XDisplay::ChooseVisual() {
+    const xcb_setup_t* setup = xcb_get_setup(connection_);
+    // The root's own visual if it has true colours, else the first that has.
+    const xcb_visualtype_t* chosen = nullptr;
+    for (xcb_depth_iterator_t depth = xcb_screen_allowed_depths_iterator(screen_); depth.rem > 0;
+         xcb_depth_next(&depth)) {
+        for (xcb_visualtype_iterator_t it = xcb_depth_visuals_iterator(depth.data); it.rem > 0;
+             xcb_visualtype_next(&it)) {
+            if (it.data->_class != XCB_VISUAL_CLASS_TRUE_COLOR) continue;
+            if (chosen == nullptr || it.data->visual_id == screen_->root_visual) {
+                chosen = it.data;
+                format_.depth = depth.data->depth;
+            }
+        }
+    }
+    if (chosen == nullptr) return false;
+    visual_ = chosen->visual_id;
+    format_.red = chosen->red_mask;
+    format_.green = chosen->green_mask;
+    format_.blue = chosen->blue_mask;
+    format_.mostSignificantFirst = setup->image_byte_order == XCB_IMAGE_ORDER_MSB_FIRST;
+    for (xcb_format_iterator_t it = xcb_setup_pixmap_formats_iterator(setup); it.rem > 0;
+         xcb_format_next(&it)) {
+        if (it.data->depth != format_.depth) continue;
+        format_.bitsPerPixel = it.data->bits_per_pixel;
+        format_.scanlinePad = it.data->scanline_pad;
+    }
+    if (format_.bitsPerPixel < 8) return false;
+    format_.direct = format_.bitsPerPixel == 32 && format_.red == 0xFF0000 && format_.green == 0xFF00 &&
+                     format_.blue == 0xFF &&
+                     format_.mostSignificantFirst == (std::endian::native == std::endian::big);
+    colormap_ = screen_->default_colormap;
+    if (visual_ != screen_->root_visual) {
+        colormap_ = xcb_generate_id(connection_);
+        ownsColormap_ = true;
+        xcb_create_colormap(connection_, XCB_COLORMAP_ALLOC_NONE, colormap_, screen_->root, visual_);
+    }
+    return true;
+}
+
+/// What counts as a double click is a setting of the desktop, published as a list of named values: a byte
+/// order, a serial and a count, then for each a type (0 number, 1 text, 2 colour), a padded name, a serial
+/// and the value.
+void XDisplay::ReadDesktopSettings() {
+    const Reply<xcb_get_selection_owner_reply_t> owner(xcb_get_selection_owner_reply(
+        connection_, xcb_get_selection_owner(connection_, atoms_.xsettingsOwner), nullptr));
+    if (owner == nullptr || owner->owner == XCB_NONE) return;
+    const Reply<xcb_get_property_reply_t> settings(xcb_get_property_reply(
+        connection_,
+        xcb_get_property(connection_, 0, owner->owner, atoms_.xsettingsSettings, XCB_ATOM_ANY, 0, 1 << 16),
+        nullptr));
+    if (settings == nullptr || settings->format != 8) return;
+    const auto* bytes = static_cast<const std::uint8_t*>(xcb_get_property_value(settings.get()));
+    const auto size = static_cast<std::size_t>(xcb_get_property_value_length(settings.get()));
+    if (size < 12) return;
+    const bool bigEndian = bytes[0] != 0;
+    const auto number = [&](std::size_t at, int count) {
+        std::uint32_t value = 0;
+        for (int i = 0; i < count; ++i) {
+            const std::size_t index = at + static_cast<std::size_t>(bigEndian ? i : count - 1 - i);
+            value = (value << 8) | bytes[index];
+        }
+        return value;
+    };
+    const auto padded = [](std::size_t n) { return (n + 3) & ~std::size_t{3}; };
+    std::size_t at = 12;
+    for (std::uint32_t left = number(8, 4); left > 0 && at + 4 <= size; --left) {
+        const std::uint8_t type = bytes[at];
+        const std::size_t nameLength = number(at + 2, 2);
+        const std::size_t value = at + 4 + padded(nameLength) + 4;
+        if (value + 4 > size) return;
+        const std::string_view name(static_cast<const char*>(static_cast<const void*>(bytes + at + 4)),
+                                    nameLength);
+        if (type == 0 && name == "Net/DoubleClickTime") doubleClickTime_ = number(value, 4);
+        if (type == 0 && name == "Net/DoubleClickDistance")
+            doubleClickDistance_ = static_cast<int>(number(value, 4));
+        at = value + (type == 0 ? 4 : type == 1 ? 4 + padded(number(value, 4)) : 8);
+    }
+}
+
+bool XDisplay::WatchHost(std::uintptr_t host, CSize& size) {
+    const SigpipeGuard guard;
+    const auto id = static_cast<xcb_window_t>(host);
+    if (id == 0) return false;
+    const Reply<xcb_get_geometry_reply_t> geometry(
+        xcb_get_geometry_reply(connection_, xcb_get_geometry(connection_, id), nullptr));
+    if (geometry == nullptr) return false;
+    size = {geometry->width, geometry->height};
+    host_ = id;
+    const std::uint32_t mask = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+    xcb_change_window_attributes(connection_, id, XCB_CW_EVENT_MASK, &mask);
+    return true;
+}
+
+std::unique_ptr<Window> XDisplay::MakeWindow(const WindowRequest& request) {
+    if (!IsAlive()) return nullptr;
+    const SigpipeGuard guard;
+    const xcb_window_t id = xcb_generate_id(connection_);
+    const bool embedded = request.kind == WindowKind::embedded;
+    const xcb_window_t parent = embedded ? static_cast<xcb_window_t>(request.host) : screen_->root;
+    const CRect& b = request.bounds;
+    const std::array<std::uint32_t, 4> values{0, request.kind == WindowKind::popup ? 1U : 0U, 0, colormap_};
+    // No background: the server would paint it before every picture of ours, and it would flicker.
+    xcb_create_window(
+        connection_, format_.depth, id, parent, static_cast<std::int16_t>(b.left),
+        static_cast<std::int16_t>(b.top), static_cast<std::uint16_t>(std::max(1, b.Width())),
+        static_cast<std::uint16_t>(std::max(1, b.Height())), 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, visual_,
+        XCB_CW_BORDER_PIXEL | XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK | XCB_CW_COLORMAP, values.data());
+    if (graphics_ == 0) {
+        graphics_ = xcb_generate_id(connection_);
+        const std::uint32_t noExposures = 0;
+        xcb_create_gc(connection_, graphics_, id, XCB_GC_GRAPHICS_EXPOSURES, &noExposures);
+    }
+    if (embedded) {
+        // For hosts that embed by the XEmbed rules: version 0, to be mapped.
+        SetNumbers(connection_, id, atoms_.xembedInfo, atoms_.xembedInfo, std::array<std::uint32_t, 2>{0, 1});
+    } else {
+        const xcb_window_t topLevel =
+            TopLevelOf(connection_, static_cast<xcb_window_t>(request.host), screen_->root, atoms_.wmState);
+        SetNumbers(connection_, id, XCB_ATOM_WM_TRANSIENT_FOR, XCB_ATOM_WINDOW,
+                   std::array<std::uint32_t, 1>{topLevel});
+        SetNumbers(connection_, id, atoms_.netWmWindowType, XCB_ATOM_ATOM,
+                   std::array<std::uint32_t, 1>{request.kind == WindowKind::popup
+                                                    ? atoms_.netWmWindowTypePopupMenu
+                                                    : atoms_.netWmWindowTypeDialog});
+        SetText(connection_, id, XCB_ATOM_WM_NAME, XCB_ATOM_STRING, request.title);
+        SetText(connection_, id, atoms_.netWmName, atoms_.utf8String, request.title);
+        SetText(connection_, id, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, std::string("vocafade\0Vocafade\0", 18));
+    }
+    if (request.kind == WindowKind::dialog) {
+        const auto w = static_cast<std::uint32_t>(b.Width());
+        const auto h = static_cast<std::uint32_t>(b.Height());
+        SetNumbers(connection_, id, atoms_.wmProtocols, XCB_ATOM_ATOM,
+                   std::array<std::uint32_t, 1>{atoms_.wmDeleteWindow});
+        // Size hints: a place that the program chose (4), and a smallest (16) and largest (32) size, the
+        // same.
+        SetNumbers(connection_, id, XCB_ATOM_WM_NORMAL_HINTS, XCB_ATOM_WM_SIZE_HINTS,
+                   std::array<std::uint32_t, 18>{4 | 16 | 32, static_cast<std::uint32_t>(b.left),
+                                                 static_cast<std::uint32_t>(b.top), w, h, w, h, w, h});
+        // Hints: the window takes input (1).
+        SetNumbers(connection_, id, XCB_ATOM_WM_HINTS, XCB_ATOM_WM_HINTS, std::array<std::uint32_t, 9>{1, 1});
+        SetNumbers(connection_, id, atoms_.netWmUserTime, XCB_ATOM_CARDINAL,
+                   std::array<std::uint32_t, 1>{lastTime_});
+    }
+    auto window = std::make_unique<NativeWindow>(*this, id, request);
+    windows_[id] = window.get();
+    return window;
+}
+
+xcb_cursor_t XDisplay::CursorFor(unsigned cursor) {
+    const std::uint16_t glyph = cursor == kCursorIBeam ? kGlyphText : cursor == kCursorHand ? kGlyphHand : 0;
+    if (glyph == 0) return XCB_NONE; // the parent's, and so the theme's arrow
+    const auto known = cursors_.find(cursor);
+    if (known != cursors_.end()) return known->second;
+    constexpr std::string_view kFont = "cursor";
+    const xcb_font_t font = xcb_generate_id(connection_);
+    xcb_open_font(connection_, font, kFont.size(), kFont.data());
+    const xcb_cursor_t made = xcb_generate_id(connection_);
+    xcb_create_glyph_cursor(connection_, made, font, font, glyph, static_cast<std::uint16_t>(glyph + 1), 0, 0,
+                            0, 0xFFFF, 0xFFFF, 0xFFFF);
+    xcb_close_font(connection_, font);
+    return cursors_[cursor] = made;
+}
+
+CRect XDisplay::WorkArea(CPoint point) {
+    const CRect all(0, 0, screen_->width_in_pixels, screen_->height_in_pixels);
+    if (!hasRandr_ || !IsAlive()) return all;
+    const SigpipeGuard guard;
+    const Reply<xcb_randr_get_monitors_reply_t> monitors(xcb_randr_get_monitors_reply(
+        connection_, xcb_randr_get_monitors(connection_, screen_->root, 1), nullptr));
+    if (monitors == nullptr) return all;
+    for (xcb_randr_monitor_info_iterator_t it = xcb_randr_get_monitors_monitors_iterator(monitors.get());
+         it.rem > 0; xcb_randr_monitor_info_next(&it)) {
+        const CRect area({it.data->x, it.data->y}, {it.data->width, it.data->height});
+        if (area.PtInRect(point)) return area;
+    }
+    return all;
+}
+
+void XDisplay::Flush() {
+    const SigpipeGuard guard;
+    xcb_flush(connection_);
+}
+
+NativeWindow* XDisplay::Find(xcb_window_t id) const {
+    const auto found = windows_.find(id);
+    return found != windows_.end() ? found->second : nullptr;
+}
+
+bool XDisplay::NextEvent(Event& event) {
+    const SigpipeGuard guard;
+    if (grabWanted_ != 0) {
+        // Somebody held the mouse when the menu opened, mostly for the click that opened it.
+        NativeWindow* popup = Find(grabWanted_);
+        if (popup == nullptr || popup->Grab()) grabWanted_ = 0;
+    }
+    while (ready_.empty()) {
+        const Reply<xcb_generic_event_t> next =
+            ahead_ != nullptr ? std::move(ahead_)
+                              : Reply<xcb_generic_event_t>(xcb_poll_for_event(connection_));
+        if (next == nullptr) return false;
+        if ((next->response_type & 0x7F) == XCB_MOTION_NOTIFY) {
+            // Of a row of motions only the last matters; a slow host gets dozens for each of its idles.
+            ahead_.reset(xcb_poll_for_event(connection_));
+            const auto& motion =
+                *static_cast<const xcb_motion_notify_event_t*>(static_cast<const void*>(next.get()));
+            const auto* following =
+                static_cast<const xcb_motion_notify_event_t*>(static_cast<const void*>(ahead_.get()));
+            if (following != nullptr && (following->response_type & 0x7F) == XCB_MOTION_NOTIFY &&
+                following->event == motion.event && following->state == motion.state)
+                continue;
+        }
+        Translate(next.get());
+    }
+    event = std::move(ready_.front());
+    ready_.pop_front();
+    return true;
+}
+
+Event XDisplay::Basic(EventType type, NativeWindow* window, std::uint16_t state, std::uint32_t time) const {
+    Event event;
+    event.type = type;
+    event.window = window;
+    event.time = time;
+    event.shift = (state & XCB_MOD_MASK_SHIFT) != 0;
+    event.control = (state & XCB_MOD_MASK_CONTROL) != 0;
+    event.alt = (state & XCB_MOD_MASK_1) != 0;
+    event.leftButton = (state & XCB_BUTTON_MASK_1) != 0;
+    return event;
+}
+
+void XDisplay::Translate(const xcb_generic_event_t* event) {
+    if (keyboard_.HandleEvent(event)) return;
+    const auto as = [event]<class T>(const T*) -> const T& {
+        return *static_cast<const T*>(static_cast<const void*>(event));
+    };
+    switch (event->response_type & 0x7F) {
+    case XCB_EXPOSE: {
+        const auto& e = as(static_cast<const xcb_expose_event_t*>(nullptr));
+        Event out = Basic(EventType::exposed, Find(e.window), 0, lastTime_);
+        out.area = CRect({e.x, e.y}, {e.width, e.height});
+        if (out.window != nullptr) ready_.push_back(out);
+        break;
+    }
+    case XCB_MAP_NOTIFY: {
+        const auto& e = as(static_cast<const xcb_map_notify_event_t*>(nullptr));
+        NativeWindow* window = e.event == e.window ? Find(e.window) : nullptr;
+        if (window == nullptr) break;
+        window->Mapped();
+        ready_.push_back(Basic(EventType::shown, window, 0, lastTime_));
+        break;
+    }
+    case XCB_DESTROY_NOTIFY: {
+        const auto& e = as(static_cast<const xcb_destroy_notify_event_t*>(nullptr));
+        NativeWindow* window = Find(e.window);
+        if (window == nullptr) break;
+        windows_.erase(e.window);
+        window->Gone();
+        ready_.push_back(Basic(EventType::destroyed, window, 0, lastTime_));
+        break;
+    }
+    case XCB_CONFIGURE_NOTIFY: {
+        const auto& e = as(static_cast<const xcb_configure_notify_event_t*>(nullptr));
+        if (e.window != host_ || e.event != host_) break;
+        Event out;
+        out.type = EventType::parentResized;
+        out.area = CRect({0, 0}, {e.width, e.height});
+        ready_.push_back(out);
+        break;
+    }
+    case XCB_BUTTON_PRESS:
+        TranslateButton(as(static_cast<const xcb_button_press_event_t*>(nullptr)), true);
+        break;
+    case XCB_BUTTON_RELEASE:
+        TranslateButton(as(static_cast<const xcb_button_press_event_t*>(nullptr)), false);
+        break;
+    case XCB_MOTION_NOTIFY: {
+        const auto& e = as(static_cast<const xcb_motion_notify_event_t*>(nullptr));
+        lastTime_ = e.time;
+        Event out = Basic(EventType::moved, Find(e.event), e.state, e.time);
+        out.point = {e.event_x, e.event_y};
+        if (out.window != nullptr) ready_.push_back(out);
+        break;
+    }
+    case XCB_LEAVE_NOTIFY: {
+        const auto& e = as(static_cast<const xcb_leave_notify_event_t*>(nullptr));
+        if (e.mode != XCB_NOTIFY_MODE_NORMAL) break;
+        Event out = Basic(EventType::left, Find(e.event), e.state, e.time);
+        out.point = {e.event_x, e.event_y};
+        if (out.window != nullptr) ready_.push_back(out);
+        break;
+    }
+    case XCB_KEY_PRESS:
+        TranslateKey(as(static_cast<const xcb_key_press_event_t*>(nullptr)), true);
+        break;
+    case XCB_KEY_RELEASE:
+        TranslateKey(as(static_cast<const xcb_key_press_event_t*>(nullptr)), false);
+        break;
+    case XCB_FOCUS_IN:
+        TranslateFocus(as(static_cast<const xcb_focus_in_event_t*>(nullptr)), true);
+        break;
+    case XCB_FOCUS_OUT:
+        TranslateFocus(as(static_cast<const xcb_focus_in_event_t*>(nullptr)), false);
+        break;
+    case XCB_CLIENT_MESSAGE: {
+        const auto& e = as(static_cast<const xcb_client_message_event_t*>(nullptr));
+        if (e.type == atoms_.wmProtocols && e.data.data32[0] == atoms_.wmDeleteWindow &&
+            Find(e.window) != nullptr)
+            ready_.push_back(Basic(EventType::closeAsked, Find(e.window), 0, lastTime_));
+        break;
+    }
+    case XCB_SELECTION_REQUEST:
+        AnswerSelection(as(static_cast<const xcb_selection_request_event_t*>(nullptr)));
+        break;
+    case XCB_SELECTION_CLEAR:
+        offering_ = false;
+        offered_.clear();
+        break;
+    case XCB_SELECTION_NOTIFY:
+        ReceiveSelection(as(static_cast<const xcb_selection_notify_event_t*>(nullptr)));
+        break;
+    default:
+        break; // errors too: what failed was about something that the host took away
+    }
+}
+
+void XDisplay::TranslateButton(const xcb_button_press_event_t& e, bool pressed) {
+    lastTime_ = e.time;
+    NativeWindow* window = Find(e.event);
+    if (window == nullptr) return;
+    // Buttons 4 and 5 are the wheel, 6 and 7 the sideways one.
+    const bool wheel = e.detail == 4 || e.detail == 5;
+    if ((wheel && !pressed) || e.detail > 5) return;
+    Event out = Basic(wheel     ? EventType::wheel
+                      : pressed ? EventType::pressed
+                                : EventType::released,
+                      window, e.state, e.time);
+    out.point = {e.event_x, e.event_y};
+    out.button = e.detail;
+    out.value = e.detail == 4 ? 1 : -1;
+    if (e.detail == 1) out.leftButton = pressed;
+    ready_.push_back(out);
+}
+
+void XDisplay::TranslateKey(const xcb_key_press_event_t& e, bool pressed) {
+    lastTime_ = e.time;
+    NativeWindow* window = Find(e.event);
+    if (window == nullptr) return;
+    Event out = Basic(pressed ? EventType::keyPressed : EventType::keyReleased, window, e.state, e.time);
+    if (pressed) {
+        Keyboard::Stroke stroke = keyboard_.Press(e.detail, e.state);
+        if (stroke.composing) return;
+        out.key = stroke.key;
+        out.text = std::move(stroke.text);
+        out.keyTyped = !out.text.empty();
+    } else {
+        out.key = keyboard_.KeyCode(e.detail, e.state);
+    }
+    ready_.push_back(out);
+}
+
+void XDisplay::TranslateFocus(const xcb_focus_in_event_t& e, bool gained) {
+    // A grab is no change of focus, and the other details are about windows around this one.
+    if (e.mode == XCB_NOTIFY_MODE_GRAB || e.mode == XCB_NOTIFY_MODE_UNGRAB) return;
+    if (e.detail != XCB_NOTIFY_DETAIL_ANCESTOR && e.detail != XCB_NOTIFY_DETAIL_INFERIOR &&
+        e.detail != XCB_NOTIFY_DETAIL_NONLINEAR)
+        return;
+    NativeWindow* window = Find(e.event);
+    if (window == nullptr) return;
+    keyboard_.ResetCompose();
+    ready_.push_back(Basic(gained ? EventType::focusGained : EventType::focusLost, window, 0, lastTime_));
+}
+
+void XDisplay::OfferClipboard(std::string text) {
+    const SigpipeGuard guard;
+    offered_ = std::move(text);
+    offering_ = true;
+    xcb_set_selection_owner(connection_, helper_, atoms_.clipboard, lastTime_);
+}
+
+void XDisplay::RequestClipboard(Window& window) {
+    const SigpipeGuard guard;
+    pasteInto_ = static_cast<xcb_window_t>(window.NativeId());
+    if (offering_) {
+        Event out = Basic(EventType::clipboard, Find(pasteInto_), 0, lastTime_);
+        out.text = offered_;
+        if (out.window != nullptr) ready_.push_back(out);
+        return;
+    }
+    xcb_convert_selection(connection_, helper_, atoms_.clipboard, atoms_.utf8String, atoms_.selectionProperty,
+                          lastTime_);
+}
+
+void XDisplay::AnswerSelection(const xcb_selection_request_event_t& request) {
+    xcb_selection_notify_event_t answer{};
+    answer.response_type = XCB_SELECTION_NOTIFY;
+    answer.time = request.time;
+    answer.requestor = request.requestor;
+    answer.selection = request.selection;
+    answer.target = request.target;
+    const xcb_atom_t property = request.property != XCB_NONE ? request.property : request.target;
+    if (offering_ && request.target == atoms_.targets) {
+        SetNumbers(connection_, request.requestor, property, XCB_ATOM_ATOM,
+                   std::array<std::uint32_t, 2>{atoms_.targets, atoms_.utf8String});
+        answer.property = property;
+    } else if (offering_ && request.target == atoms_.utf8String) {
+        SetText(connection_, request.requestor, property, atoms_.utf8String, offered_);
+        answer.property = property;
+    }
+    xcb_send_event(connection_, 0, request.requestor, XCB_EVENT_MASK_NO_EVENT,
+                   static_cast<const char*>(static_cast<const void*>(&answer)));
+}
+
+void XDisplay::ReceiveSelection(const xcb_selection_notify_event_t& event) {
+    if (event.property == XCB_NONE) return;
+    const Reply<xcb_get_property_reply_t> value(
+        xcb_get_property_reply(connection_,
+                               xcb_get_property(connection_, 1, helper_, atoms_.selectionProperty,
+                                                atoms_.utf8String, 0, kMostClipboard),
+                               nullptr));
+    NativeWindow* window = Find(pasteInto_);
+    if (value == nullptr || value->format != 8 || window == nullptr) return;
+    Event out = Basic(EventType::clipboard, window, 0, lastTime_);
+    out.text.assign(static_cast<const char*>(xcb_get_property_value(value.get())),
+                    static_cast<std::size_t>(xcb_get_property_value_length(value.get())));
+    ready_.push_back(out);
+}
+
+} // namespace x11
+
+std::unique_ptr<Display> OpenDisplay() { return x11::XDisplay::Open(); }
+
+} // namespace vocafade::platform

@@ -1,0 +1,161 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "ui/platform/platform.h"
+#include "ui/platform/x11/keyboard.h"
+
+#include <cstdlib>
+#include <deque>
+#include <map>
+#include <memory>
+#include <xcb/xcb.h>
+
+namespace vocafade::platform::x11 {
+
+struct FreeDeleter {
+    void operator()(void* memory) const { std::free(memory); }
+};
+template <class T>
+using Reply = std::unique_ptr<T, FreeDeleter>;
+
+class NativeWindow;
+
+/// Names that the server knows by number.
+struct Atoms {
+    xcb_atom_t wmProtocols, wmDeleteWindow, wmState, netWmName, netWmWindowType, netWmWindowTypeDialog,
+        netWmWindowTypePopupMenu, netWmUserTime, netActiveWindow, netSupportingWmCheck, utf8String, clipboard,
+        targets, selectionProperty, xembedInfo, xsettingsOwner, xsettingsSettings;
+};
+
+/// How a pixel of the windows' visual is made.
+struct PixelFormat {
+    std::uint8_t depth = 0;
+    std::uint8_t bitsPerPixel = 0;
+    std::uint8_t scanlinePad = 32;
+    bool direct = false; ///< 32-bit numbers in our byte order and as 0x00RRGGBB
+    bool mostSignificantFirst = false;
+    std::uint32_t red = 0, green = 0, blue = 0; ///< masks
+};
+
+/// One connection to an X server.
+class XDisplay : public Display {
+  public:
+    /// Null when there is no display to connect to.
+    static std::unique_ptr<XDisplay> Open();
+    ~XDisplay() override;
+    XDisplay(const XDisplay&) = delete;
+    XDisplay& operator=(const XDisplay&) = delete;
+
+    bool IsAlive() override { return xcb_connection_has_error(connection_) == 0; }
+    bool WatchHost(std::uintptr_t host, CSize& size) override;
+    std::unique_ptr<Window> MakeWindow(const WindowRequest& request) override;
+    bool NextEvent(Event& event) override;
+    void Flush() override;
+    CRect WorkArea(CPoint point) override;
+    unsigned DoubleClickTime() const override { return doubleClickTime_; }
+    int DoubleClickDistance() const override { return doubleClickDistance_; }
+    double Scale() const override { return 1.0; }
+    void OfferClipboard(std::string text) override;
+    void RequestClipboard(Window& window) override;
+
+    xcb_connection_t* connection() const { return connection_; }
+    const xcb_screen_t& screen() const { return *screen_; }
+    const Atoms& atoms() const { return atoms_; }
+    const PixelFormat& format() const { return format_; }
+    xcb_visualid_t visual() const { return visual_; }
+    xcb_colormap_t colormap() const { return colormap_; }
+    /// Made with the first window.
+    xcb_gcontext_t graphics() const { return graphics_; }
+    std::uint32_t lastTime() const { return lastTime_; }
+    Keyboard& keyboard() { return keyboard_; }
+    bool HasWindowManager() const { return hasWindowManager_; }
+    xcb_cursor_t CursorFor(unsigned cursor);
+    void Forget(xcb_window_t id) { windows_.erase(id); }
+    void RetryGrab(xcb_window_t popup) { grabWanted_ = popup; }
+
+  private:
+    XDisplay(xcb_connection_t* connection, int screenNumber);
+    bool Prepare();
+    void InternAtoms();
+    bool ChooseVisual();
+    void ReadDesktopSettings();
+    NativeWindow* Find(xcb_window_t id) const;
+    /// Turns what X tells into what the layer knows; nothing or several may come of it.
+    void Translate(const xcb_generic_event_t* event);
+    void TranslateButton(const xcb_button_press_event_t& event, bool pressed);
+    void TranslateKey(const xcb_key_press_event_t& event, bool pressed);
+    void TranslateFocus(const xcb_focus_in_event_t& event, bool gained);
+    void AnswerSelection(const xcb_selection_request_event_t& request);
+    void ReceiveSelection(const xcb_selection_notify_event_t& event);
+    Event Basic(EventType type, NativeWindow* window, std::uint16_t state, std::uint32_t time) const;
+
+    xcb_connection_t* connection_;
+    int screenNumber_;
+    xcb_screen_t* screen_ = nullptr;
+    Atoms atoms_{};
+    PixelFormat format_;
+    xcb_visualid_t visual_ = 0;
+    xcb_colormap_t colormap_ = 0;
+    bool ownsColormap_ = false;
+    xcb_gcontext_t graphics_ = 0;
+    bool hasRandr_ = false;
+    bool hasWindowManager_ = false;
+    Keyboard keyboard_;
+    std::map<xcb_window_t, NativeWindow*> windows_;
+    std::map<unsigned, xcb_cursor_t> cursors_;
+    std::deque<Event> ready_;
+    Reply<xcb_generic_event_t> ahead_; ///< read, but not looked at yet
+    xcb_window_t host_ = 0;
+    xcb_window_t helper_ = 0; ///< never shown; holds the clipboard
+    xcb_window_t pasteInto_ = 0;
+    xcb_window_t grabWanted_ = 0;
+    std::string offered_;
+    bool offering_ = false;
+    std::uint32_t lastTime_ = 0;
+    unsigned doubleClickTime_ = 400;
+    int doubleClickDistance_ = 5;
+};
+
+/// A window on an X server.
+class NativeWindow : public Window {
+  public:
+    NativeWindow(XDisplay& display, xcb_window_t id, const WindowRequest& request);
+    ~NativeWindow() override;
+    NativeWindow(const NativeWindow&) = delete;
+    NativeWindow& operator=(const NativeWindow&) = delete;
+
+    std::uintptr_t NativeId() const override { return id_; }
+    void SetBounds(const CRect& bounds) override;
+    void Show(bool show) override;
+    void Present(Surface& picture, std::span<const CRect> where) override;
+    void TakeKeyboard() override;
+    void GiveKeyboardBack() override;
+    void SetCursor(unsigned cursor) override;
+    void Raise() override;
+    CPoint ScreenPosition() override;
+
+    WindowKind kind() const { return kind_; }
+    /// The server has destroyed it.
+    void Gone() { id_ = 0; }
+    /// It has come onto the screen.
+    void Mapped();
+    /// Takes all input for a popup; false when somebody else holds it.
+    bool Grab();
+    bool wantsKeyboard() const { return wantsKeyboard_; }
+
+  private:
+    void SelectEvents();
+    void FocusSelf();
+
+    XDisplay& display_;
+    xcb_window_t id_;
+    WindowKind kind_;
+    xcb_window_t host_;
+    unsigned cursor_ = 0;
+    bool wantsKeyboard_ = false;
+    bool rememberedFocus_ = false;
+    xcb_window_t focusBefore_ = 0;
+    std::uint8_t focusRevert_ = 0;
+};
+
+} // namespace vocafade::platform::x11

@@ -1,0 +1,129 @@
+// SPDX-License-Identifier: MIT
+#include "ui/spin_button.h"
+
+#include "ui/theme.h"
+
+#include <cstdlib>
+#include <utility>
+
+namespace vocafade {
+namespace {
+
+constexpr UINT kTickMilliseconds = 50;
+constexpr int kTicksBeforeRepeat = 8;
+constexpr int kTicksBeforeFast = 50;
+constexpr int kFastSteps = 10;
+
+} // namespace
+
+CSpinButtonCtrl::~CSpinButtonCtrl() {
+    if (buddy_ != nullptr && buddy_->spin_ == this) buddy_->spin_ = nullptr;
+}
+
+bool CSpinButtonCtrl::Create(UINT style, const CRect& rect, CWnd* parent, UINT id) {
+    return CWnd::Create(WindowClass{}, "", style, rect, parent, id);
+}
+
+void CSpinButtonCtrl::SetRange32(int lower, int upper) {
+    lower_ = std::min(lower, upper);
+    upper_ = std::max(lower, upper);
+    position_ = std::clamp(position_, lower_, upper_);
+}
+
+void CSpinButtonCtrl::GetRange32(int& lower, int& upper) const {
+    lower = lower_;
+    upper = upper_;
+}
+
+int CSpinButtonCtrl::SetPos(int position) {
+    return std::exchange(position_, std::clamp(position, lower_, upper_));
+}
+
+int CSpinButtonCtrl::SetBase(int /*base*/) { return 10; }
+
+CEdit* CSpinButtonCtrl::SetBuddy(CEdit* buddy) {
+    if (buddy_ != nullptr && buddy_->spin_ == this) buddy_->spin_ = nullptr;
+    if (buddy != nullptr) {
+        if (buddy->spin_ != nullptr) buddy->spin_->buddy_ = nullptr;
+        buddy->spin_ = this;
+    }
+    return std::exchange(buddy_, buddy);
+}
+
+void CSpinButtonCtrl::Step(int steps) {
+    std::int64_t at = position_;
+    if (buddy_ != nullptr) at = std::strtoll(buddy_->GetTextForSpin(), nullptr, 10);
+    at = std::clamp<std::int64_t>(at, lower_, upper_) + steps;
+    if ((GetStyle() & UDS_WRAP) != 0 && at > upper_) at = lower_;
+    if ((GetStyle() & UDS_WRAP) != 0 && at < lower_) at = upper_;
+    position_ = static_cast<int>(std::clamp<std::int64_t>(at, lower_, upper_));
+    if (buddy_ == nullptr) return;
+    CString text;
+    text.Format("%d", position_);
+    buddy_->SetTextForSpin(text);
+    buddy_->NotifySpinButton();
+}
+
+void CSpinButtonCtrl::Press(CPoint point) {
+    pressed_ = point.y < bounds().Height() / 2 ? 1 : -1;
+    ticks_ = 0;
+    SetCapture();
+    SetTimer(1, kTickMilliseconds);
+    Invalidate();
+    Step(pressed_);
+}
+
+void CSpinButtonCtrl::Release() {
+    if (pressed_ == 0) return;
+    pressed_ = 0;
+    KillTimer(1);
+    ReleaseCapture();
+    Invalidate();
+}
+
+LRESULT CSpinButtonCtrl::DefWindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
+    switch (message) {
+    case WM_PAINT:
+        Paint();
+        return 0;
+    case WM_LBUTTONDOWN:
+    case WM_LBUTTONDBLCLK:
+        Press(CPoint::FromMessage(lParam));
+        return 0;
+    case WM_LBUTTONUP:
+    case WM_CAPTURECHANGED:
+        Release();
+        return 0;
+    case WM_SHOWWINDOW:
+        if (wParam == 0) Release();
+        return 0;
+    case WM_TIMER:
+        ++ticks_;
+        if (!IsWindowVisible()) {
+            Release();
+        } else if (pressed_ != 0 && ticks_ > kTicksBeforeRepeat) {
+            Step(pressed_ * (ticks_ > kTicksBeforeFast ? kFastSteps : 1));
+        }
+        return 0;
+    case WM_MOUSEWHEEL:
+        Step(static_cast<std::int16_t>(HIWORD(wParam)) > 0 ? 1 : -1);
+        return 0;
+    default:
+        return CWnd::DefWindowProc(message, wParam, lParam);
+    }
+}
+
+void CSpinButtonCtrl::Paint() {
+    CPaintDC dc(this);
+    const CRect all = dc.clientRect();
+    const int middle = all.Height() / 2;
+    const CRect halves[] = {{0, 0, all.right, middle}, {0, middle, all.right, all.bottom}};
+    for (const int up : {1, 0}) {
+        const CRect& half = halves[up == 1 ? 0 : 1];
+        const bool down = pressed_ == (up == 1 ? 1 : -1);
+        theme::DrawField(dc, half, GetSysColor(down ? COLOR_3DSHADOW : COLOR_3DFACE), false);
+        theme::DrawArrow(dc, half, up == 1, GetSysColor(COLOR_BTNTEXT));
+    }
+}
+
+} // namespace vocafade

@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: MIT
+#include "ui/theme.h"
+
+#include <string_view>
+
+namespace vocafade::theme {
+namespace {
+
+template <class Action>
+void ForEachLine(const CString& text, Action action) {
+    std::string_view rest = text.str();
+    for (;;) {
+        const std::size_t end = rest.find('\n');
+        action(CString(rest.substr(0, end)));
+        if (end == std::string_view::npos) return;
+        rest.remove_prefix(end + 1);
+    }
+}
+
+} // namespace
+
+CFont& UseControlFont(std::unique_ptr<CFont>& font) {
+    if (font == nullptr) {
+        font = std::make_unique<CFont>();
+        font->CreatePointFont(kFontSize, "Sans");
+    }
+    return *font;
+}
+
+int CenteredTop(const CDC& dc, const CRect& rect) {
+    constexpr int kRaised = 2;
+    return rect.top + (rect.Height() - dc.GetTextExtent("").cy) / 2 + kRaised;
+}
+
+void DrawLine(CDC& dc, const CRect& rect, const CString& text, Align align, COLORREF color) {
+    const int width = dc.GetTextExtent(text).cx;
+    int x = rect.left;
+    if (align == Align::center) x += (rect.Width() - width) / 2;
+    if (align == Align::right) x = rect.right - width;
+    dc.SetBkMode(TRANSPARENT);
+    dc.SetTextColor(color);
+    dc.ExtTextOut(x, CenteredTop(dc, rect), ETO_CLIPPED, &rect, text);
+}
+
+void DrawLines(CDC& dc, const CRect& rect, const CString& text, Align align, COLORREF color) {
+    const int height = dc.GetTextExtent("").cy;
+    CRect line = rect;
+    ForEachLine(text, [&](const CString& part) {
+        line.bottom = line.top + height;
+        DrawLine(dc, line, part, align, color);
+        line.OffsetRect(0, height);
+    });
+}
+
+CSize MeasureLines(const CDC& dc, const CString& text) {
+    CSize size;
+    ForEachLine(text, [&](const CString& part) {
+        const CSize line = dc.GetTextExtent(part);
+        size.cx = std::max(size.cx, line.cx);
+        size.cy += line.cy;
+    });
+    return size;
+}
+
+void DrawTick(CDC& dc, const CRect& rect, COLORREF color) {
+    const CPoint c = rect.CenterPoint();
+    for (int i = -3; i <= 4; ++i) {
+        const int y = i < -1 ? i + 3 : 1 - i;
+        dc.FillSolidRect({c.x + i, c.y + y - 1, c.x + i + 1, c.y + y + 1}, color);
+    }
+}
+
+void DrawArrow(CDC& dc, const CRect& rect, bool up, COLORREF color) {
+    const CPoint c = rect.CenterPoint();
+    for (int i = 0; i < 3; ++i) {
+        const int half = up ? i : 2 - i;
+        dc.FillSolidRect({c.x - half, c.y - 1 + i, c.x + half + 1, c.y + i}, color);
+    }
+}
+
+void DrawField(CDC& dc, const CRect& rect, COLORREF ground, bool focused) {
+    dc.FillSolidRect(rect, ground);
+    dc.FrameRect(rect, GetSysColor(focused ? COLOR_HIGHLIGHT : COLOR_3DSHADOW));
+}
+
+} // namespace vocafade::theme
