@@ -1,22 +1,51 @@
 // SPDX-License-Identifier: MIT
 #include "editor/vocafade_editor.h"
 
-#include "vst/audio_effect.h"
+#include "editor/resource_ids.h"
+#include "editor/ui_window.h"
+#include "effect/avocafade.h"
+#include "ui/frame_wnd.h"
 
 namespace vocafade {
-namespace {
 
-constexpr std::int16_t kPanelWidth = 477;
-constexpr std::int16_t kPanelHeight = 214;
+/// What lives from `open` to `close`.
+struct CVocafadeEditor::Session {
+    ~Session() {
+        if (panel != nullptr) panel->DestroyWindow();
+        panel.reset();
+        hostFrame.DetachHost();
+    }
+    CFrameWnd hostFrame; ///< around the host's window
+    std::unique_ptr<CUIWindow> panel;
+};
 
-} // namespace
+/// Work that may call the host, which may close the editor meanwhile.
+class CVocafadeEditor::Busy {
+  public:
+    explicit Busy(CVocafadeEditor& editor) : editor_(editor) { ++editor_.busy_; }
+    ~Busy() {
+        if (--editor_.busy_ == 0) editor_.retired_.clear();
+    }
+    Busy(const Busy&) = delete;
+    Busy& operator=(const Busy&) = delete;
 
-CVocafadeEditor::CVocafadeEditor(AudioEffect* owner)
-    : AEffEditor(owner), rect_{0, 0, kPanelHeight, kPanelWidth} {
+  private:
+    CVocafadeEditor& editor_;
+};
+
+CVocafadeEditor::CVocafadeEditor(AudioEffect* owner) : AEffEditor(owner) {
+    background_.LoadResourceBitmap(resource::kBackground, &bitmapHandle_);
     owner->setEditor(this);
+    rect_ = {0, 0, static_cast<std::int16_t>(background_.Height()),
+             static_cast<std::int16_t>(background_.Width())};
+    vocafade().SetListener(this);
+    vocafade().SetMessageHook(
+        [this](std::int32_t stringId, const std::string& path) { ShowMessage(stringId, path); });
 }
 
-CVocafadeEditor::~CVocafadeEditor() = default;
+CVocafadeEditor::~CVocafadeEditor() { close(); }
+
+AVocafade& CVocafadeEditor::vocafade() { return static_cast<AVocafade&>(*effect); }
 
 bool CVocafadeEditor::getRect(ERect** bounds) {
     *bounds = &rect_;
@@ -24,11 +53,55 @@ bool CVocafadeEditor::getRect(ERect** bounds) {
 }
 
 bool CVocafadeEditor::open(void* ptr) {
-    if (systemWindow == nullptr) systemWindow = ptr;
+    if (session_ != nullptr) return true;
+    const Busy working(*this);
+    auto session = std::make_unique<Session>();
+    if (!session->hostFrame.AttachHost(ptr)) return false;
+    session->panel = std::make_unique<CUIWindow>();
+    if (!session->panel->MakeWindow(&session->hostFrame, &background_, this)) return false;
+    session->panel->MoveWindow(0, 0, background_.Width(), background_.Height(), true);
+    systemWindow = ptr;
+    session_ = std::move(session);
+    windowThread_.store(std::this_thread::get_id(), std::memory_order_relaxed);
     return true;
 }
 
-void CVocafadeEditor::close() { systemWindow = nullptr; }
+void CVocafadeEditor::close() {
+    systemWindow = nullptr;
+    windowThread_.store(std::thread::id(), std::memory_order_relaxed);
+    if (session_ == nullptr) return;
+    retired_.push_back(std::move(session_));
+    if (busy_ == 0) retired_.clear();
+}
+
+void CVocafadeEditor::idle() {
+    const Busy working(*this);
+    // Before the events, so that what the panel finds changed is painted in the same idle.
+    if (session_ != nullptr) session_->panel->idle();
+    if (session_ != nullptr) session_->hostFrame.Idle();
+}
+
+void CVocafadeEditor::draw(ERect*) {
+    const Busy working(*this);
+    if (session_ != nullptr) session_->panel->SendMessage(WM_PAINT);
+}
+
+CUIWindow* CVocafadeEditor::PanelOfThisThread() {
+    if (windowThread_.load(std::memory_order_relaxed) != std::this_thread::get_id()) return nullptr;
+    return session_ != nullptr ? session_->panel.get() : nullptr;
+}
+
+void CVocafadeEditor::UpdateControl(std::int32_t index, float value) {
+    if (CUIWindow* panel = PanelOfThisThread()) panel->UpdateControl(index, value);
+}
+
+void CVocafadeEditor::UpdateModify() {
+    if (CUIWindow* panel = PanelOfThisThread()) panel->UpdateModify();
+}
+
+void CVocafadeEditor::ShowMessage(std::int32_t stringId, const std::string& path) {
+    if (session_ != nullptr) session_->panel->ShowMessage(stringId, path);
+}
 
 AEffEditor* MakeVocafadeEditor(AudioEffect* owner) { return new CVocafadeEditor(owner); }
 

@@ -1,24 +1,64 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "editor/in_vocafade.h"
+#include "effect/editor_door.h"
+#include "ui/gdi.h"
 #include "vst/aeff_editor.h"
+
+#include <atomic>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
 
 namespace vocafade {
 
+class AVocafade;
+class CUIWindow;
+
 /// The effect's editor as the host sees it: a fixed rectangle, opened inside a window of the host's, idled
-/// and closed again, any number of times. Every operation is [main-thread].
-class CVocafadeEditor : public AEffEditor {
+/// and closed again, any number of times. Every operation is [main-thread] but for those of the listener.
+///
+/// It hears of the effect's changes for its whole life, which is the effect's. A change that the host makes
+/// on the thread that the panel lives on goes straight on to the panel; one from another thread (automation
+/// from the audio thread) goes nowhere, since the panel compares what it shows with what the effect holds at
+/// every idle.
+class CVocafadeEditor : public AEffEditor, private EffectListener {
   public:
-    /// Registers itself with `owner`, which deletes it.
+    /// Registers itself with `owner`, an `AVocafade`, which deletes it.
     explicit CVocafadeEditor(AudioEffect* owner);
     ~CVocafadeEditor() override;
 
+    /// Always there: the size of the background bitmap, 0 by 0 without one.
     bool getRect(ERect** bounds) override;
+    /// Opens inside the host's window `ptr`. True also when it is open already, which changes nothing. False,
+    /// and it stays closed, when there is no display or no such window.
     bool open(void* ptr) override;
+    /// A host may close from inside one of its callbacks: the windows then go when the panel's work is done.
     void close() override;
+    void idle() override;
+    void draw(ERect* rect) override;
+
+    AVocafade& vocafade();
 
   private:
+    struct Session;
+    class Busy;
+
+    void UpdateControl(std::int32_t index, float value) override;
+    void UpdateModify() override;
+    CUIWindow* PanelOfThisThread();
+    void ShowMessage(std::int32_t stringId, const std::string& path);
+
     ERect rect_{};
+    void* bitmapHandle_ = nullptr;
+    CInVocafade application_;
+    CKVBBitmap background_;
+    std::unique_ptr<Session> session_;              ///< while open
+    std::vector<std::unique_ptr<Session>> retired_; ///< closed while the panel was at work
+    int busy_ = 0;
+    std::atomic<std::thread::id> windowThread_; ///< of the open panel; of no thread while closed
 };
 
 /// The factory that the plug-in hands to its effect.

@@ -1,0 +1,168 @@
+// SPDX-License-Identifier: MIT
+#include "editor/bitmap_slider.h"
+
+#include "editor/taper.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace vocafade {
+
+void CKVBBitmapSliderDC::Make(const CRect& trackRect, const CRect& readoutRect, CWnd* parent,
+                              CKVBBitmap* trackImage, CKVBBitmap* altImage, CKVBBitmap* thumbImage,
+                              float minimum, float maximum, CPoint startPoint, CPoint endPoint, unsigned id,
+                              int vertical, bool logTaper, bool inverted, bool hideThumb, bool twoPosition,
+                              ControlCallbackFunction callback, void* context) {
+    min_ = minimum;
+    max_ = maximum;
+    startPoint_ = startPoint;
+    endPoint_ = endPoint;
+    id_ = id;
+    vertical_ = vertical;
+    trackImage_ = trackImage;
+    thumbImage_ = thumbImage;
+    altImage_ = altImage;
+    tracking_ = false;
+    value_ = minimum;
+    hideThumb_ = hideThumb;
+    logTaper_ = logTaper;
+    inverted_ = inverted;
+    twoPosition_ = twoPosition;
+    imageWidth_ = trackImage != nullptr ? trackImage->Width() : 0;
+    imageHeight_ = trackImage != nullptr ? trackImage->Height() : 0;
+    trackRect_ = trackRect;
+    parent_ = parent;
+    callback_ = callback;
+    context_ = context;
+    enabled_ = true;
+    readoutRect_ = readoutRect;
+}
+
+void CKVBBitmapSliderDC::SetNewRect(const CRect& trackRect, const CRect& readoutRect) {
+    trackRect_ = trackRect;
+    readoutRect_ = readoutRect;
+}
+
+void CKVBBitmapSliderDC::InvalidateReadout() {
+    if (parent_ != nullptr && !readoutRect_.IsRectEmpty()) parent_->InvalidateRect(&readoutRect_, true);
+}
+
+void CKVBBitmapSliderDC::Notify() {
+    if (callback_ != nullptr) callback_(static_cast<int>(id_), value_, context_);
+}
+
+void CKVBBitmapSliderDC::SetValue(float value, CDC* dc, bool notify) {
+    if (std::isnan(value)) value = value_;
+    value = std::clamp(value, min_, max_);
+    if (value != value_) {
+        value_ = value;
+        if (notify) Notify();
+    }
+    if (dc != nullptr) DrawSlider(dc);
+    InvalidateReadout();
+}
+
+bool CKVBBitmapSliderDC::PtInSwitch(CPoint point) {
+    if (!enabled_ || !trackRect_.PtInRect(point)) return false;
+    tracking_ = true;
+    if (parent_ != nullptr) parent_->SetCapture();
+    return true;
+}
+
+double CKVBBitmapSliderDC::ValueAlong(int place, int start, int end) const {
+    if (start == end) return min_;
+    const double travel = static_cast<double>(place - start) / (end - start);
+    const double range = static_cast<double>(max_) - min_;
+    return min_ + range * (vertical_ != 0 && logTaper_ ? TaperedFraction(travel) : travel);
+}
+
+float CKVBBitmapSliderDC::ValueAt(CPoint point) const {
+    const int place = vertical_ != 0 ? point.y - trackRect_.top : point.x - trackRect_.left;
+    const int start = vertical_ != 0 ? startPoint_.y : startPoint_.x;
+    const int end = vertical_ != 0 ? endPoint_.y : endPoint_.x;
+    // Up is more: a vertical fader starts at the greater coordinate, unless it is inverted.
+    const bool startIsHigh = (vertical_ != 0) != inverted_;
+    const bool beforeStart = startIsHigh ? place > start : place < start;
+    const bool beyondEnd = startIsHigh ? place < end : place > end;
+    float value = min_;
+    if (beyondEnd && !beforeStart) {
+        value = max_;
+    } else if (!beforeStart) {
+        value = static_cast<float>(ValueAlong(place, start, end));
+    }
+    if (twoPosition_) value = value < (min_ + max_) / 2 ? min_ : max_;
+    return value;
+}
+
+bool CKVBBitmapSliderDC::SetValueByPoint(CPoint point) {
+    if (!enabled_) return false;
+    const float value = ValueAt(point);
+    if (value == value_) return false;
+    value_ = value;
+    InvalidateReadout();
+    Notify();
+    return true;
+}
+
+void CKVBBitmapSliderDC::OnMouseMove(CPoint point, CDC* dc) {
+    if (!tracking_) return;
+    SetValueByPoint(point);
+    DrawSlider(dc);
+}
+
+void CKVBBitmapSliderDC::OnLButtonUp(CPoint point, CDC* dc) {
+    if (!tracking_) return;
+    tracking_ = false; // before the capture goes, so that its loss does not look like a cancelled drag
+    if (parent_ != nullptr) parent_->ReleaseCapture();
+    SetValueByPoint(point);
+    DrawSlider(dc);
+}
+
+double CKVBBitmapSliderDC::Fraction() const {
+    return max_ != min_ ? (static_cast<double>(value_) - min_) / (static_cast<double>(max_) - min_) : 0.0;
+}
+
+CPoint CKVBBitmapSliderDC::ThumbPlace() const {
+    const int width = thumbImage_ != nullptr ? thumbImage_->Width() : 0;
+    const int height = thumbImage_ != nullptr ? thumbImage_->Height() : 0;
+    if (vertical_ == 0) {
+        const double travel = Fraction() * (endPoint_.x - startPoint_.x);
+        return {static_cast<int>(startPoint_.x + travel - 0.5 * width), startPoint_.y};
+    }
+    if (logTaper_) {
+        const double travel = TaperedTravel(Fraction()) * (endPoint_.y - startPoint_.y);
+        return {startPoint_.x, static_cast<int>(startPoint_.y + travel + 0.5) - height / 2};
+    }
+    const double travel = Fraction() * (startPoint_.y - endPoint_.y);
+    return {startPoint_.x, static_cast<int>(startPoint_.y - travel - 0.5 * height)};
+}
+
+void CKVBBitmapSliderDC::DrawSlider(CDC* dc) {
+    if (!enabled_ || dc == nullptr || trackImage_ == nullptr) return;
+    CDC picture;
+    if (!picture.CreateBitmapDC(imageWidth_, imageHeight_)) return;
+    CDC source;
+    source.CreateCompatibleDC(dc);
+    source.SelectObject(trackImage_);
+    const int width = trackImage_->Width();
+    const int height = trackImage_->Height();
+    if (width == imageWidth_ && height == imageHeight_) {
+        picture.BitBlt(0, 0, width, height, &source, 0, 0, SRCCOPY);
+    } else {
+        picture.StretchBlt(0, 0, imageWidth_, imageHeight_, &source, 0, 0, width, height, SRCCOPY);
+    }
+    const CPoint thumb = ThumbPlace();
+    if (vertical_ == 0 && altImage_ != nullptr) {
+        const int filled = thumb.x + (thumbImage_ != nullptr ? thumbImage_->Width() / 2 : 0);
+        source.SelectObject(altImage_);
+        picture.BitBlt(0, 0, std::min(filled, altImage_->Width()), altImage_->Height(), &source, 0, 0,
+                       SRCCOPY);
+    }
+    if (!hideThumb_ && thumbImage_ != nullptr) {
+        source.SelectObject(thumbImage_);
+        picture.BitBlt(thumb.x, thumb.y, thumbImage_->Width(), thumbImage_->Height(), &source, 0, 0, SRCCOPY);
+    }
+    dc->BitBlt(trackRect_.left, trackRect_.top, imageWidth_, imageHeight_, &picture, 0, 0, SRCCOPY);
+}
+
+} // namespace vocafade

@@ -1,0 +1,133 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "editor/bitmap_knob.h"
+#include "editor/bitmap_slider.h"
+#include "editor/bitmap_switch.h"
+#include "editor/entry_wnd.h"
+#include "editor/panel_layout.h"
+#include "effect/parameters.h"
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+namespace vocafade {
+
+class AVocafade;
+class CPresetSaveDlg;
+class CVocafadeEditor;
+
+/// The main panel: the background, read-outs, meters, buttons and controls, as large as its background
+/// bitmap. It turns the mouse into parameter changes and shows what the effect holds. Everything here is
+/// [main-thread].
+class CUIWindow : public CWnd {
+  public:
+    CUIWindow();
+    ~CUIWindow() override;
+
+    /// Creates the panel inside `parent`. All three outlive it. False when it cannot be created.
+    bool MakeWindow(CWnd* parent, CKVBBitmap* background, CVocafadeEditor* editor);
+    /// Moves the meters and shows what has changed on other threads. For every idle of the host.
+    void idle();
+
+    /// The effect has a new normalised value for a parameter; nothing before the first painting.
+    void UpdateControl(std::int32_t index, float value);
+    /// The program changed or was copied.
+    void UpdateModify();
+    /// Tells the user text `stringId` with `path` put into it.
+    void ShowMessage(std::int32_t stringId, const std::string& path);
+
+    /// A control was moved by the user to the normalised `value`.
+    void ChangeControl(int controlId, float value);
+    /// Opens the entry field over a read-out with `value` (times ten) in it.
+    void ShowEdit(int value, int minimum, int maximum, bool withSign, int width, const CRect& rect,
+                  int entryId);
+    void HideEdit();
+
+    int OnCreate();
+    void OnPaint();
+    void OnSize(UINT type, int width, int height);
+    void OnDestroy();
+    void OnLButtonDown(UINT flags, CPoint point);
+    void OnLButtonDblClk(UINT flags, CPoint point);
+    void OnMouseMove(UINT flags, CPoint point);
+    void OnLButtonUp(UINT flags, CPoint point);
+    LRESULT OnCaptureChanged(WPARAM wParam, LPARAM lParam);
+    LRESULT OnInputValReturn(WPARAM wParam, LPARAM lParam);
+    LRESULT OnShowMessage(WPARAM wParam, LPARAM lParam);
+    void OnSelCopyPg(UINT id);
+
+    const char* ClassName() const override { return "UIWindow"; }
+
+    DECLARE_MESSAGE_MAP()
+
+  private:
+    struct Bitmaps {
+        CKVBBitmap spare, switchOff, switchOn, knobStrip, faderTrack, faderThumb, meter, clipOff, clipOn,
+            copyOn, copyOff, save, modified;
+        void Load();
+    };
+    /// What the picture on the screen says, to be compared with what the effect holds.
+    struct Shown {
+        std::array<float, kParameterCount> values{};   ///< normalised, of the controls
+        std::array<float, kParameterCount> displays{}; ///< of the read-outs, in display units
+        bool modified = false;
+    };
+
+    AVocafade& effect();
+
+    // ui_window.cpp
+    void MakeControls();
+    void MakeFader(CKVBBitmapSliderDC& fader, int id, int parameter, const CRect& rect, const CRect& readout);
+    // ui_window_paint.cpp
+    void DrawDisp(CDC* dc, int parameter, const CRect& rect);
+    void DrawOutDisp(CDC* dc);
+    void DrawInputDisp(CDC* dc);
+    void DrawLoFreqDisp(CDC* dc);
+    void DrawHiFreqDisp(CDC* dc);
+    void DrawBlanceDisp(CDC* dc);
+    void DrawVU(CDC* dc);
+    void DrawClip(CDC*) {} ///< there is no clip detection
+    void DrawButtons(CDC* dc);
+    void DrawControls(CDC* dc);
+    void NoteShown(const CRect& painted);
+    bool FollowMeters();
+    void ShowForeignChanges();
+    // ui_window_mouse.cpp
+    bool PressReadout(CPoint point);
+    bool PressControl(CPoint point);
+    void OpenEntryFor(const layout::Readout& readout);
+    void ToggleOnOff();
+    void OpenCopyMenu();
+    void CloseCopyMenu();
+    void OpenSaveDialog();
+    void SaveDialogEnded(int result);
+
+    CKVBBitmap* background_ = nullptr;
+    Bitmaps bitmaps_;
+    CFont smallFont_;
+    CFont largeFont_;
+    CVocafadeEditor* editor_ = nullptr;
+    CKVBFloatEditWnd entryWnd_;
+    int activeEntry_ = -1;
+    CKVBBitmapSliderDC inputFader_;
+    CKVBBitmapSliderDC outputFader_;
+    CKVBBitmapSliderDC loFreqFader_;
+    CKVBBitmapSliderDC hiFreqFader_;
+    CKVBNewBitmapTumamiDC positionKnob_;
+    CKVBBitmapSwitch2DC onOffSwitch_;
+    CKVBBitmapSwitch2DC copyButton_;
+    std::array<float, 4> vuDb_{};
+    std::uint16_t lastVuCounter_ = 0xFFFF;
+    bool painted_ = false;
+    Shown shown_;
+    std::unique_ptr<CPresetSaveDlg> saveDialog_;
+    std::string pendingMessage_;
+};
+
+/// What every control of the panel reports to; `context` is the panel.
+bool ControlCallback(int controlId, float value, void* context);
+
+} // namespace vocafade
