@@ -4,8 +4,8 @@
 #include "vst/text.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
-#include <cstdio>
 #include <cstring>
 
 namespace vocafade {
@@ -146,8 +146,10 @@ void AVocafade::getParameterDisplay(std::int32_t index, char* text) {
         return;
     }
     if (index < 0 || index >= kParameterCount) return;
-    char shown[kShownTextSize];
-    std::snprintf(shown, sizeof shown, "%.1f", static_cast<double>(CachedInternal(index)));
+    // Not printf: a host that has set its user's locale would get a decimal comma.
+    char shown[kShownTextSize] = {};
+    std::to_chars(shown, shown + sizeof shown - 1, static_cast<double>(CachedInternal(index)),
+                  std::chars_format::fixed, 1);
     CopyText(text, std::strcmp(shown, "-0.0") == 0 ? "0.0" : shown, kShownTextSize);
 }
 
