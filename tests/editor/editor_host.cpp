@@ -1,0 +1,111 @@
+// SPDX-License-Identifier: MIT
+#include "tests/editor/editor_host.h"
+
+#include <dlfcn.h>
+#include <stdexcept>
+#include <thread>
+
+namespace vocafade::test {
+namespace {
+
+using EntryPoint = AEffect* (*)(audioMasterCallback);
+
+EntryPoint Entry() {
+    // Never unloaded: sanitizers want the names of what leaked.
+    static void* library = ::dlopen(VOCAFADE_PLUGIN, RTLD_NOW | RTLD_LOCAL);
+    if (library == nullptr) throw std::runtime_error(::dlerror());
+    return reinterpret_cast<EntryPoint>(::dlsym(library, "VSTPluginMain"));
+}
+
+} // namespace
+
+XServer& SharedServer() {
+    static XServer server;
+    return server;
+}
+
+HostedEditor::HostedEditor(XUser& someUser, int x, int y, audioMasterCallback callback)
+    : user(someUser), effect(Entry()(callback)), parent(user.MakeWindow(x, y, 477, 214)), x_(x), y_(y) {
+    Ask(effOpen);
+    Ask(effSetSampleRate, 0, 0, nullptr, 44100.0f);
+    Ask(effSetBlockSize, 0, 1024);
+    Ask(effMainsChanged, 0, 1);
+}
+
+HostedEditor::~HostedEditor() {
+    End();
+    user.DestroyWindow(parent);
+}
+
+void HostedEditor::End() {
+    if (effect != nullptr) Ask(effClose);
+    effect = nullptr;
+}
+
+void HostedEditor::Settle() {
+    for (int i = 0; i < 4; ++i) {
+        user.Sync();
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        Idle();
+    }
+    user.Sync();
+}
+
+void HostedEditor::MoveTo(CPoint point) {
+    user.MoveTo(x_ + point.x, y_ + point.y);
+    Settle();
+}
+
+void HostedEditor::Press(CPoint point) {
+    user.MoveTo(x_ + point.x, y_ + point.y);
+    user.Press();
+    Settle();
+}
+
+void HostedEditor::Release(CPoint point) {
+    user.MoveTo(x_ + point.x, y_ + point.y);
+    user.Release();
+    Settle();
+}
+
+void HostedEditor::Key(std::uint32_t keysym) {
+    user.Key(keysym);
+    Settle();
+}
+
+void HostedEditor::Type(std::string_view text) {
+    user.Type(text);
+    Settle();
+}
+
+std::string HostedEditor::Display(std::int32_t index) {
+    char text[64] = "";
+    Ask(effGetParamDisplay, index, 0, text);
+    return text;
+}
+
+std::string HostedEditor::ProgramName(std::int32_t index) {
+    char text[64] = "";
+    Ask(effGetProgramNameIndexed, index, -1, text);
+    return text;
+}
+
+void HostedEditor::Play(float level, std::int32_t frames) {
+    std::vector<float> left(static_cast<std::size_t>(frames), level);
+    std::vector<float> right(static_cast<std::size_t>(frames), level / 2);
+    std::vector<float> outLeft(left.size());
+    std::vector<float> outRight(left.size());
+    float* in[] = {left.data(), right.data()};
+    float* out[] = {outLeft.data(), outRight.data()};
+    effect->processReplacing(effect, in, out, frames);
+}
+
+std::vector<float> EditorTest::Automated(std::int32_t index) const {
+    std::vector<float> values;
+    for (const RecordingHost::Call& call : host.Calls(audioMasterAutomate)) {
+        if (call.index == index) values.push_back(call.opt);
+    }
+    return values;
+}
+
+} // namespace vocafade::test

@@ -1,0 +1,99 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "tests/support/recording_host.h"
+#include "tests/support/temp_folder.h"
+#include "tests/support/x_server.h"
+#include "tests/support/x_user.h"
+#include "ui/geometry.h"
+
+#include <memory>
+#include <string>
+
+namespace vocafade::test {
+
+/// One effect out of the built plug-in, and its editor in a window of the host's, all through the binary
+/// interface.
+class HostedEditor {
+  public:
+    /// Makes and opens the effect and a parent window for its editor at (x, y) of the screen.
+    explicit HostedEditor(XUser& someUser, int x = 20, int y = 30,
+                          audioMasterCallback callback = RecordingHost::Callback);
+    ~HostedEditor();
+    HostedEditor(const HostedEditor&) = delete;
+    HostedEditor& operator=(const HostedEditor&) = delete;
+
+    VstIntPtr Ask(std::int32_t opcode, std::int32_t index = 0, VstIntPtr value = 0, void* ptr = nullptr,
+                  float opt = 0.0f) {
+        return effect->dispatcher(effect, opcode, index, value, ptr, opt);
+    }
+    bool Open() { return Ask(effEditOpen, 0, 0, ParentPointer()) != 0; }
+    void Close() { Ask(effEditClose); }
+    /// Ends the effect, as a host does that removes it.
+    void End();
+    void* ParentPointer() const { return reinterpret_cast<void*>(static_cast<std::uintptr_t>(parent)); }
+
+    void Idle() { Ask(effEditIdle); }
+    /// Idles until everything that has happened is handled and painted.
+    void Settle();
+
+    /// The mouse, in the panel's coordinates; each is settled.
+    void MoveTo(CPoint point);
+    void Press(CPoint point);
+    void Drag(CPoint point) { MoveTo(point); }
+    void Release(CPoint point);
+    void Click(CPoint point) {
+        Press(point);
+        Release(point);
+    }
+    void Key(std::uint32_t keysym);
+    void Type(std::string_view text);
+
+    Picture Look(const CRect& rect) {
+        return user.Look(parent, rect.left, rect.top, rect.Width(), rect.Height());
+    }
+    Picture LookAtPanel() { return Look({0, 0, 477, 214}); }
+
+    float Value(std::int32_t index) { return effect->getParameter(effect, index); }
+    void SetValue(std::int32_t index, float value) { effect->setParameter(effect, index, value); }
+    std::string Display(std::int32_t index);
+    std::string ProgramName(std::int32_t index);
+    /// Lets one block of a constant level through both channels.
+    void Play(float level, std::int32_t frames = 256);
+
+    XUser& user;
+    AEffect* effect = nullptr;
+    xcb_window_t parent = 0;
+
+  private:
+    int x_;
+    int y_;
+};
+
+/// The X server that all tests of this program share.
+XServer& SharedServer();
+
+/// A test with a server, a user, preferences of its own, and a host that notes what it is told.
+class EditorTest : public WithSettings {
+  protected:
+    EditorTest() { SharedServer(); }
+    /// The values that the host was told for a parameter, in order.
+    std::vector<float> Automated(std::int32_t index) const;
+    void Forget() { host.calls.clear(); }
+
+    RecordingHost host;
+    XUser user;
+};
+
+/// The same with an editor that is open and painted.
+class OpenEditorTest : public EditorTest {
+  protected:
+    OpenEditorTest() : editor(user) {
+        editor.Open();
+        editor.Settle();
+        Forget();
+    }
+    HostedEditor editor;
+};
+
+} // namespace vocafade::test

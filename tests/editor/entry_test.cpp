@@ -1,0 +1,149 @@
+// SPDX-License-Identifier: MIT
+// Numbers typed into the read-outs.
+#include "tests/editor/panel_picture.h"
+
+namespace vocafade::test {
+namespace {
+
+constexpr CPoint kInput{30, 192};
+constexpr CPoint kOutput{430, 192};
+constexpr CPoint kLoFreq{150, 192};
+constexpr CPoint kHiFreq{238, 192};
+constexpr CPoint kPosition{324, 192};
+
+struct Typed {
+    CPoint readout;
+    std::int32_t parameter;
+    const char* text;
+    const char* shown; ///< by the read-out afterwards
+};
+
+class Entry : public OpenEditorTest {
+  protected:
+    /// The entry field shows: the panel differs from what the effect alone looks like, at the read-outs.
+    bool IsOpen() {
+        const Picture shown = editor.LookAtPanel();
+        return !SamePicture(shown, ExpectedPanel(PanelState::Of(editor)), {0, 182, 477, 214});
+    }
+};
+
+TEST_F(Entry, TakesWhatIsTypedAndHoldsItInRange) {
+    const Typed cases[] = {
+        {kLoFreq, 3, "1234.5", "1234.5"}, {kLoFreq, 3, "99999", "20000.0"}, {kLoFreq, 3, "1", "20.0"},
+        {kLoFreq, 3, "440.78", "440.7"}, // cut, not rounded
+        {kLoFreq, 3, "\b", "20.0"},      // empty counts as 0
+        {kHiFreq, 4, "8000", "8000.0"},   {kHiFreq, 4, "500", "2000.0"},    {kPosition, 5, "20.5", "20.5"},
+        {kPosition, 5, "0", "0.0"},       {kInput, 2, "-12.3", "-12.3"},    {kInput, 2, "3", "0.0"},
+        {kInput, 2, "-70", "-59.8"},      {kOutput, 1, "5.5", "5.5"},       {kOutput, 1, "9", "6.0"},
+        {kOutput, 1, "-0", "0.0"},        {kOutput, 1, "\b", "0.0"},
+    };
+    for (const Typed& typed : cases) {
+        SCOPED_TRACE(std::string(typed.text) + " into parameter " + std::to_string(typed.parameter));
+        Forget();
+        editor.Click(typed.readout);
+        EXPECT_TRUE(IsOpen());
+        if (typed.text[0] == '\b') {
+            editor.Key(kKeysymBackspace);
+        } else {
+            editor.Type(typed.text);
+        }
+        EXPECT_TRUE(host.Calls(audioMasterAutomate).empty()); // nothing before Return
+        editor.Key(kKeysymReturn);
+        EXPECT_EQ(editor.Display(typed.parameter), typed.shown);
+        EXPECT_EQ(Automated(typed.parameter), std::vector<float>{editor.Value(typed.parameter)});
+        EXPECT_EQ(host.calls.back().opcode, audioMasterEndEdit); // and no beginning
+        EXPECT_TRUE(host.Calls(audioMasterBeginEdit).empty());
+        EXPECT_TRUE(ShowsItsEffect(editor, true));
+    }
+}
+
+TEST_F(Entry, OpensOnTheValueThatShowsAndConfirmsItUnchanged) {
+    editor.SetValue(3, 0.123f);
+    editor.Settle();
+    const std::string shown = editor.Display(3);
+    editor.Click(kLoFreq);
+    editor.Key(kKeysymKeypadEnter);
+    EXPECT_EQ(editor.Display(3), shown);
+    EXPECT_EQ(Automated(3).size(), 1U);
+}
+
+TEST_F(Entry, EscapeAndAPressElsewhereGiveItUp) {
+    editor.Click(kOutput);
+    editor.Type("3.3");
+    editor.Key(kKeysymEscape);
+    EXPECT_TRUE(ShowsItsEffect(editor));
+    editor.Click(kLoFreq);
+    editor.Type("777");
+    editor.Click({100, 100});
+    EXPECT_TRUE(ShowsItsEffect(editor));
+    // What was typed in vain does not come back.
+    editor.Click(kLoFreq);
+    editor.Key(kKeysymReturn);
+    EXPECT_EQ(editor.Display(3), "400.0");
+    // One field opens over another without applying it.
+    editor.Click(kLoFreq);
+    editor.Type("888");
+    editor.Click(kHiFreq);
+    editor.Type("9876");
+    editor.Key(kKeysymReturn);
+    EXPECT_EQ(editor.Display(3), "400.0");
+    EXPECT_EQ(editor.Display(4), "9876.0");
+}
+
+TEST_F(Entry, FiltersKeys) {
+    editor.Click(kLoFreq);
+    editor.Type("12x"); // the stray letter brings the canonical form
+    editor.Key(kKeysymEnd);
+    editor.Key(kKeysymBackspace);
+    editor.Type("5%'");
+    editor.Key(kKeysymReturn);
+    EXPECT_EQ(editor.Display(3), "20.0"); // 12.5 is below the range
+    editor.Click(kLoFreq);
+    editor.Type("600");
+    editor.Key(kKeysymEnd);
+    editor.Type("-"); // no sign in this field: 600.0
+    editor.Key(kKeysymEnd);
+    editor.Key(kKeysymLeft); // keys that move stay keys
+    editor.Key(kKeysymDelete);
+    editor.Type("7");
+    editor.Key(kKeysymReturn);
+    EXPECT_EQ(editor.Display(3), "600.7");
+}
+
+TEST_F(Entry, SpinStepsByATenthAndStaysInRange) {
+    editor.Click(kLoFreq);
+    editor.Key(kKeysymUp);
+    editor.Key(kKeysymUp);
+    editor.Key(kKeysymReturn);
+    EXPECT_EQ(editor.Display(3), "400.2");
+    editor.Click(kInput);
+    editor.Key(kKeysymUp); // at its maximum of 0 dB
+    editor.Key(kKeysymDown);
+    editor.Key(kKeysymDown);
+    editor.Key(kKeysymReturn);
+    EXPECT_EQ(editor.Display(2), "-0.2");
+    editor.Click(kLoFreq);
+    editor.Type("20");
+    editor.Key(kKeysymDown);
+    editor.Key(kKeysymReturn);
+    EXPECT_EQ(editor.Display(3), "20.0");
+    EXPECT_TRUE(host.Calls(audioMasterBeginEdit).empty());
+}
+
+TEST_F(Entry, TakesTheKeyboardAndGivesItBack) {
+    const xcb_window_t hosts = user.MakeWindow(600, 500, 50, 50);
+    user.SetFocus(hosts);
+    for (const std::uint32_t end : {kKeysymReturn, kKeysymEscape}) {
+        editor.Click(kLoFreq);
+        EXPECT_NE(user.Focus(), hosts);
+        editor.Key(end);
+        EXPECT_EQ(user.Focus(), hosts);
+    }
+    editor.Click(kLoFreq);
+    editor.Close();
+    EXPECT_EQ(user.Focus(), hosts);
+    user.DestroyWindow(hosts);
+}
+
+} // namespace
+} // namespace vocafade::test

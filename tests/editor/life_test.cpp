@@ -1,0 +1,292 @@
+// SPDX-License-Identifier: MIT
+// The editor among threads, other editors, and hosts that take things away.
+#include "tests/editor/panel_picture.h"
+
+#include <atomic>
+#include <filesystem>
+#include <fstream>
+#include <thread>
+
+namespace vocafade::test {
+namespace {
+
+constexpr CPoint kLoFreqReadout{150, 192};
+constexpr CPoint kCopy{75, 18};
+constexpr CPoint kSave{280, 15};
+
+std::size_t CountFiles(const char* folder) {
+    const std::filesystem::directory_iterator files(folder);
+    return static_cast<std::size_t>(std::distance(begin(files), end(files)));
+}
+std::size_t OpenFiles() { return CountFiles("/proc/self/fd"); }
+std::size_t Threads() { return CountFiles("/proc/self/task"); }
+
+using Meters = OpenEditorTest;
+
+TEST_F(Meters, RiseWithTheSoundAndFallByAQuarterDecibelAnIdle) {
+    editor.SetValue(0, 0.0f); // off: the output is the input
+    editor.Settle();
+    PanelState state = PanelState::Of(editor);
+    state.modified = true;
+    editor.Play(0.5f); // left at half, right at a quarter of full scale
+    editor.Idle();
+    state.meters = {-6.0f, -12.0f, -6.0f, -12.0f};
+    for (int idles = 0; idles < 160; ++idles) {
+        if (idles % 7 == 0) {
+            editor.user.Sync();
+            ASSERT_TRUE(SamePicture(editor.LookAtPanel(), ExpectedPanel(state))) << idles;
+        }
+        editor.Idle();
+        for (float& db : state.meters) {
+            db = std::max(db - 0.25f, -38.0f);
+        }
+    }
+    editor.Play(4.0f); // beyond the scale
+    editor.Idle();
+    user.Sync();
+    state.meters = {6.0f, 6.0f, 6.0f, 6.0f};
+    EXPECT_TRUE(SamePicture(editor.LookAtPanel(), ExpectedPanel(state)));
+    editor.Play(0.0f);
+    editor.Idle();
+    user.Sync();
+    state.meters = {-38.0f, -38.0f, -38.0f, -38.0f};
+    EXPECT_TRUE(SamePicture(editor.LookAtPanel(), ExpectedPanel(state)));
+}
+
+using Life = EditorTest;
+
+TEST_F(Life, ClosedEditorAnswersHarmlessly) {
+    HostedEditor editor(user);
+    ERect* rect = nullptr;
+    EXPECT_NE(editor.Ask(effEditGetRect, 0, 0, &rect), 0);
+    EXPECT_EQ(rect->right, 477);
+    EXPECT_EQ(rect->bottom, 214);
+    editor.Idle();
+    editor.Ask(effEditDraw);
+    editor.Close();
+    EXPECT_FALSE(editor.Ask(effEditOpen) != 0); // inside no window
+    EXPECT_TRUE(editor.Open());
+    editor.Ask(effEditDraw);
+    editor.Settle();
+    EXPECT_TRUE(ShowsItsEffect(editor));
+    editor.Close();
+    editor.Close();
+    EXPECT_TRUE(user.Children(editor.parent).empty());
+}
+
+TEST_F(Life, EveryOpeningShowsWhatTheEffectHoldsByThen) {
+    HostedEditor editor(user);
+    for (const float value : {0.1f, 0.6f, 0.9f}) {
+        editor.SetValue(4, value);
+        editor.Open();
+        editor.SetValue(2, value); // before the first painting
+        editor.Settle();
+        EXPECT_TRUE(ShowsItsEffect(editor, true));
+        editor.Close();
+    }
+}
+
+TEST_F(Life, TwoEditorsKeepToThemselves) {
+    HostedEditor one(user, 20, 30);
+    HostedEditor two(user, 20, 300);
+    one.Open();
+    two.Open();
+    one.Settle();
+    two.Settle();
+    one.Press({150, 45 + 50}); // held in one ...
+    two.Click({30, 10});       // (a release of the same mouse, so the first drag ends here)
+    one.Settle();
+    two.Click(kLoFreqReadout);
+    two.Type("1000");
+    two.Key(kKeysymReturn);
+    one.Click(kCopy);
+    two.Settle();
+    one.Key(kKeysymEscape);
+    one.Settle();
+    EXPECT_NE(one.Display(3), "1000.0");
+    EXPECT_EQ(two.Display(3), "1000.0");
+    EXPECT_EQ(one.Value(0), 1.0f);
+    EXPECT_TRUE(ShowsItsEffect(one, true));
+    EXPECT_TRUE(ShowsItsEffect(two, true));
+    one.End();
+    two.Click({245, 15}); // the other one lives on
+    EXPECT_EQ(two.Display(3), "400.0");
+    EXPECT_TRUE(ShowsItsEffect(two));
+}
+
+/// What is open while something goes away, and what goes away.
+enum class Open { entry, menu, dialog, list };
+enum class Gone { editor, effect, parent, parentThenEditor };
+
+class GoingAway : public EditorTest, public ::testing::WithParamInterface<std::tuple<Open, Gone>> {};
+
+TEST_P(GoingAway, LeavesNothingBehind) {
+    const auto [open, gone] = GetParam();
+    const std::size_t windows = user.TopLevels().size();
+    const std::size_t files = OpenFiles();
+    const std::size_t threads = Threads();
+    {
+        HostedEditor editor(user);
+        editor.Open();
+        editor.Settle();
+        switch (open) {
+        case Open::entry:
+            editor.Click(kLoFreqReadout);
+            editor.Type("77");
+            break;
+        case Open::menu:
+            editor.Click(kCopy);
+            break;
+        case Open::dialog:
+        case Open::list:
+            editor.Click(kSave);
+            if (open == Open::list) editor.Key(' ');
+            break;
+        }
+        switch (gone) {
+        case Gone::editor:
+            editor.Close();
+            break;
+        case Gone::effect:
+            editor.End();
+            break;
+        case Gone::parent:
+            user.DestroyWindow(editor.parent);
+            editor.Settle();
+            break;
+        case Gone::parentThenEditor:
+            user.DestroyWindow(editor.parent);
+            editor.Close();
+            break;
+        }
+        if (gone != Gone::effect) {
+            EXPECT_EQ(editor.Display(3), "400.0"); // nothing half typed was taken
+            editor.Settle();
+            editor.Close();
+            if (gone == Gone::editor) { // and it opens again
+                EXPECT_TRUE(editor.Open());
+                editor.Settle();
+                EXPECT_TRUE(ShowsItsEffect(editor));
+            }
+        }
+    }
+    user.Sync();
+    EXPECT_EQ(user.TopLevels().size(), windows);
+    EXPECT_EQ(OpenFiles(), files);
+    EXPECT_EQ(Threads(), threads);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Editor, GoingAway,
+    ::testing::Combine(::testing::Values(Open::entry, Open::menu, Open::dialog, Open::list),
+                       ::testing::Values(Gone::editor, Gone::effect, Gone::parent, Gone::parentThenEditor)));
+
+/// A host that closes the editor while it is being told something.
+HostedEditor* closing = nullptr;
+std::int32_t closingAt = 0;
+VstIntPtr ClosingHost(AEffect* effect, std::int32_t opcode, std::int32_t index, VstIntPtr value, void* ptr,
+                      float opt) {
+    if (closing != nullptr && opcode == closingAt) {
+        HostedEditor& editor = *closing;
+        closing = nullptr;
+        editor.Close();
+        EXPECT_TRUE(editor.Open()); // some rebuild their window at once
+    }
+    return RecordingHost::Callback(effect, opcode, index, value, ptr, opt);
+}
+
+TEST_F(Life, HostMayCloseTheEditorFromInsideItsCallback) {
+    HostedEditor editor(user, 20, 30, ClosingHost);
+    editor.Open();
+    editor.Settle();
+    for (const CPoint place : {CPoint(150, 100), CPoint(324, 150), CPoint(30, 10)}) { // fader, knob, switch
+        closing = &editor;
+        closingAt = audioMasterAutomate;
+        editor.Click(place);
+        EXPECT_EQ(closing, nullptr);
+        EXPECT_TRUE(ShowsItsEffect(editor, true));
+    }
+    closing = &editor;
+    closingAt = audioMasterEndEdit;
+    editor.Click(kLoFreqReadout);
+    editor.Type("500");
+    editor.Key(kKeysymReturn);
+    EXPECT_EQ(editor.Display(3), "500.0");
+    EXPECT_TRUE(ShowsItsEffect(editor, true));
+    closing = &editor;
+    closingAt = audioMasterUpdateDisplay;
+    editor.Click(kSave);
+    editor.Key(kKeysymReturn);
+    EXPECT_EQ(closing, nullptr);
+    EXPECT_TRUE(ShowsItsEffect(editor, false));
+}
+
+TEST_F(Life, DisplayMayGoAway) {
+    const std::string shared = SharedServer().name();
+    {
+        XServer doomed;
+        XUser there;
+        HostedEditor editor(there);
+        editor.Open();
+        editor.Settle();
+        editor.Click(kSave);
+        doomed.Kill();
+        for (int i = 0; i < 10; ++i) {
+            editor.Play(0.5f);
+            editor.SetValue(3, 0.1f * static_cast<float>(i));
+            editor.Idle();
+        }
+        editor.Close();
+        EXPECT_FALSE(editor.Open());
+        editor.Idle();
+    }
+    ::unsetenv("DISPLAY");
+    {
+        HostedEditor editor(user);
+        EXPECT_FALSE(editor.Open());
+        editor.Idle();
+        editor.Close();
+    }
+    ::setenv("DISPLAY", shared.c_str(), 1);
+}
+
+TEST_F(Life, OpensAndClosesFiveHundredTimes) {
+    HostedEditor editor(user);
+    const auto cycle = [&editor](int i) {
+        ASSERT_TRUE(editor.Open());
+        editor.Idle();
+        if (i % 10 == 0) editor.Click(i % 20 == 0 ? kSave : kCopy);
+        editor.Idle();
+        editor.Close();
+    };
+    for (int i = 0; i < 20; ++i) {
+        cycle(i);
+    }
+    const auto residentKilobytes = [] {
+        std::ifstream status("/proc/self/statm");
+        long size = 0;
+        long resident = 0;
+        status >> size >> resident;
+        return resident * 4;
+    };
+    const std::size_t files = OpenFiles();
+    const std::size_t threads = Threads();
+    const std::size_t windows = user.TopLevels().size();
+    const long before = residentKilobytes();
+    for (int i = 0; i < 500; ++i) {
+        cycle(i);
+    }
+    user.Sync();
+    EXPECT_EQ(OpenFiles(), files);
+    EXPECT_EQ(Threads(), threads);
+    EXPECT_EQ(user.TopLevels().size(), windows);
+    EXPECT_TRUE(user.Children(editor.parent).empty());
+#ifndef VOCAFADE_SANITIZED
+    EXPECT_LT(residentKilobytes() - before, 2048);
+#else
+    static_cast<void>(before);
+#endif
+}
+
+} // namespace
+} // namespace vocafade::test

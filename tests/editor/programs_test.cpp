@@ -1,0 +1,184 @@
+// SPDX-License-Identifier: MIT
+// Copying and saving programs from the panel: the menu, the dialog and the bank file.
+#include "tests/editor/panel_picture.h"
+
+#include <cstring>
+#include <sys/stat.h>
+
+namespace vocafade::test {
+namespace {
+
+constexpr CPoint kCopy{75, 18};
+constexpr CPoint kSave{280, 15};
+constexpr std::size_t kChunkAt = 160;
+constexpr std::size_t kRecord = 52;
+constexpr std::size_t kNameAt = 24;
+
+class Programs : public OpenEditorTest {
+  protected:
+    Programs() { windowsBefore = user.TopLevels(); }
+
+    void Name(std::int32_t program, const char* name, float loFreq) {
+        const VstIntPtr current = editor.Ask(effGetProgram);
+        editor.Ask(effSetProgram, 0, program);
+        editor.Ask(effSetProgramName, 0, 0, const_cast<char*>(name));
+        editor.SetValue(3, loFreq);
+        editor.Ask(effSetProgram, 0, current);
+        editor.Settle();
+        Forget();
+    }
+    /// The menu, dialog or box that is open beside the windows of the beginning; 0 for none.
+    xcb_window_t Popup() {
+        const std::vector<xcb_window_t> now = user.TopLevels();
+        return now.size() > windowsBefore.size() ? now.back() : 0;
+    }
+    std::string BankRecord(std::size_t program) {
+        const std::string bank = ReadFile(BankPath());
+        EXPECT_EQ(bank.size(), 3488U);
+        return bank.size() == 3488 ? bank.substr(kChunkAt + program * kRecord, kRecord) : std::string(52, 0);
+    }
+    std::string BankName(std::size_t program) { return BankRecord(program).c_str() + kNameAt; }
+    float BankLoFreq(std::size_t program) {
+        float value = 0.0f;
+        std::memcpy(&value, BankRecord(program).data() + 12, sizeof value);
+        return value;
+    }
+    void EraseText() {
+        user.KeyDown(kKeysymControl);
+        user.Key('a');
+        user.KeyUp(kKeysymControl);
+        editor.Key(kKeysymBackspace);
+    }
+
+    std::vector<xcb_window_t> windowsBefore;
+};
+
+TEST_F(Programs, MenuCopiesAnotherProgramOverTheCurrentOne) {
+    Name(2, "Third", 0.75f);
+    editor.Press(kCopy);
+    editor.Release(kCopy);
+    const xcb_window_t menu = Popup();
+    ASSERT_NE(menu, 0U);
+    EXPECT_EQ(user.BoundsOf(menu).x, 20 + 91);
+    PanelState state = PanelState::Of(editor);
+    state.copyOpen = true; // the button stays down as long as the menu is open
+    EXPECT_TRUE(SamePicture(editor.LookAtPanel(), ExpectedPanel(state), {0, 0, 91, 214}));
+    editor.Play(0.5f);       // audio goes on meanwhile
+    editor.Key(kKeysymDown); // the current program is passed over
+    editor.Key(kKeysymDown);
+    editor.Key(kKeysymReturn);
+    EXPECT_EQ(Popup(), 0U);
+    EXPECT_EQ(editor.Value(3), 0.75f);
+    EXPECT_EQ(editor.ProgramName(0), "Third");
+    EXPECT_EQ(editor.Ask(effGetProgram), 0);
+    EXPECT_EQ(host.Calls(audioMasterUpdateDisplay).size(), 1U);
+    for (int i = 0; i < 200; ++i) { // until the meters have fallen
+        editor.Idle();
+    }
+    EXPECT_TRUE(ShowsItsEffect(editor, true));
+}
+
+TEST_F(Programs, MenuLeftWithoutAChoiceChangesNothing) {
+    for (const bool byKey : {true, false}) {
+        editor.Click(kCopy);
+        EXPECT_NE(Popup(), 0U);
+        if (byKey) {
+            editor.Key(kKeysymEscape);
+        } else {
+            user.MoveTo(1000, 700);
+            user.Press();
+            user.Release();
+            editor.Settle();
+        }
+        EXPECT_EQ(Popup(), 0U);
+        EXPECT_TRUE(ShowsItsEffect(editor));
+        EXPECT_TRUE(host.Calls(audioMasterUpdateDisplay).empty());
+    }
+}
+
+TEST_F(Programs, SaveStoresTheCurrentSettingsUnderANewName) {
+    editor.SetValue(3, 0.5f);
+    editor.Settle();
+    editor.Click(kSave);
+    ASSERT_NE(Popup(), 0U);
+    EXPECT_TRUE(ReadFile(BankPath()).empty());
+    editor.Key(kKeysymTab); // from the list to the name
+    EraseText();
+    editor.Type("Chorus of a very long song name");
+    editor.Key(kKeysymReturn);
+    EXPECT_EQ(Popup(), 0U);
+    EXPECT_EQ(BankName(0), "Chorus of a very long s"); // 23 bytes
+    EXPECT_EQ(BankLoFreq(0), 0.5f);
+    EXPECT_EQ(editor.ProgramName(0), "Chorus of a very long s");
+    EXPECT_EQ(host.Calls(audioMasterUpdateDisplay).size(), 1U);
+    EXPECT_TRUE(ShowsItsEffect(editor, false));
+}
+
+TEST_F(Programs, SaveIntoAnotherSlotLeavesTheEditedOneAsItWas) {
+    Name(1, "Second", 0.25f);
+    editor.SetValue(3, 0.5f);
+    editor.Click(kSave);
+    editor.Key(kKeysymDown); // the next slot: its name comes into the field
+    editor.Key(kKeysymReturn);
+    EXPECT_EQ(editor.Ask(effGetProgram), 1);
+    EXPECT_EQ(BankName(1), "Second");
+    EXPECT_EQ(BankLoFreq(1), 0.5f);
+    EXPECT_EQ(BankName(0), "Empty");
+    EXPECT_EQ(editor.Value(3), 0.5f);
+    editor.Ask(effSetProgram, 0, 0);
+    EXPECT_EQ(editor.Display(3), "400.0");
+    EXPECT_EQ(BankRecord(0).substr(48), std::string("\x01\0\0\0", 4)); // the current program of the bank
+}
+
+TEST_F(Programs, SaveCanBeGivenUp) {
+    editor.SetValue(3, 0.5f);
+    editor.Click(kSave);
+    editor.Key(kKeysymEscape);
+    EXPECT_EQ(Popup(), 0U);
+    EXPECT_FALSE(std::filesystem::exists(BankPath()));
+    EXPECT_TRUE(ShowsItsEffect(editor, true));
+    editor.Press({280, 40}); // only a release on the button opens it
+    editor.Release({280, 60});
+    EXPECT_EQ(Popup(), 0U);
+}
+
+TEST_F(Programs, NamesKeepTheirBytesWhateverTheyAre) {
+    const std::string japanese = "\x83\x7B\x81\x5B\x83\x4A\x83\x8B"; // "vocal", in Shift-JIS
+    const std::string neither = "\xFF\x80 \x81";                     // no encoding at all
+    Name(0, neither.c_str(), 0.5f);
+    Name(1, japanese.c_str(), 0.25f);
+    editor.Click(kSave);
+    editor.Key(kKeysymReturn); // unchanged: under its existing name
+    EXPECT_EQ(BankName(0), neither);
+    EXPECT_EQ(BankName(1), japanese);
+    editor.Click(kSave);
+    editor.Key(kKeysymDown);
+    editor.Key(kKeysymTab);
+    editor.Key(kKeysymEnd);
+    editor.Type("2");
+    editor.Key(kKeysymReturn);
+    EXPECT_EQ(BankName(1), japanese + "2"); // through UTF-8 and back
+    EXPECT_EQ(BankName(0), neither);
+    editor.Click(kCopy); // and they show, without harm
+    EXPECT_NE(Popup(), 0U);
+    editor.Key(kKeysymEscape);
+}
+
+TEST_F(Programs, TellsWhenTheBankCannotBeSavedAndKeepsTheSettings) {
+    WriteFile(settings / "config", "a file where the folder should be");
+    editor.SetValue(3, 0.5f);
+    editor.Click(kSave);
+    editor.Key(kKeysymReturn);
+    editor.Settle();
+    const xcb_window_t box = Popup();
+    ASSERT_NE(box, 0U);
+    EXPECT_GT(user.BoundsOf(box).width, 200);
+    EXPECT_EQ(editor.Value(3), 0.5f);
+    EXPECT_EQ(host.Calls(audioMasterUpdateDisplay).size(), 1U);
+    editor.Key(kKeysymReturn);
+    EXPECT_EQ(Popup(), 0U);
+    EXPECT_TRUE(ShowsItsEffect(editor, false)); // stored in memory
+}
+
+} // namespace
+} // namespace vocafade::test

@@ -1,0 +1,98 @@
+// SPDX-License-Identifier: MIT
+// A host that automates everything from its audio thread at every block, whatever the editor does.
+#include "tests/editor/panel_picture.h"
+
+#include <atomic>
+#include <cmath>
+#include <thread>
+
+namespace vocafade::test {
+namespace {
+
+/// A host whose audio thread runs until the end of the scope.
+class AudioThread {
+  public:
+    explicit AudioThread(AEffect* effect) : thread_([this, effect] { Run(effect); }) {}
+    ~AudioThread() {
+        stop_ = true;
+        thread_.join();
+    }
+    AudioThread(const AudioThread&) = delete;
+    AudioThread& operator=(const AudioThread&) = delete;
+    int blocks() const { return blocks_; }
+
+  private:
+    void Run(AEffect* effect) {
+        std::vector<float> samples(128, 0.25f);
+        float* channels[] = {samples.data(), samples.data()};
+        while (!stop_) {
+            const int block = blocks_++;
+            for (std::int32_t i = 0; i < 6; ++i) {
+                effect->setParameter(effect, i, 0.5f + 0.5f * static_cast<float>(std::sin(block * 0.01 + i)));
+            }
+            effect->processReplacing(effect, channels, channels, 128);
+            if (block % 16 == 0) std::this_thread::yield();
+        }
+    }
+    std::atomic<bool> stop_{false};
+    std::atomic<int> blocks_{0};
+    std::thread thread_;
+};
+
+class Threads : public EditorTest {
+  protected:
+    Threads() : editor(user, 20, 30, &SilentHost) {}
+    void SettleAfterSound() {
+        for (int i = 0; i < 200; ++i) { // the meters fall to the ground
+            editor.Idle();
+        }
+        editor.Settle();
+    }
+    HostedEditor editor;
+};
+
+TEST_F(Threads, AutomationGoesOnWhileTheEditorOpensWorksAndCloses) {
+    int blocks = 0;
+    {
+        AudioThread audio(editor.effect);
+        for (int round = 0; round < 12; ++round) {
+            editor.Open();
+            editor.Settle();
+            editor.Click({150, 100});
+            editor.Click(round % 3 == 0   ? CPoint(280, 15)
+                         : round % 3 == 1 ? CPoint(75, 18)
+                                          : CPoint(150, 192));
+            editor.Settle();
+            if (round % 2 == 0) editor.Key(kKeysymEscape);
+            editor.Ask(effSetProgram, 0, round);
+            editor.Close();
+        }
+        editor.Open();
+        editor.Settle();
+        blocks = audio.blocks();
+    }
+    EXPECT_GT(blocks, 100);
+    SettleAfterSound();
+    EXPECT_TRUE(ShowsItsEffect(editor, true)); // the last values, without another word of the host
+}
+
+TEST_F(Threads, SavesAndCopiesWhileSoundRuns) {
+    editor.Open();
+    editor.Settle();
+    {
+        const AudioThread audio(editor.effect);
+        editor.Click({280, 15});
+        editor.Key(kKeysymReturn);
+        editor.Click({75, 18});
+        editor.Key(kKeysymDown);
+        editor.Key(kKeysymReturn);
+        editor.Click({245, 15});
+    }
+    EXPECT_EQ(ReadFile(BankPath()).size(), 3488U);
+    editor.Ask(effSetProgram, 0, 5);
+    SettleAfterSound();
+    EXPECT_TRUE(ShowsItsEffect(editor));
+}
+
+} // namespace
+} // namespace vocafade::test
