@@ -78,21 +78,14 @@ void CFormatEdit::ProcRet() { TellParent(kEntryConfirmed); }
 
 void CFormatEdit::ProcEsc() { TellParent(kEntryCancelled); }
 
-bool CFormatEdit::PreTranslateMessage(UINT message, WPARAM wParam) {
-    if (message != WM_KEYDOWN) return false;
-    if (wParam == kKeyReturn || wParam == kKeyKeypadEnter) {
-        ProcRet();
-        return true;
-    }
-    if (wParam == kKeyEscape) {
-        ProcEsc();
-        return true;
-    }
-    return false;
-}
-
 void CFormatEdit::OnKeyDown(UINT key, UINT repeats, UINT flags) {
-    if (!PreTranslateMessage(WM_KEYDOWN, key)) CEdit::OnKeyDown(key, repeats, flags);
+    if (key == kKeyReturn || key == kKeyKeypadEnter) {
+        ProcRet();
+    } else if (key == kKeyEscape) {
+        ProcEsc();
+    } else {
+        CEdit::OnKeyDown(key, repeats, flags);
+    }
 }
 
 void CFormatEdit::OnKillFocus(CWnd* to) {

@@ -37,12 +37,11 @@ class CFormatEdit : public CEdit {
     /// Confirms or cancels, as Return and Escape do.
     void ProcRet();
     void ProcEsc();
-    /// Takes the keys that end the entry; true when `message` was one.
-    bool PreTranslateMessage(UINT message, WPARAM wParam);
 
-    /// Filters what is typed: what makes up numbers is inserted, Return and Escape are left to
-    /// `PreTranslateMessage`, and anything else rewrites the text in its canonical form instead.
+    /// Filters what is typed: what makes up numbers is inserted, Return and Escape are left to `OnKeyDown`,
+    /// and anything else rewrites the text in its canonical form instead.
     void OnChar(UINT character, UINT repeats, UINT flags);
+    /// Return and Enter confirm, Escape cancels.
     void OnKeyDown(UINT key, UINT repeats, UINT flags);
     /// Leaves the text behind in its canonical form.
     void OnKillFocus(CWnd* to);

@@ -42,7 +42,7 @@ TEST_P(Faders, FollowTheMouseUntilItIsReleased) {
 INSTANTIATE_TEST_SUITE_P(Panel, Faders,
                          ::testing::Values(FaderCase{"Input", 2, 48}, FaderCase{"Output", 1, 413},
                                            FaderCase{"LoFreq", 3, 141}, FaderCase{"HiFreq", 4, 229}),
-                         [](const auto& info) { return info.param.name; });
+                         [](const auto& which) { return which.param.name; });
 
 using Panel = OpenEditorTest;
 
