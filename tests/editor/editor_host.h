@@ -76,11 +76,11 @@ XServer& SharedServer();
 /// A test with a server, a user, preferences of its own, and a host that notes what it is told.
 class EditorTest : public WithSettings {
   protected:
-    EditorTest() { SharedServer(); }
     /// The values that the host was told for a parameter, in order.
     std::vector<float> Automated(std::int32_t index) const;
     void Forget() { host.calls.clear(); }
 
+    XServer& server = SharedServer();
     RecordingHost host;
     XUser user;
 };

@@ -51,13 +51,14 @@ TEST(ParameterConversions, MatchTheTable) {
     EXPECT_FLOAT_EQ(ValToNormalizeValue(5, 64.0f), 0.5039370078740157f);
     EXPECT_EQ(ValToNormalizeValue(3, 5.0f), 0.0f);
     EXPECT_EQ(ValToNormalizeValue(4, 1e9f), 1.0f);
-    EXPECT_GT(ValToNormalizeValue(5, 200.0f), 1.0f) << "stepped parameters are not clamped";
+    EXPECT_GT(ValToNormalizeValue(0, 3.0f), 1.0f) << "stepped parameters are not clamped";
+    EXPECT_EQ(ValToNormalizeValue(5, 200.0f), 1.0f);
 
     EXPECT_FLOAT_EQ(NormalizeValToInternalVal(1, 0.0f), -59.794705707972525f);
     EXPECT_FLOAT_EQ(NormalizeValToInternalVal(1, 1.0f), 6.0f);
     EXPECT_FLOAT_EQ(NormalizeValToInternalVal(2, 1.0f), 0.0f);
     EXPECT_FLOAT_EQ(NormalizeValToInternalVal(3, 0.5f), 10010.0f);
-    EXPECT_EQ(NormalizeValToInternalVal(5, 0.5f), 64.0f) << "63.5 rounds up";
+    EXPECT_EQ(NormalizeValToInternalVal(5, 0.5f), 63.5f) << "Position moves freely";
     EXPECT_EQ(NormalizeValToInternalVal(5, 2.0f), 127.0f);
     EXPECT_EQ(NormalizeValToInternalVal(0, 0.5f), 1.0f);
     for (std::int32_t index = 1; index < kParameterCount; ++index) {
@@ -77,7 +78,7 @@ TEST(ParameterConversions, MatchTheTable) {
 
 TEST(ParameterConversions, GiveFixedPointAndRanges) {
     EXPECT_EQ(NormalizeValToDWValue(0, 1.0f), 1u);
-    EXPECT_EQ(NormalizeValToDWValue(5, 0.5f), 64u);
+    EXPECT_EQ(NormalizeValToDWValue(5, 0.5f), 127u * 32768u);
     EXPECT_EQ(NormalizeValToDWValue(3, 1.0f), 20000u * 65536u);
     EXPECT_EQ(NormalizeValToDWValue(1, 1.0f), 6u * 65536u);
     const auto lowest = static_cast<std::int32_t>(NormalizeValToDWValue(2, 0.0f));
@@ -198,7 +199,7 @@ TEST_F(Parameters, DescribeTheirRangesInWholeNumbers) {
         EXPECT_EQ(p.stepInteger, 128);
         EXPECT_EQ(p.largeStepInteger, 256);
         EXPECT_EQ(p.displayIndex, i);
-        const bool stepped = i == 0 || i == 5;
+        const bool stepped = i == 0;
         EXPECT_EQ(p.flags, kVstParameterUsesIntegerMinMax | kVstParameterUsesIntStep |
                                (stepped ? kVstParameterIsSwitch : 0));
         EXPECT_STREQ(p.label, ParameterLabel(i));
