@@ -102,7 +102,6 @@ TEST_F(Plugin, AnswersEveryOpcodeAsTheInterfacesBaseDoes) {
         {effKeysRequired, 1},
         {effGetVstVersion, 2400},
         {effGetCurrentMidiProgram, -1},
-        {effEditOpen, 1},
     };
     for (std::int32_t opcode = -3; opcode < 120; ++opcode) {
         if (opcode == effClose) continue;
