@@ -3,6 +3,7 @@
 
 #include "apps/vocafade/chunks_command.h"
 #include "apps/vocafade/convert_command.h"
+#include "apps/vocafade/edit_command.h"
 #include "apps/vocafade/formants_command.h"
 #include "apps/vocafade/settings_command.h"
 
@@ -10,6 +11,8 @@ namespace vocafade::command {
 
 std::span<const Subcommand> Subcommands() {
     static constexpr Subcommand subcommands[] = {
+        {"edit", "open the plug-in's editor in a window", RunEdit},
+        {"screenshot", "write a picture of the editor", RunScreenshot},
         {"formants", "show where in the spectrum a voice lies", RunFormants},
         {"convert", "turn an older program list into a bank", RunConvert},
         {"chunks", "list, read and write the user chunks of an AIFF file", RunChunks},

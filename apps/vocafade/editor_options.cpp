@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: MIT
+#include "apps/vocafade/editor_options.h"
+
+#include "apps/vocafade/failures.h"
+#include "apps/vocafade/parameters.h"
+#include "apps/vocafade/text.h"
+
+#include <CLI/Config.hpp>
+#include <CLI/Formatter.hpp>
+#include <fmt/format.h>
+
+namespace vocafade::command {
+
+void AddEditorOptions(CLI::App& app, EditorOptions& options) {
+    app.add_option("--program", options.program, "show the saved program N, counted from 1")->type_name("N");
+    app.add_option("--set", options.set,
+                   "any parameter by its name, in the unit that it shows; may be repeated")
+        ->type_name("NAME=VALUE")
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    app.add_option("--plugin", options.plugin, "the plug-in to use: Vocafade.so or a bundle folder")
+        ->type_name("FILE");
+}
+
+bool ParseOrAnswer(CLI::App& app, int argumentCount, char** arguments) {
+    app.set_help_flag("-h,--help", "show this help and end");
+    app.get_formatter()->column_width(30);
+    try {
+        app.parse(argumentCount, arguments);
+    } catch (const CLI::CallForHelp&) {
+        fmt::print("{}", app.help());
+        return true;
+    } catch (const CLI::ParseError& error) {
+        throw UsageError(Printable(error.what()));
+    }
+    return false;
+}
+
+void PrepareEffect(host::Effect& effect, const EditorOptions& options) {
+    if (options.program) {
+        const int programs = effect.numPrograms();
+        if (*options.program < 1 || *options.program > programs)
+            throw UsageError(fmt::format("--program {} is out of range: it goes from 1 to {}",
+                                         *options.program, programs));
+        effect.setProgram(*options.program - 1);
+    }
+    std::vector<Assignment> assignments;
+    for (const std::string& text : options.set)
+        assignments.push_back(ParseAssignment(effect, text));
+    Apply(effect, assignments);
+}
+
+} // namespace vocafade::command

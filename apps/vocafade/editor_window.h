@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "host/effect.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+struct xcb_connection_t;
+
+namespace vocafade::command {
+
+/// A picture, 8 bits red, green and blue a pixel, row by row.
+struct Picture {
+    int width = 0;
+    int height = 0;
+    std::vector<std::uint8_t> pixels;
+};
+
+/// A window of the screen with an effect's editor in it, as large as that and of fixed size. Everything is
+/// [main-thread].
+class EditorWindow {
+  public:
+    /// `managed` windows get a frame from the window manager and stay until the user closes them; others only
+    /// show themselves, above everything, to be photographed.
+    enum class Kind { managed, bare };
+
+    /// Opens the editor of `effect`, which outlives the window. Throws `Failure` without a display or an
+    /// editor.
+    EditorWindow(host::Effect& effect, const std::string& title, Kind kind);
+    ~EditorWindow();
+    EditorWindow(const EditorWindow&) = delete;
+    EditorWindow& operator=(const EditorWindow&) = delete;
+
+    /// Idles the editor, waits for up to `milliseconds` for something to happen and handles it. False when
+    /// the user has closed the window or the display has gone away.
+    bool Run(int milliseconds);
+    /// What the window shows. Throws `Failure` when it cannot be read.
+    Picture Photograph();
+
+  private:
+    struct Free {
+        void operator()(xcb_connection_t* connection) const;
+    };
+
+    void Create(const std::string& title, Kind kind);
+    void SetText(const char* property, const char* type, const std::string& text);
+    void FixSize();
+    std::uint32_t Atom(const char* name);
+    bool HandleEvents();
+
+    host::Effect& effect_;
+    std::unique_ptr<xcb_connection_t, Free> connection_;
+    std::uint32_t root_ = 0;
+    std::uint32_t window_ = 0;
+    std::uint32_t protocols_ = 0;
+    std::uint32_t deleteWindow_ = 0;
+    int width_ = 0;
+    int height_ = 0;
+};
+
+} // namespace vocafade::command
