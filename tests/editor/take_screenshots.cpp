@@ -1,0 +1,110 @@
+// SPDX-License-Identifier: MIT
+// Writes the manual's pictures of the editor into a folder: the plug-in in a host's hands on a display of its
+// own, worked with the mouse and the keyboard.
+#include "tests/editor/editor_host.h"
+
+#include <cstdio>
+#include <png.h>
+
+namespace vocafade::test {
+namespace {
+
+constexpr int kMargin = 14;
+
+bool WritePng(const std::string& path, const Picture& picture) {
+    std::vector<std::uint8_t> bytes;
+    for (const std::uint32_t pixel : picture.pixels) {
+        for (const int shift : {16, 8, 0}) {
+            bytes.push_back(static_cast<std::uint8_t>(pixel >> shift));
+        }
+    }
+    png_image image{};
+    image.version = PNG_IMAGE_VERSION;
+    image.width = static_cast<png_uint_32>(picture.width);
+    image.height = static_cast<png_uint_32>(picture.height);
+    image.format = PNG_FORMAT_RGB;
+    return png_image_write_to_file(&image, path.c_str(), 0, bytes.data(), 0, nullptr) != 0;
+}
+
+/// A session that looks like somebody's.
+class Session {
+  public:
+    explicit Session(std::string folder) : folder_(std::move(folder)), editor_(user_, kMargin, kMargin) {
+        NameProgram(0, "Ballad", 250.0f, 8000.0f);
+        NameProgram(1, "Duet, she only", 350.0f, 11000.0f);
+        NameProgram(2, "\x83\x4A\x83\x89\x83\x49\x83\x50", 400.0f, 9000.0f); // "karaoke" in Shift-JIS
+        NameProgram(3, "Bass stays", 500.0f, 9000.0f);
+        editor_.Ask(effSetProgram, 0, 0);
+        editor_.Open();
+        editor_.Settle();
+    }
+
+    bool TakeAll() {
+        bool fine = true;
+        Sound();
+        fine &= Shoot("panel", {0, 0, 477, 214});
+        editor_.Press({237, 100});
+        editor_.Release({237, 92});
+        editor_.Click({150, 192});
+        editor_.Type("180");
+        Sound();
+        fine &= Shoot("entry", {0, 0, 477, 214});
+        editor_.Key(kKeysymEscape);
+        editor_.Click({75, 18});
+        editor_.Key(kKeysymDown);
+        editor_.Key(kKeysymDown);
+        Sound();
+        fine &= Shoot("copy-menu", {0, 0, 477, 214});
+        editor_.Key(kKeysymEscape);
+        editor_.Click({280, 15});
+        Sound();
+        fine &= Shoot("save-dialog", {0, 0, 477, 214});
+        editor_.Key(' ');
+        editor_.Settle();
+        fine &= Shoot("save-list", {0, 0, 477, 400});
+        editor_.Key(kKeysymEscape);
+        editor_.Key(kKeysymEscape);
+        return fine;
+    }
+
+  private:
+    void NameProgram(std::int32_t number, const char* name, float lowHz, float highHz) {
+        editor_.Ask(effSetProgram, 0, number);
+        editor_.Ask(effSetProgramName, 0, 0, const_cast<char*>(name));
+        editor_.SetValue(3, (lowHz - 20.0f) / 19980.0f);
+        editor_.SetValue(4, (highHz - 20.0f) / 19980.0f);
+    }
+    /// Half a second of a song, so that the meters stand.
+    void Sound() {
+        for (int i = 0; i < 50; ++i) {
+            editor_.Play(0.35f, 1024);
+        }
+        editor_.Idle();
+        user_.Sync();
+    }
+    bool Shoot(const char* name, const CRect& rect) {
+        const xcb_window_t root = user_.Root();
+        return WritePng(folder_ + "/" + name + ".png",
+                        user_.Look(root, 0, 0, rect.Width() + 2 * kMargin, rect.Height() + 2 * kMargin));
+    }
+
+    XServer& server_ = SharedServer();
+    std::string folder_;
+    RecordingHost host_;
+    XUser user_;
+    HostedEditor editor_;
+};
+
+} // namespace
+} // namespace vocafade::test
+
+int main(int count, char** arguments) {
+    if (count != 2) {
+        std::fputs("usage: editor_screenshots FOLDER\n", stderr);
+        return 2;
+    }
+    vocafade::test::TempFolder settings;
+    ::setenv("XDG_CONFIG_HOME", settings.path().c_str(), 1);
+    vocafade::test::Session session(arguments[1]);
+    return session.TakeAll() ? 0 : 1;
+}
