@@ -54,6 +54,24 @@ void XUser::DestroyWindow(xcb_window_t window) {
     Sync();
 }
 
+void XUser::AskToClose(xcb_window_t window) {
+    const auto atom = [this](const std::string& name) {
+        const auto reply = Own(::xcb_intern_atom_reply(
+            connection_,
+            ::xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(name.size()), name.c_str()),
+            nullptr));
+        return reply != nullptr ? reply->atom : 0;
+    };
+    xcb_client_message_event_t event{};
+    event.response_type = XCB_CLIENT_MESSAGE;
+    event.format = 32;
+    event.window = window;
+    event.type = atom("WM_PROTOCOLS");
+    event.data.data32[0] = atom("WM_DELETE_WINDOW");
+    ::xcb_send_event(connection_, 0, window, 0, reinterpret_cast<const char*>(&event));
+    Sync();
+}
+
 std::vector<xcb_window_t> XUser::Children(xcb_window_t window) {
     const auto tree =
         Own(::xcb_query_tree_reply(connection_, ::xcb_query_tree(connection_, window), nullptr));

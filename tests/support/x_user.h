@@ -31,6 +31,8 @@ class XUser {
     /// A shown top-level window, such as a host makes for an editor, at a place of the screen.
     xcb_window_t MakeWindow(int x, int y, int width, int height);
     void DestroyWindow(xcb_window_t window);
+    /// What a window manager's close button does.
+    void AskToClose(xcb_window_t window);
     xcb_window_t Root() const { return screen_->root; }
     std::vector<xcb_window_t> Children(xcb_window_t window);
     /// Top-level windows that are shown, bottom to top.

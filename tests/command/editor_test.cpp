@@ -1,0 +1,113 @@
+// SPDX-License-Identifier: MIT
+// The subcommands that show the plug-in's editor.
+#include "tests/command/command_fixture.h"
+#include "tests/support/x_server.h"
+#include "tests/support/x_user.h"
+
+#include <cstdlib>
+#include <thread>
+
+namespace vocafade::command {
+namespace {
+
+using test::XServer;
+using test::XUser;
+
+class EditorCommands : public CommandTest {
+  protected:
+    /// The big-endian number at `offset` of a PNG file's header.
+    int PngNumber(const std::string& name, std::size_t offset) const {
+        const std::string bytes = Content(At(name));
+        if (bytes.size() < offset + 4) return -1;
+        const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(bytes[offset + i]); };
+        return byte(0) << 24 | byte(1) << 16 | byte(2) << 8 | byte(3);
+    }
+    /// Waits until the user sees one more window than `before`, and answers it.
+    static xcb_window_t WaitForWindow(XUser& user, std::size_t before) {
+        for (int i = 0; i < 500; ++i) {
+            const std::vector<xcb_window_t> windows = user.TopLevels();
+            if (windows.size() > before) return windows.back();
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        }
+        return 0;
+    }
+};
+
+TEST_F(EditorCommands, ScreenshotShowsTheSettings) {
+    const XServer server;
+    for (const char* value : {"64", "20"}) {
+        const RunResult result =
+            Run({"screenshot", std::string(value) + ".png", "--set", std::string("position=") + value});
+        ASSERT_EQ(result.exitCode, 0) << result.err;
+        EXPECT_EQ(PngNumber(std::string(value) + ".png", 16), 477);
+        EXPECT_EQ(PngNumber(std::string(value) + ".png", 20), 214);
+    }
+    EXPECT_NE(Content(At("64.png")), Content(At("20.png")));
+    EXPECT_EQ(Run({"screenshot", "again.png", "--set", "position=20", "--program", "5"}).exitCode, 0);
+    EXPECT_EQ(Content(At("again.png")), Content(At("20.png"))); // one picture for one state
+}
+
+TEST_F(EditorCommands, SayWhatIsWrong) {
+    ::unsetenv("DISPLAY");
+    for (const char* command : {"screenshot", "edit"}) {
+        std::vector<std::string> arguments{command};
+        if (arguments[0] == "screenshot") arguments.emplace_back("out.png");
+        const RunResult result = Run(arguments);
+        EXPECT_EQ(result.exitCode, 1);
+        EXPECT_NE(result.err.find("display"), std::string::npos) << result.err;
+    }
+    EXPECT_FALSE(Exists("out.png"));
+    const XServer server;
+    EXPECT_EQ(Run({"screenshot"}).exitCode, 2);
+    EXPECT_EQ(Run({"edit", "--program", "65"}).exitCode, 2);
+    EXPECT_EQ(Run({"edit", "--set", "lofreq=1"}).exitCode, 2);
+    EXPECT_EQ(Run({"screenshot", "no/such/folder/out.png"}).exitCode, 1);
+    EXPECT_EQ(Run({"screenshot", "out.png", "--plugin", "nothing.so"}).exitCode, 1);
+    EXPECT_NE(Run({"edit", "--help"}).out.find("--program"), std::string::npos);
+    EXPECT_TRUE(Names().empty());
+}
+
+TEST_F(EditorCommands, EditOpensAWindowThatSavesAndCloses) {
+    const XServer server;
+    XUser user;
+    const pid_t process = Start({"edit", "--program", "3", "--set", "lofreq=1000"});
+    const xcb_window_t window = WaitForWindow(user, 0);
+    ASSERT_NE(window, 0U);
+    const XUser::Bounds bounds = user.BoundsOf(window);
+    EXPECT_EQ(bounds.width, 477);
+    EXPECT_EQ(bounds.height, 214);
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    user.MoveTo(bounds.x + 280, bounds.y + 15);
+    user.Press();
+    user.Release();
+    EXPECT_NE(WaitForWindow(user, 1), 0U); // the dialog
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    user.Key(test::kKeysymReturn);
+    for (int i = 0; i < 200 && user.TopLevels().size() > 1; ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    user.AskToClose(window);
+    EXPECT_EQ(Finish(process).exitCode, 0);
+    EXPECT_EQ(std::filesystem::file_size(preferences_ / "VocafadeDef.fxb"), 3488U);
+    const RunResult listed = Run({"--list-parameters", "--program", "3"});
+    EXPECT_NE(listed.out.find("1000"), std::string::npos) << listed.out;
+}
+
+TEST_F(EditorCommands, EditEndsWithItsDisplayOrBySignal) {
+    auto server = std::make_unique<XServer>();
+    {
+        XUser user;
+        const pid_t interrupted = Start({"edit"});
+        ASSERT_NE(WaitForWindow(user, 0), 0U);
+        ::kill(interrupted, SIGINT);
+        EXPECT_EQ(Finish(interrupted).signal, SIGINT);
+    }
+    XUser user;
+    const pid_t orphaned = Start({"edit"});
+    ASSERT_NE(WaitForWindow(user, 0), 0U);
+    server.reset();
+    EXPECT_EQ(Finish(orphaned).signal, 0);
+}
+
+} // namespace
+} // namespace vocafade::command
