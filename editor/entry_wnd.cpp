@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "editor/entry_wnd.h"
 
+#include <utility>
+
 namespace vocafade {
 namespace {
 
@@ -17,6 +19,10 @@ ON_MESSAGE(kEntryConfirmed, OnReturn)
 ON_MESSAGE(kEntryCancelled, OnEscape)
 END_MESSAGE_MAP()
 // clang-format on
+
+CKVBEntryWnd::CKVBEntryWnd(std::unique_ptr<CFormatEdit> field) : edit_(std::move(field)) {}
+
+CKVBEntryWnd::~CKVBEntryWnd() { DestroyWindow(); }
 
 bool CKVBEntryWnd::MakeWindow(CWnd* parent, CWnd* notifyWnd, const char* windowName,
                               const CWindowAttr* attributes, int width, CFont* font, bool withSign) {
@@ -46,14 +52,14 @@ int CKVBEntryWnd::OnCreate() {
     if (CWnd::OnCreate() == -1) return -1;
     ComputeSize();
     SetWindowPos(nullptr, 0, 0, width_, height_, SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
-    if (!edit().Create(kEditStyle, {0, 0, width_ - spinWidth_, height_}, this, kEditId)) return -1;
-    edit().SetSingnFlag(signed_);
-    edit().SetLimitText(maxChars_);
-    edit().SetFont(font_);
-    edit().ShowWindow(SW_SHOW);
+    if (!edit_->Create(kEditStyle, {0, 0, width_ - spinWidth_, height_}, this, kEditId)) return -1;
+    edit_->SetSingnFlag(signed_);
+    edit_->SetLimitText(maxChars_);
+    edit_->SetFont(font_);
+    edit_->ShowWindow(SW_SHOW);
     if (!spin_.Create(kSpinStyle, {width_ - spinWidth_, 0, width_, height_}, this, kSpinId)) return -1;
     spin_.SetBase(10);
-    spin_.SetBuddy(&edit());
+    spin_.SetBuddy(edit_.get());
     spin_.ShowWindow(SW_SHOW);
     ShowWindow(SW_HIDE);
     return 0;
@@ -66,15 +72,15 @@ void CKVBEntryWnd::OnPaint() {
 void CKVBEntryWnd::SetNewValue(int value, int minimum, int maximum) {
     spin_.SetRange32(minimum, maximum);
     spin_.SetPos(value);
-    edit().SetFocus();
+    edit_->SetFocus();
     CString text;
     text.Format("%d", value);
-    edit().SetWindowText(text);
+    edit_->SetWindowText(text);
 }
 
 void CKVBEntryWnd::SetSingnFlag(bool withSign) {
     signed_ = withSign;
-    edit().SetSingnFlag(withSign);
+    edit_->SetSingnFlag(withSign);
 }
 
 void CKVBEntryWnd::ChangeSize(int width, bool withSign) {
@@ -83,9 +89,9 @@ void CKVBEntryWnd::ChangeSize(int width, bool withSign) {
     ComputeSize();
     constexpr UINT kKeepOrder = SWP_NOZORDER | SWP_NOACTIVATE;
     SetWindowPos(nullptr, 0, 0, width_, height_, SWP_NOMOVE | kKeepOrder);
-    edit().SetWindowPos(nullptr, 0, 0, width_ - spinWidth_, height_, kKeepOrder);
+    edit_->SetWindowPos(nullptr, 0, 0, width_ - spinWidth_, height_, kKeepOrder);
     spin_.SetWindowPos(nullptr, width_ - spinWidth_, 0, spinWidth_, height_, kKeepOrder);
-    edit().SetLimitText(maxChars_);
+    edit_->SetLimitText(maxChars_);
 }
 
 LRESULT CKVBEntryWnd::OnReturn(WPARAM, LPARAM) {

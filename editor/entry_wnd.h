@@ -4,6 +4,8 @@
 #include "editor/format_edit.h"
 #include "ui/spin_button.h"
 
+#include <memory>
+
 namespace vocafade {
 
 /// A small window over a read-out, with an entry field and a spin button, in which a number is typed and
@@ -26,7 +28,7 @@ class CKVBEntryWnd : public CWnd {
     void ChangeSize(int width, bool withSign);
 
     /// The entry field.
-    virtual CFormatEdit& edit() = 0;
+    CFormatEdit& edit() { return *edit_; }
 
     int OnCreate();
     void OnPaint();
@@ -35,9 +37,14 @@ class CKVBEntryWnd : public CWnd {
 
     DECLARE_MESSAGE_MAP()
 
+  protected:
+    explicit CKVBEntryWnd(std::unique_ptr<CFormatEdit> field);
+    ~CKVBEntryWnd() override;
+
   private:
     void ComputeSize();
 
+    std::unique_ptr<CFormatEdit> edit_; ///< outlives the spin button, whose buddy it is
     CSpinButtonCtrl spin_;
     int width_ = 0;
     int height_ = 0;
@@ -53,11 +60,8 @@ class CKVBEntryWnd : public CWnd {
 /// The pop-up window of the panel's read-outs: one decimal place, so values travel times ten.
 class CKVBFloatEditWnd : public CKVBEntryWnd {
   public:
-    CNormalFloatEdit& edit() override { return edit_; }
+    CKVBFloatEditWnd() : CKVBEntryWnd(std::make_unique<CNormalFloatEdit>()) {}
     const char* ClassName() const override { return "KVBFloatEditWnd"; }
-
-  private:
-    CNormalFloatEdit edit_;
 };
 
 } // namespace vocafade

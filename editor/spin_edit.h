@@ -5,8 +5,6 @@
 
 namespace vocafade {
 
-class CSpinButtonCtrl;
-
 /// An entry field for a whole number.
 class CKVBSpinEdit : public CFormatEdit {
   public:
@@ -30,11 +28,8 @@ class CKVBSpinEdit : public CFormatEdit {
 /// The pop-up window for a whole number.
 class CKVBSpinEditWnd : public CKVBEntryWnd {
   public:
-    CKVBSpinEdit& edit() override { return edit_; }
+    CKVBSpinEditWnd() : CKVBEntryWnd(std::make_unique<CKVBSpinEdit>()) {}
     const char* ClassName() const override { return "KVBSpinEditWnd"; }
-
-  private:
-    CKVBSpinEdit edit_;
 };
 
 } // namespace vocafade
