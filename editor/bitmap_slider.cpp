@@ -131,7 +131,8 @@ CPoint CKVBBitmapSliderDC::ThumbPlace() const {
     }
     if (logTaper_) {
         const double travel = TaperedTravel(Fraction()) * (endPoint_.y - startPoint_.y);
-        return {startPoint_.x, static_cast<int>(startPoint_.y + travel + 0.5) - height / 2};
+        const double centre = startPoint_.y + travel + 0.5; // rounded by the cut that follows
+        return {startPoint_.x, static_cast<int>(centre) - height / 2};
     }
     const double travel = Fraction() * (startPoint_.y - endPoint_.y);
     return {startPoint_.x, static_cast<int>(startPoint_.y - travel - 0.5 * height)};

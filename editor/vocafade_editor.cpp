@@ -43,7 +43,7 @@ CVocafadeEditor::CVocafadeEditor(AudioEffect* owner) : AEffEditor(owner) {
         [this](std::int32_t stringId, const std::string& path) { ShowMessage(stringId, path); });
 }
 
-CVocafadeEditor::~CVocafadeEditor() { close(); }
+CVocafadeEditor::~CVocafadeEditor() { CVocafadeEditor::close(); }
 
 AVocafade& CVocafadeEditor::vocafade() { return static_cast<AVocafade&>(*effect); }
 

@@ -6,13 +6,15 @@
 #include "apps/vocafade/failures.h"
 #include "apps/vocafade/interruption.h"
 #include "apps/vocafade/plugin_finder.h"
+#include "apps/vocafade/text.h"
 #include "base/file_replacement.h"
 
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
-#include <cstring>
+#include <cerrno>
 #include <fmt/format.h>
 #include <png.h>
+#include <system_error>
 
 namespace vocafade::command {
 namespace {
@@ -42,7 +44,9 @@ void WritePicture(const std::string& path, const Picture& picture) {
     const std::vector<std::uint8_t> bytes = EncodePng(picture);
     FileReplacement file;
     const bool written = file.Begin(path) && (file.file().Write(bytes.data(), bytes.size()), file.Commit());
-    if (!written) throw Failure(fmt::format("{}: {}", path, std::strerror(errno)));
+    if (!written)
+        throw Failure(
+            fmt::format("cannot write '{}': {}", Printable(path), std::generic_category().message(errno)));
 }
 
 } // namespace

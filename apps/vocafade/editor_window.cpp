@@ -40,8 +40,10 @@ EditorWindow::EditorWindow(host::Effect& effect, const std::string& title, Kind 
     height_ = rect->bottom - rect->top;
     if (width_ <= 0 || height_ <= 0) throw Failure("the editor has no size: its bitmaps are missing");
     Create(title, kind);
-    if (!effect_.OpenEditor(reinterpret_cast<void*>(static_cast<std::uintptr_t>(window_))))
-        throw Failure("the plug-in cannot open its editor on this display");
+    // Plug-ins take the window's number in the pointer's place.
+    void* parent = reinterpret_cast<void*>( // NOLINT(performance-no-int-to-ptr)
+        static_cast<std::uintptr_t>(window_));
+    if (!effect_.OpenEditor(parent)) throw Failure("the plug-in cannot open its editor on this display");
 }
 
 EditorWindow::~EditorWindow() {

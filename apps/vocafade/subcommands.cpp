@@ -10,15 +10,15 @@
 namespace vocafade::command {
 
 std::span<const Subcommand> Subcommands() {
-    static constexpr Subcommand kSubcommands[] = {
-        {"edit", "open the plug-in's editor in a window", &RunEdit},
-        {"screenshot", "write a picture of the editor", &RunScreenshot},
-        {"formants", "show where in the spectrum a voice lies", &RunFormants},
-        {"convert", "turn an older program list into a bank", &RunConvert},
-        {"chunks", "list, read and write the user chunks of an AIFF file", &RunChunks},
-        {"settings", "show and change stored settings", &RunSettings},
+    static constexpr Subcommand subcommands[] = {
+        {"edit", "open the plug-in's editor in a window", RunEdit},
+        {"screenshot", "write a picture of the editor", RunScreenshot},
+        {"formants", "show where in the spectrum a voice lies", RunFormants},
+        {"convert", "turn an older program list into a bank", RunConvert},
+        {"chunks", "list, read and write the user chunks of an AIFF file", RunChunks},
+        {"settings", "show and change stored settings", RunSettings},
     };
-    return kSubcommands;
+    return subcommands;
 }
 
 } // namespace vocafade::command
