@@ -311,7 +311,7 @@ void CFFT::bitrv2conj(int n, int* ip, float* a) {
         [a](int i) { a[i + 1] = -a[i + 1]; });
 }
 
-void CFFT::cftfsub(int n, float* a, const float* w) {
+int CFFT::AllPassesButTheLast(int n, float* a, const float* w) {
     int l = 2;
     if (n > 8) {
         cft1st(n, a, w);
@@ -321,6 +321,11 @@ void CFFT::cftfsub(int n, float* a, const float* w) {
             l <<= 2;
         }
     }
+    return l;
+}
+
+void CFFT::cftfsub(int n, float* a, const float* w) {
+    const int l = AllPassesButTheLast(n, a, w);
     if ((l << 2) == n) {
         for (int j = 0; j < l; j += 2) {
             ButterflyPlain(a, j, l);
@@ -339,15 +344,7 @@ void CFFT::cftfsub(int n, float* a, const float* w) {
 }
 
 void CFFT::cftbsub(int n, float* a, const float* w) {
-    int l = 2;
-    if (n > 8) {
-        cft1st(n, a, w);
-        l = 8;
-        while ((l << 2) < n) {
-            cftmdl(n, l, a, w);
-            l <<= 2;
-        }
-    }
+    const int l = AllPassesButTheLast(n, a, w);
     // The data stand conjugated since the bit reversal; the last pass conjugates them back as it stores.
     if ((l << 2) == n) {
         for (int j = 0; j < l; j += 2) {

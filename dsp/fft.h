@@ -43,6 +43,8 @@ class CFFT {
     static void makect(int nc, int* ip, float* c);
     static void bitrv2(int n, int* ip, float* a);
     static void bitrv2conj(int n, int* ip, float* a);
+    /// Answers how far apart the last pass's elements are.
+    static int AllPassesButTheLast(int n, float* a, const float* w);
     static void cftfsub(int n, float* a, const float* w);
     static void cftbsub(int n, float* a, const float* w);
     static void cft1st(int n, float* a, const float* w);
