@@ -35,7 +35,8 @@ constexpr char kTemporarySuffix[] = ".tmp";
 /// What the names of all new files for `path` begin with; a number and the suffix follow.
 std::string TemporaryPrefix(const std::string& path) {
     std::string prefix(1, '.');
-    prefix.append(path, path.rfind('/') + 1, kKeptOfName); // without a slash from the beginning: npos + 1 is 0
+    prefix.append(path, path.rfind('/') + 1,
+                  kKeptOfName); // without a slash from the beginning: npos + 1 is 0
     return prefix += '.';
 }
 

@@ -151,7 +151,8 @@ class FormantPicture {
             canvas_.Line(x, kTop, x, kBottom, 1.0, kGrid);
             canvas_.Text(HzName(hz), x, kBottom + 18, 13.5, Align::center, kFaint);
         }
-        for (double decibels = top_; decibels >= top_ - kRangeDb; decibels -= 10.0) {
+        for (int line = 0; line <= static_cast<int>(kRangeDb) / 10; ++line) {
+            const double decibels = top_ - 10.0 * line;
             const double y = std::round(Y(decibels)) + 0.5;
             canvas_.Line(kLeft, y, kRight, y, 1.0, kGrid);
             canvas_.Text(fmt::format("{}{:.0f}", decibels < 0 ? "\u2212" : "", std::abs(decibels)),
