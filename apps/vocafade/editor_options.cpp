@@ -3,10 +3,7 @@
 
 #include "apps/vocafade/failures.h"
 #include "apps/vocafade/parameters.h"
-#include "apps/vocafade/text.h"
 
-#include <CLI/Config.hpp>
-#include <CLI/Formatter.hpp>
 #include <fmt/format.h>
 
 namespace vocafade::command {
@@ -20,20 +17,6 @@ void AddEditorOptions(CLI::App& app, EditorOptions& options) {
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     app.add_option("--plugin", options.plugin, "the plug-in to use: Vocafade.so or a bundle folder")
         ->type_name("FILE");
-}
-
-bool ParseOrAnswer(CLI::App& app, int argumentCount, char** arguments) {
-    app.set_help_flag("-h,--help", "show this help and end");
-    app.get_formatter()->column_width(30);
-    try {
-        app.parse(argumentCount, arguments);
-    } catch (const CLI::CallForHelp&) {
-        fmt::print("{}", app.help());
-        return true;
-    } catch (const CLI::ParseError& error) {
-        throw UsageError(Printable(error.what()));
-    }
-    return false;
 }
 
 void PrepareEffect(host::Effect& effect, const EditorOptions& options) {

@@ -20,9 +20,6 @@ struct EditorOptions {
 /// Adds the options to `app`.
 void AddEditorOptions(CLI::App& app, EditorOptions& options);
 
-/// Parses; true when it has answered (the help) and there is nothing left to do. Throws `UsageError`.
-bool ParseOrAnswer(CLI::App& app, int argumentCount, char** arguments);
-
 /// [main-thread] Selects the program and sets the parameters. Throws `UsageError` for what the effect does
 /// not have.
 void PrepareEffect(host::Effect& effect, const EditorOptions& options);

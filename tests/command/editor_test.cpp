@@ -48,7 +48,7 @@ TEST_F(EditorCommands, ScreenshotShowsTheSettings) {
 }
 
 TEST_F(EditorCommands, SayWhatIsWrong) {
-    ::unsetenv("DISPLAY");
+    ::unsetenv("DISPLAY"); // NOLINT(concurrency-mt-unsafe)
     for (const char* command : {"screenshot", "edit"}) {
         std::vector<std::string> arguments{command};
         if (arguments[0] == "screenshot") arguments.emplace_back("out.png");

@@ -13,7 +13,7 @@ using EntryPoint = AEffect* (*)(audioMasterCallback);
 EntryPoint Entry() {
     // Never unloaded: sanitizers want the names of what leaked.
     static void* library = ::dlopen(VOCAFADE_PLUGIN, RTLD_NOW | RTLD_LOCAL);
-    if (library == nullptr) throw std::runtime_error(::dlerror());
+    if (library == nullptr) throw std::runtime_error("the plug-in cannot be loaded");
     return reinterpret_cast<EntryPoint>(::dlsym(library, "VSTPluginMain"));
 }
 

@@ -256,14 +256,14 @@ TEST_F(Life, DisplayMayGoAway) {
         EXPECT_FALSE(editor.Open());
         editor.Idle();
     }
-    ::unsetenv("DISPLAY");
+    ::unsetenv("DISPLAY"); // NOLINT(concurrency-mt-unsafe)
     {
         HostedEditor editor(user);
         EXPECT_FALSE(editor.Open());
         editor.Idle();
         editor.Close();
     }
-    ::setenv("DISPLAY", shared.c_str(), 1);
+    ::setenv("DISPLAY", shared.c_str(), 1); // NOLINT(concurrency-mt-unsafe)
 }
 
 TEST_F(Life, OpensAndClosesFiveHundredTimes) {

@@ -36,7 +36,7 @@ void PutFader(CDC& panel, int x, float value) {
     Put(fader, 3006, 0, 0, 16, 133);
     // The thumb's centre travels from row 121 up to row 12; a tenth of the range takes a quarter of the way.
     const double travel = std::log10(static_cast<double>(value) * 9.0 + 1.0);
-    const int centre = static_cast<int>(121.0 - 109.0 * travel + 0.5);
+    const int centre = static_cast<int>(std::lround(121.0 - 109.0 * travel));
     Put(fader, 3007, 1, centre - 12, 14, 25);
     panel.BitBlt(x, 45, 16, 133, &fader, 0, 0, SRCCOPY);
 }

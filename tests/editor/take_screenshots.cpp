@@ -104,7 +104,7 @@ int main(int count, char** arguments) {
         return 2;
     }
     vocafade::test::TempFolder settings;
-    ::setenv("XDG_CONFIG_HOME", settings.path().c_str(), 1);
+    ::setenv("XDG_CONFIG_HOME", settings.path().c_str(), 1); // NOLINT(concurrency-mt-unsafe)
     vocafade::test::Session session(arguments[1]);
     return session.TakeAll() ? 0 : 1;
 }

@@ -48,7 +48,7 @@ XServer::XServer() {
         throw std::runtime_error("Xvfb does not start: is it installed?");
     }
     name_ = ":" + number;
-    ::setenv("DISPLAY", name_.c_str(), 1);
+    ::setenv("DISPLAY", name_.c_str(), 1); // NOLINT(concurrency-mt-unsafe)
 }
 
 XServer::~XServer() { Kill(); }

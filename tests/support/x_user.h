@@ -15,7 +15,10 @@ struct Picture {
     int height = 0;
     std::vector<std::uint32_t> pixels; ///< 0xRRGGBB, row by row
 
-    std::uint32_t at(int x, int y) const { return pixels[static_cast<std::size_t>(y * width + x)]; }
+    std::uint32_t at(int x, int y) const {
+        return pixels[static_cast<std::size_t>(y) * static_cast<std::size_t>(width) +
+                      static_cast<std::size_t>(x)];
+    }
     bool operator==(const Picture&) const = default;
 };
 
