@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: MIT
+// What the C++ library that comes along with the shared object takes for itself when it is loaded, and does
+// not give back by itself when it is unloaded.
+
+namespace __gnu_cxx { // NOLINT(bugprone-reserved-identifier, cert-dcl37-c, cert-dcl51-cpp): the library's own
+/// Frees the library's reserve for exceptions that are thrown when memory has run out, 72 kB.
+void __freeres(); // NOLINT(bugprone-reserved-identifier, cert-dcl37-c, cert-dcl51-cpp)
+} // namespace __gnu_cxx
+
+namespace {
+
+/// Runs when the host lets go of the shared object, or ends; nothing of ours is being thrown then.
+__attribute__((destructor)) void GiveBack() { __gnu_cxx::__freeres(); }
+
+} // namespace
