@@ -39,7 +39,7 @@ class Subject {
 struct Check {
     std::string_view name;
     int level;   ///< 1 to 10: the level of strictness that begins to ask for it
-    int seconds; ///< after which the plug-in is taken to hang
+    int seconds; ///< without anything new, after which the plug-in is taken to hang
     std::string_view summary;
     void (*run)(Subject& subject, Report& report);
 };

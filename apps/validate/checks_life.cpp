@@ -41,19 +41,19 @@ void Play(Instance& effect, Report& report, const char* situation, int blocks = 
 
 void CheckLifeCycles(Subject& subject, Report& report) {
     const host::SharedObject& object = subject.Object();
-    report.Trying("making and closing a hundred times");
     for (int i = 0; i < 100; ++i) {
+        report.Trying("making and closing, round {}", i);
         Instance effect(object);
         effect.Close();
     }
-    report.Trying("making, opening and closing a hundred times");
     for (int i = 0; i < 100; ++i) {
+        report.Trying("making, opening and closing, round {}", i);
         Instance effect(object);
         effect.Open();
         effect.Close();
     }
-    report.Trying("closing while switched on");
     for (int i = 0; i < 10; ++i) {
+        report.Trying("closing while switched on, round {}", i);
         Instance effect(object);
         effect.Start(48000.0, kBlock);
         Play(effect, report, "a short life");
@@ -152,17 +152,17 @@ void CheckOddLifeCycles(Subject& subject, Report& report) {
 void CheckManyInstances(Subject& subject, Report& report) {
     constexpr std::size_t kCount = 32;
     std::vector<std::unique_ptr<Instance>> effects;
-    report.Trying("making {} instances at once", kCount);
     for (std::size_t i = 0; i < kCount; ++i) {
+        report.Trying("making {} instances at once, number {}", kCount, i + 1);
         effects.push_back(std::make_unique<Instance>(subject.Object()));
         effects.back()->Start(48000.0, kBlock);
     }
-    report.Trying("processing with {} instances in turns", kCount);
     bool differ = false;
     std::vector<std::unique_ptr<Sound>> players;
     for (const auto& effect : effects)
         players.push_back(std::make_unique<Sound>(*effect));
     for (int block = 0; block < 40; ++block) {
+        report.Trying("processing with {} instances in turns, block {}", kCount, block);
         const auto first = players[0]->Block(*effects[0]);
         for (std::size_t i = 1; i < kCount; ++i)
             differ = differ || players[i]->Block(*effects[i]) != first;
@@ -175,12 +175,12 @@ void CheckManyInstances(Subject& subject, Report& report) {
         if (effects[1]->parameter(0) != other)
             report.Fault("a parameter of one instance moves that of another");
     }
-    report.Trying("closing {} instances in a random order while others play", kCount);
     std::vector<std::size_t> order(kCount);
     std::iota(order.begin(), order.end(), std::size_t{0});
     std::mt19937 random(subject.seed());
     std::shuffle(order.begin(), order.end(), random);
     for (const std::size_t index : order) {
+        report.Trying("closing instance {} of {} in a random order while others play", index + 1, kCount);
         effects[index].reset();
         for (std::size_t i = 0; i < kCount; i += 7)
             if (effects[i]) players[i]->Block(*effects[i]);

@@ -156,8 +156,8 @@ void CheckLoading(Subject& subject, Report& report) {
         report.Fault("{} file descriptors are left over", after.descriptors - before.descriptors);
     if (after.mappings > before.mappings + 8)
         report.Fault("{} mappings of memory are left over", after.mappings - before.mappings);
-#ifndef VOCAFADE_SANITIZED                  // whose heap is not the C library's, and grows by its own records
-    constexpr std::int64_t kLeastLeak = 64; // bytes a round
+#ifndef VOCAFADE_SANITIZED // whose heap is not the C library's, and grows by its own records
+    constexpr std::int64_t kLeastLeak = 256; // bytes a round
     if (heap > kLeastLeak * kRounds)
         report.Fault("each time it is loaded and unloaded {} bytes of the heap are lost", heap / kRounds);
     if (after.residentBytes - before.residentBytes > (std::int64_t{16} << 20))

@@ -26,6 +26,7 @@ void CheckThreads(Subject& subject, Report& report) {
         runners.back()->LetPass(100);
         // Others come and go meanwhile.
         for (int i = 0; i < 10; ++i) {
+            report.Trying("another instance comes and goes while {} play, round {}", kCount, round);
             Instance passing(subject.Object());
             passing.Start(48000.0, kBlock);
             runners.front()->LetPass(5);

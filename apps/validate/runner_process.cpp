@@ -20,6 +20,7 @@
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <utility>
 
 namespace vocafade::validate {
 namespace {
@@ -29,6 +30,8 @@ using command::Failure;
 using Clock = std::chrono::steady_clock;
 
 constexpr const char* kRunnerName = "vocafade-validate-runner";
+constexpr int kHung = -1;
+constexpr int kEndless = -2;
 constexpr std::size_t kMostOutput = 6000; // bytes of the plug-in's own words that are kept
 #ifdef VOCAFADE_SANITIZED
 constexpr int kPatience = 20; // times: the sanitizers are slow
@@ -261,7 +264,9 @@ void Sort(const std::string& findings, Outcome& outcome) {
 /// it.
 void AddEnding(int status, const std::string& trying, double seconds, Outcome& outcome) {
     const std::string when = trying.empty() ? std::string() : " while " + trying;
-    if (status < 0) {
+    if (status == kEndless) {
+        outcome.skips.push_back(fmt::format("it is so slow that the check was given up{}", when));
+    } else if (status == kHung) {
         outcome.faults.push_back(fmt::format("hung for {:.0f} seconds{}", seconds, when));
     } else if (WIFSIGNALED(status)) {
         std::string how = fmt::format("crashed (signal {})", WTERMSIG(status));

@@ -12,7 +12,7 @@ namespace vocafade::validate {
 struct CheckEntry {
     int level;
     std::string name;
-    int seconds; ///< after which the plug-in is taken to hang
+    int seconds; ///< without anything new, after which the plug-in is taken to hang
     std::string summary;
 };
 

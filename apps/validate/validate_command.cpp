@@ -13,7 +13,7 @@
 #include <cstdio>
 #include <fmt/format.h>
 #include <optional>
-#include <set>
+#include <sstream>
 
 namespace vocafade::command {
 namespace {
@@ -160,18 +160,19 @@ class Results {
         for (const std::string& sentence : sentences)
             fmt::print("          {}{}\n", kind, sentence);
     }
+    /// The last lines of it, each once.
     static void PrintOutput(const std::string& output) {
-        fmt::print("          it wrote:\n");
-        std::string line;
-        for (const char letter : output) {
-            if (letter != '\n') {
-                line += letter;
-                continue;
-            }
-            fmt::print("          | {}\n", Printable(line));
-            line.clear();
+        constexpr std::size_t kMostLines = 12;
+        std::vector<std::string> lines;
+        std::istringstream text(output);
+        for (std::string line; std::getline(text, line);) {
+            lines.erase(std::remove(lines.begin(), lines.end(), line), lines.end());
+            lines.push_back(line);
         }
-        if (!line.empty()) fmt::print("          | {}\n", Printable(line));
+        const std::size_t first = lines.size() > kMostLines ? lines.size() - kMostLines : 0;
+        fmt::print("          it wrote{}:\n", first > 0 ? ", at the end" : "");
+        for (std::size_t i = first; i < lines.size(); ++i)
+            fmt::print("          | {}\n", Printable(lines[i]));
     }
 
     const Options& options_;
