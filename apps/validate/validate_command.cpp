@@ -66,11 +66,11 @@ void AddOptions(CLI::App& app, Options& options) {
         ->type_name("N");
     app.add_option("--only", options.only, "this check alone, at whatever level; may be repeated")
         ->type_name("NAME")
-        ->expected(1)
+        ->allow_extra_args(false) // what follows the name is the plug-in
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     app.add_option("--skip", options.skip, "leave this check out; may be repeated")
         ->type_name("NAME")
-        ->expected(1)
+        ->allow_extra_args(false) // what follows the name is the plug-in
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     app.add_option("--seed", options.seed, "what everything random starts from (default 1)")->type_name("N");
     app.add_flag("--double", options.twofold,
