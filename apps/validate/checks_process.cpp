@@ -3,6 +3,7 @@
 #include "apps/validate/check.h"
 #include "apps/validate/process_state.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <clocale>
@@ -214,8 +215,8 @@ void CheckManners(Subject& subject, Report& report) {
         said = capture.Text();
     }
     Compare(before, Manners::Read(), "after it was unloaded", report);
-    said = said.substr(0, said.find('\n'));
-    if (!said.empty()) report.Remark("it writes to its host's output: {}", said.substr(0, 120));
+    said.resize(std::min({said.find('\n'), said.size(), std::size_t{120}}));
+    if (!said.empty()) report.Remark("it writes to its host's output: {}", said);
 }
 
 } // namespace vocafade::validate

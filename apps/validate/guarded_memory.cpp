@@ -97,6 +97,7 @@ GuardedMemory::GuardedMemory(std::size_t bytes, Against against, std::string wha
     const std::size_t page = PageBytes();
     const std::size_t inner = std::max<std::size_t>(1, (bytes + page - 1) / page) * page;
     mappedBytes_ = inner + 2 * page;
+    // cppcheck-suppress invalidFunctionArg ; no file is mapped, which -1 says
     void* mapped = ::mmap(nullptr, mappedBytes_, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (mapped == MAP_FAILED ||
         ::mprotect(static_cast<char*>(mapped) + page, inner, PROT_READ | PROT_WRITE) != 0) {

@@ -70,7 +70,7 @@ VstIntPtr Dispatch(AEffect* effect, std::int32_t opcode, std::int32_t index, Vst
         if (Has("hangs"))
             while (true)
                 ::pause();
-        if (Has("crashes-at-close")) *static_cast<volatile int*>(nullptr) = 1;
+        if (Has("crashes-at-close")) std::raise(SIGSEGV);
         delete &self;
         return 1;
     case effGetParamName:
@@ -113,7 +113,7 @@ void Misbehave(Faulty& self, float** in, float** out, std::int32_t frames) {
     if (Has("writes-inputs") && frames > 0) in[0][0] = 0.0F;
     if (Has("writes-behind") && frames > 0) out[1][frames] = 0.0F;
     if (Has("reads-in-front") && frames > 0) self.memory = in[0][-1];
-    if (Has("crashes-at-empty-block") && frames == 0) *static_cast<volatile int*>(nullptr) = 1;
+    if (Has("crashes-at-empty-block") && frames == 0) std::raise(SIGSEGV);
     if (Has("throws")) throw std::string("no");
 }
 

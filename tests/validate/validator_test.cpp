@@ -62,7 +62,7 @@ std::string TestName(const ::testing::TestParamInfo<Case>& info) {
     return name;
 }
 
-INSTANTIATE_TEST_SUITE_P(, Validator, ::testing::ValuesIn(kCases), TestName);
+INSTANTIATE_TEST_SUITE_P(Faulty, Validator, ::testing::ValuesIn(kCases), TestName);
 
 TEST(ValidatorItself, FindsNothingInAnEffectWithoutFault) {
     const Finished run = Validate("--level 10 " + Fake("none"));
