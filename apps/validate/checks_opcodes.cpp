@@ -30,6 +30,11 @@ bool IsElsewhere(std::int32_t opcode) {
     return std::find(std::begin(kElsewhere), std::end(kElsewhere), opcode) != std::end(kElsewhere);
 }
 
+/// A rate or a block that is none is no slip of a host: they are asked for with values that exist.
+bool TakesFormat(std::int32_t opcode) {
+    return opcode == effSetSampleRate || opcode == effSetBlockSize || opcode == effSetBlockSizeAndSampleRate;
+}
+
 bool TakesIndexOfItsOwn(std::int32_t opcode) {
     switch (opcode) {
     case effGetParamLabel:
@@ -139,13 +144,16 @@ void CheckOpcodes(Subject& subject, Report& report) {
                 for (const VstIntPtr value :
                      {VstIntPtr{0}, VstIntPtr{1}, VstIntPtr{-1}, VstIntPtr{kHighest}}) {
                     if (opcode == effOpen && (index != 0 || value != 0)) continue;
-                    // A block of two thousand million samples is a lie that no host tells.
-                    if (opcode == effSetBlockSize && value == kHighest) continue;
-                    if (opcode == effSetBlockSizeAndSampleRate && value == kHighest) continue;
+                    if (TakesFormat(opcode)) continue; // below
                     asker.Ask(opcode, index, value, 0.0F);
                 }
             }
             if (TakesIndexOfItsOwn(opcode)) continue;
+            if (TakesFormat(opcode)) {
+                for (const float rate : {8000.0F, 44100.0F, 384000.0F})
+                    asker.Ask(opcode, 0, 512, rate);
+                continue;
+            }
             for (const float opt : {-1.0F, 1.0F, 44100.0F, std::numeric_limits<float>::quiet_NaN()})
                 if (isKnown || opt == 1.0F) asker.Ask(opcode, 0, 0, opt);
         }

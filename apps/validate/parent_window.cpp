@@ -1,17 +1,31 @@
 // SPDX-License-Identifier: MIT
 #include "apps/validate/parent_window.h"
 
+#include <chrono>
 #include <cstdlib>
+#include <thread>
 #include <xcb/xcb.h>
 
 namespace vocafade::validate {
+namespace {
+
+/// A display whose last window has just gone may start anew and refuse for a moment.
+xcb_connection_t* Connect() {
+    if (std::getenv("DISPLAY") == nullptr) return nullptr; // NOLINT(concurrency-mt-unsafe): one thread so far
+    for (int attempt = 0; attempt < 10; ++attempt) {
+        xcb_connection_t* connection = ::xcb_connect(nullptr, nullptr);
+        if (::xcb_connection_has_error(connection) == 0) return connection;
+        ::xcb_disconnect(connection);
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    }
+    return nullptr;
+}
+
+} // namespace
 
 std::unique_ptr<ParentWindow> ParentWindow::Make(std::uint16_t width, std::uint16_t height) {
-    xcb_connection_t* connection = ::xcb_connect(nullptr, nullptr);
-    if (::xcb_connection_has_error(connection) != 0) {
-        ::xcb_disconnect(connection);
-        return nullptr;
-    }
+    xcb_connection_t* connection = Connect();
+    if (connection == nullptr) return nullptr;
     const xcb_screen_t* screen = ::xcb_setup_roots_iterator(::xcb_get_setup(connection)).data;
     const std::uint32_t window = ::xcb_generate_id(connection);
     ::xcb_create_window(connection, XCB_COPY_FROM_PARENT, window, screen->root, 0, 0, width, height, 0,
