@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "apps/vocafade/subcommands.h"
 
+#include "apps/validate/validate_command.h"
 #include "apps/vocafade/chunks_command.h"
 #include "apps/vocafade/convert_command.h"
 #include "apps/vocafade/edit_command.h"
@@ -17,6 +18,7 @@ std::span<const Subcommand> Subcommands() {
         {"convert", "turn an older program list into a bank", RunConvert},
         {"chunks", "list, read and write the user chunks of an AIFF file", RunChunks},
         {"settings", "show and change stored settings", RunSettings},
+        {"validate", "try a VST 2.4 plug-in in every way that hosts and faults know", RunValidate},
     };
     return subcommands;
 }

@@ -195,7 +195,7 @@ std::string MakeBank() {
 TEST_F(CommandTest, ProgramsAndBanksAreAStartingPointAndStayUntouched) {
     Write("a.wav", kWavFloat, Noise(20000));
     std::ofstream(At("my.fxb"), std::ios::binary) << MakeBank();
-    const auto render = [&](std::vector<std::string> options) {
+    const auto render = [&](const std::vector<std::string>& options) {
         const RunResult run = Run(std::vector<std::string>{"a.wav", "-o", "out.wav"} + options);
         EXPECT_EQ(run.exitCode, 0) << run.err;
         return Content(At("out.wav"));

@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "apps/validate/audio_watch.h"
+#include "apps/validate/channels.h"
+#include "apps/validate/instance.h"
+#include "apps/validate/report.h"
+
+#include <atomic>
+#include <thread>
+
+namespace vocafade::validate {
+
+/// An audio thread that feeds one effect with noise until it is stopped, block after block at once, and
+/// watches itself meanwhile.
+class AudioRunner {
+  public:
+    AudioRunner(Instance& effect, std::int32_t block, std::uint32_t seed)
+        : effect_(effect), block_(block), in_(effect->numInputs, block), out_(effect->numOutputs, block) {
+        std::mt19937 random(seed);
+        in_.FillWithNoise(random, 0.5F);
+        thread_ = std::thread([this] { Run(); });
+    }
+    ~AudioRunner() { Stop(); }
+    AudioRunner(const AudioRunner&) = delete;
+    AudioRunner& operator=(const AudioRunner&) = delete;
+
+    void Stop() {
+        stop_ = true;
+        if (thread_.joinable()) thread_.join();
+    }
+    /// [main-thread] Waits until some more blocks have gone by, so that what was just done met sound.
+    void LetPass(std::int64_t blocks) const {
+        const std::int64_t until = blocks_ + blocks;
+        while (blocks_ < until)
+            std::this_thread::yield();
+    }
+    std::int64_t blocks() const { return blocks_; }
+    /// After `Stop`.
+    bool wasFinite() const { return finite_; }
+    const AudioWatch::Counts& counts() const { return counts_; }
+
+  private:
+    void Run() {
+        while (!stop_) {
+            AudioWatch watch;
+            effect_.Process(in_.pointers(), out_.pointers(), block_);
+            counts_ += watch.Stop();
+            finite_ = finite_ && out_.AreFinite(block_);
+            ++blocks_;
+        }
+    }
+
+    Instance& effect_;
+    std::int32_t block_;
+    Channels<float> in_;
+    Channels<float> out_;
+    std::atomic<bool> stop_{false};
+    std::atomic<std::int64_t> blocks_{0};
+    bool finite_ = true;
+    AudioWatch::Counts counts_;
+    std::thread thread_;
+};
+
+} // namespace vocafade::validate

@@ -1,0 +1,170 @@
+// SPDX-License-Identifier: MIT
+#include "apps/validate/check.h"
+#include "apps/validate/guarded_memory.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <limits>
+
+namespace vocafade::validate {
+namespace {
+
+/// Where a host keeps what an opcode's pointer means.
+constexpr std::size_t kRoom = 4096;
+
+/// Opcodes with a check of their own, or whose pointers cannot be made up: the life's end, the editor,
+/// states.
+constexpr std::int32_t kElsewhere[] = {
+    effClose,    effEditGetRect, effEditOpen,  effEditClose, effEditDraw, effEditMouse,   effEditKey,
+    effEditIdle, effEditTop,     effEditSleep, effGetChunk,  effSetChunk, effEditKeyDown, effEditKeyUp};
+
+/// An arrangement of speakers as hosts pass it: a type, the number of channels and eight records of them.
+struct Arrangement {
+    std::int32_t type;
+    std::int32_t channels;
+    std::array<char, 8 * 112> speakers;
+};
+
+bool IsElsewhere(std::int32_t opcode) {
+    return std::find(std::begin(kElsewhere), std::end(kElsewhere), opcode) != std::end(kElsewhere);
+}
+
+/// A rate or a block that is none is no slip of a host: they are asked for with values that exist.
+bool TakesFormat(std::int32_t opcode) {
+    return opcode == effSetSampleRate || opcode == effSetBlockSize || opcode == effSetBlockSizeAndSampleRate;
+}
+
+bool TakesIndexOfItsOwn(std::int32_t opcode) {
+    switch (opcode) {
+    case effGetParamLabel:
+    case effGetParamDisplay:
+    case effGetParamName:
+    case effCanBeAutomated:
+    case effString2Parameter:
+    case effGetProgramNameIndexed:
+    case effGetInputProperties:
+    case effGetOutputProperties:
+    case effGetParameterProperties:
+        return true;
+    default:
+        return false;
+    }
+}
+
+class Asker {
+  public:
+    Asker(Instance& effect, Report& report)
+        : effect_(effect), report_(report), room_(kRoom, GuardedMemory::Against::end, "the request's buffer"),
+          arrangement_(sizeof(Arrangement), GuardedMemory::Against::end, "the speakers' arrangement") {}
+
+    void Ask(std::int32_t opcode, std::int32_t index, VstIntPtr value, float opt) {
+        if (opcode == effSetSpeakerArrangement || opcode == effGetSpeakerArrangement) {
+            AskArrangement(opcode);
+            return;
+        }
+        report_.Trying("opcode {} with index {}, value {}, opt {}", opcode, index, value, opt);
+        std::memset(room_.data(), 0, kRoom);
+        effect_.Ask(opcode, index, value, room_.data(), opt);
+    }
+
+    /// Opcodes that have no use for a pointer get none; so does one that asks by it.
+    void AskWithoutPointer(std::int32_t opcode) {
+        report_.Trying("opcode {} without a pointer", opcode);
+        effect_.Ask(opcode);
+    }
+
+  private:
+    void AskArrangement(std::int32_t opcode) {
+        for (const std::int32_t channels : {0, 1, 2, 6, 8}) {
+            report_.Trying("opcode {} with {} channels", opcode, channels);
+            auto* arrangement = arrangement_.as<Arrangement>();
+            std::memset(arrangement_.data(), 0, sizeof(Arrangement));
+            arrangement->type = channels - 1;
+            arrangement->channels = channels;
+            if (opcode == effSetSpeakerArrangement) {
+                effect_.Ask(opcode, 0, reinterpret_cast<VstIntPtr>(arrangement), arrangement);
+            } else {
+                Arrangement* in = nullptr;
+                Arrangement* out = nullptr;
+                effect_.Ask(opcode, 0, reinterpret_cast<VstIntPtr>(&in), static_cast<void*>(&out));
+            }
+        }
+    }
+
+    Instance& effect_;
+    Report& report_;
+    GuardedMemory room_;
+    GuardedMemory arrangement_;
+};
+
+constexpr std::int32_t kWithoutPointer[] = {effGetProgram,
+                                            effGetVu,
+                                            effIdentify,
+                                            effCanBeAutomated,
+                                            effGetNumProgramCategories,
+                                            effConnectInput,
+                                            effConnectOutput,
+                                            effGetPlugCategory,
+                                            effGetCurrentPosition,
+                                            effSetBypass,
+                                            effGetVendorVersion,
+                                            effGetTailSize,
+                                            effIdle,
+                                            effKeysRequired,
+                                            effGetVstVersion,
+                                            effSetEditKnobMode,
+                                            effBeginSetProgram,
+                                            effEndSetProgram,
+                                            effStartProcess,
+                                            effStopProcess,
+                                            effSetPanLaw,
+                                            effSetTotalSampleToProcess,
+                                            effSetProcessPrecision,
+                                            effGetNumMidiInputChannels,
+                                            effGetNumMidiOutputChannels,
+                                            effHasMidiProgramsChanged};
+
+} // namespace
+
+void CheckOpcodes(Subject& subject, Report& report) {
+    constexpr std::int32_t kHighest = std::numeric_limits<std::int32_t>::max();
+    constexpr std::int32_t kLowest = std::numeric_limits<std::int32_t>::min();
+    for (const bool running : {false, true}) {
+        Instance effect(subject.Object());
+        effect.Open();
+        Asker asker(effect, report);
+        for (std::int32_t opcode = -2; opcode < 130; ++opcode) {
+            if (IsElsewhere(opcode)) continue;
+            if (running) effect.On();
+            const bool isKnown = opcode >= 0 && opcode <= effGetNumMidiOutputChannels;
+            for (const std::int32_t index :
+                 {0, 1, -1, effect->numParams, effect->numPrograms, kHighest, kLowest}) {
+                // Hosts ask for programs by -1; other numbers that an effect does not have come by mistake.
+                for (const VstIntPtr value :
+                     {VstIntPtr{0}, VstIntPtr{1}, VstIntPtr{-1}, VstIntPtr{kHighest}}) {
+                    if (opcode == effOpen && (index != 0 || value != 0)) continue;
+                    if (TakesFormat(opcode)) continue; // below
+                    asker.Ask(opcode, index, value, 0.0F);
+                }
+            }
+            if (TakesIndexOfItsOwn(opcode)) continue;
+            if (TakesFormat(opcode)) {
+                for (const float rate : {8000.0F, 44100.0F, 384000.0F})
+                    asker.Ask(opcode, 0, 512, rate);
+                continue;
+            }
+            for (const float opt : {-1.0F, 1.0F, 44100.0F, std::numeric_limits<float>::quiet_NaN()})
+                if (isKnown || opt == 1.0F) asker.Ask(opcode, 0, 0, opt);
+        }
+        for (const std::int32_t opcode : kWithoutPointer)
+            asker.AskWithoutPointer(opcode);
+        effect.Off();
+    }
+    report.Trying("refusing a host that is too old");
+    const AEffect* effect = subject.Object().entry()(
+        [](AEffect*, std::int32_t, std::int32_t, VstIntPtr, void*, float) -> VstIntPtr { return 0; });
+    if (effect != nullptr) effect->dispatcher(const_cast<AEffect*>(effect), effClose, 0, 0, nullptr, 0.0F);
+}
+
+} // namespace vocafade::validate

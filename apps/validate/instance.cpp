@@ -1,0 +1,98 @@
+// SPDX-License-Identifier: MIT
+#include "apps/validate/instance.h"
+
+#include "apps/validate/report.h"
+
+#include <array>
+#include <cstring>
+#include <utility>
+
+namespace vocafade::validate {
+namespace {
+
+constexpr double kRate = 44100.0;
+constexpr std::int32_t kBlock = 512;
+constexpr std::int32_t kMostChannels = 256;
+constexpr std::int32_t kMostPrograms = 65536;
+
+const char* WhatIsWrong(const AEffect* effect) {
+    if (effect == nullptr) return "the entry point answers null";
+    if (effect->magic != kEffectMagic) return "the descriptor does not begin with VstP";
+    if (effect->dispatcher == nullptr) return "the descriptor has no dispatcher";
+    const auto sane = [](std::int32_t count, std::int32_t most) { return count >= 0 && count <= most; };
+    if (!sane(effect->numInputs, kMostChannels) || !sane(effect->numOutputs, kMostChannels))
+        return "the number of channels makes no sense";
+    if (!sane(effect->numParams, kMostPrograms) || !sane(effect->numPrograms, kMostPrograms))
+        return "the number of parameters or programs makes no sense";
+    if (effect->numParams > 0 && (effect->getParameter == nullptr || effect->setParameter == nullptr))
+        return "there are parameters but no way to reach them";
+    if (effect->processReplacing == nullptr) return "there is no way to process";
+    return nullptr;
+}
+
+} // namespace
+
+Instance::Instance(const host::SharedObject& object)
+    : context_(std::make_unique<host::HostContext>(object.folder(), kRate, kBlock, nullptr)) {
+    const host::HostContext::Constructing scope(*context_);
+    AEffect* effect = object.entry()(&host::HostContext::Callback);
+    if (const char* wrong = WhatIsWrong(effect)) throw Hopeless(wrong);
+    effect_ = effect;
+    context_->Attach(effect_);
+}
+
+Instance::~Instance() { Close(); }
+
+VstIntPtr Instance::Ask(std::int32_t opcode, std::int32_t index, VstIntPtr value, void* ptr, float opt) {
+    return effect_->dispatcher(effect_, opcode, index, value, ptr, opt);
+}
+
+std::string Instance::Text(std::int32_t opcode, std::int32_t index) {
+    std::array<char, 1024> text{};
+    Ask(opcode, index, 0, text.data());
+    return {text.data(), ::strnlen(text.data(), text.size() - 1)};
+}
+
+void Instance::Close() {
+    if (AEffect* effect = std::exchange(effect_, nullptr))
+        effect->dispatcher(effect, effClose, 0, 0, nullptr, 0.0F);
+}
+
+void Instance::Configure(double rate, std::int32_t block) {
+    context_->setSampleRate(rate);
+    context_->setBlockSize(block);
+    Ask(effSetSampleRate, 0, 0, nullptr, static_cast<float>(rate));
+    Ask(effSetBlockSize, 0, block);
+}
+
+void Instance::On() {
+    context_->setPlaying(true);
+    Ask(effMainsChanged, 0, 1);
+    Ask(effStartProcess);
+}
+
+void Instance::Off() {
+    Ask(effStopProcess);
+    Ask(effMainsChanged, 0, 0);
+    context_->setPlaying(false);
+}
+
+void Instance::Start(double rate, std::int32_t block) {
+    Open();
+    Configure(rate, block);
+    On();
+}
+
+void Instance::Process(float** inputs, float** outputs, std::int32_t frames) {
+    const host::HostContext::Processing scope;
+    effect_->processReplacing(effect_, inputs, outputs, frames);
+    context_->Advance(frames);
+}
+
+void Instance::Process(double** inputs, double** outputs, std::int32_t frames) {
+    const host::HostContext::Processing scope;
+    effect_->processDoubleReplacing(effect_, inputs, outputs, frames);
+    context_->Advance(frames);
+}
+
+} // namespace vocafade::validate

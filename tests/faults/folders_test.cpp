@@ -1,0 +1,214 @@
+// SPDX-License-Identifier: MIT
+// Settings folders as they should not be: full, closed, missing, misnamed, made of links. A save then fails
+// in words or succeeds whole; nothing else happens to the effect or its host.
+#include "effect/avocafade.h"
+#include "persistence/settings_folder.h"
+#include "tests/support/recording_host.h"
+#include "tests/support/temp_folder.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <optional>
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+
+namespace vocafade::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+class Folders : public WithSettings {
+  protected:
+    static void Point(const std::string& folder) { ::setenv("XDG_CONFIG_HOME", folder.c_str(), 1); }
+
+    /// Opens an effect, saves into a slot and reports how many messages that gave.
+    static int MessagesOfASave(const char* name = "mine") {
+        AVocafade effect(SilentHost);
+        effect.open();
+        int messages = 0;
+        effect.SetMessageHook(
+            [&](std::int32_t id, const std::string&) { messages += id == 20135 ? 1 : 1000; });
+        effect.setParameter(3, 0.5F);
+        effect.SaveProgram(7, name);
+        EXPECT_EQ(effect.getParameter(3), 0.5F) << "the edit stays, saved or not";
+        EXPECT_EQ(effect.getProgram(), 7);
+        return messages;
+    }
+
+    static std::string NameAtNextStart() {
+        AVocafade effect(SilentHost);
+        effect.open();
+        char text[64] = {};
+        effect.getProgramNameIndexed(0, 7, text);
+        return text;
+    }
+
+    static std::vector<std::string> NamesIn(const fs::path& folder) {
+        std::vector<std::string> names;
+        for (const auto& entry : fs::directory_iterator(folder))
+            names.push_back(entry.path().filename().string());
+        return names;
+    }
+};
+
+TEST_F(Folders, ThatAreMissingAreMade) {
+    Point(settings / "a/b/c d/é");
+    EXPECT_EQ(MessagesOfASave(), 0);
+    EXPECT_EQ(NameAtNextStart(), "mine");
+    EXPECT_EQ(NamesIn(settings.path() / "a/b/c d/é"), std::vector<std::string>{"VocafadeDef.fxb"});
+}
+
+TEST_F(Folders, ThatCannotBeMadeGiveOneMessage) {
+    WriteFile(settings / "file", "in the way");
+    fs::create_directory_symlink(settings / "nowhere/deeper", settings / "dangling");
+    fs::create_symlink(settings / "loop-b", settings / "loop-a");
+    fs::create_symlink(settings / "loop-a", settings / "loop-b");
+    for (const std::string& folder :
+         {settings / "file", settings / "file/below", settings / "loop-a", settings / "loop-a/below",
+          std::string("/proc/self/nowhere"), std::string("/dev/null"), std::string("/dev/full/x")}) {
+        Point(folder);
+        EXPECT_EQ(MessagesOfASave(), 1) << folder;
+        EXPECT_EQ(NameAtNextStart(), "Empty") << folder;
+    }
+    EXPECT_EQ(ReadFile(settings / "file"), "in the way");
+    // A link that leads nowhere yet is no obstacle where what it names can be made, and else a message.
+    Point(settings / "dangling");
+    EXPECT_LE(MessagesOfASave(), 1);
+    EXPECT_EQ(NameAtNextStart() == "mine", fs::exists(settings / "nowhere/deeper/VocafadeDef.fxb"));
+}
+
+TEST_F(Folders, WithHostileNamesAreTakenByTheLetter) {
+    const std::string inside = settings.path().string();
+    for (const std::string& name :
+         {std::string("new\nline"), std::string("tab\tand\x01"), std::string("%2e%2e%2f"),
+          std::string("$HOME`x`"), std::string("\xff\xfe no text"), std::string("-rf"),
+          std::string("file:")}) {
+        Point(inside + "/" + name);
+        EXPECT_EQ(MessagesOfASave(), 0) << name;
+        EXPECT_TRUE(fs::exists(inside + "/" + name + "/VocafadeDef.fxb")) << name;
+        EXPECT_EQ(NameAtNextStart(), "mine") << name;
+    }
+    // Two points go up, as everywhere; they lead where the user pointed.
+    Point(inside + "/x/../y");
+    MessagesOfASave();
+    EXPECT_EQ(NameAtNextStart(), "mine");
+}
+
+TEST_F(Folders, ThatAreRelativeOrTooLongCountAsUnset) {
+    ::setenv("HOME", (settings / "home").c_str(), 1);
+    fs::create_directory(settings / "work");
+    const fs::path before = fs::current_path();
+    fs::current_path(settings / "work");
+    Point("relative/folder");
+    EXPECT_EQ(MessagesOfASave(), 0);
+    EXPECT_TRUE(NamesIn(".").empty()) << "nothing follows the host's current folder";
+    EXPECT_TRUE(fs::exists(settings / "home/.config/VocafadeDef.fxb"));
+    fs::current_path(before);
+
+    const std::string last = SettingsFolder();
+    Point("/" + std::string(100'000, 'x'));
+    GetMy_SHFOLDER_PathName();
+    EXPECT_EQ(SettingsFolder(), last);
+    // Short enough for us, too long for the system.
+    Point(settings / std::string(1500, 'y'));
+    EXPECT_EQ(MessagesOfASave(), 1);
+}
+
+TEST_F(Folders, BankThatIsNoFileGivesOneMessageAndIsLeftAlone) {
+    fs::create_directory(settings / "config");
+    fs::create_directory(BankPath());
+    EXPECT_EQ(MessagesOfASave(), 1);
+    fs::remove(BankPath());
+    ASSERT_EQ(::mkfifo(BankPath().c_str(), 0600), 0);
+    EXPECT_EQ(MessagesOfASave(), 1);
+    fs::remove(BankPath());
+    fs::create_symlink("VocafadeDef.fxb", BankPath()); // to itself
+    EXPECT_EQ(NameAtNextStart(), "Empty");
+    const int messages = MessagesOfASave();
+    EXPECT_LE(messages, 1);
+    EXPECT_EQ(NameAtNextStart() == "mine", messages == 0);
+    EXPECT_EQ(NamesIn(settings / "config").size(), 1U) << "no scraps";
+}
+
+/// Runs `work` in a process whose file systems nobody else sees; nothing where that is not allowed.
+template <typename Work>
+std::optional<int> InANamespaceOfItsOwn(Work work) {
+    constexpr int kNotAllowed = 77;
+    const pid_t child = ::fork();
+    if (child == 0) {
+        if (::unshare(CLONE_NEWNS) != 0 || ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0)
+            ::_exit(kNotAllowed);
+        ::_exit(work());
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    if (WIFEXITED(status) && WEXITSTATUS(status) == kNotAllowed) return std::nullopt;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+TEST_F(Folders, OnAFullDiskKeepTheOldBankAndSayIt) {
+    fs::create_directory(settings / "config");
+    const auto answer = InANamespaceOfItsOwn([&] {
+        // A disk of two pages: the old bank fits, a second one beside it does not.
+        if (::mount("tmpfs", (settings / "config").c_str(), "tmpfs", 0, "size=8k") != 0) return 77;
+        if (MessagesOfASave("old") != 0) return 1;
+        const std::string before = ReadFile(BankPath());
+        WriteFile(settings / "config/filler", std::string(4096, 'x'));
+        const int messages = MessagesOfASave("new");
+        if (ReadFile(BankPath()) != before) return 2;
+        if (messages != 1) return 3;
+        if (NameAtNextStart() != "old") return 4;
+        if (NamesIn(settings / "config").size() != 2) return 5; // scraps
+        fs::remove(settings / "config/filler");
+        if (MessagesOfASave("new") != 0 || NameAtNextStart() != "new") return 6;
+        return 0;
+    });
+    if (!answer) GTEST_SKIP() << "a disk of its own cannot be made here";
+    EXPECT_EQ(*answer, 0) << "see the numbers above";
+}
+
+TEST_F(Folders, OnAReadOnlyOrVanishedDiskSayItAndGoOn) {
+    fs::create_directory(settings / "config");
+    const auto answer = InANamespaceOfItsOwn([&] {
+        const std::string folder = settings / "config";
+        if (::mount("tmpfs", folder.c_str(), "tmpfs", 0, "size=64k") != 0) return 77;
+        if (MessagesOfASave("old") != 0) return 1;
+        if (::mount("none", folder.c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr) != 0) return 77;
+        if (MessagesOfASave("new") != 1 || NameAtNextStart() != "old") return 2;
+        AVocafade effect(SilentHost);
+        effect.open();
+        if (::umount2(folder.c_str(), MNT_DETACH) != 0) return 77; // pulled out while the effect lives
+        effect.SaveProgram(7, "elsewhere");
+        return NameAtNextStart() == "elsewhere" ? 0 : 3; // the folder underneath is there and can be written
+    });
+    if (!answer) GTEST_SKIP() << "a disk of its own cannot be made here";
+    EXPECT_EQ(*answer, 0) << "see the numbers above";
+}
+
+TEST_F(Folders, WithoutDescriptorsLeftSayItAndGoOn) {
+    ASSERT_EQ(MessagesOfASave("old"), 0);
+    rlimit before{};
+    ::getrlimit(RLIMIT_NOFILE, &before);
+    const rlimit none{3, before.rlim_max};
+    AVocafade effect(SilentHost);
+    effect.open();
+    int messages = 0;
+    effect.SetMessageHook([&](std::int32_t, const std::string&) { ++messages; });
+    ::setrlimit(RLIMIT_NOFILE, &none);
+    effect.SaveProgram(7, "new");
+    {
+        AVocafade blind(SilentHost);
+        blind.open();
+        EXPECT_EQ(blind.getProgram(), 0);
+    }
+    ::setrlimit(RLIMIT_NOFILE, &before);
+    EXPECT_EQ(messages, 1);
+    EXPECT_EQ(NameAtNextStart(), "old");
+}
+
+} // namespace
+} // namespace vocafade::test

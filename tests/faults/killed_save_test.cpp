@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: MIT
+// A host that dies in the middle of saving, at thousands of instants spread over the whole save.
+#include "effect/avocafade.h"
+#include "tests/support/recording_host.h"
+#include "tests/support/temp_folder.h"
+
+#include <chrono>
+#include <csignal>
+#include <cstring>
+#include <sys/wait.h>
+
+namespace vocafade::test {
+namespace {
+
+using KilledSave = WithSettings;
+
+constexpr int kInstants = 4000;
+constexpr int kSlot = 30;
+
+/// Saves until it is killed; each save's name tells the value that belongs to it.
+[[noreturn]] void SaveForEver(int startedEnd) {
+    AVocafade effect(SilentHost);
+    effect.open();
+    effect.setProgram(kSlot);
+    const char go = 1;
+    [[maybe_unused]] const ssize_t told = ::write(startedEnd, &go, 1);
+    for (int i = 0;; i = (i + 1) % 1000) {
+        effect.setParameter(4, static_cast<float>(i) / 1000.0F);
+        effect.SaveProgram(kSlot, ("save " + std::to_string(i)).c_str());
+    }
+}
+
+TEST_F(KilledSave, LeavesTheOldBankOrTheNewOne) {
+    std::size_t scraps = 0;
+    int newOnes = 0;
+    double saveSeconds = 0.0;
+    {
+        AVocafade effect(SilentHost);
+        effect.open();
+        const auto begin = std::chrono::steady_clock::now();
+        for (int i = 0; i < 20; ++i)
+            effect.SaveProgram(kSlot, "save 0");
+        saveSeconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count() / 20.0;
+        effect.setParameter(4, 0.0F);
+        effect.SaveProgram(kSlot, "save 0");
+    }
+    for (int instant = 0; instant < kInstants; ++instant) {
+        int started[2];
+        ASSERT_EQ(::pipe(started), 0);
+        const pid_t child = ::fork();
+        if (child == 0) SaveForEver(started[1]);
+        char go = 0;
+        ASSERT_EQ(::read(started[0], &go, 1), 1);
+        // Three saves long, in steps that hit every part of one.
+        ::usleep(static_cast<useconds_t>(3e6 * saveSeconds * instant / kInstants));
+        ::kill(child, SIGKILL);
+        ::waitpid(child, nullptr, 0);
+        ::close(started[0]);
+        ::close(started[1]);
+
+        const std::string bytes = ReadFile(BankPath());
+        ASSERT_EQ(bytes.size(), 3488U) << instant;
+        ASSERT_EQ(bytes.substr(0, 12), std::string("CcnK\0\0\0\0FBCh", 12)) << instant;
+        const std::string name = bytes.c_str() + 160 + kSlot * 52 + 24;
+        ASSERT_EQ(name.substr(0, 5), "save ") << instant;
+        float value = 0.0F;
+        std::memcpy(&value, bytes.data() + 160 + kSlot * 52 + 16, sizeof value);
+        ASSERT_EQ(value, static_cast<float>(std::stoi(name.substr(5))) / 1000.0F) << instant;
+        if (name != "save 0") ++newOnes;
+        const std::filesystem::directory_iterator files(settings / "config");
+        scraps = static_cast<std::size_t>(std::distance(begin(files), end(files))) - 1;
+    }
+    std::printf(
+        "%d instants over three saves of %.0f us: %d ended behind a save, %zu unfinished files left\n",
+        kInstants, saveSeconds * 1e6, newOnes, scraps);
+    EXPECT_GT(newOnes, kInstants / 20);
+    EXPECT_GT(scraps, 0U) << "no kill ever hit the middle of a save, so nothing was shown";
+}
+
+} // namespace
+} // namespace vocafade::test

@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: MIT
+// A host with another C++ library than the plug-in's: strings, exceptions, threads and streams of both live
+// in one process. Ends with 0 when the plug-in works and nothing of the host's has suffered.
+#include "vst/aeffect.h"
+#include "vst/opcodes.h"
+
+#include <cmath>
+#include <cstdio>
+#include <dlfcn.h>
+#include <iostream>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+#ifndef _LIBCPP_VERSION
+#error "this host is to be built with libc++"
+#endif
+
+namespace {
+
+using namespace vocafade;
+
+VstIntPtr Answer(AEffect*, std::int32_t opcode, std::int32_t, VstIntPtr, void*, float) {
+    return opcode == audioMasterVersion ? 2400 : 0;
+}
+
+void Expect(bool condition, const char* what) {
+    if (!condition) throw std::runtime_error(what);
+}
+
+void Play(AEffect* effect) {
+    std::vector<float> left(512, 0.25F);
+    std::vector<float> right(512, -0.25F);
+    std::vector<float> outLeft(512);
+    std::vector<float> outRight(512);
+    float* in[] = {left.data(), right.data()};
+    float* out[] = {outLeft.data(), outRight.data()};
+    for (int i = 0; i < 200; ++i)
+        effect->processReplacing(effect, in, out, 512);
+    for (const float sample : outLeft)
+        Expect(std::isfinite(sample), "its output is no number");
+}
+
+void UseOnce(const char* plugin) {
+    void* object = ::dlopen(plugin, RTLD_NOW | RTLD_LOCAL);
+    Expect(object != nullptr, "it cannot be loaded");
+    const auto entry = reinterpret_cast<AEffect* (*)(audioMasterCallback)>(::dlsym(object, "VSTPluginMain"));
+    Expect(entry != nullptr, "it has no entry");
+    AEffect* effect = entry(Answer);
+    Expect(effect != nullptr, "it refuses");
+    const auto ask = [&](std::int32_t opcode, VstIntPtr value = 0, void* ptr = nullptr, float opt = 0.0F) {
+        return effect->dispatcher(effect, opcode, 0, value, ptr, opt);
+    };
+    ask(effOpen);
+    ask(effSetSampleRate, 0, nullptr, 48000.0F);
+    ask(effSetBlockSize, 512);
+    ask(effMainsChanged, 1);
+    std::thread audio(Play, effect);
+    audio.join();
+    char name[64] = "";
+    ask(effGetEffectName, 0, name);
+    Expect(std::string(name) == "Vocafade", "its name is wrong");
+    ask(effClose);
+    ::dlclose(object);
+}
+
+} // namespace
+
+int main(int argumentCount, char** arguments) {
+    if (argumentCount != 2) return 2;
+    try {
+        for (int i = 0; i < 20; ++i) {
+            UseOnce(arguments[1]);
+            std::ostringstream text; // the host's own library still works after each
+            text << i << ' ' << 0.5;
+            Expect(text.str() == std::to_string(i) + " 0.5", "the host's streams are broken");
+            try {
+                throw std::logic_error("ours");
+            } catch (const std::exception& error) {
+                Expect(std::string(error.what()) == "ours", "the host's exceptions are broken");
+            }
+        }
+    } catch (const std::exception& error) {
+        std::cerr << error.what() << '\n';
+        return 1;
+    }
+    std::cout << "twenty times loaded, used and unloaded\n";
+    return 0;
+}

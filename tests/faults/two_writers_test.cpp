@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: MIT
+// Several hosts at once, each with the effect, save into the one bank while others open it.
+#include "effect/avocafade.h"
+#include "tests/support/recording_host.h"
+#include "tests/support/temp_folder.h"
+
+#include <cstring>
+#include <sys/wait.h>
+#include <vector>
+
+namespace vocafade::test {
+namespace {
+
+using TwoWriters = WithSettings;
+
+constexpr int kSaves = 150;
+
+/// What one process does: its saves mark all they write with its own number.
+int SaveAgainAndAgain(int writer) {
+    AVocafade effect(SilentHost);
+    effect.open();
+    int messages = 0;
+    effect.SetMessageHook([&](std::int32_t, const std::string&) { ++messages; });
+    for (int i = 0; i < kSaves; ++i) {
+        effect.setProgram(writer);
+        effect.setParameter(4, static_cast<float>(i) / kSaves);
+        effect.SaveProgram(writer,
+                           ("writer " + std::to_string(writer) + " save " + std::to_string(i)).c_str());
+    }
+    return messages == 0 ? 0 : 1;
+}
+
+TEST_F(TwoWriters, LeaveAWholeBankAndNoScraps) {
+    { // so that readers find one from the start
+        AVocafade effect(SilentHost);
+        effect.open();
+        effect.SaveProgram(60, "first");
+    }
+    std::vector<pid_t> children;
+    for (int writer = 0; writer < 3; ++writer) {
+        const pid_t child = ::fork();
+        if (child == 0) ::_exit(SaveAgainAndAgain(writer));
+        children.push_back(child);
+    }
+    int reads = 0;
+    std::vector<pid_t> running = children;
+    while (!running.empty()) {
+        const std::string bytes = ReadFile(BankPath());
+        ASSERT_EQ(bytes.size(), 3488U);
+        ASSERT_EQ(std::memcmp(bytes.data(), "CcnK", 4), 0);
+        ASSERT_EQ(std::memcmp(bytes.data() + 160 + 60 * 52 + 24, "first", 6), 0);
+        // The program that a writer saved last belongs together: its number, its name, its values.
+        const auto current = static_cast<unsigned char>(bytes[160 + 48]);
+        if (current < 3) {
+            const std::string name = bytes.c_str() + 160 + current * 52 + 24;
+            ASSERT_EQ(name.substr(0, 8), "writer " + std::to_string(current));
+            float value = 0.0F;
+            std::memcpy(&value, bytes.data() + 160 + current * 52 + 16, sizeof value);
+            ASSERT_EQ(value, static_cast<float>(std::stoi(name.substr(name.rfind(' ')))) / kSaves);
+        }
+        ++reads;
+        int status = 0;
+        const pid_t ended = ::waitpid(-1, &status, WNOHANG);
+        if (ended > 0) {
+            EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "a writer failed";
+            std::erase(running, ended);
+        }
+    }
+    EXPECT_GT(reads, 10);
+    const auto files = std::filesystem::directory_iterator(settings / "config");
+    EXPECT_EQ(std::distance(begin(files), end(files)), 1);
+}
+
+} // namespace
+} // namespace vocafade::test

@@ -1,0 +1,198 @@
+// SPDX-License-Identifier: MIT
+// Ten hours of audio through one instance, faster than real time: programs, parameters, block lengths and
+// rates change at random meanwhile. It sounds at the end as it did at the start, and holds no more memory.
+//
+// VOCAFADE_SOAK_HOURS=2 shortens it.
+#include "host/effect.h"
+#include "tests/support/signals.h"
+#include "tests/support/temp_folder.h"
+
+#include <algorithm>
+#include <chrono>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <malloc.h>
+
+namespace vocafade::test {
+namespace {
+
+constexpr std::int32_t kMostBlock = 4096;
+constexpr std::size_t kLatency = 1707;
+enum Parameter : std::int32_t { onOff, output, input, loFreq, hiFreq, position };
+
+double Hours() {
+#ifdef VOCAFADE_SANITIZED
+    constexpr double kHours = 0.1; // a sanitizer looks for other faults than drift
+#else
+    constexpr double kHours = 10.0;
+#endif
+    const char* text = std::getenv("VOCAFADE_SOAK_HOURS");
+    return text != nullptr ? std::atof(text) : kHours;
+}
+
+std::int64_t HeapBytes() {
+    const struct mallinfo2 heap = ::mallinfo2();
+    return static_cast<std::int64_t>(heap.uordblks + heap.hblkhd);
+}
+
+std::int64_t ResidentKilobytes() {
+    std::int64_t total = 0;
+    std::int64_t resident = 0;
+    std::ifstream("/proc/self/statm") >> total >> resident;
+    return resident * ::sysconf(_SC_PAGESIZE) / 1024;
+}
+
+class LongNight : public WithSettings {
+  protected:
+    LongNight() : effect_(VOCAFADE_PLUGIN), left_(Noise(kLoop, 1)), right_(Noise(kLoop, 2)), random_(20) {
+        SetRate(44100.0);
+    }
+
+    unsigned Any(unsigned count) { return static_cast<unsigned>(random_() % count); }
+
+    void SetRate(double rate) {
+        rate_ = rate;
+        effect_.Configure(rate, kMostBlock);
+        effect_.Start();
+    }
+
+    /// Plays `count` samples out of the loop in blocks of changing lengths, and keeps both sides of it when
+    /// asked to.
+    void Play(std::size_t count, Samples* heardIn = nullptr, Samples* heardOut = nullptr) {
+        while (count > 0) {
+            const std::size_t most = std::min({count, kLoop - place_, std::size_t{kMostBlock}});
+            const std::size_t block = std::min<std::size_t>(most, 1 + Any(2 * kMostBlock));
+            float* in[] = {&left_[place_], &right_[place_]};
+            float* out[] = {outLeft_.data(), outRight_.data()};
+            effect_.Process(in, out, static_cast<std::int32_t>(block));
+            if (heardIn != nullptr) heardIn->insert(heardIn->end(), in[0], in[0] + block);
+            if (heardOut != nullptr) heardOut->insert(heardOut->end(), out[0], out[0] + block);
+            finite_ = finite_ && std::isfinite(out[0][0]) && std::isfinite(out[1][block - 1]);
+            place_ = (place_ + block) % kLoop;
+            count -= block;
+            played_ += static_cast<double>(block) / rate_;
+        }
+    }
+
+    /// How well noise comes through when nothing is to be removed, in dB.
+    double PassThrough() {
+        for (const auto& [index, value] : {std::pair{onOff, 1.0F},
+                                           {input, 1.0F},
+                                           {output, 0.5F},
+                                           {loFreq, 1.0F},
+                                           {hiFreq, 0.0F},
+                                           {position, 64.0F / 127.0F}})
+            effect_.setParameter(index, value);
+        Play(8192); // what was under way
+        Samples in;
+        Samples out;
+        Play(static_cast<std::size_t>(rate_), &in, &out);
+        return FitDb(in.data(), out.data() + kLatency, in.size() - kLatency);
+    }
+
+    /// What is left of a voice in the middle, in dB of what went in.
+    double VoiceLeft() {
+        effect_.setProgram(0);
+        for (const auto& [index, value] :
+             {std::pair{onOff, 1.0F}, {loFreq, 0.019F}, {hiFreq, 0.45F}, {position, 64.0F / 127.0F}})
+            effect_.setParameter(index, value);
+        Samples voice = Sine(12 * kMostBlock, 1000.0, rate_);
+        double heard = 0.0;
+        for (std::size_t block = 0; block < 12; ++block) {
+            float* in[] = {&voice[block * kMostBlock], &voice[block * kMostBlock]};
+            float* out[] = {outLeft_.data(), outRight_.data()};
+            effect_.Process(in, out, kMostBlock);
+            if (block >= 8) heard = std::max(heard, Power(outLeft_));
+        }
+        return Db((heard + 1e-20) / Power(voice));
+    }
+
+    /// One second of what a night brings.
+    void LiveASecond() {
+        if (Any(4) == 0) effect_.setProgram(static_cast<std::int32_t>(Any(64)));
+        for (unsigned point = 0; point < 4; ++point) {
+            const auto parameter = static_cast<std::int32_t>(Any(6));
+            if (parameter == onOff) { // a switch, and on most of the time
+                effect_.setParameter(onOff, Any(8) == 0 ? 0.0F : 1.0F);
+            } else {
+                effect_.setParameter(parameter, static_cast<float>(Any(1001)) / 1000.0F);
+            }
+            Play(static_cast<std::size_t>(rate_) / 4);
+        }
+    }
+
+    static constexpr std::size_t kLoop = 10 * 44100;
+    host::Effect effect_;
+    Samples left_;
+    Samples right_;
+    Samples outLeft_ = Samples(kMostBlock);
+    Samples outRight_ = Samples(kMostBlock);
+    std::mt19937 random_;
+    std::size_t place_ = 0;
+    double rate_ = 0.0;
+    double played_ = 0.0; ///< seconds
+    bool finite_ = true;
+};
+
+TEST_F(LongNight, SoundsAtItsEndAsAtItsStartAndHoldsNoMoreMemory) {
+    const auto begin = std::chrono::steady_clock::now();
+    const double firstFit = PassThrough();
+    const double firstVoice = VoiceLeft();
+    double worstFit = firstFit;   // however long the engine had run on
+    double worstFresh = firstFit; // right after a new start
+    double begun = 0.0;
+    const auto check = [&] {
+        const double fit = PassThrough();
+        worstFit = std::min(worstFit, fit);
+        if (played_ - begun < 60.0) worstFresh = std::min(worstFresh, fit);
+        std::printf("%7.0f s, %5.0f Hz since %5.0f s: pass-through %.1f dB\n", played_, rate_,
+                    played_ - begun, fit);
+        EXPECT_LT(VoiceLeft(), -60.0) << "after " << played_ << " s";
+    };
+    LiveASecond();
+    const std::int64_t heap = HeapBytes();
+    const std::int64_t resident = ResidentKilobytes();
+    int changes = 0;
+    while (played_ < Hours() * 3600.0) {
+        LiveASecond();
+        if (Any(1200) != 0) continue; // three times an hour the sound card's rate changes
+        check();                      // after what is by then a long stretch
+        static constexpr double kRates[] = {44100.0, 48000.0, 88200.0, 22050.0};
+        SetRate(kRates[Any(4)]);
+        ++changes;
+        begun = played_;
+        check();
+    }
+    SetRate(44100.0);
+    begun = played_;
+    // A last stretch without a new start, so that drift would have its time.
+    for (int second = 0; second < static_cast<int>(Hours() * 60.0); ++second)
+        LiveASecond();
+    check();
+    const double lastFit = PassThrough();
+    const double lastVoice = VoiceLeft();
+    const std::int64_t heapGrowth = HeapBytes() - heap;
+    const std::int64_t residentGrowth = ResidentKilobytes() - resident;
+    const double took = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+    std::printf("%.2f hours of audio in %.0f s, %d changes of rate\n"
+                "pass-through: %.1f dB at the start, %.1f dB at the end, %.1f dB at its worst\n"
+                "voice left: %.1f dB at the start, %.1f dB at the end\n"
+                "heap %+lld bytes, resident %+lld kB\n",
+                played_ / 3600.0, took, changes, firstFit, lastFit, worstFit, firstVoice, lastVoice,
+                static_cast<long long>(heapGrowth), static_cast<long long>(residentGrowth));
+    EXPECT_TRUE(finite_);
+    EXPECT_GE(worstFresh, 31.0);
+    EXPECT_GE(lastFit, 31.0);
+    // The rounding of every hop's frequency adds up in the phases while the engine runs on without a new
+    // start.
+    EXPECT_GE(worstFit, 22.0);
+    EXPECT_GE(lastFit, firstFit - 1.0);
+    EXPECT_LT(lastVoice, -60.0);
+#ifndef VOCAFADE_SANITIZED // whose allocator keeps what was freed
+    EXPECT_LT(heapGrowth, 4096);
+    EXPECT_LT(residentGrowth, 2048);
+#endif
+}
+
+} // namespace
+} // namespace vocafade::test

@@ -1,0 +1,173 @@
+// SPDX-License-Identifier: MIT
+// A small effect that halves the sound, with one fault that FAULT_* picks at compile time (none: it is sound
+// in every way). The validator must find each of them, and nothing in the one without.
+#include "vst/aeffect.h"
+#include "vst/opcodes.h"
+
+#include <algorithm>
+#include <cmath>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <string>
+#include <string_view>
+#include <unistd.h>
+
+namespace {
+
+using namespace vocafade;
+
+constexpr std::string_view kFault = VOCAFADE_FAULT;
+constexpr bool Has(std::string_view fault) { return kFault == fault; }
+
+/// The whole state, as hosts save it.
+struct State {
+    float gain = 0.5F;
+    float unused = 0.0F;
+};
+
+struct Faulty {
+    AEffect effect{};
+    State state;
+    float memory = 0.0F; ///< of a filter, for the fault that keeps what is no number
+};
+
+float sharedGain = 0.5F;
+
+Faulty& Self(AEffect* effect) { return *static_cast<Faulty*>(effect->object); }
+
+void OnSignal(int) {}
+
+void Put(void* buffer, const char* text) { std::strcpy(static_cast<char*>(buffer), text); }
+
+VstIntPtr TakeState(Faulty& self, const void* bytes, VstIntPtr size) {
+    const auto count = static_cast<std::size_t>(std::max<VstIntPtr>(size, 0));
+    if (Has("trusts-state")) { // reads as much as it would have written itself
+        std::memcpy(&self.state, bytes, sizeof self.state);
+        return 0;
+    }
+    State state = self.state;
+    std::memcpy(&state, bytes, std::min(count, sizeof state));
+    if (!(state.gain >= 0.0F && state.gain <= 1.0F)) state.gain = 0.5F;
+    if (!Has("forgets-state")) self.state = state;
+    return 0;
+}
+
+VstIntPtr Dispatch(AEffect* effect, std::int32_t opcode, std::int32_t index, VstIntPtr value, void* ptr,
+                   float) {
+    Faulty& self = Self(effect);
+    switch (opcode) {
+    case effOpen:
+        if (Has("signal-handler")) std::signal(SIGUSR1, OnSignal);
+        if (Has("leaks-descriptor")) [[maybe_unused]]
+            const int lost = ::open("/dev/null", O_RDONLY);
+        if (Has("leaks-memory")) [[maybe_unused]]
+            void* volatile lost = std::malloc(4000);
+        return 0;
+    case effClose:
+        if (Has("hangs"))
+            while (true)
+                ::pause();
+        if (Has("crashes-at-close")) std::raise(SIGSEGV);
+        delete &self;
+        return 1;
+    case effGetParamName:
+        if (Has("long-names")) {
+            std::memset(ptr, 'x', 500);
+        } else if (index >= 0 && index < 1) {
+            Put(ptr, "Gain");
+        }
+        return 0;
+    case effGetParamDisplay:
+        std::snprintf(static_cast<char*>(ptr), 8, "%.2f", static_cast<double>(self.state.gain));
+        return 0;
+    case effGetEffectName:
+        Put(ptr, "Faulty");
+        return 1;
+    case effGetVendorString:
+        Put(ptr, "Vocafade");
+        return 1;
+    case effCanBeAutomated:
+        return 1;
+    case effGetVstVersion:
+        return 2400;
+    case effGetChunk:
+        *static_cast<void**>(ptr) = &self.state;
+        return sizeof self.state;
+    case effSetChunk:
+        return TakeState(self, ptr, value);
+    default:
+        return 0;
+    }
+}
+
+void Misbehave(Faulty& self, float** in, float** out, std::int32_t frames) {
+    if (Has("allocates")) {
+        void* volatile memory = std::malloc(static_cast<std::size_t>(frames) + 1);
+        std::free(memory);
+    }
+    if (Has("sleeps")) ::usleep(1);
+    if (Has("prints")) std::fputs("busy\n", stderr);
+    if (Has("writes-inputs") && frames > 0) in[0][0] = 0.0F;
+    if (Has("writes-behind") && frames > 0) out[1][frames] = 0.0F;
+    if (Has("reads-in-front") && frames > 0) self.memory = in[0][-1];
+    if (Has("crashes-at-empty-block") && frames == 0) std::raise(SIGSEGV);
+    if (Has("throws")) throw std::string("no");
+}
+
+void Process(AEffect* effect, float** in, float** out, std::int32_t frames) {
+    Faulty& self = Self(effect);
+    Misbehave(self, in, out, frames);
+    const float gain = Has("shares-parameters") ? sharedGain : self.state.gain;
+    for (std::int32_t i = 0; i < frames; ++i) {
+        const float left = in[0][i];
+        if (Has("not-in-place")) out[1][i] = 0.0F; // before the input was read, which may be the same memory
+        const float right = in[1][i];
+        out[0][i] = left * gain;
+        out[1][i] = right * gain;
+        if (Has("keeps-no-number")) {
+            self.memory = 0.9F * self.memory + 0.1F * left;
+            out[0][i] = self.memory;
+        } else if (!std::isfinite(left) || !std::isfinite(right)) {
+            out[0][i] = out[1][i] = 0.0F;
+        }
+    }
+    if (Has("slow")) {
+        volatile float sink = 0.0F;
+        for (int i = 0; i < frames * 5000; ++i)
+            sink = sink + 1.0F;
+    }
+}
+
+void SetParameter(AEffect* effect, std::int32_t index, float value) {
+    if (index != 0 || !(value >= 0.0F && value <= 1.0F)) return;
+    Self(effect).state.gain = Has("ignores-ends") ? std::clamp(value, 0.1F, 0.9F) : value;
+    sharedGain = value;
+}
+float GetParameter(AEffect* effect, std::int32_t index) {
+    if (index != 0) return 0.0F;
+    return Has("shares-parameters") ? sharedGain : Self(effect).state.gain;
+}
+
+} // namespace
+
+extern "C" __attribute__((visibility("default"))) AEffect* VSTPluginMain(audioMasterCallback host) {
+    if (host(nullptr, audioMasterVersion, 0, 0, nullptr, 0.0F) == 0) return nullptr;
+    auto* self = new Faulty;
+    AEffect& effect = self->effect;
+    effect.magic = Has("no-magic") ? 0 : kEffectMagic;
+    effect.dispatcher = Dispatch;
+    effect.setParameter = SetParameter;
+    effect.getParameter = GetParameter;
+    effect.processReplacing = Process;
+    effect.numParams = 1;
+    effect.numInputs = 2;
+    effect.numOutputs = 2;
+    effect.flags = effFlagsCanReplacing | effFlagsProgramChunks;
+    effect.uniqueID = VstId('F', 'l', 't', 'y');
+    effect.version = 1;
+    effect.object = self;
+    return &effect;
+}

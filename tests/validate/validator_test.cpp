@@ -1,0 +1,94 @@
+// SPDX-License-Identifier: MIT
+// The validator finds what is wrong with effects that have one fault each, says so in words, and lives on.
+#include "tests/support/run_command.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+
+namespace vocafade::test {
+namespace {
+
+struct Case {
+    const char* fault;
+    const char* check; ///< that finds it
+    const char* words; ///< in what is printed
+};
+
+Finished Validate(const std::string& arguments) {
+    return RunCommand(std::string(VOCAFADE_COMMAND) + " validate " + arguments);
+}
+
+std::string Fake(const std::string& fault) { return std::string(FAULTY_FOLDER) + "/faulty-" + fault + ".so"; }
+
+class Validator : public ::testing::TestWithParam<Case> {};
+
+TEST_P(Validator, Finds) {
+    const Case& expected = GetParam();
+    const Finished run = Validate(std::string("--only ") + expected.check + " " + Fake(expected.fault));
+    EXPECT_EQ(run.status, 1) << run.output;
+    EXPECT_NE(run.output.find("FAILED"), std::string::npos) << run.output;
+    EXPECT_NE(run.output.find(expected.words), std::string::npos) << run.output;
+}
+
+constexpr Case kCases[] = {
+    {"no-magic", "descriptor", "does not begin with VstP"},
+    {"writes-inputs", "guard-pages", "it writes into the inputs"},
+    {"not-in-place", "in-place", "another sound"},
+    {"keeps-no-number", "hostile-samples", "still no number"},
+    {"shares-parameters", "instances", "moves that of another"},
+    {"ignores-ends", "parameters", "cannot be set to 0"},
+    {"forgets-state", "state", "after it was restored"},
+    {"throws", "sound", "threw an exception"},
+    {"leaks-descriptor", "loading", "file descriptors are left over"},
+    {"signal-handler", "manners", "signal 10 has another handler"},
+#ifndef VOCAFADE_SANITIZED // the sanitizers stop at these by themselves, in words of their own
+    {"long-names", "texts", "reached behind the buffer for the parameter name"},
+    {"writes-behind", "guard-pages", "reached behind output 2"},
+    {"reads-in-front", "guard-pages", "reached in front of input 1"},
+    {"trusts-state", "damaged-state", "reached behind the saved state"},
+    {"crashes-at-close", "descriptor", "while closing it"},
+    {"crashes-at-empty-block", "blocks", "SIGSEGV"},
+    {"allocates", "audio-thread", "asked for memory"},
+    {"sleeps", "audio-thread", "(usleep)"},
+    {"prints", "audio-thread", "called for files"},
+    {"leaks-memory", "loading", "bytes of the heap are lost"},
+    {"slow", "timing", "of the time there is"},
+#endif
+};
+
+std::string TestName(const ::testing::TestParamInfo<Case>& info) {
+    std::string name = info.param.fault;
+    std::replace(name.begin(), name.end(), '-', '_');
+    return name;
+}
+
+INSTANTIATE_TEST_SUITE_P(Faulty, Validator, ::testing::ValuesIn(kCases), TestName);
+
+TEST(ValidatorItself, FindsNothingInAnEffectWithoutFault) {
+    const Finished run = Validate("--level 10 " + Fake("none"));
+    EXPECT_EQ(run.status, 0) << run.output;
+    EXPECT_EQ(run.output.find("FAILED"), std::string::npos) << run.output;
+}
+
+#ifndef VOCAFADE_SANITIZED // where its patience is long
+TEST(ValidatorItself, EndsWhatHangs) {
+    const Finished run = Validate("--only descriptor " + Fake("hangs"));
+    EXPECT_EQ(run.status, 1);
+    EXPECT_NE(run.output.find("hung for"), std::string::npos) << run.output;
+}
+#endif
+
+TEST(ValidatorItself, AnswersForItsCommandLine) {
+    EXPECT_EQ(Validate("--level 11").status, 2);
+    EXPECT_EQ(Validate("--only soundd " + Fake("none")).status, 2);
+    EXPECT_NE(Validate("--only soundd " + Fake("none")).output.find("Did you mean sound"), std::string::npos);
+    EXPECT_EQ(Validate("/nowhere.so").status, 1);
+    const Finished notOne = Validate("--level 1 /etc/passwd");
+    EXPECT_EQ(notOne.status, 1);
+    EXPECT_NE(notOne.output.find("cannot be loaded"), std::string::npos) << notOne.output;
+    EXPECT_NE(Validate("--list").output.find("hostile-samples"), std::string::npos);
+    EXPECT_EQ(Validate("--help").status, 0);
+}
+
+} // namespace
+} // namespace vocafade::test
