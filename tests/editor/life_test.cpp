@@ -3,9 +3,11 @@
 #include "tests/editor/panel_picture.h"
 
 #include <atomic>
+#include <dlfcn.h>
 #include <filesystem>
 #include <fstream>
 #include <thread>
+#include <unistd.h>
 
 namespace vocafade::test {
 namespace {
@@ -264,6 +266,31 @@ TEST_F(Life, DisplayMayGoAway) {
         editor.Close();
     }
     ::setenv("DISPLAY", shared.c_str(), 1); // NOLINT(concurrency-mt-unsafe)
+}
+
+TEST_F(Life, PluginMayBeUnloadedAndLoadedAgain) {
+    // In a process of its own, which has not loaded the plug-in before. A second loading that hangs is ended.
+    EXPECT_EXIT(
+        {
+            ::alarm(20);
+            const xcb_window_t window = user.MakeWindow(0, 0, 477, 214);
+            for (int i = 0; i < 3; ++i) {
+                void* library = ::dlopen(VOCAFADE_PLUGIN, RTLD_NOW | RTLD_LOCAL);
+                const auto entry =
+                    reinterpret_cast<AEffect* (*)(audioMasterCallback)>(::dlsym(library, "VSTPluginMain"));
+                AEffect* effect = entry(SilentHost);
+                // NOLINTNEXTLINE(performance-no-int-to-ptr)
+                void* parent = reinterpret_cast<void*>(static_cast<std::uintptr_t>(window));
+                if (effect->dispatcher(effect, effEditOpen, 0, 0, parent, 0.0f) == 0) ::_exit(1);
+                for (int idle = 0; idle < 3; ++idle) {
+                    effect->dispatcher(effect, effEditIdle, 0, 0, nullptr, 0.0f);
+                }
+                effect->dispatcher(effect, effClose, 0, 0, nullptr, 0.0f);
+                ::dlclose(library);
+            }
+            ::_exit(0);
+        },
+        ::testing::ExitedWithCode(0), "");
 }
 
 TEST_F(Life, OpensAndClosesFiveHundredTimes) {
