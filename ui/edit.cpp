@@ -35,6 +35,10 @@ std::string Utf8Of(UINT c) {
 
 } // namespace
 
+CEdit::~CEdit() {
+    if (spin_ != nullptr) spin_->SetBuddy(nullptr);
+}
+
 bool CEdit::Create(UINT style, const CRect& rect, CWnd* parent, UINT id) {
     return CWnd::Create({CS_DBLCLKS, kCursorIBeam, {}}, "", style, rect, parent, id);
 }

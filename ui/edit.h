@@ -14,6 +14,9 @@ class CSpinButtonCtrl;
 /// character), so that a derived class filters all of it in `OnChar`.
 class CEdit : public CWnd {
   public:
+    /// Leaves its spin button, if it has one, without a field.
+    ~CEdit() override;
+
     using CWnd::Create;
     bool Create(UINT style, const CRect& rect, CWnd* parent, UINT id);
 
