@@ -21,9 +21,9 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
-#include <cstdlib>
 #include <exception>
 #include <sndfile.hh>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -52,12 +52,14 @@ struct Verdict {
 };
 
 Change ParseChange(const char* text) {
-    long long sample = 0;
-    int parameter = 0;
-    float value = 0.0F;
-    if (std::sscanf(text, "%lld:%d:%f", &sample, &parameter, &value) != 3)
+    std::istringstream stream(text);
+    Change change{};
+    char first = 0;
+    char second = 0;
+    stream >> change.sample >> first >> change.parameter >> second >> change.value;
+    if (!stream || first != ':' || second != ':')
         throw std::invalid_argument(std::string("not SAMPLE:PARAMETER:VALUE: ") + text);
-    return {sample, parameter, value};
+    return change;
 }
 
 Sound ReadSound(const char* path) {
@@ -126,7 +128,7 @@ bool Improve(Verdict& best, const Verdict& other) {
 }
 
 void Run(int argc, char** argv) {
-    const std::int32_t block = std::atoi(argv[4]);
+    const std::int32_t block = std::stoi(argv[4]);
     if (block < kHop) throw std::invalid_argument("the block is shorter than a hop");
     std::vector<Change> changes;
     for (int i = 5; i < argc; ++i)
