@@ -215,6 +215,8 @@ class HostTest(unittest.TestCase):
             if value:
                 return value
             time.sleep(0.1)
+        if "DISPLAY" in self.environment:
+            self.screenshot("waiting.png")
         return self.fail(f"waited {timeout} s for {what} in vain")
 
     def compare(self, song_path, host_path, *changes, block=1024):
