@@ -29,6 +29,9 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   # Unique symbols would pin the shared object in a host that unloads it.
   target_compile_options(vocafade_flags INTERFACE -fno-gnu-unique)
 endif()
+# No path of the machine that builds: the same sources give the same bytes in any folder.
+target_compile_options(vocafade_flags INTERFACE
+  "-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=" "-ffile-prefix-map=${PROJECT_BINARY_DIR}/=build/")
 if(VOCAFADE_SANITIZE)
   string(REPLACE ";" "," _sanitizers "${VOCAFADE_SANITIZE}")
   target_compile_options(vocafade_flags INTERFACE -fsanitize=${_sanitizers} -fno-omit-frame-pointer)
@@ -36,6 +39,11 @@ if(VOCAFADE_SANITIZE)
   if("undefined" IN_LIST VOCAFADE_SANITIZE)
     target_compile_options(vocafade_flags INTERFACE -fno-sanitize-recover=undefined)
   endif()
+else()
+  # What Debian hardens its own packages with.
+  target_compile_options(vocafade_flags INTERFACE -fstack-protector-strong
+    "$<$<CONFIG:Release>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>")
+  target_link_options(vocafade_flags INTERFACE "LINKER:-z,relro" "LINKER:-z,now")
 endif()
 
 # A static library of one folder: vocafade_library(NAME SOURCES ... [USES ...])
