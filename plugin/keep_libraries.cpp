@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: MIT
+// Hosts load and unload the plug-in over and over when they scan; that must cost their process nothing.
+
+#include <dlfcn.h>
+
+namespace {
+
+/// Keeps the drawing libraries in the process once they are there. Some of what they take for themselves when
+/// they are loaded (pixman 12 kB, fontconfig its lists of fonts) is never given back, so each time anew would
+/// cost as much again; left loaded, they find it where they put it.
+__attribute__((constructor)) void KeepLibraries() {
+    ::dlopen("libpangocairo-1.0.so.0", RTLD_NOW | RTLD_NOLOAD | RTLD_NODELETE); // and what it links
+}
+
+} // namespace
