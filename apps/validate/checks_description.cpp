@@ -163,7 +163,7 @@ void CheckTexts(Subject& subject, Report& report) {
         report.Trying("asking whether it can do '{}'", what);
         const GuardedMemory question(std::strlen(what) + 1, GuardedMemory::Against::end,
                                      "the question effCanDo");
-        std::strcpy(question.as<char>(), what);
+        std::memcpy(question.data(), what, std::strlen(what) + 1);
         effect.Ask(effCanDo, 0, 0, question.data());
     }
 }

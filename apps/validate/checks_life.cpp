@@ -159,6 +159,7 @@ void CheckManyInstances(Subject& subject, Report& report) {
     }
     bool differ = false;
     std::vector<std::unique_ptr<Sound>> players;
+    players.reserve(kCount);
     for (const auto& effect : effects)
         players.push_back(std::make_unique<Sound>(*effect));
     for (int block = 0; block < 40; ++block) {

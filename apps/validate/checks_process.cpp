@@ -96,7 +96,7 @@ struct Manners {
         for (int signal = 1; signal < 65; ++signal)
             ::sigaction(signal, nullptr, &now.actions[static_cast<std::size_t>(signal)]);
         ::pthread_sigmask(SIG_SETMASK, nullptr, &now.blocked);
-        now.locale = std::setlocale(LC_ALL, nullptr);
+        now.locale = std::setlocale(LC_ALL, nullptr); // NOLINT(concurrency-mt-unsafe): it only asks
         std::error_code error;
         now.folder = std::filesystem::current_path(error).string();
         now.mask = ::umask(0);

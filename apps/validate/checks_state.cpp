@@ -95,7 +95,7 @@ void CheckPrograms(Subject& subject, Report& report) {
     const std::string before = effect.Text(effGetProgramName);
     // With room behind it: effects copy as many bytes as a name may have.
     std::array<char, 256> name{};
-    std::strcpy(name.data(), "Named");
+    std::memcpy(name.data(), "Named", sizeof "Named");
     report.Trying("naming a program");
     effect.Ask(effSetProgramName, 0, 0, name.data());
     const std::string now = effect.Text(effGetProgramName);

@@ -21,6 +21,7 @@ void CheckThreads(Subject& subject, Report& report) {
             effects.back()->Start(i % 2 == 0 ? 44100.0 : 96000.0, kBlock);
         }
         std::vector<std::unique_ptr<AudioRunner>> runners;
+        runners.reserve(kCount);
         for (const auto& effect : effects)
             runners.push_back(std::make_unique<AudioRunner>(*effect, kBlock, subject.seed()));
         runners.back()->LetPass(100);

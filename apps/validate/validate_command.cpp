@@ -102,6 +102,7 @@ std::optional<std::string> Parse(int argumentCount, char** arguments, Options& o
 
 void CheckNames(const std::vector<std::string>& names, const std::vector<CheckEntry>& checks) {
     std::vector<std::string> known;
+    known.reserve(checks.size());
     for (const CheckEntry& check : checks)
         known.push_back(check.name);
     for (const std::string& name : names)

@@ -23,7 +23,9 @@ namespace fs = std::filesystem;
 
 class Folders : public WithSettings {
   protected:
-    static void Point(const std::string& folder) { ::setenv("XDG_CONFIG_HOME", folder.c_str(), 1); }
+    static void Point(const std::string& folder) {
+        ::setenv("XDG_CONFIG_HOME", folder.c_str(), 1); // NOLINT(concurrency-mt-unsafe): one thread
+    }
 
     /// Opens an effect, saves into a slot and reports how many messages that gave.
     static int MessagesOfASave(const char* name = "mine") {
@@ -87,9 +89,10 @@ TEST_F(Folders, WithHostileNamesAreTakenByTheLetter) {
          {std::string("new\nline"), std::string("tab\tand\x01"), std::string("%2e%2e%2f"),
           std::string("$HOME`x`"), std::string("\xff\xfe no text"), std::string("-rf"),
           std::string("file:")}) {
-        Point(inside + "/" + name);
+        const fs::path folder = settings.path() / name;
+        Point(folder);
         EXPECT_EQ(MessagesOfASave(), 0) << name;
-        EXPECT_TRUE(fs::exists(inside + "/" + name + "/VocafadeDef.fxb")) << name;
+        EXPECT_TRUE(fs::exists(folder / "VocafadeDef.fxb")) << name;
         EXPECT_EQ(NameAtNextStart(), "mine") << name;
     }
     // Two points go up, as everywhere; they lead where the user pointed.
@@ -99,7 +102,7 @@ TEST_F(Folders, WithHostileNamesAreTakenByTheLetter) {
 }
 
 TEST_F(Folders, ThatAreRelativeOrTooLongCountAsUnset) {
-    ::setenv("HOME", (settings / "home").c_str(), 1);
+    ::setenv("HOME", (settings / "home").c_str(), 1); // NOLINT(concurrency-mt-unsafe)
     fs::create_directory(settings / "work");
     const fs::path before = fs::current_path();
     fs::current_path(settings / "work");

@@ -26,7 +26,7 @@ double Hours() {
 #else
     constexpr double kHours = 10.0;
 #endif
-    const char* text = std::getenv("VOCAFADE_SOAK_HOURS");
+    const char* text = std::getenv("VOCAFADE_SOAK_HOURS"); // NOLINT(concurrency-mt-unsafe)
     return text != nullptr ? std::atof(text) : kHours;
 }
 
