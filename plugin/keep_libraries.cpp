@@ -9,6 +9,7 @@ namespace {
 /// they are loaded (pixman 12 kB, fontconfig its lists of fonts) is never given back, so each time anew would
 /// cost as much again; left loaded, they find it where they put it.
 __attribute__((constructor)) void KeepLibraries() {
+    // cppcheck-suppress leakReturnValNotUsed ; it is never let go of, which is the point
     ::dlopen("libpangocairo-1.0.so.0", RTLD_NOW | RTLD_NOLOAD | RTLD_NODELETE); // and what it links
 }
 

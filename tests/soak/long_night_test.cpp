@@ -27,7 +27,7 @@ double Hours() {
     constexpr double kHours = 10.0;
 #endif
     const char* text = std::getenv("VOCAFADE_SOAK_HOURS"); // NOLINT(concurrency-mt-unsafe)
-    return text != nullptr ? std::atof(text) : kHours;
+    return text != nullptr ? std::strtod(text, nullptr) : kHours;
 }
 
 std::int64_t HeapBytes() {
