@@ -71,10 +71,17 @@ bool CVocafadeManager::CreateFilter(int channels, int sampleRate) {
 }
 
 bool CVocafadeManager::SetSampleSize(unsigned count) {
+    {
+        const CSingleLock hold(lock_);
+        if (count <= workLeft_.size()) return true;
+    }
+    std::vector<float> left(count);
+    std::vector<float> right(count);
+    // The audio thread waits for the exchange at most; what was there is freed when the lock is back.
     const CSingleLock hold(lock_);
     if (count <= workLeft_.size()) return true;
-    workLeft_.assign(count, 0.0f);
-    workRight_.assign(count, 0.0f);
+    workLeft_.swap(left);
+    workRight_.swap(right);
     return true;
 }
 

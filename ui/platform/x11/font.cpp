@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 #include "ui/platform/platform.h"
-#include "ui/platform/x11/resident_libraries.h"
 #include "ui/platform/x11/surface.h"
 
 #include <hb.h>
@@ -161,7 +160,6 @@ class PangoTextFont : public Font {
 } // namespace x11
 
 std::shared_ptr<Font> OpenFont(std::string_view name, double pixels) {
-    x11::KeepLibrariesResident();
     const std::scoped_lock lock(x11::FontMap::Lock());
     return std::make_shared<x11::PangoTextFont>(x11::FontMap::Get(), name, pixels);
 }

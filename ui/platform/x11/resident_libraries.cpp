@@ -1,14 +1,16 @@
 // SPDX-License-Identifier: MIT
-#include "ui/platform/x11/resident_libraries.h"
+// Hosts load and unload the plug-in over and over when they scan; that must cost their process nothing.
 
 #include <dlfcn.h>
 
-namespace vocafade::platform::x11 {
+namespace {
 
-void KeepLibrariesResident() {
-    // It stands above all the others, which stay with it. The handle is deliberately not kept.
-    [[maybe_unused]] static void* const top =
-        ::dlopen("libpangocairo-1.0.so.0", RTLD_LAZY | RTLD_NOLOAD | RTLD_NODELETE);
+/// Keeps the drawing libraries in the process once they are there. Some of what they take for themselves when
+/// they are loaded (pixman 12 kB, fontconfig its lists of fonts) is never given back, so each time anew would
+/// cost as much again; left loaded, they find it where they put it.
+__attribute__((constructor)) void KeepLibraries() {
+    // cppcheck-suppress leakReturnValNotUsed ; it is never let go of, which is the point
+    ::dlopen("libpangocairo-1.0.so.0", RTLD_NOW | RTLD_NOLOAD | RTLD_NODELETE); // and what it links
 }
 
-} // namespace vocafade::platform::x11
+} // namespace

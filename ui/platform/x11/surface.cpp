@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "ui/platform/x11/surface.h"
 
-#include "ui/platform/x11/resident_libraries.h"
-
 #include <cstring>
 
 namespace vocafade::platform {
@@ -106,7 +104,6 @@ std::unique_ptr<Surface> MakeSurface(int width, int height) {
 }
 
 std::unique_ptr<Surface> DecodePng(std::span<const std::byte> file) {
-    x11::KeepLibrariesResident();
     x11::Reader reader{file};
     cairo_surface_t* decoded = cairo_image_surface_create_from_png_stream(&x11::ReadBytes, &reader);
     if (cairo_surface_status(decoded) != CAIRO_STATUS_SUCCESS) {
