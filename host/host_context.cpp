@@ -93,8 +93,9 @@ VstIntPtr HostContext::Callback(AEffect* effect, std::int32_t opcode, std::int32
     // While a thread constructs, what the new descriptor holds is not ours yet, so it is not looked at.
     HostContext* context = constructing;
     if (context == nullptr && effect != nullptr)
-        context = reinterpret_cast<HostContext*>(
-            effect->resvd1); // NOLINT(performance-no-int-to-ptr): its only form
+        // The field is the host's own, and a number is its only form.
+        // NOLINTNEXTLINE(performance-no-int-to-ptr)
+        context = reinterpret_cast<HostContext*>(effect->resvd1);
     if (context == nullptr) return AnswerForNobody(opcode, ptr);
     return context->Answer(opcode, index, value, ptr, opt);
 }

@@ -58,7 +58,7 @@ NativeWindow::NativeWindow(XDisplay& display, xcb_window_t id, const WindowReque
 NativeWindow::~NativeWindow() {
     const SigpipeGuard guard;
     if (id_ == 0) return;
-    if (wantsKeyboard_) GiveKeyboardBack();
+    if (wantsKeyboard_) NativeWindow::GiveKeyboardBack();
     display_.Forget(id_);
     xcb_destroy_window(display_.connection(), id_);
     xcb_flush(display_.connection());
