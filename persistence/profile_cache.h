@@ -9,7 +9,7 @@
 
 namespace vocafade {
 
-/// One entry of the cache: a name and a private copy of its bytes.
+/// [main-thread] One entry of the cache: a name and a private copy of its bytes.
 class ProfileElement {
   public:
     ProfileElement(const char* name, const void* data, int len);
@@ -24,7 +24,7 @@ class ProfileElement {
     std::vector<std::uint8_t> bytes_;
 };
 
-/// One section of the cache: a name and up to 256 entries.
+/// [main-thread] One section of the cache: a name and up to 256 entries.
 class ProfileStruct {
   public:
     static constexpr std::size_t kMostElements = 256;
