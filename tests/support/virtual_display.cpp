@@ -75,6 +75,9 @@ void VirtualDisplay::Kill() {
     ::kill(server_, SIGKILL);
     ::waitpid(server_, nullptr, 0);
     server_ = -1;
+    // The number is free again, and a test beside this one may have a server under it by the next call. No
+    // server takes a number above 59535 by itself.
+    ::setenv("DISPLAY", ":60000", 1);
 }
 
 xcb_window_t VirtualDisplay::MakeHostWindow(int x, int y, int width, int height, bool show,

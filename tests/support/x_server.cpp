@@ -13,6 +13,8 @@ namespace vocafade::test {
 namespace {
 
 constexpr int kStartMilliseconds = 20000;
+/// A display that no server takes by itself: they choose from 0 to 59535.
+constexpr const char* kNoDisplay = ":60000";
 
 /// Reads the display's number that the server writes once it is ready.
 std::string ReadNumber(int from) {
@@ -58,6 +60,8 @@ void XServer::Kill() {
     ::kill(process_, SIGKILL);
     ::waitpid(process_, nullptr, 0);
     process_ = -1;
+    // The number is free again, and a test beside this one may have a server under it by the next call.
+    ::setenv("DISPLAY", kNoDisplay, 1); // NOLINT(concurrency-mt-unsafe)
 }
 
 } // namespace vocafade::test
