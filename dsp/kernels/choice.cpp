@@ -9,11 +9,12 @@ namespace {
 
 /// The levels that this processor can run, the best one last.
 struct Available {
-    const Level* level[4] = {&kPortableLevel};
+    const Level* level[5] = {&kPortableLevel};
     int count = 1;
 
     Available() {
 #if defined(__x86_64__)
+        level[count++] = &kSse2Level; // part of the architecture
         __builtin_cpu_init();
         if (__builtin_cpu_supports("avx2")) level[count++] = &kAvx2Level;
         if (__builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&

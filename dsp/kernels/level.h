@@ -98,8 +98,8 @@ struct Level {
 };
 
 /// [any-thread] The level that this process uses: the best that the processor has, chosen once when the
-/// library is loaded. The environment variable VOCAFADE_SIMD (portable, avx2, avx512, neon) asks for another;
-/// what is unknown or missing here is ignored.
+/// library is loaded. The environment variable VOCAFADE_SIMD (portable, sse2, avx2, avx512, neon) asks for
+/// another; what is unknown or missing here is ignored.
 const Level& ChosenLevel();
 
 /// [any-thread] The level at `index` of those that this processor can run, the portable one first, or null
