@@ -5,10 +5,10 @@
 
 namespace vocafade::kernels {
 
-extern const Level kPortableLevel;
-extern const Level kSse2Level; ///< x86-64 only, as the next two
-extern const Level kAvx2Level;
-extern const Level kAvx512Level; ///< needs the F, BW, DQ and VL groups
-extern const Level kNeonLevel;   ///< AArch64 only
+extern const VectorLevel kPortableLevel;
+extern const VectorLevel kSse2Level; ///< x86-64 only, as the next two
+extern const VectorLevel kAvx2Level;
+extern const VectorLevel kAvx512Level; ///< needs the F, BW, DQ and VL groups
+extern const VectorLevel kNeonLevel;   ///< AArch64 only
 
 } // namespace vocafade::kernels

@@ -6,6 +6,8 @@
 //   phi = angle(X[k]),  d = phi - phi' - k e,  d -= q pi,  f = (d * overlap / 2 pi + k) * binWidth
 //
 // with e the expected advance of bin 1 and q the even number of half turns that brings d nearest to zero.
+//
+// Included through level_body.h, after the lanes.
 
 #include "dsp/constants.h"
 #include "dsp/kernels/arctangent.h"

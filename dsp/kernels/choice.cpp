@@ -9,7 +9,7 @@ namespace {
 
 /// The levels that this processor can run, the best one last.
 struct Available {
-    const Level* level[5] = {&kPortableLevel};
+    const VectorLevel* level[5] = {&kPortableLevel};
     int count = 1;
 
     Available() {
@@ -32,7 +32,7 @@ const Available& Levels() {
     return levels;
 }
 
-const Level& Choose() {
+const VectorLevel& Choose() {
     const Available& levels = Levels();
     // Nothing in this library changes the environment, and this runs while the library is being loaded.
     if (const char* name = std::getenv("VOCAFADE_SIMD")) { // NOLINT(concurrency-mt-unsafe)
@@ -44,16 +44,16 @@ const Level& Choose() {
 }
 
 /// Chooses at load, also where nobody asks before the audio thread does.
-[[maybe_unused]] const Level& chosenAtLoad = ChosenLevel();
+[[maybe_unused]] const VectorLevel& chosenAtLoad = ChosenLevel();
 
 } // namespace
 
-const Level& ChosenLevel() {
-    static const Level& chosen = Choose();
+const VectorLevel& ChosenLevel() {
+    static const VectorLevel& chosen = Choose();
     return chosen;
 }
 
-const Level* AvailableLevel(int index) {
+const VectorLevel* AvailableLevel(int index) {
     const Available& levels = Levels();
     return index >= 0 && index < levels.count ? levels.level[index] : nullptr;
 }

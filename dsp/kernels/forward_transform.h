@@ -6,6 +6,8 @@
 // It is the conjugate of the positive-exponent transform of the (equal) conjugated input. The first pass
 // knows that the imaginary parts are zero, the last one leaves out the upper half, which is the mirrored
 // lower one.
+//
+// Included through level_body.h, after the lanes.
 
 #include "dsp/kernels/middle_passes.h"
 

@@ -4,6 +4,8 @@
 // Back from a spectrum to a frame: f[j] = real part of sum over k below N/2 of Y[k] exp(2 pi i j k / N).
 //
 // The first pass knows that the upper half of the spectrum is zero, the last one forms real parts only.
+//
+// Included through level_body.h, after the lanes.
 
 #include "dsp/kernels/middle_passes.h"
 

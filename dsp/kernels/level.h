@@ -58,7 +58,7 @@ struct Removal {
 };
 
 /// One vector level.
-struct Level {
+struct VectorLevel {
     const char* name;
 
     /// re + i im = the first half of the transform (negative exponent, unscaled) of input * window.
@@ -100,10 +100,10 @@ struct Level {
 /// [any-thread] The level that this process uses: the best that the processor has, chosen once when the
 /// library is loaded. The environment variable VOCAFADE_SIMD (portable, sse2, avx2, avx512, neon) asks for
 /// another; what is unknown or missing here is ignored.
-const Level& ChosenLevel();
+const VectorLevel& ChosenLevel();
 
 /// [any-thread] The level at `index` of those that this processor can run, the portable one first, or null
 /// beyond the last.
-const Level* AvailableLevel(int index);
+const VectorLevel* AvailableLevel(int index);
 
 } // namespace vocafade::kernels

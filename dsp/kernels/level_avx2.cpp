@@ -6,6 +6,6 @@
 
 namespace vocafade::kernels {
 
-const Level kAvx2Level = MakeLevel("avx2");
+const VectorLevel kAvx2Level = MakeLevel("avx2");
 
 } // namespace vocafade::kernels

@@ -12,6 +12,6 @@
 
 namespace vocafade::kernels {
 
-const Level kAvx512Level = MakeLevel("avx512");
+const VectorLevel kAvx512Level = MakeLevel("avx512");
 
 } // namespace vocafade::kernels

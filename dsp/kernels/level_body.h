@@ -16,7 +16,7 @@
 namespace vocafade::kernels {
 namespace {
 
-constexpr Level MakeLevel(const char* name) {
+constexpr VectorLevel MakeLevel(const char* name) {
     return {name, Forward, Analyse, Remove, Resynthesise, Inverse, OverlapAdd, Peak};
 }
 

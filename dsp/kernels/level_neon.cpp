@@ -6,6 +6,6 @@
 
 namespace vocafade::kernels {
 
-const Level kNeonLevel = MakeLevel("neon");
+const VectorLevel kNeonLevel = MakeLevel("neon");
 
 } // namespace vocafade::kernels

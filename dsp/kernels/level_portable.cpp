@@ -6,6 +6,6 @@
 
 namespace vocafade::kernels {
 
-const Level kPortableLevel = MakeLevel("portable");
+const VectorLevel kPortableLevel = MakeLevel("portable");
 
 } // namespace vocafade::kernels

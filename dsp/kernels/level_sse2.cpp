@@ -6,6 +6,6 @@
 
 namespace vocafade::kernels {
 
-const Level kSse2Level = MakeLevel("sse2");
+const VectorLevel kSse2Level = MakeLevel("sse2");
 
 } // namespace vocafade::kernels

@@ -9,6 +9,8 @@
 // which the next one reads it, so that no bit reversal is needed. Vectors run along the columns, except in
 // the second pass, whose four columns are fewer than the lanes: there they run along columns and groups
 // together.
+//
+// Included through level_body.h, after the lanes.
 
 #include "dsp/kernels/butterflies.h"
 

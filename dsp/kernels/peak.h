@@ -2,6 +2,8 @@
 #pragma once
 
 // The greatest |x| * gain of a block, at least 0. What is not a number never is the greatest.
+//
+// Included through level_body.h, after the lanes.
 
 #include "dsp/kernels/inlining.h"
 

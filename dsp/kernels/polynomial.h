@@ -4,6 +4,8 @@
 // c[0] + c[1] z + ... + c[N - 1] z^(N - 1), by halves: the lower ones plus a power of z times the upper ones,
 // and so on down to pairs. It costs a product or two more than the usual nested form, but its longest chain
 // of dependent operations is a third as long, and those chains are what the kernels wait for.
+//
+// Included through level_body.h, after the lanes.
 
 namespace vocafade::kernels {
 namespace {

@@ -2,6 +2,8 @@
 #pragma once
 
 // In the band, with a and c the scaled magnitudes of left and right: left = a - c, right = c - a.
+//
+// Included through level_body.h, after the lanes.
 
 namespace vocafade::kernels {
 namespace {

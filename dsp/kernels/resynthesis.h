@@ -5,6 +5,8 @@
 //
 //   s += (f - k binWidth) / binWidth * 2 pi / overlap + k e,   s -= nearest(s / 2 pi) * 2 pi
 //   Y[k] = amplitude * (cos s + i sin s)
+//
+// Included through level_body.h, after the lanes.
 
 #include "dsp/constants.h"
 #include "dsp/kernels/sine_cosine.h"

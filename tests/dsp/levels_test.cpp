@@ -19,11 +19,11 @@
 namespace vocafade::test {
 namespace {
 
-using kernels::Level;
+using kernels::VectorLevel;
 
-std::vector<const Level*> Levels() {
-    std::vector<const Level*> levels;
-    for (int i = 0; const Level* level = kernels::AvailableLevel(i); ++i) {
+std::vector<const VectorLevel*> Levels() {
+    std::vector<const VectorLevel*> levels;
+    for (int i = 0; const VectorLevel* level = kernels::AvailableLevel(i); ++i) {
         levels.push_back(level);
     }
     return levels;
@@ -82,7 +82,7 @@ class EverythingSong {
 };
 
 struct Running {
-    explicit Running(const Level& level) : name(level.name), unit(level) {
+    explicit Running(const VectorLevel& level) : name(level.name), unit(level) {
         unit.SetOutputLevel(1.0f);
         unit.Init(2048, 44100, 6, &lock);
     }
@@ -97,7 +97,7 @@ struct Running {
 void ExpectSameBits(int seconds) {
     const AudioFloatMode mode;
     std::vector<std::unique_ptr<Running>> running;
-    for (const Level* level : Levels()) {
+    for (const VectorLevel* level : Levels()) {
         running.push_back(std::make_unique<Running>(*level));
     }
     EverythingSong song;
@@ -165,7 +165,7 @@ TEST(Levels, TransformAsTheScalarTransformDoes) {
         Samples frame(n + kernels::kPadding);
         input.resize(n + kernels::kPadding);
         window.resize(n + kernels::kPadding);
-        for (const Level* level : Levels()) {
+        for (const VectorLevel* level : Levels()) {
             level->forward(plan.Tables(), input.data(), window.data(), work.data(), re.data(), im.data());
             for (std::size_t k = 0; k < bins; ++k) { // zeros of either sign are equal
                 ASSERT_EQ(re[k], spectrum[2 * k]) << level->name << ' ' << size << ' ' << k;
@@ -185,7 +185,7 @@ TEST(Levels, ServeOtherFramesThanTheEnginesOwn) {
     for (const int size : {64, 128, 256, 1024, 4096}) {
         for (const int overlap : {2, 3, 7}) {
             std::vector<StereoSamples> outputs;
-            for (const Level* level : Levels()) {
+            for (const VectorLevel* level : Levels()) {
                 CCriticalSection lock;
                 CVocafadeUnit unit(*level);
                 unit.SetOutputLevel(1.0f);
@@ -213,7 +213,7 @@ TEST(Levels, FindThePeakOfAnyBlock) {
         const float before = samples[place];
         samples[place] = place % 2 == 0 ? 3.0f : -3.0f;
         samples[(place + 20) % samples.size()] = NAN;
-        for (const Level* level : Levels()) {
+        for (const VectorLevel* level : Levels()) {
             for (const std::size_t count : {place, place + 1, samples.size()}) {
                 float expected = 0.0f;
                 for (std::size_t i = 0; i < count; ++i) {
@@ -232,7 +232,7 @@ TEST(Levels, FollowTheEnvironment) { // run with several settings of it
     ASSERT_FALSE(levels.empty());
     EXPECT_STREQ(levels[0]->name, "portable");
     const char* wanted = std::getenv("VOCAFADE_SIMD"); // NOLINT(concurrency-mt-unsafe)
-    const auto named = std::find_if(levels.begin(), levels.end(), [wanted](const Level* level) {
+    const auto named = std::find_if(levels.begin(), levels.end(), [wanted](const VectorLevel* level) {
         return wanted != nullptr && std::strcmp(level->name, wanted) == 0;
     });
     EXPECT_EQ(&kernels::ChosenLevel(), named != levels.end() ? *named : levels.back());

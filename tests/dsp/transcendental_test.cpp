@@ -16,7 +16,7 @@
 namespace vocafade::test {
 namespace {
 
-using kernels::Level;
+using kernels::VectorLevel;
 
 constexpr std::size_t kBatch = 4096;
 
@@ -67,7 +67,7 @@ class Batch {
     /// Runs the resynthesis for its cosines and sines only: with amplitudes of 1 and true frequencies equal
     /// to the bins' own, the phases stay where they are.
     void SineAndCosine() {
-        ForEveryLevel([this](const Level& level, Samples& cosines, Samples& sines) {
+        ForEveryLevel([this](const VectorLevel& level, Samples& cosines, Samples& sines) {
             Samples phases = x;
             level.resynthesise(kIdle, ones_.data(), bins_.data(), phases.data(), cosines.data(),
                                sines.data());
@@ -77,7 +77,7 @@ class Batch {
 
     /// Runs the analysis for its phases only.
     void Angle() {
-        ForEveryLevel([this](const Level& level, Samples& phases, Samples& frequencies) {
+        ForEveryLevel([this](const VectorLevel& level, Samples& phases, Samples& frequencies) {
             level.analyse(kIdle, x.data(), y.data(), phases.data(), magnitudes_.data(), frequencies.data());
             frequencies = phases;
         });
@@ -96,7 +96,7 @@ class Batch {
         Samples a = first;
         Samples b = second;
         kernel(*kernels::AvailableLevel(0), first, second);
-        for (int i = 1; const Level* level = kernels::AvailableLevel(i); ++i) {
+        for (int i = 1; const VectorLevel* level = kernels::AvailableLevel(i); ++i) {
             kernel(*level, a, b);
             ASSERT_TRUE(SameBits(a.data(), first.data(), kBatch)) << level->name;
             ASSERT_TRUE(SameBits(b.data(), second.data(), kBatch)) << level->name;
