@@ -5,9 +5,11 @@
 
 namespace vocafade {
 
-/// A fast Fourier transform of one length and one direction, in place and in single precision: decimation in
-/// time with radix-4 butterflies (one radix-2 pass where the length asks for it), after T. Ooura's
-/// general-purpose package. Tables are built by `Init`; a transform allocates nothing.
+/// The general transform, for any use but the engine's: that one runs the same butterflies in `kernels/`,
+/// with the tables of this class, and is held to its results. A fast Fourier transform of one length and one
+/// direction, in place and in single precision: decimation in time with radix-4 butterflies (one radix-2 pass
+/// where the length asks for it), after T. Ooura's general-purpose package. Tables are built by `Init`; a
+/// transform allocates nothing.
 ///
 /// [audio-thread] for the transforms, [main-thread] for `Init`; one object serves one thread at a time.
 class CFFT {

@@ -82,8 +82,9 @@ TEST(Engine, AgreesWithAnIndependentPlainModel) {
         unsigned low;
         unsigned high;
     };
+    // The last one's limits are the very frequencies of two bins: both belong to the band.
     for (const Case& c : {Case{64, 20, 20000}, Case{30, 400, 9000}, Case{100, 400, 9000},
-                          Case{127, 20, 20000}, Case{64, 9000, 400}}) {
+                          Case{127, 20, 20000}, Case{64, 9000, 400}, Case{64, 409, 8979}}) {
         Engine engine(kRate, c.low, c.high);
         engine.manager.set_LRate(c.position);
         const double balance = c.position == 64 ? 1.0 : (127.0 - c.position) / c.position;
@@ -249,7 +250,7 @@ TEST(Engine, LeavesOutputsAloneWhileOffAndPlaysTheOldTailOutFirst) {
 TEST(Engine, RecoversFromWhatIsNoSoundWithinOneFrameAndOneHop) {
     using Limits = std::numeric_limits<float>;
     for (const float bad :
-         {Limits::quiet_NaN(), Limits::infinity(), -Limits::infinity(), Limits::max(), 1e30f}) {
+         {Limits::quiet_NaN(), Limits::infinity(), -Limits::infinity(), Limits::max(), 1e30f, 1e20f, 1e16f}) {
         StereoSamples input = StereoNoise(20000);
         std::fill_n(input.left.begin() + 6000, 700, bad);
         const StereoSamples output = Engine().Run(input);
@@ -259,6 +260,24 @@ TEST(Engine, RecoversFromWhatIsNoSoundWithinOneFrameAndOneHop) {
         EXPECT_GT(Power(output.left, clean), 0.01) << bad; // and it is sound again
         EXPECT_LT(Power(output.left, clean), 10.0) << bad;
     }
+}
+
+TEST(Engine, ReportsItsClipFlagOnceAndForgetsItAtANewStart) {
+    CCriticalSection lock;
+    CVocafadeUnit unit;
+    unit.Init(2048, 44100, 6, &lock);
+    bool over = true;
+    unit.GetOverLevel(&over);
+    EXPECT_FALSE(over);
+    unit.SetOverFlag();
+    unit.GetOverLevel(&over);
+    EXPECT_TRUE(over);
+    unit.GetOverLevel(&over);
+    EXPECT_FALSE(over);
+    unit.SetOverFlag();
+    unit.Init(2048, 44100, 6, &lock);
+    unit.GetOverLevel(&over);
+    EXPECT_FALSE(over);
 }
 
 TEST(Engine, KeepsItsPhaseForTenMinutes) {
