@@ -15,8 +15,11 @@ namespace {
 /// bytes, which everything within the parameters' ranges keeps to; hosts give far more.
 constexpr std::size_t kShownTextSize = 24;
 
-/// The engine takes levels as the host's 0 to 1: what is no number counts as the minimum.
-float SafeLevel(float normalised) { return normalised > 0.0f ? std::min(normalised, 1.0f) : 0.0f; }
+/// The engine takes levels as the host's 0 to 1: what is no finite number counts as the minimum, as it does
+/// for the display.
+float SafeLevel(float normalised) {
+    return std::isfinite(normalised) ? std::clamp(normalised, 0.0f, 1.0f) : 0.0f;
+}
 
 /// A value that was typed in its display unit, as the host's 0 to 1.
 float NormalizeDisplayValue(std::int32_t index, float display) {
