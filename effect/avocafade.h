@@ -146,8 +146,11 @@ class AVocafade : public AudioEffectX {
     void TellModified();
     void SelectCurrentAgain();
     void PrepareBlocks(std::int32_t samples);
-    void MeasureAndCopy(float** inputs, float** outputs, std::int32_t sampleFrames);
-    void ProcessAndMeasure(float** inputs, float** outputs, std::int32_t sampleFrames);
+    // Steps of a block, with the audio lock held.
+    void StartBlock();
+    void MeasureInput(const float* const* inputs, std::int32_t sampleFrames);
+    bool IsBypassed();
+    void ProcessAndMeasure(float** inputs, std::int32_t sampleFrames, float** outputs);
     void LoadBank();
     std::string FolderOfPlugin();
 
@@ -167,7 +170,6 @@ class AVocafade : public AudioEffectX {
     MediaType mediaType_{};
     Meters meters_;
     std::atomic<std::uint16_t> processCounter_{0xFFFF};
-    std::array<std::vector<float>, 4> doubleBuffers_; ///< two inputs, two outputs of the 64-bit path
     std::string pluginFolder_; ///< filled by `open` only when the preferences folder has no bank
     std::atomic<EffectListener*> listener_{nullptr};
     MessageHook messageHook_;

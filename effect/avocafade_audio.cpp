@@ -54,14 +54,7 @@ void AVocafade::setBlockSize(std::int32_t samples) {
 }
 
 void AVocafade::PrepareBlocks(std::int32_t samples) {
-    const auto count = static_cast<std::size_t>(std::min(samples, kLargestPreparedBlock));
-    engine_.SetSampleSize(static_cast<unsigned>(count));
-    for (std::vector<float>& buffer : doubleBuffers_) {
-        if (count <= buffer.size()) continue;
-        std::vector<float> larger(count);
-        const CSingleLock hold(audioLock_); // only for the exchange; the old one is freed after it
-        buffer.swap(larger);
-    }
+    engine_.SetSampleSize(static_cast<unsigned>(std::min(samples, kLargestPreparedBlock)));
 }
 
 void AVocafade::resume() {
@@ -86,58 +79,79 @@ std::int32_t AVocafade::startProcess() {
 void AVocafade::processReplacing(float** inputs, float** outputs, std::int32_t sampleFrames) {
     const AudioFloatMode mode;
     const std::int32_t count = std::max(sampleFrames, 0);
-    MeasureAndCopy(inputs, outputs, count); // the editor can read the meters between the two
-    ProcessAndMeasure(inputs, outputs, count);
-}
-
-void AVocafade::MeasureAndCopy(float** inputs, float** outputs, std::int32_t sampleFrames) {
+    const auto bytes = static_cast<std::size_t>(count) * sizeof(float);
+    {
+        const CSingleLock hold(audioLock_);
+        StartBlock();
+        if (count > 0) { // a host may pass no buffers at all otherwise
+            MeasureInput(inputs, count);
+            std::memmove(outputs[0], inputs[0], bytes);
+            std::memmove(outputs[1], inputs[1], bytes);
+        }
+    } // the editor can read the meters between the two
     const CSingleLock hold(audioLock_);
-    ++processCounter_;
-    const float gain = MeterGain(inputDb_);
-    meters_ = {};
-    if (sampleFrames == 0) return; // a host may then pass no buffers at all
-    meters_.inL = Peak(inputs[0], sampleFrames, gain);
-    meters_.inR = Peak(inputs[1], sampleFrames, gain);
-    const auto bytes = static_cast<std::size_t>(sampleFrames) * sizeof(float);
-    std::memmove(outputs[0], inputs[0], bytes);
-    std::memmove(outputs[1], inputs[1], bytes);
-}
-
-void AVocafade::ProcessAndMeasure(float** inputs, float** outputs, std::int32_t sampleFrames) {
-    const CSingleLock hold(audioLock_);
-    const float onOff = onOff_;
-    if (onOff == 0.0f) {
-        meters_.outL = meters_.inL;
-        meters_.outR = meters_.inR;
-        return;
-    }
-    if (sampleFrames == 0) return;
-    int produced = 0;
-    engine_.Transform(inputs, sampleFrames, outputs, &produced);
-    const float gain = MeterGain(outputDb_);
-    meters_.outL = Peak(outputs[0], sampleFrames, gain);
-    meters_.outR = Peak(outputs[1], sampleFrames, gain);
+    if (!IsBypassed() && count > 0) ProcessAndMeasure(inputs, count, outputs);
 }
 
 void AVocafade::processDoubleReplacing(double** inputs, double** outputs, std::int32_t sampleFrames) {
-    const CSingleLock hold(audioLock_); // the buffers stay ours; the lock is recursive
-    ++processCounter_;                  // so it advances twice a block here
-    meters_ = {};
-    const auto capacity = static_cast<std::int32_t>(doubleBuffers_[0].size());
-    for (std::int32_t done = 0; done < sampleFrames; done += capacity) {
-        const std::int32_t count = std::min(capacity, sampleFrames - done);
+    const AudioFloatMode mode;
+    ++processCounter_; // and once more below: twice a block here
+    // The block is converted in parts that the stack has room for, so no length needs to be known before.
+    constexpr std::int32_t kPart = 512;
+    float left[kPart];
+    float right[kPart];
+    float* part[] = {left, right};
+    const auto convert = [&](std::int32_t done) {
+        const std::int32_t count = std::min(kPart, sampleFrames - done);
         for (std::size_t channel = 0; channel < 2; ++channel) {
             const double* in = inputs[channel] + done;
-            std::transform(in, in + count, doubleBuffers_[channel].begin(),
+            std::transform(in, in + count, part[channel],
                            [](double sample) { return static_cast<float>(sample); });
         }
-        float* in[] = {doubleBuffers_[0].data(), doubleBuffers_[1].data()};
-        float* out[] = {doubleBuffers_[2].data(), doubleBuffers_[3].data()};
-        processReplacing(in, out, count);
-        for (std::size_t channel = 0; channel < 2; ++channel) {
-            std::copy_n(out[channel], count, outputs[channel] + done);
+        return count;
+    };
+    {
+        const CSingleLock hold(audioLock_);
+        StartBlock();
+        for (std::int32_t done = 0; done < sampleFrames; done += kPart) {
+            MeasureInput(part, convert(done));
         }
     }
+    const CSingleLock hold(audioLock_);
+    const bool bypassed = IsBypassed();
+    for (std::int32_t done = 0; done < sampleFrames; done += kPart) {
+        const std::int32_t count = convert(done);
+        if (!bypassed) ProcessAndMeasure(part, count, part);
+        for (std::size_t channel = 0; channel < 2; ++channel) {
+            std::copy_n(part[channel], count, outputs[channel] + done);
+        }
+    }
+}
+
+void AVocafade::StartBlock() {
+    ++processCounter_;
+    meters_ = {};
+}
+
+void AVocafade::MeasureInput(const float* const* inputs, std::int32_t sampleFrames) {
+    const float gain = MeterGain(inputDb_);
+    meters_.inL = std::max(meters_.inL, Peak(inputs[0], sampleFrames, gain));
+    meters_.inR = std::max(meters_.inR, Peak(inputs[1], sampleFrames, gain));
+}
+
+bool AVocafade::IsBypassed() {
+    if (onOff_ != 0.0f) return false; // what is no number counts as on
+    meters_.outL = meters_.inL;
+    meters_.outR = meters_.inR;
+    return true;
+}
+
+void AVocafade::ProcessAndMeasure(float** inputs, std::int32_t sampleFrames, float** outputs) {
+    int produced = 0;
+    engine_.Transform(inputs, sampleFrames, outputs, &produced);
+    const float gain = MeterGain(outputDb_);
+    meters_.outL = std::max(meters_.outL, Peak(outputs[0], sampleFrames, gain));
+    meters_.outR = std::max(meters_.outR, Peak(outputs[1], sampleFrames, gain));
 }
 
 void AVocafade::GetVU(float* inL, float* inR, float* outL, float* outR) {

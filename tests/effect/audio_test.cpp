@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "base/float_mode.h"
 #include "base/text_encoding.h"
 #include "effect/avocafade.h"
 #include "tests/support/recording_host.h"
@@ -64,6 +65,7 @@ TEST_F(Audio, BypassIsExactAndItsMetersFollowTheInput) {
     EXPECT_EQ(std::memcmp(right.data(), outR.data(), right.size() * 4), 0);
     const Vu vu = Meters();
     EXPECT_GT(vu.inL, 0.4f);
+    EXPECT_NEAR(vu.inR, 0.25f, 0.05f);
     EXPECT_EQ(vu.outL, vu.inL);
     EXPECT_EQ(vu.outR, vu.inR);
 }
@@ -110,6 +112,63 @@ TEST_F(Audio, RemovesTheVoiceButNotTheBass) {
     Process(bass, bass);
     // Output at 0 dB is half way up its range, and the engine takes it so.
     EXPECT_NEAR(std::sqrt(Power(outL, 8192) / Power(bass)), 1.27 * DefaultNormalizedValue(1), 0.01);
+}
+
+TEST_F(Audio, EveryParameterReachesTheEngine) {
+    CVocafadeManager engine;
+    engine.SetSampleSize(kBlock);
+    tWAVEFORMATEX format{};
+    format.nChannels = 2;
+    format.nSamplesPerSec = 44100;
+    const Samples left = Noise(8192, 21);
+    const Samples right = Noise(8192, 22);
+    const auto expectEngineWith = [&](float output, float input, unsigned low, unsigned high, int position) {
+        engine.SetMediaType(&format);
+        engine.set_OutputLevel(output);
+        engine.set_InputLevel(input);
+        engine.set_VocafadeLoFS(low);
+        engine.set_VocafadeHiFS(high);
+        engine.set_LRate(position);
+        Samples expected[] = {Samples(left.size()), Samples(left.size())};
+        for (std::size_t done = 0; done < left.size(); done += kBlock) {
+            const AudioFloatMode mode;
+            float* in[] = {const_cast<float*>(&left[done]), const_cast<float*>(&right[done])};
+            float* out[] = {&expected[0][done], &expected[1][done]};
+            int produced = 0;
+            engine.Transform(in, kBlock, out, &produced);
+        }
+        effect.startProcess();
+        effect.setParameter(5, effect.getParameter(5)); // a start aims at the middle
+        Process(left, right);
+        EXPECT_EQ(outL, expected[0]);
+        EXPECT_EQ(outR, expected[1]);
+    };
+    // Levels go in as they are, frequencies and position in whole units of their own.
+    const float values[] = {1.0f, 0.75f, 0.25f, 0.125f, 0.5f, 0.25f};
+    for (std::int32_t i = 0; i < kParameterCount; ++i) {
+        effect.setParameter(i, values[i]);
+    }
+    expectEngineWith(0.75f, 0.25f, 2517, 10010, 31);
+    effect.setParameterFromDiaplay(3, 150.0f);
+    effect.setParameterFormUI(5, 1.0f);
+    expectEngineWith(0.75f, 0.25f, 150, 10010, 127);
+    // What the display shows as the minimum sounds so, too.
+    effect.setParameter(1, std::numeric_limits<float>::infinity());
+    expectEngineWith(0.0f, 0.25f, 150, 10010, 127);
+    effect.setParameter(1, 7.0f);
+    effect.setParameter(2, std::numeric_limits<float>::quiet_NaN());
+    expectEngineWith(1.0f, 0.0f, 150, 10010, 127);
+}
+
+TEST_F(Audio, RunsInAHostThatNeverResumesIt) {
+    AVocafade bare(SilentHost);
+    const Samples voice = Sine(8192, 1000.0, 44100.0);
+    outL.assign(voice.size(), 9.0f);
+    outR = outL;
+    float* in[] = {const_cast<float*>(voice.data()), const_cast<float*>(voice.data())};
+    float* out[] = {outL.data(), outR.data()};
+    bare.processReplacing(in, out, static_cast<std::int32_t>(voice.size()));
+    EXPECT_EQ(outL[1000], 0.0f) << "the delay, not a copy of the input";
 }
 
 TEST_F(Audio, SuspendAndResumeOverrideTheProgramsSwitch) {
@@ -166,12 +225,38 @@ TEST_F(Audio, DoublePrecisionGivesWhatSingleGives) {
     }
     EXPECT_EQ(Samples(out[0].begin(), out[0].end()), expectedL);
     EXPECT_EQ(static_cast<std::uint16_t>(effect.GetProcessCounter() - before), 24) << "twice a block";
-    // A block that was never announced comes out whole, too.
-    effect.startProcess();
+    // A block that was never announced comes out whole, too, is one block, and has the peaks of all of it.
+    in[0][100] = 3.0;
+    in[1][5900] = -2.0;
     double* ins[] = {in[0].data(), in[1].data()};
     double* outs[] = {out[0].data(), out[1].data()};
-    effect.processDoubleReplacing(ins, outs, 6000);
-    EXPECT_EQ(Samples(out[0].begin(), out[0].end()), expectedL);
+    for (const float onOff : {1.0f, 0.0f}) {
+        effect.setParameter(0, onOff);
+        effect.startProcess();
+        const std::uint16_t start = effect.GetProcessCounter();
+        effect.processDoubleReplacing(ins, outs, 6000);
+        EXPECT_EQ(static_cast<std::uint16_t>(effect.GetProcessCounter() - start), 2);
+        EXPECT_EQ(Meters().inL, 3.0f);
+        EXPECT_EQ(Meters().inR, 2.0f);
+        const Samples gave[] = {{out[0].begin(), out[0].end()}, {out[1].begin(), out[1].end()}};
+        const auto peak = [](const Samples& of) {
+            return std::abs(*std::max_element(of.begin(), of.end(),
+                                              [](float a, float b) { return std::abs(a) < std::abs(b); }));
+        };
+        EXPECT_EQ(Meters().outL, peak(gave[0]));
+        EXPECT_EQ(Meters().outR, peak(gave[1]));
+        // The same in one block of the other precision, and in place.
+        const Samples single[] = {{in[0].begin(), in[0].end()}, {in[1].begin(), in[1].end()}};
+        effect.startProcess();
+        Process(single[0], single[1]);
+        EXPECT_EQ(outL, gave[0]);
+        EXPECT_EQ(outR, gave[1]);
+    }
+    const std::vector<double> kept = in[0];
+    effect.processDoubleReplacing(ins, ins, 6000);
+    EXPECT_EQ(in[0], kept) << "switched off, in place";
+    effect.processDoubleReplacing(ins, outs, 0);
+    EXPECT_EQ(Meters().inL, 0.0f);
 }
 
 TEST_F(Audio, TakesOddBlocksRatesAndSwitchesSafely) {

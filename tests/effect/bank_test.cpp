@@ -98,6 +98,24 @@ TEST_F(Bank, BesideThePlugInFillsTheFactoryProgramsOnlyWithoutTheUsersOwn) {
     EXPECT_EQ(host.Calls(audioMasterGetDirectory).size(), asked + 1) << "asked, but only as a courtesy";
 }
 
+TEST_F(Bank, OfAnotherKindLoadsNothingButLetsTheFactoryProgramsIn) {
+    // The bank in the user's folder is of another kind; the one in the current folder is whole.
+    const std::string bytes = SavedBank();
+    std::string other = bytes;
+    other.replace(8, 4, "FxBk");
+    WriteFile(BankPath(), other);
+    const auto before = std::filesystem::current_path();
+    std::filesystem::current_path(settings.path());
+    WriteFile(settings / "VocafadeDef.fxb", bytes);
+    AVocafade effect(RecordingHost::Callback);
+    effect.open();
+    std::filesystem::current_path(before);
+    EXPECT_EQ(Name(effect, 7), "Empty");
+    effect.setProgram(7);
+    effect.ProgramToFactory();
+    EXPECT_EQ(Name(effect, 7), "My song");
+}
+
 TEST_F(Bank, CutsTheHostsFolderAsDocumented) {
     const std::string bytes = SavedBank();
     std::filesystem::remove(BankPath());

@@ -35,12 +35,22 @@ class Parameters : public WithSettings {
     AVocafade effect{RecordingHost::Callback};
 };
 
-/// Hears what an editor would.
+/// Hears what an editor would, and sees what the effect holds at that moment.
 struct Listener : EffectListener {
-    void UpdateControl(std::int32_t index, float value) override { updates.emplace_back(index, value); }
-    void UpdateModify() override { ++modifies; }
+    explicit Listener(AVocafade& of) : effect(of) { effect.SetListener(this); }
+    ~Listener() override { effect.SetListener(nullptr); }
+    Listener(const Listener&) = delete;
+    Listener& operator=(const Listener&) = delete;
+    void UpdateControl(std::int32_t index, float value) override {
+        updates.emplace_back(index, value);
+        held.push_back(effect.getParameter(index));
+    }
+    void UpdateModify() override { modifiedAfter.push_back(updates.size()); }
+
+    AVocafade& effect;
     std::vector<std::pair<std::int32_t, float>> updates;
-    int modifies = 0;
+    std::vector<float> held;                ///< the parameter's value in the effect, at each update
+    std::vector<std::size_t> modifiedAfter; ///< how many updates came before each UpdateModify
 };
 
 TEST(ParameterConversions, MatchTheTable) {
@@ -128,10 +138,11 @@ TEST_F(Parameters, ShowNamesUnitsAndValues) {
 }
 
 TEST_F(Parameters, StoreWhatTheHostSetsInTheCurrentProgramAndTellTheEditorFirst) {
-    Listener listener;
-    effect.SetListener(&listener);
+    Listener listener(effect);
     for (std::int32_t i = 0; i < kParameterCount; ++i) {
+        const float before = effect.getParameter(i);
         effect.setParameter(i, 0.25f);
+        EXPECT_EQ(listener.held.back(), before);
         EXPECT_EQ(effect.getParameter(i), 0.25f);
         EXPECT_EQ(effect.Program(0).values[static_cast<std::size_t>(i)], 0.25f);
         EXPECT_EQ(listener.updates.back(), std::make_pair(i, 0.25f));
@@ -142,17 +153,44 @@ TEST_F(Parameters, StoreWhatTheHostSetsInTheCurrentProgramAndTellTheEditorFirst)
 }
 
 TEST_F(Parameters, FromTheEditorReachTheHostButNotTheEditor) {
-    Listener listener;
-    effect.SetListener(&listener);
+    Listener listener(effect);
     effect.setParameterFormUI(4, 0.75f);
     EXPECT_EQ(effect.getParameter(4), 0.75f);
     EXPECT_TRUE(listener.updates.empty());
     EXPECT_EQ(host.calls, (std::vector<RecordingHost::Call>{{audioMasterAutomate, 4, 0.75f}}));
 }
 
+TEST_F(Parameters, EditorHearsOfSwitchesAndProgramsOnceTheyHold) {
+    Listener listener(effect);
+    const auto expectSince = [&](std::vector<std::pair<std::int32_t, float>> updates,
+                                 std::vector<std::size_t> modifiedAfter) {
+        EXPECT_EQ(listener.updates, updates);
+        EXPECT_EQ(listener.modifiedAfter, modifiedAfter);
+        listener.updates.clear();
+        listener.modifiedAfter.clear();
+    };
+    effect.suspend();
+    EXPECT_EQ(listener.held.back(), 0.0f) << "heard of it when it was so";
+    expectSince({{0, 0.0f}}, {});
+    effect.resume();
+    EXPECT_EQ(listener.held.back(), 1.0f);
+    expectSince({{0, 1.0f}}, {});
+    std::vector<std::pair<std::int32_t, float>> all;
+    for (std::int32_t i = 0; i < kParameterCount; ++i) {
+        all.emplace_back(i, DefaultNormalizedValue(i));
+    }
+    effect.setProgram(3);
+    expectSince(all, {6});
+    host.calls.clear();
+    effect.ProgramToFactory();
+    expectSince(all, {6, 6});
+    effect.CopyPgFrom(2);
+    expectSince(all, {6});
+    EXPECT_EQ(host.Calls(audioMasterUpdateDisplay).size(), 2u);
+}
+
 TEST_F(Parameters, TypedValuesAreShownAsTypedAndLimitedInEffect) {
-    Listener listener;
-    effect.SetListener(&listener);
+    Listener listener(effect);
     effect.setParameterFromDiaplay(1, 9.0f);
     EXPECT_EQ(Display(1), "9.0");
     EXPECT_EQ(effect.getParameter(1), 1.0f);
