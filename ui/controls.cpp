@@ -90,16 +90,24 @@ void CButton::Paint() {
                         theme::Align::left, text);
         return;
     }
-    const COLORREF ground = pressed_ ? RGB(214, 216, 220) : RGB(250, 250, 251);
-    theme::DrawField(dc, all, ground, focused_ || kind == BS_DEFPUSHBUTTON);
+    // The one that Return means is dark, like a key of the panel; the focus is a ring around any.
+    const bool dark = kind == BS_DEFPUSHBUTTON && IsWindowEnabled();
+    const COLORREF ground = dark ? (pressed_ ? RGB(35, 36, 39) : GetSysColor(COLOR_HIGHLIGHT))
+                                 : (pressed_ ? RGB(205, 204, 198) : RGB(240, 240, 236));
+    theme::DrawField(dc, all, ground, focused_);
     if (focused_) {
         CRect mark = all;
         mark.DeflateRect(1, 1);
-        dc.FrameRect(mark, GetSysColor(COLOR_HIGHLIGHT));
+        dc.FrameRect(mark, GetSysColor(COLOR_HOTLIGHT));
+    }
+    // Rounded, as the panel's keys are.
+    for (const CPoint corner : {CPoint(all.left, all.top), CPoint(all.right - 1, all.top),
+                                CPoint(all.left, all.bottom - 1), CPoint(all.right - 1, all.bottom - 1)}) {
+        dc.FillSolidRect({corner.x, corner.y, corner.x + 1, corner.y + 1}, GetSysColor(COLOR_3DFACE));
     }
     CRect face = all;
     if (pressed_) face.OffsetRect(0, 1);
-    theme::DrawLine(dc, face, text_, theme::Align::center, text);
+    theme::DrawLine(dc, face, text_, theme::Align::center, dark ? GetSysColor(COLOR_HIGHLIGHTTEXT) : text);
 }
 
 // --- CStatic

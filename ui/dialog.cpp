@@ -207,6 +207,11 @@ void CDialog::Abandon() {
 }
 
 LRESULT CDialog::DefWindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
+    if (message == WM_PAINT) { // an edge, for desktops that give windows none
+        CPaintDC dc(this);
+        dc.FrameRect(dc.clientRect(), GetSysColor(COLOR_3DSHADOW));
+        return 0;
+    }
     if (message != WM_INITDIALOG) return CWnd::DefWindowProc(message, wParam, lParam);
     if (OnInitDialog() && IsWindow()) FocusNext(1);
     return 1;

@@ -80,7 +80,7 @@ void DrawArrow(CDC& dc, const CRect& rect, bool up, COLORREF color) {
 
 void DrawField(CDC& dc, const CRect& rect, COLORREF ground, bool focused) {
     dc.FillSolidRect(rect, ground);
-    dc.FrameRect(rect, GetSysColor(focused ? COLOR_HIGHLIGHT : COLOR_3DSHADOW));
+    dc.FrameRect(rect, GetSysColor(focused ? COLOR_HOTLIGHT : COLOR_3DSHADOW));
 }
 
 } // namespace vocafade::theme

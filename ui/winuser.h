@@ -217,6 +217,7 @@ inline constexpr int COLOR_3DFACE = 15;
 inline constexpr int COLOR_3DSHADOW = 16;
 inline constexpr int COLOR_GRAYTEXT = 17;
 inline constexpr int COLOR_BTNTEXT = 18;
+inline constexpr int COLOR_HOTLIGHT = 26; ///< the ring around what has the focus
 /// @}
 
 /// @name Drawing

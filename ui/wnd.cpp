@@ -51,22 +51,25 @@ int GetSystemMetrics(int index) {
 }
 
 COLORREF GetSysColor(int index) {
+    // The faceplate's own: what shows is light with dark print, what one takes hold of is dark.
     switch (index) {
     case COLOR_WINDOW:
-        return RGB(255, 255, 255);
+        return RGB(248, 248, 244);
     case COLOR_WINDOWTEXT:
     case COLOR_BTNTEXT:
-        return RGB(32, 34, 38);
+        return RGB(52, 54, 58);
     case COLOR_HIGHLIGHT:
-        return RGB(44, 110, 186);
+        return RGB(58, 60, 64);
     case COLOR_HIGHLIGHTTEXT:
-        return RGB(255, 255, 255);
+        return RGB(241, 240, 236);
+    case COLOR_HOTLIGHT:
+        return RGB(190, 116, 0);
     case COLOR_3DFACE:
-        return RGB(240, 240, 241);
+        return RGB(221, 220, 215);
     case COLOR_3DSHADOW:
-        return RGB(158, 161, 168);
+        return RGB(139, 139, 136);
     case COLOR_GRAYTEXT:
-        return RGB(140, 143, 150);
+        return RGB(126, 127, 129);
     default:
         return 0;
     }

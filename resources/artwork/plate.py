@@ -24,7 +24,7 @@ STAGE_STEPS = 32
 FAN_RAYS = 4
 FAN_INNER = 37.0
 FAN_WIDTH = 38.0
-FAN_HEIGHT = 104.0
+FAN_HEIGHT = 84.0
 
 
 def ground():
@@ -155,7 +155,7 @@ def _knob_scale(middle):
         if step == STAGE_STEPS // 2:
             near, far, colour, thickness = 19.0, 24.0, palette.INK, 2.0
         elif step in (0, STAGE_STEPS):
-            near, far, colour, thickness = 19.0, 22.0, palette.INK, 1.3
+            near, far, colour, thickness = 18.0, 20.5, palette.INK, 1.3  # the read-out is close
         elif step % 4 == 0:
             near, far, colour, thickness = 19.5, 24.0, palette.INK_SOFT, 1.0
         else:
@@ -163,8 +163,8 @@ def _knob_scale(middle):
         parts.append(line(*scales.on_circle(middle, near, angle), *scales.on_circle(middle, far, angle),
                           colour, thickness))
     parts.append(lettering("C", middle[0], 131, palette.INK, "middle"))
-    parts.append(lettering("L", middle[0] - 22, 175, palette.INK, "middle"))
-    parts.append(lettering("R", middle[0] + 22, 175, palette.INK, "middle"))
+    parts.append(lettering("L", middle[0] - 27, 174, palette.INK, "middle"))
+    parts.append(lettering("R", middle[0] + 27, 174, palette.INK, "middle"))
     return "".join(parts)
 
 
@@ -177,6 +177,7 @@ def _headings():
             + lettering("Hz", 193.5, 189, palette.INK_SOFT, "middle")
             + lettering("dB", 52, 189, palette.INK_SOFT)
             + lettering("dB", 452, 189, palette.INK_SOFT)
+            + lettering("ON", 20, 15, palette.INK_SOFT, "right", 1)
             + lettering("COPY FROM", 96, 15, palette.INK_SOFT, spacing=1))
 
 
