@@ -5,6 +5,7 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <random>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
@@ -31,6 +32,9 @@ std::string FollowLinks(std::string path) {
 }
 
 constexpr char kTemporarySuffix[] = ".tmp";
+/// How long after its last byte an unfinished file is let alone, locked or not: not every network's file
+/// system shows the locks of other machines, and a lock is taken a moment after the file is made.
+constexpr std::int64_t kSecondsInDoubt = 60;
 
 /// What the names of all new files for `path` begin with; a number and the suffix follow.
 std::string TemporaryPrefix(const std::string& path) {
@@ -45,6 +49,30 @@ bool IsTemporary(const std::string& name, const std::string& prefix) {
     const std::string number =
         name.substr(prefix.size(), name.size() - prefix.size() - sizeof kTemporarySuffix + 1);
     return !number.empty() && number.find_first_not_of("0123456789") == std::string::npos;
+}
+
+/// True when whoever began this file will not go on with it: he has died, and with him his lock.
+bool IsAbandoned(const std::string& path, std::int64_t now) {
+    const int descriptor = ::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+    if (descriptor < 0) return false;
+    struct stat status {};
+    const bool abandoned = ::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) &&
+                           status.st_mtim.tv_sec + kSecondsInDoubt < now &&
+                           ::flock(descriptor, LOCK_SH | LOCK_NB) == 0;
+    ::close(descriptor);
+    return abandoned;
+}
+
+/// Removes what others began beside `target` and never finished. `now`: seconds by the file system's clock.
+void RemoveLeftovers(const std::string& target, std::int64_t now) {
+    const std::string prefix = TemporaryPrefix(target);
+    if (prefix.size() > kKeptOfName) return; // other names may be cut to the same
+    std::error_code error;
+    std::filesystem::directory_iterator entry(FolderOf(target), error);
+    for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
+        if (!IsTemporary(entry->path().filename().string(), prefix)) continue;
+        if (IsAbandoned(entry->path().string(), now)) ::unlink(entry->path().c_str());
+    }
 }
 
 void SyncFolder(const std::string& folder) {
@@ -91,6 +119,7 @@ bool FileReplacement::Begin(const std::string& path) {
         return false;
     }
     KeepMode(target_, descriptor);
+    ::flock(descriptor, LOCK_EX | LOCK_NB); // lives as long as the file is open, and ends with the process
     return file_.Attach(descriptor, CFile::modeReadWrite);
 }
 
@@ -100,27 +129,17 @@ bool FileReplacement::Commit() {
         Discard();
         return false;
     }
-    file_.Close();
+    struct stat written {};
+    const bool timeKnown = ::stat(temporary_.c_str(), &written) == 0;
     if (::rename(temporary_.c_str(), target_.c_str()) != 0) {
         Discard();
         return false;
     }
     temporary_.clear();
+    file_.Close(); // and not before: its lock says that the new file is no leftover
+    if (timeKnown) RemoveLeftovers(target_, written.st_mtim.tv_sec);
     SyncFolder(FolderOf(target_));
     return true;
-}
-
-void FileReplacement::RemoveLeftovers(const std::string& path) {
-    const std::string target = FollowLinks(PathFromUrlOrPath(path.c_str()));
-    const std::string prefix = TemporaryPrefix(target);
-    if (prefix.size() > kKeptOfName) return; // other names may be cut to the same
-    std::error_code error;
-    std::filesystem::directory_iterator entry(FolderOf(target), error);
-    for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
-        std::error_code ignored;
-        if (IsTemporary(entry->path().filename().string(), prefix))
-            std::filesystem::remove(entry->path(), ignored);
-    }
 }
 
 bool MakeFolders(const std::string& folder) {

@@ -141,7 +141,6 @@ bool SettingsStore::Change(SettingsScope scope, const std::function<void(Setting
     std::optional<SettingsDocument> document = ReadDocument(path);
     if (!document) return false;
     change(*document);
-    FileReplacement::RemoveLeftovers(path); // all writers hold the lock
     const std::string text = document->Text();
     FileReplacement replacement;
     return replacement.Begin(path) && replacement.file().Write(text.data(), text.size()) &&

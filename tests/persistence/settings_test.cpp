@@ -270,7 +270,8 @@ TEST_F(Settings, AProcessKilledWhileWritingLeavesOneWholeState) {
         }
     }
     EXPECT_TRUE(written);
-    // The next writer is not held up, and clears away what the killed ones began.
+    // The next writer is not held up, and clears away what the killed ones began, once it is old.
+    test::MakeOld(folder_.path() / "user/vocafade/settings");
     WritePrivateProfileString("S", "after", "1", "killed");
     EXPECT_EQ(Private("S", "after", "default", "killed"), "1");
     for (const auto& entry : std::filesystem::directory_iterator(folder_.path() / "user/vocafade/settings")) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -39,6 +40,14 @@ inline std::string ReadFile(const std::string& path) {
 
 inline void WriteFile(const std::string& path, const std::string& content) {
     std::ofstream(path, std::ios::binary) << content;
+}
+
+/// Makes all files of a folder an hour old.
+inline void MakeOld(const std::filesystem::path& folder) {
+    for (const auto& entry : std::filesystem::directory_iterator(folder))
+        if (entry.is_regular_file())
+            std::filesystem::last_write_time(entry, std::filesystem::file_time_type::clock::now() -
+                                                        std::chrono::hours(1));
 }
 
 /// A test with a preferences folder of its own.
