@@ -9,9 +9,9 @@ namespace vocafade {
 
 /// Writes a file so that its name always stands for a whole one: the new content goes into a file of its own
 /// beside the old one and takes the name only when every byte is on the disk. A process that dies on the way
-/// leaves the old file, and beside it perhaps an unfinished hidden one, which the next replacement of the same
-/// file removes when a minute has gone by. A symbolic link is followed, so that what it points to is replaced,
-/// not the link.
+/// leaves the old file, and beside it perhaps an unfinished hidden one, which the next replacement of the
+/// same file removes when a minute has gone by. A symbolic link is followed, so that what it points to is
+/// replaced, not the link.
 class FileReplacement {
   public:
     FileReplacement() = default;

@@ -1,0 +1,187 @@
+// SPDX-License-Identifier: MIT
+// The bank on a disk that takes its time, or that is pulled out in the middle: sound goes on, and the bank is
+// whole. Nothing here is measured in seconds: each call for the file returns only when the audio thread has
+// got on, which it could not if anything that it needs were held meanwhile.
+#include "effect/avocafade.h"
+#include "tests/faults/troubled_disk.h"
+#include "tests/support/recording_host.h"
+#include "tests/support/signals.h"
+#include "tests/support/temp_folder.h"
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <cmath>
+#include <map>
+#include <thread>
+
+namespace vocafade::test {
+namespace {
+
+constexpr std::int32_t kSlot = 9;
+constexpr std::int32_t kBlock = 256;
+
+/// Lets an effect play and be automated on a thread of its own, until the end of the scope.
+class Playing {
+  public:
+    explicit Playing(AVocafade& effect) : thread_([this, &effect] { Run(effect); }) {}
+    ~Playing() {
+        stop_ = true;
+        thread_.join();
+        EXPECT_TRUE(sane_);
+    }
+    Playing(const Playing&) = delete;
+    Playing& operator=(const Playing&) = delete;
+
+    /// False when no `count` more blocks come within ten seconds.
+    bool GoesOn(int count) const {
+        const auto until = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+        for (const int wanted = blocks_ + count; blocks_ < wanted; std::this_thread::yield())
+            if (std::chrono::steady_clock::now() > until) return false;
+        return true;
+    }
+
+  private:
+    void Run(AVocafade& effect) {
+        Samples left = Noise(kBlock, 1);
+        Samples right = Noise(kBlock, 2);
+        Samples outLeft(kBlock);
+        Samples outRight(kBlock);
+        while (!stop_) {
+            float* in[] = {left.data(), right.data()};
+            float* out[] = {outLeft.data(), outRight.data()};
+            effect.setParameter(0, 1.0F);
+            effect.setParameter(4, static_cast<float>(blocks_ % 100) / 100.0F);
+            effect.processReplacing(in, out, kBlock);
+            sane_ = sane_ &&
+                    std::all_of(outLeft.begin(), outLeft.end(), [](float s) { return std::isfinite(s); });
+            ++blocks_;
+        }
+    }
+
+    std::atomic<bool> stop_{false};
+    std::atomic<int> blocks_{0};
+    bool sane_ = true;
+    std::thread thread_;
+};
+
+class SlowDisk : public WithSettings {
+  protected:
+    SlowDisk() : effect(SilentHost) {
+        effect.open();
+        effect.setSampleRate(48000.0F);
+        effect.setBlockSize(kBlock);
+        effect.SetMessageHook([this](std::int32_t, const std::string&) { ++messages; });
+        effect.SaveProgram(kSlot, "old");
+    }
+    static std::string StoredName(const std::string& bank) { return bank.c_str() + 160 + kSlot * 52 + 24; }
+    std::string NameInFile() const {
+        const std::string bank = ReadFile(BankPath());
+        EXPECT_EQ(bank.size(), 3488U);
+        EXPECT_EQ(bank.substr(0, 4), "CcnK");
+        return StoredName(bank);
+    }
+    std::size_t Files() const {
+        const std::filesystem::directory_iterator files(settings / "config");
+        return static_cast<std::size_t>(std::distance(begin(files), end(files)));
+    }
+
+    AVocafade effect;
+    int messages = 0;
+};
+
+TEST_F(SlowDisk, HoldsUpNoSound) {
+    const Playing audio(effect);
+    std::map<std::string, int> calls;
+    std::string stuck;
+    const auto slow = [&](const char* call) {
+        ++calls[call];
+        if (!audio.GoesOn(10)) stuck = call;
+        return stuck.empty();
+    };
+    {
+        const TroubledDisk disk(slow);
+        effect.SaveProgram(kSlot, "slow");
+    }
+    EXPECT_EQ(stuck, "") << "no block was ready before the disk answered";
+    for (const char* call : {"open", "fwrite", "fflush", "fsync", "rename"})
+        EXPECT_GT(calls[call], 0) << call << " was never slow";
+    EXPECT_EQ(messages, 0);
+    EXPECT_EQ(NameInFile(), "slow");
+    EXPECT_EQ(Files(), 1U);
+
+    calls.clear(); // another instance is opened meanwhile
+    AVocafade another(SilentHost);
+    {
+        const TroubledDisk disk(slow);
+        another.open();
+    }
+    EXPECT_EQ(stuck, "");
+    EXPECT_GT(calls["fread"], 0);
+    char name[64] = {};
+    another.getProgramNameIndexed(0, kSlot, name);
+    EXPECT_STREQ(name, "slow");
+
+    // And while the user reads that it went wrong.
+    bool heard = false;
+    effect.SetMessageHook([&](std::int32_t, const std::string&) { heard = audio.GoesOn(10); });
+    {
+        const TroubledDisk disk([](const char* call) { return std::string(call) != "fsync"; });
+        effect.SaveProgram(kSlot, "lost");
+    }
+    EXPECT_TRUE(heard);
+    EXPECT_EQ(NameInFile(), "slow");
+}
+
+TEST_F(SlowDisk, PulledOutAtAnyCallLeavesAWholeBank) {
+    int inASave = 0;
+    {
+        const TroubledDisk disk([&](const char*) { return ++inASave > 0; });
+        effect.SaveProgram(kSlot, "old");
+    }
+    ASSERT_GT(inASave, 15);
+    bool reachedRename = false;
+    for (int last = 0; last < inASave; ++last) {
+        messages = 0;
+        int calls = 0;
+        {
+            const TroubledDisk disk([&](const char*) { return ++calls <= last; });
+            effect.SaveProgram(kSlot, "new");
+        }
+        // Said to have failed exactly when the old bank is still there.
+        const std::string name = NameInFile();
+        ASSERT_EQ(name, messages == 0 ? "new" : "old") << last;
+        ASSERT_LE(messages, 1) << last;
+        reachedRename = reachedRename || name == "new";
+        char edited[64] = {};
+        effect.getProgramNameIndexed(0, kSlot, edited);
+        ASSERT_STREQ(edited, "new") << "in memory it stays";
+        messages = 0;
+        MakeOld(settings.path() / "config"); // the scrap that could not be removed from a disk that was gone
+        effect.SaveProgram(kSlot, "old");
+        ASSERT_EQ(messages, 0) << last;
+        ASSERT_EQ(Files(), 1U) << last;
+    }
+    EXPECT_TRUE(reachedRename);
+}
+
+TEST_F(SlowDisk, PulledOutWhileItIsReadGivesWholeProgramsOrBuiltInOnes) {
+    for (int last = 0;; ++last) {
+        int calls = 0;
+        AVocafade another(SilentHost);
+        {
+            const TroubledDisk disk([&](const char*) { return ++calls <= last; });
+            another.open();
+        }
+        char name[64] = {};
+        another.getProgramNameIndexed(0, kSlot, name);
+        ASSERT_TRUE(std::string(name) == "old" || std::string(name) == "Empty") << last << ": " << name;
+        if (calls > last) continue;
+        EXPECT_STREQ(name, "old"); // it was there all the while
+        EXPECT_GT(last, 20);
+        break;
+    }
+}
+
+} // namespace
+} // namespace vocafade::test
