@@ -141,11 +141,14 @@ TEST_F(SlowDisk, PulledOutAtAnyCallLeavesAWholeBank) {
     }
     ASSERT_GT(inASave, 15);
     bool reachedRename = false;
-    for (int last = 0; last < inASave; ++last) {
+    for (int i = 0; i < 2 * inASave; ++i) {
+        const int last = i / 2;
+        const bool comesBack = i % 2 == 1; // one call fails, the next ones do not
         messages = 0;
         int calls = 0;
         {
-            const TroubledDisk disk([&](const char*) { return ++calls <= last; });
+            const TroubledDisk disk(
+                [&](const char*) { return ++calls <= last || (comesBack && calls > last + 1); });
             effect.SaveProgram(kSlot, "new");
         }
         // Said to have failed exactly when the old bank is still there.
