@@ -2,8 +2,10 @@
 #include "apps/validate/audio_watch.h"
 
 #include <algorithm>
+#include <cstddef>
 
 #ifndef VOCAFADE_SANITIZED
+#include <atomic>
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
@@ -11,11 +13,19 @@
 #include <ctime>
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <malloc.h>
 #include <poll.h>
 #include <pthread.h>
 #include <semaphore.h>
 #include <sys/select.h>
 #include <unistd.h>
+#else
+// Their header for these is not installed with every compiler.
+extern "C" { // NOLINTBEGIN(bugprone-reserved-identifier, cert-dcl37-c, cert-dcl51-cpp)
+int __sanitizer_install_malloc_and_free_hooks(void (*given)(const volatile void*, std::size_t),
+                                              void (*taken)(const volatile void*));
+std::size_t __sanitizer_get_current_allocated_bytes();
+} // NOLINTEND(bugprone-reserved-identifier, cert-dcl37-c, cert-dcl51-cpp)
 #endif
 
 namespace vocafade::validate {
@@ -46,8 +56,22 @@ AudioWatch::Counts AudioWatch::Stop() {
 
 #ifdef VOCAFADE_SANITIZED
 
-bool AudioWatch::Works() { return false; }
-AudioWatch::AudioWatch() = default;
+bool AudioWatch::CountsCalls() { return false; }
+
+std::int64_t LiveBytes() { return static_cast<std::int64_t>(::__sanitizer_get_current_allocated_bytes()); }
+
+AudioWatch::AudioWatch() {
+    static const int hooks = ::__sanitizer_install_malloc_and_free_hooks(
+        [](const volatile void*, std::size_t) {
+            if (watching) ++counts.allocations;
+        },
+        [](const volatile void* block) {
+            if (watching && block != nullptr) ++counts.frees;
+        });
+    static_cast<void>(hooks);
+    counts = {};
+    watching = true;
+}
 
 #else
 
@@ -63,6 +87,22 @@ Function Real(const char* name, const char* version = nullptr) {
         std::abort();
     }
     return reinterpret_cast<Function>(found);
+}
+
+std::atomic<std::int64_t> liveBytes{0};
+
+/// A block that was just handed out.
+void* Given(void* block) {
+    if (watching) ++counts.allocations;
+    if (block != nullptr)
+        liveBytes.fetch_add(static_cast<std::int64_t>(::malloc_usable_size(block)),
+                            std::memory_order_relaxed);
+    return block;
+}
+
+/// So many bytes were given back.
+void NoteFreed(std::size_t bytes) {
+    liveBytes.fetch_sub(static_cast<std::int64_t>(bytes), std::memory_order_relaxed);
 }
 
 double Now() {
@@ -98,7 +138,9 @@ int WatchedLock(TryLock tryLock, Lock lock) {
 
 } // namespace
 
-bool AudioWatch::Works() { return true; }
+bool AudioWatch::CountsCalls() { return true; }
+
+std::int64_t LiveBytes() { return liveBytes; }
 
 AudioWatch::AudioWatch() {
     counts = {};
@@ -113,7 +155,9 @@ AudioWatch::AudioWatch() {
 
 // Ours stand in front of the C library's for everything in the process.
 using vocafade::validate::counts;
+using vocafade::validate::Given;
 using vocafade::validate::NoteFileCall;
+using vocafade::validate::NoteFreed;
 using vocafade::validate::NoteSleep;
 using vocafade::validate::Real;
 using vocafade::validate::WatchedLock;
@@ -129,36 +173,32 @@ void* __libc_realloc(void* pointer, std::size_t size);
 void* __libc_memalign(std::size_t alignment, std::size_t size);
 void __libc_free(void* pointer);
 
-VOCAFADE_WATCHED void* malloc(std::size_t size) {
-    if (watching) ++counts.allocations;
-    return __libc_malloc(size);
-}
+VOCAFADE_WATCHED void* malloc(std::size_t size) { return Given(__libc_malloc(size)); }
 VOCAFADE_WATCHED void* calloc(std::size_t count, std::size_t size) {
-    if (watching) ++counts.allocations;
-    return __libc_calloc(count, size);
+    return Given(__libc_calloc(count, size));
 }
 VOCAFADE_WATCHED void* realloc(void* pointer, std::size_t size) {
-    if (watching) ++counts.allocations;
-    return __libc_realloc(pointer, size);
+    const std::size_t before = pointer != nullptr ? ::malloc_usable_size(pointer) : 0;
+    void* moved = __libc_realloc(pointer, size);
+    if (moved != nullptr || size == 0) NoteFreed(before);
+    return Given(moved);
 }
 VOCAFADE_WATCHED void* aligned_alloc(std::size_t alignment, std::size_t size) {
-    if (watching) ++counts.allocations;
-    return __libc_memalign(alignment, size);
+    return Given(__libc_memalign(alignment, size));
 }
 VOCAFADE_WATCHED void* memalign(std::size_t alignment, std::size_t size) {
-    if (watching) ++counts.allocations;
-    return __libc_memalign(alignment, size);
+    return Given(__libc_memalign(alignment, size));
 }
 VOCAFADE_WATCHED int posix_memalign(void** pointer, std::size_t alignment, std::size_t size) {
-    if (watching) ++counts.allocations;
     if (alignment % sizeof(void*) != 0 || (alignment & (alignment - 1)) != 0 || alignment == 0) return EINVAL;
-    void* memory = __libc_memalign(alignment, size);
+    void* memory = Given(__libc_memalign(alignment, size));
     if (memory == nullptr) return ENOMEM;
     *pointer = memory;
     return 0;
 }
 VOCAFADE_WATCHED void free(void* pointer) {
     if (watching && pointer != nullptr) ++counts.frees;
+    if (pointer != nullptr) NoteFreed(::malloc_usable_size(pointer));
     __libc_free(pointer);
 }
 

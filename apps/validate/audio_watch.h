@@ -26,8 +26,8 @@ class AudioWatch {
         Counts& operator+=(const Counts& other);
     };
 
-    /// False where the sanitizers have taken these functions themselves: every count is then 0.
-    static bool Works();
+    /// False where the sanitizers have taken these functions themselves: then only the heap is counted.
+    static bool CountsCalls();
 
     AudioWatch();
     ~AudioWatch();
@@ -35,5 +35,9 @@ class AudioWatch {
     AudioWatch& operator=(const AudioWatch&) = delete;
     Counts Stop();
 };
+
+/// [any-thread] Bytes of memory that have been asked for and not given back, by whatever library, to the
+/// byte: what the C library keeps for later (up to 200 kB a thread) is not among them.
+std::int64_t LiveBytes();
 
 } // namespace vocafade::validate

@@ -60,11 +60,12 @@ void CheckEditor(Subject& subject, Report& report) {
         report.Skipped("there is no display");
         return;
     }
-    ProcessState before;
+    std::array<ProcessState, 3> looks;
     constexpr int kWarm = 5;
     constexpr int kRounds = 30;
     for (int i = 0; i < kWarm + kRounds; ++i) {
-        if (i == kWarm) before = ReadProcessState(file);
+        if (i == kWarm) looks[0] = ReadProcessState(file);
+        if (i == kWarm + kRounds / 2) looks[1] = ReadProcessState(file);
         const std::unique_ptr<ParentWindow> parent = ParentWindow::Make(size->width, size->height);
         if (!parent) throw Hopeless("the display went away");
         report.Trying("opening the editor, round {}", i);
@@ -86,15 +87,8 @@ void CheckEditor(Subject& subject, Report& report) {
         if (!parent->isAlive())
             report.Fault("the editor brings its host's own connection to the display down");
     }
-    const ProcessState after = ReadProcessState(file);
-    report.Measured("{} times opened and closed: heap {:+} bytes, {:+} threads, {:+} descriptors", kRounds,
-                    after.heapBytes - before.heapBytes, after.threads - before.threads,
-                    after.descriptors - before.descriptors);
-    if (after.threads > before.threads)
-        report.Fault("after the editor was closed {} threads are left over", after.threads - before.threads);
-    if (after.descriptors > before.descriptors)
-        report.Fault("after the editor was closed {} file descriptors are left over",
-                     after.descriptors - before.descriptors);
+    looks[2] = ReadProcessState(file);
+    ReportLeftovers(looks, kRounds, "the editor is opened and closed", report);
     report.Trying("closing the effect with its editor open");
     const std::unique_ptr<ParentWindow> parent = ParentWindow::Make(size->width, size->height);
     Instance careless(subject.Object());

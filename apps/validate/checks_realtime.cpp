@@ -68,10 +68,8 @@ void Watch(Instance& effect, Subject& subject, Report& report, const char* preci
 } // namespace
 
 void CheckAudioThread(Subject& subject, Report& report) {
-    if (!AudioWatch::Works()) {
-        report.Skipped("the sanitizers keep the counters from their place");
-        return;
-    }
+    if (!AudioWatch::CountsCalls())
+        report.Remark("under the sanitizers it is counted for memory alone, not for locks, sleeps and files");
     Instance effect(subject.Object());
     effect.Start(48000.0, 4096);
     Watch<float>(effect, subject, report, "single");

@@ -71,7 +71,7 @@ void CheckCallsWhileAudio(Subject& subject, Report& report) {
     audio.Stop();
     if (!audio.wasFinite()) report.Fault("while the main thread was busy with it, its output was no number");
     const AudioWatch::Counts& counts = audio.counts();
-    if (AudioWatch::Works())
+    if (AudioWatch::CountsCalls())
         report.Measured("the audio thread took {} locks in {} blocks, {} were not free; the longest wait was "
                         "{:.0f} microseconds",
                         counts.locks, audio.blocks(), counts.lockWaits, counts.longestLockWait * 1e6);

@@ -1,11 +1,16 @@
 // SPDX-License-Identifier: MIT
 #include "apps/validate/process_state.h"
 
+#include "apps/validate/audio_watch.h"
+
+#include <algorithm>
+#include <climits>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <malloc.h>
+#include <pthread.h>
 #include <unistd.h>
+#include <vector>
 
 namespace vocafade::validate {
 namespace {
@@ -15,12 +20,22 @@ int EntriesIn(const char* folder) {
     return static_cast<int>(std::distance(begin(entries), end(entries)));
 }
 
+/// The keys that are left cannot be asked for, only taken.
+int TakenThreadKeys() {
+    std::vector<pthread_key_t> free;
+    for (pthread_key_t key = 0; ::pthread_key_create(&key, nullptr) == 0;)
+        free.push_back(key);
+    for (const pthread_key_t key : free)
+        ::pthread_key_delete(key);
+    return PTHREAD_KEYS_MAX - static_cast<int>(free.size());
+}
+
 } // namespace
 
 ProcessState ReadProcessState(const std::string& plugin) {
     ProcessState state;
-    const struct mallinfo2 heap = ::mallinfo2();
-    state.heapBytes = static_cast<std::int64_t>(heap.uordblks + heap.hblkhd);
+    state.heapBytes = LiveBytes();
+    state.threadKeys = TakenThreadKeys();
     std::int64_t total = 0;
     std::int64_t resident = 0;
     std::ifstream("/proc/self/statm") >> total >> resident;
@@ -33,6 +48,33 @@ ProcessState ReadProcessState(const std::string& plugin) {
         if (line.ends_with(plugin)) state.mapsThePlugin = true;
     }
     return state;
+}
+
+void ReportLeftovers(const std::array<ProcessState, 3>& looks, int rounds, std::string_view what,
+                     Report& report) {
+    const auto& [before, middle, after] = looks;
+    const std::int64_t resident = (after.residentBytes - before.residentBytes) / 1024;
+    report.Measured(
+        "{} times {}: heap {:+} bytes, then {:+}, resident {:+} kB, {:+} threads, {:+} thread-local "
+        "keys, {:+} descriptors, {:+} mappings",
+        rounds, what, middle.heapBytes - before.heapBytes, after.heapBytes - middle.heapBytes, resident,
+        after.threads - before.threads, after.threadKeys - before.threadKeys,
+        after.descriptors - before.descriptors, after.mappings - before.mappings);
+    const auto tell = [&](int number, const char* things) {
+        if (number > 0) report.Fault("after {} times {} {} {} are left over", rounds, what, number, things);
+    };
+    tell(after.threads - before.threads, "threads");
+    tell(after.threadKeys - before.threadKeys, "thread-local keys");
+    tell(after.descriptors - before.descriptors, "file descriptors");
+    constexpr std::int64_t kLeastLeak = 64; // bytes a round
+    const std::int64_t lost =
+        std::min(middle.heapBytes - before.heapBytes, after.heapBytes - middle.heapBytes) / (rounds / 2);
+    if (lost > kLeastLeak) report.Fault("each time {} {} bytes of the heap are lost", what, lost);
+#ifndef VOCAFADE_SANITIZED // which map memory for records of their own
+    tell(after.mappings - before.mappings - 8, "mappings of memory, besides a few,");
+    if (resident > 16384)
+        report.Fault("after {} times {} the process has grown by {} kB", rounds, what, resident);
+#endif
 }
 
 } // namespace vocafade::validate

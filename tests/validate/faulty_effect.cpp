@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <pthread.h>
 #include <string>
 #include <string_view>
 #include <unistd.h>
@@ -65,6 +66,10 @@ VstIntPtr Dispatch(AEffect* effect, std::int32_t opcode, std::int32_t index, Vst
             const int lost = ::open("/dev/null", O_RDONLY);
         if (Has("leaks-memory")) [[maybe_unused]]
             void* volatile lost = std::malloc(4000);
+        if (Has("leaks-key")) {
+            pthread_key_t lost = 0;
+            ::pthread_key_create(&lost, nullptr);
+        }
         return 0;
     case effClose:
         if (Has("hangs"))
@@ -114,6 +119,7 @@ void Misbehave(Faulty& self, float** in, float** out, std::int32_t frames) {
     if (Has("writes-behind") && frames > 0) out[1][frames] = 0.0F;
     if (Has("reads-in-front") && frames > 0) self.memory = in[0][-1];
     if (Has("crashes-at-empty-block") && frames == 0) std::raise(SIGSEGV);
+    if (Has("races")) sharedGain = self.state.gain;
     if (Has("throws")) throw std::string("no");
 }
 
@@ -144,7 +150,7 @@ void Process(AEffect* effect, float** in, float** out, std::int32_t frames) {
 void SetParameter(AEffect* effect, std::int32_t index, float value) {
     if (index != 0 || !(value >= 0.0F && value <= 1.0F)) return;
     Self(effect).state.gain = Has("ignores-ends") ? std::clamp(value, 0.1F, 0.9F) : value;
-    sharedGain = value;
+    if (Has("shares-parameters")) sharedGain = value;
 }
 float GetParameter(AEffect* effect, std::int32_t index) {
     if (index != 0) return 0.0F;

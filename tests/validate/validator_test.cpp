@@ -31,6 +31,9 @@ TEST_P(Validator, Finds) {
 }
 
 constexpr Case kCases[] = {
+#ifdef __SANITIZE_THREAD__ // whose own findings end the process
+    {"races", "threads", "ended the process with 66"},
+#else
     {"no-magic", "descriptor", "does not begin with VstP"},
     {"writes-inputs", "guard-pages", "it writes into the inputs"},
     {"not-in-place", "in-place", "another sound"},
@@ -39,6 +42,9 @@ constexpr Case kCases[] = {
     {"ignores-ends", "parameters", "cannot be set to 0"},
     {"forgets-state", "state", "after it was restored"},
     {"throws", "sound", "threw an exception"},
+    {"allocates", "audio-thread", "asked for memory"},
+    {"leaks-memory", "loading", "bytes of the heap are lost"},
+    {"leaks-key", "loading", "thread-local keys are left over"},
     {"leaks-descriptor", "loading", "file descriptors are left over"},
     {"signal-handler", "manners", "signal 10 has another handler"},
 #ifndef VOCAFADE_SANITIZED // the sanitizers stop at these by themselves, in words of their own
@@ -48,27 +54,30 @@ constexpr Case kCases[] = {
     {"trusts-state", "damaged-state", "reached behind the saved state"},
     {"crashes-at-close", "descriptor", "while closing it"},
     {"crashes-at-empty-block", "blocks", "SIGSEGV"},
-    {"allocates", "audio-thread", "asked for memory"},
     {"sleeps", "audio-thread", "(usleep)"},
     {"prints", "audio-thread", "called for files"},
-    {"leaks-memory", "loading", "bytes of the heap are lost"},
     {"slow", "timing", "of the time there is"},
+#elif defined(__SANITIZE_ADDRESS__)
+    {"leaks-memory", "programs", "ended the process with"},
+#endif
 #endif
 };
 
 std::string TestName(const ::testing::TestParamInfo<Case>& info) {
-    std::string name = info.param.fault;
+    std::string name = std::string(info.param.fault) + "_by_" + info.param.check;
     std::replace(name.begin(), name.end(), '-', '_');
     return name;
 }
 
 INSTANTIATE_TEST_SUITE_P(Faulty, Validator, ::testing::ValuesIn(kCases), TestName);
 
+#ifndef __SANITIZE_THREAD__ // it takes no care of threads that set and play at once
 TEST(ValidatorItself, FindsNothingInAnEffectWithoutFault) {
     const Finished run = Validate("--level 10 " + Fake("none"));
     EXPECT_EQ(run.status, 0) << run.output;
     EXPECT_EQ(run.output.find("FAILED"), std::string::npos) << run.output;
 }
+#endif
 
 #ifndef VOCAFADE_SANITIZED // where its patience is long
 TEST(ValidatorItself, EndsWhatHangs) {
