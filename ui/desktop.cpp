@@ -471,7 +471,9 @@ void Desktop::Handle(const platform::Event& event) {
         break;
     }
     case EventType::closeAsked:
-        if (!IsBlocked(*top)) top->SendMessage(WM_CLOSE);
+        // The panel inside the host's window is closed by the host alone.
+        if (!IsBlocked(*top) && top->root_->kind != platform::WindowKind::embedded)
+            top->SendMessage(WM_CLOSE);
         break;
     case EventType::destroyed:
         HandleDestroyed(*top);

@@ -88,7 +88,7 @@ void CheckEditor(Subject& subject, Report& report) {
             report.Fault("the editor brings its host's own connection to the display down");
     }
     looks[2] = ReadProcessState(file);
-    ReportLeftovers(looks, kRounds, "the editor is opened and closed", report);
+    ReportLeftovers(looks, kRounds, "the editor is opened and closed", HasGraphicsDriver(), report);
     report.Trying("closing the effect with its editor open");
     const std::unique_ptr<ParentWindow> parent = ParentWindow::Make(size->width, size->height);
     Instance careless(subject.Object());

@@ -24,9 +24,14 @@ struct ProcessState {
 /// `plugin`: its absolute path.
 ProcessState ReadProcessState(const std::string& plugin);
 
+/// True while the system's library for accelerated drawing is loaded. What it keeps and loses for an editor
+/// that draws through it cannot be told apart from what the editor does.
+bool HasGraphicsDriver();
+
 /// Reports what `rounds` of the same left behind each time. `looks`: at the process before them, half way and
-/// after them, because caches fill up, but leaks go on; `what`: done in a round, as "it is loaded".
+/// after them, because caches fill up, but leaks go on; `what`: done in a round, as "it is loaded". With a
+/// graphics driver, memory that was lost is a remark only.
 void ReportLeftovers(const std::array<ProcessState, 3>& looks, int rounds, std::string_view what,
-                     Report& report);
+                     bool graphicsDriver, Report& report);
 
 } // namespace vocafade::validate

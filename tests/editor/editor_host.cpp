@@ -10,9 +10,9 @@ namespace {
 
 using EntryPoint = AEffect* (*)(audioMasterCallback);
 
-EntryPoint Entry() {
+EntryPoint Entry(const std::string& plugin) {
     // Never unloaded: sanitizers want the names of what leaked.
-    static void* library = ::dlopen(VOCAFADE_PLUGIN, RTLD_NOW | RTLD_LOCAL);
+    void* library = ::dlopen(plugin.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (library == nullptr) throw std::runtime_error("the plug-in cannot be loaded");
     return reinterpret_cast<EntryPoint>(::dlsym(library, "VSTPluginMain"));
 }
@@ -24,8 +24,9 @@ XServer& SharedServer() {
     return server;
 }
 
-HostedEditor::HostedEditor(XUser& someUser, int x, int y, audioMasterCallback callback)
-    : user(someUser), effect(Entry()(callback)), parent(user.MakeWindow(x, y, 477, 214)), x_(x), y_(y) {
+HostedEditor::HostedEditor(XUser& someUser, int x, int y, audioMasterCallback callback,
+                           const std::string& plugin)
+    : user(someUser), effect(Entry(plugin)(callback)), parent(user.MakeWindow(x, y, 477, 214)), x_(x), y_(y) {
     Ask(effOpen);
     Ask(effSetSampleRate, 0, 0, nullptr, 44100.0f);
     Ask(effSetBlockSize, 0, 1024);

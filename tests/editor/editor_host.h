@@ -16,9 +16,11 @@ namespace vocafade::test {
 /// interface.
 class HostedEditor {
   public:
-    /// Makes and opens the effect and a parent window for its editor at (x, y) of the screen.
+    /// Makes and opens the effect and a parent window for its editor at (x, y) of the screen. `plugin`: the
+    /// shared object.
     explicit HostedEditor(XUser& someUser, int x = 20, int y = 30,
-                          audioMasterCallback callback = RecordingHost::Callback);
+                          audioMasterCallback callback = RecordingHost::Callback,
+                          const std::string& plugin = VOCAFADE_PLUGIN);
     ~HostedEditor();
     HostedEditor(const HostedEditor&) = delete;
     HostedEditor& operator=(const HostedEditor&) = delete;

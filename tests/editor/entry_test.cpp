@@ -2,6 +2,8 @@
 // Numbers typed into the read-outs.
 #include "tests/editor/panel_picture.h"
 
+#include <random>
+
 namespace vocafade::test {
 namespace {
 
@@ -108,6 +110,40 @@ TEST_F(Entry, FiltersKeys) {
     editor.Type("7");
     editor.Key(kKeysymReturn);
     EXPECT_EQ(editor.Display(3), "600.7");
+}
+
+TEST_F(Entry, TakesAnyTextAsANumberInRangeOrNotAtAll) {
+    struct Field {
+        CPoint readout;
+        std::int32_t parameter;
+        double lowest, highest; ///< that the read-out may show
+    };
+    // Two of the read-outs show what was typed far beyond their range; what sounds is limited.
+    const Field fields[] = {{kInput, 2, -59.8, 0.0},
+                            {kOutput, 1, -59.8, 6.0},
+                            {kLoFreq, 3, 20.0, 20000.0},
+                            {kHiFreq, 4, 2000.0, 200000.0},
+                            {kPosition, 5, 0.0, 12700.0}};
+    const std::string known[] = {"1e308", "-nan", "inf", "0x1F", "%s%n%d", "1,5", ".", "-", "--1", "1.2.3.4"};
+    std::mt19937 random(3);
+    for (const Field& field : fields) {
+        for (std::size_t i = 0; i < 2 * std::size(known); ++i) {
+            std::string text = i < std::size(known) ? known[i] : std::string();
+            while (i >= std::size(known) && text.size() < i)
+                text += static_cast<char>(random() % 3 == 0 ? ' ' + random() % 95
+                                                            : "0123456789.-"[random() % 12]);
+            SCOPED_TRACE(text + " into parameter " + std::to_string(field.parameter));
+            editor.Click(field.readout);
+            editor.Type(text);
+            editor.Key(kKeysymReturn);
+            const double shown = std::stod(editor.Display(field.parameter));
+            EXPECT_GE(shown, field.lowest);
+            EXPECT_LE(shown, field.highest);
+            EXPECT_GE(editor.Value(field.parameter), 0.0f);
+            EXPECT_LE(editor.Value(field.parameter), 1.0f);
+        }
+    }
+    EXPECT_TRUE(ShowsItsEffect(editor, true));
 }
 
 TEST_F(Entry, SpinStepsByATenthAndStaysInRange) {

@@ -72,6 +72,10 @@ void XUser::AskToClose(xcb_window_t window) {
     Sync();
 }
 
+void XUser::Forge(xcb_window_t window, const std::array<std::uint8_t, 32>& event, std::uint32_t mask) {
+    ::xcb_send_event(connection_, 0, window, mask, reinterpret_cast<const char*>(event.data()));
+}
+
 std::vector<xcb_window_t> XUser::Children(xcb_window_t window) {
     const auto tree =
         Own(::xcb_query_tree_reply(connection_, ::xcb_query_tree(connection_, window), nullptr));

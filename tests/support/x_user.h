@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -36,6 +37,9 @@ class XUser {
     void DestroyWindow(xcb_window_t window);
     /// What a window manager's close button does.
     void AskToClose(xcb_window_t window);
+    /// What any client may send to another one's window: 32 bytes that claim to be an event. With a mask of 0
+    /// it goes to who made the window, else to those who selected such events of it.
+    void Forge(xcb_window_t window, const std::array<std::uint8_t, 32>& event, std::uint32_t mask = 0);
     xcb_window_t Root() const { return screen_->root; }
     std::vector<xcb_window_t> Children(xcb_window_t window);
     /// Top-level windows that are shown, bottom to top.

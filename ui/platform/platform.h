@@ -159,7 +159,7 @@ class Display {
 
 /// A transparent picture; null when the size is not positive or there is no memory for it.
 std::unique_ptr<Surface> MakeSurface(int width, int height);
-/// Null when the bytes are no PNG file.
+/// Null when the bytes are no whole PNG file, or one with a side above 4096 pixels.
 std::unique_ptr<Surface> DecodePng(std::span<const std::byte> file);
 /// The font that comes nearest to `name`, at `pixels` high.
 std::shared_ptr<Font> OpenFont(std::string_view name, double pixels);

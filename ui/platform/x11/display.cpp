@@ -17,7 +17,7 @@ namespace {
 constexpr std::uint16_t kGlyphText = 152;
 constexpr std::uint16_t kGlyphHand = 60;
 /// Longest clipboard text that is taken, in 4-byte units; one line of a name needs far less.
-constexpr std::uint32_t kMostClipboard = 1 << 16;
+constexpr std::uint32_t kMostClipboard = 1 << 10;
 
 const xcb_screen_t* ScreenOf(const xcb_setup_t* setup, int number) {
     xcb_screen_iterator_t it = xcb_setup_roots_iterator(setup);
@@ -373,6 +373,8 @@ void XDisplay::Translate(const xcb_generic_event_t* event) {
     const auto as = [event]<class T>(const T*) -> const T& {
         return *static_cast<const T*>(static_cast<const void*>(event));
     };
+    // Other clients can send anything; what has become of a window is the server's to say.
+    const bool forged = (event->response_type & 0x80) != 0;
     switch (event->response_type & 0x7F) {
     case XCB_EXPOSE: {
         const auto& e = as(static_cast<const xcb_expose_event_t*>(nullptr));
@@ -384,7 +386,7 @@ void XDisplay::Translate(const xcb_generic_event_t* event) {
     case XCB_MAP_NOTIFY: {
         const auto& e = as(static_cast<const xcb_map_notify_event_t*>(nullptr));
         NativeWindow* window = e.event == e.window ? Find(e.window) : nullptr;
-        if (window == nullptr) break;
+        if (window == nullptr || forged) break;
         window->Mapped();
         ready_.push_back(Basic(EventType::shown, window, 0, lastTime_));
         break;
@@ -392,7 +394,7 @@ void XDisplay::Translate(const xcb_generic_event_t* event) {
     case XCB_DESTROY_NOTIFY: {
         const auto& e = as(static_cast<const xcb_destroy_notify_event_t*>(nullptr));
         NativeWindow* window = Find(e.window);
-        if (window == nullptr) break;
+        if (window == nullptr || forged) break;
         windows_.erase(e.window);
         window->Gone();
         ready_.push_back(Basic(EventType::destroyed, window, 0, lastTime_));

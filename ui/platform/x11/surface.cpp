@@ -75,6 +75,24 @@ bool ImageSurface::WritePng(const char* path) {
 
 namespace {
 
+/// Longest side of a picture that is decoded, pixels: far more than any artwork has, and at most 64 MB.
+constexpr std::uint32_t kLongestSide = 4096;
+
+/// The size that a PNG file declares stands at its beginning: nothing is allocated for what is not believed.
+bool IsOfSaneSize(std::span<const std::byte> file) {
+    constexpr std::size_t kWidthAt = 16; // behind the signature, the first chunk's length and its name
+    if (file.size() < kWidthAt + 8) return false;
+    const auto number = [&](std::size_t at) {
+        std::uint32_t value = 0;
+        for (std::size_t i = at; i < at + 4; ++i)
+            value = value << 8 | std::to_integer<std::uint32_t>(file[i]);
+        return value;
+    };
+    const std::uint32_t width = number(kWidthAt);
+    const std::uint32_t height = number(kWidthAt + 4);
+    return width > 0 && width <= kLongestSide && height > 0 && height <= kLongestSide;
+}
+
 struct Reader {
     std::span<const std::byte> rest;
 };
@@ -104,6 +122,7 @@ std::unique_ptr<Surface> MakeSurface(int width, int height) {
 }
 
 std::unique_ptr<Surface> DecodePng(std::span<const std::byte> file) {
+    if (!x11::IsOfSaneSize(file)) return nullptr;
     x11::Reader reader{file};
     cairo_surface_t* decoded = cairo_image_surface_create_from_png_stream(&x11::ReadBytes, &reader);
     if (cairo_surface_status(decoded) != CAIRO_STATUS_SUCCESS) {

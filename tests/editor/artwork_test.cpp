@@ -1,0 +1,141 @@
+// SPDX-License-Identifier: MIT
+// A plug-in folder whose artwork somebody has lost, broken or replaced.
+#include "tests/editor/panel_picture.h"
+#include "ui/gdi.h"
+#include "ui/platform/platform.h"
+
+#include <sys/stat.h>
+
+namespace vocafade::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// A copy of the built plug-in whose artwork a test may change; its effects read it when they are made.
+class Artwork : public EditorTest {
+  protected:
+    Artwork() {
+        fs::create_directory(Folder());
+        fs::copy_file(VOCAFADE_PLUGIN, bundle / "Vocafade.so");
+    }
+    std::string Folder() const { return bundle / "Resources"; }
+    std::string File(int id) const { return Folder() + "/" + std::to_string(id) + ".png"; }
+    std::string Good(int id) const {
+        return ReadFile(std::string(VOCAFADE_RESOURCES) + "/" + std::to_string(id) + ".png");
+    }
+    /// A good picture of that size.
+    std::string Picture(int width, int height) const {
+        const std::string path = bundle / "made.png";
+        platform::MakeSurface(width, height)->WritePng(path.c_str());
+        return ReadFile(path);
+    }
+    /// Fills the folder anew; `make` does something at the path of each file.
+    template <typename Make>
+    void Fill(Make make) {
+        fs::remove_all(Folder());
+        fs::create_directory(Folder());
+        for (int id = kFirst; id <= kLast; ++id)
+            make(id, File(id));
+    }
+    /// The editor opens and shows what it shows with its own artwork.
+    void ExpectTheUsualPanel(const char* what) {
+        HostedEditor editor(user, 20, 30, RecordingHost::Callback, bundle / "Vocafade.so");
+        ASSERT_TRUE(editor.Open()) << what;
+        editor.Settle();
+        EXPECT_TRUE(ShowsItsEffect(editor)) << what;
+    }
+
+    static constexpr int kFirst = 3001;
+    static constexpr int kLast = 3014;
+    TempFolder bundle;
+};
+
+/// A file that says that its picture is so large.
+std::string Declaring(std::string png, std::uint32_t width, std::uint32_t height) {
+    for (int i = 0; i < 4; ++i) {
+        png[static_cast<std::size_t>(16 + i)] = static_cast<char>(width >> (24 - 8 * i));
+        png[static_cast<std::size_t>(20 + i)] = static_cast<char>(height >> (24 - 8 * i));
+    }
+    // The checksum of the size's chunk is taken anew: a wrong one would be refused for that alone.
+    std::uint32_t sum = 0xFFFFFFFF;
+    for (std::size_t i = 12; i < 29; ++i) {
+        sum ^= static_cast<std::uint8_t>(png[i]);
+        for (int bit = 0; bit < 8; ++bit)
+            sum = sum >> 1 ^ ((sum & 1) != 0 ? 0xEDB88320U : 0U);
+    }
+    for (int i = 0; i < 4; ++i)
+        png[static_cast<std::size_t>(29 + i)] = static_cast<char>(~sum >> (24 - 8 * i));
+    return png;
+}
+
+TEST_F(Artwork, ThatCannotBeUsedIsReplacedByTheCopyInside) {
+    fs::remove(Folder());
+    ExpectTheUsualPanel("no folder");
+    WriteFile(Folder(), "a file");
+    ExpectTheUsualPanel("a file for a folder");
+    Fill([](int, const std::string&) {});
+    ExpectTheUsualPanel("an empty folder");
+    Fill([](int, const std::string& path) { WriteFile(path, ""); });
+    ExpectTheUsualPanel("empty files");
+    Fill([&](int id, const std::string& path) {
+        const std::string good = Good(id);
+        WriteFile(path, good.substr(0, good.size() * static_cast<std::size_t>(id - kFirst) / 14));
+    });
+    ExpectTheUsualPanel("cut files");
+    Fill([&](int id, const std::string& path) {
+        std::string bytes = Good(id);
+        for (std::size_t i = 33; i < bytes.size(); i += 7)
+            bytes[i] = static_cast<char>(~bytes[i]);
+        WriteFile(path, bytes);
+    });
+    ExpectTheUsualPanel("damaged files");
+    Fill([&](int id, const std::string& path) {
+        const std::uint32_t huge = id % 2 == 0 ? 0x7FFFFFFFU : 100'000U;
+        WriteFile(path, Declaring(Good(id), huge, id % 3 == 0 ? 1U : huge));
+    });
+    ExpectTheUsualPanel("pictures that say that they are huge");
+    WriteFile(File(3005), Picture(8000, 8000)); // and one that is: a few kB in the file, 256 MB unpacked
+    ExpectTheUsualPanel("a picture that is huge");
+    Fill([](int id, const std::string& path) {
+        if (id % 4 == 0) fs::create_directory(path);
+        if (id % 4 == 1) ::mkfifo(path.c_str(), 0600);
+        if (id % 4 == 2) fs::create_symlink(path, path);
+        if (id % 4 == 3) fs::create_symlink("/dev/zero", path);
+    });
+    ExpectTheUsualPanel("folders, pipes, links to themselves and devices");
+    if (::geteuid() == 0) return; // to whom everything is readable
+    Fill([&](int id, const std::string& path) {
+        WriteFile(path, Good(id));
+        ::chmod(path.c_str(), 0);
+    });
+    ExpectTheUsualPanel("files that may not be read");
+}
+
+TEST_F(Artwork, OfOtherSizesIsSafe) {
+    for (const CSize size : {CSize(1, 1), CSize(4096, 1), CSize(1, 4096), CSize(40, 30), CSize(1000, 1000)}) {
+        const std::string odd = Picture(size.cx, size.cy);
+        for (int odd1 = kFirst - 1; odd1 <= kLast; ++odd1) { // all of them, then each alone
+            Fill([&](int id, const std::string& path) {
+                WriteFile(path, odd1 < kFirst || odd1 == id ? odd : Good(id));
+            });
+            HostedEditor editor(user, 20, 30, RecordingHost::Callback, bundle / "Vocafade.so");
+            ASSERT_TRUE(editor.Open()) << odd1;
+            editor.Play(0.5f);
+            editor.Idle();
+            for (const CPoint place : {CPoint(150, 100), CPoint(324, 160), CPoint(30, 10), CPoint(1, 1)}) {
+                user.MoveTo(20 + place.x, 30 + place.y);
+                user.Press();
+                user.MoveTo(20 + place.x, 30 + place.y + 20);
+                editor.Idle();
+                user.Release();
+                editor.Idle();
+            }
+            for (std::int32_t i = 0; i < 6; ++i)
+                EXPECT_TRUE(editor.Value(i) >= 0.0f && editor.Value(i) <= 1.0f)
+                    << "parameter " << i << ", bitmap " << odd1 << " of " << size.cx << " by " << size.cy;
+        }
+    }
+}
+
+} // namespace
+} // namespace vocafade::test

@@ -1,0 +1,229 @@
+// SPDX-License-Identifier: MIT
+// Any client of a display can send any other's windows what claims to be an event. The editor takes it for
+// input, or for nothing.
+#include "tests/editor/panel_picture.h"
+
+#include <array>
+#include <cmath>
+#include <cstring>
+#include <random>
+
+namespace vocafade::test {
+namespace {
+
+constexpr CPoint kLoFreqReadout{150, 192};
+constexpr CPoint kCopy{75, 18};
+constexpr CPoint kSave{280, 15};
+constexpr CPoint kSwitch{30, 10};
+
+using Bytes = std::array<std::uint8_t, 32>;
+
+template <typename Event>
+Bytes BytesOf(const Event& event) {
+    static_assert(sizeof(Event) <= sizeof(Bytes));
+    Bytes bytes{};
+    std::memcpy(bytes.data(), &event, sizeof event);
+    return bytes;
+}
+
+class Forged : public OpenEditorTest {
+  protected:
+    Forged() : othersWindows(user.TopLevels()) {}
+
+    xcb_window_t Panel() {
+        const std::vector<xcb_window_t> children = user.Children(editor.parent);
+        return children.empty() ? 0 : children.front();
+    }
+    /// The editor's windows at the moment: its panel, its menus and dialogs.
+    std::vector<xcb_window_t> Windows() {
+        std::vector<xcb_window_t> windows{Panel()};
+        for (const xcb_window_t window : user.TopLevels())
+            if (std::find(othersWindows.begin(), othersWindows.end(), window) == othersWindows.end())
+                windows.push_back(window);
+        return windows;
+    }
+    void Open(int what) {
+        if (what == 1) editor.Click(kLoFreqReadout);
+        if (what == 2) editor.Click(kCopy);
+        if (what == 3) editor.Click(kSave);
+    }
+    /// To the editor, which made its own windows and listens to what happens to its host's.
+    void SendBytes(xcb_window_t window, const Bytes& event) {
+        user.Forge(window, event,
+                   window == editor.parent ? XCB_EVENT_MASK_STRUCTURE_NOTIFY : XCB_EVENT_MASK_NO_EVENT);
+    }
+    template <typename Event>
+    void Send(xcb_window_t window, const Event& event) {
+        SendBytes(window, BytesOf(event));
+    }
+    /// Whatever has happened to it, a new opening shows what the effect holds, and that makes sense.
+    void ExpectSane() {
+        editor.Settle();
+        editor.Close();
+        EXPECT_EQ(Windows().size(), 1U) << "something stays open";
+        ASSERT_TRUE(editor.Open());
+        editor.Settle();
+        EXPECT_TRUE(ShowsItsEffect(editor, false) || ShowsItsEffect(editor, true));
+        for (std::int32_t i = 0; i < 6; ++i) {
+            EXPECT_GE(editor.Value(i), 0.0f) << i;
+            EXPECT_LE(editor.Value(i), 1.0f) << i;
+        }
+    }
+
+    std::vector<xcb_window_t> othersWindows;
+};
+
+TEST_F(Forged, AnyBytesOfAnyType) {
+    std::mt19937 random(11);
+    for (int round = 0; round < 24; ++round) {
+        Open(round % 4);
+        const std::vector<xcb_window_t> windows = Windows();
+        for (int i = 0; i < 400; ++i) {
+            const bool toHost = random() % 8 == 0;
+            const xcb_window_t window = toHost ? editor.parent : windows[random() % windows.size()];
+            Bytes event;
+            for (std::uint8_t& byte : event)
+                byte = static_cast<std::uint8_t>(random() % 4 == 0 ? 0 : random());
+            // The server lets the types of its extensions through, too; those of the core are 2 to 34.
+            event[0] = static_cast<std::uint8_t>(random() % 4 == 0 ? 64 + random() % 64 : 2 + random() % 33);
+            for (const std::size_t place : {4U, 8U, 12U, 16U}) // where events name their windows
+                if (random() % 2 == 0) std::memcpy(event.data() + place, &window, sizeof window);
+            SendBytes(window, event);
+            if (i % 40 == 0) editor.Idle();
+        }
+        ExpectSane();
+        if (HasFatalFailure()) return;
+    }
+}
+
+TEST_F(Forged, EveryKeyInEveryField) {
+    for (const int what : {0, 1, 2, 3}) {
+        for (const std::uint16_t state : {0x0000, 0x0001, 0x0004, 0xFFFF}) {
+            Open(what);
+            for (int code = 0; code < 256; ++code) {
+                for (const xcb_window_t window : Windows()) {
+                    xcb_key_press_event_t key{};
+                    key.response_type = XCB_KEY_PRESS;
+                    key.detail = static_cast<std::uint8_t>(code);
+                    key.event = window;
+                    key.state = state;
+                    Send(window, key);
+                    key.response_type = XCB_KEY_RELEASE;
+                    Send(window, key);
+                }
+                if (code % 16 == 0) editor.Idle();
+            }
+            ExpectSane();
+        }
+    }
+}
+
+TEST_F(Forged, AbsurdPlacesAndSizes) {
+    constexpr std::int16_t kPlaces[] = {-32768, -1, 0, 100, 32767};
+    for (const std::int16_t x : kPlaces) {
+        for (const std::int16_t y : kPlaces) {
+            xcb_button_press_event_t mouse{};
+            mouse.event = Panel();
+            mouse.event_x = x;
+            mouse.event_y = y;
+            // Pressed on a fader and on the knob, pulled out and let go there.
+            for (const CPoint from : {CPoint(150, 100), CPoint(324, 150)}) {
+                xcb_button_press_event_t press = mouse;
+                press.response_type = XCB_BUTTON_PRESS;
+                press.detail = 1;
+                press.event_x = static_cast<std::int16_t>(from.x);
+                press.event_y = static_cast<std::int16_t>(from.y);
+                Send(Panel(), press);
+                mouse.response_type = XCB_MOTION_NOTIFY;
+                mouse.state = XCB_BUTTON_MASK_1;
+                Send(Panel(), mouse);
+                mouse.response_type = XCB_BUTTON_RELEASE;
+                mouse.detail = 1;
+                Send(Panel(), mouse);
+            }
+            const auto size = static_cast<std::uint16_t>(x == 0 ? 0 : 65535);
+            xcb_expose_event_t expose{};
+            expose.response_type = XCB_EXPOSE;
+            expose.window = Panel();
+            expose.x = static_cast<std::uint16_t>(x);
+            expose.y = static_cast<std::uint16_t>(y);
+            expose.width = expose.height = size;
+            Send(Panel(), expose);
+            xcb_configure_notify_event_t moved{};
+            moved.response_type = XCB_CONFIGURE_NOTIFY;
+            moved.x = x;
+            moved.y = y;
+            moved.width = moved.height = size;
+            for (const xcb_window_t window : {Panel(), editor.parent}) {
+                moved.event = moved.window = window;
+                Send(window, moved);
+            }
+            editor.Idle();
+        }
+    }
+    editor.Settle();
+    EXPECT_TRUE(ShowsItsEffect(editor, true)) << "in the window that was open all the while";
+    ExpectSane();
+}
+
+TEST_F(Forged, EndOfAWindowIsNotBelieved) {
+    const xcb_window_t panel = Panel();
+    for (const std::uint8_t type :
+         {XCB_DESTROY_NOTIFY, XCB_UNMAP_NOTIFY, XCB_MAP_NOTIFY, XCB_REPARENT_NOTIFY, XCB_GRAVITY_NOTIFY}) {
+        for (const xcb_window_t window : {panel, editor.parent}) {
+            xcb_destroy_notify_event_t event{}; // the others begin alike
+            event.response_type = type;
+            event.event = event.window = window;
+            Send(window, event);
+        }
+        editor.Settle();
+    }
+    user.AskToClose(panel); // only the host closes what lies in its window
+    editor.Settle();
+    EXPECT_EQ(Panel(), panel);
+    const float before = editor.Value(0);
+    editor.Click(kSwitch);
+    EXPECT_NE(editor.Value(0), before) << "the panel still listens";
+    EXPECT_TRUE(ShowsItsEffect(editor, true));
+}
+
+TEST_F(Forged, SelectionsAndMappingsThatNobodyAskedFor) {
+    for (const int what : {0, 1, 3}) {
+        Open(what);
+        for (const xcb_window_t window : Windows()) {
+            for (const xcb_atom_t atom : {0U, 1U, 4U, 0xFFFFFFFFU}) {
+                xcb_selection_notify_event_t notify{};
+                notify.response_type = XCB_SELECTION_NOTIFY;
+                notify.requestor = window;
+                notify.selection = notify.target = notify.property = atom;
+                Send(window, notify);
+                xcb_selection_request_event_t request{};
+                request.response_type = XCB_SELECTION_REQUEST;
+                request.owner = request.requestor = window;
+                request.selection = request.target = request.property = atom;
+                Send(window, request);
+                xcb_selection_clear_event_t clear{};
+                clear.response_type = XCB_SELECTION_CLEAR;
+                clear.owner = window;
+                clear.selection = atom;
+                Send(window, clear);
+                xcb_mapping_notify_event_t mapping{};
+                mapping.response_type = XCB_MAPPING_NOTIFY;
+                mapping.request = static_cast<std::uint8_t>(atom);
+                mapping.first_keycode = 255;
+                mapping.count = 255;
+                Send(window, mapping);
+            }
+        }
+        editor.Settle();
+        if (what == 1) { // and the field is still typed into
+            editor.Type("1500");
+            editor.Key(kKeysymReturn);
+            EXPECT_EQ(editor.Display(3), "1500.0");
+        }
+        ExpectSane();
+    }
+}
+
+} // namespace
+} // namespace vocafade::test
