@@ -82,10 +82,13 @@ void SyncFolder(const std::string& folder) {
     ::close(descriptor);
 }
 
-/// Gives the new file the permissions of the one that it will replace.
-void KeepMode(const std::string& path, int descriptor) {
+/// Gives the new file the owner and the permissions of the one that it will replace, as far as that is
+/// allowed: what an administrator's host saves in a user's folder stays the user's.
+void KeepOwnerAndMode(const std::string& path, int descriptor) {
     struct stat status {};
-    if (::stat(path.c_str(), &status) == 0) ::fchmod(descriptor, status.st_mode & 07777);
+    if (::stat(path.c_str(), &status) != 0) return;
+    [[maybe_unused]] const int kept = ::fchown(descriptor, status.st_uid, status.st_gid);
+    ::fchmod(descriptor, status.st_mode & 07777); // behind the owner, whose change takes some of them away
 }
 
 } // namespace
@@ -118,7 +121,7 @@ bool FileReplacement::Begin(const std::string& path) {
         temporary_.clear();
         return false;
     }
-    KeepMode(target_, descriptor);
+    KeepOwnerAndMode(target_, descriptor);
     ::flock(descriptor, LOCK_EX | LOCK_NB); // lives as long as the file is open, and ends with the process
     return file_.Attach(descriptor, CFile::modeReadWrite);
 }

@@ -210,6 +210,7 @@ void CheckFork(Subject& subject, Report& report) {
 
 void CheckManners(Subject& subject, Report& report) {
     subject.Unload();
+    const std::unique_ptr<ParentWindow> anchor = ParentWindow::Make(10, 10);
     const Manners before = Manners::Read();
     std::string said;
     {
@@ -222,6 +223,11 @@ void CheckManners(Subject& subject, Report& report) {
         Compare(before, Manners::Read(), "after it was opened", report);
         PlaySome(effect);
         Compare(before, Manners::Read(), "after it processed", report);
+        if (anchor && effect.has(effFlagsHasEditor)) {
+            report.Trying("showing its editor and watching the process");
+            ShowEditor(effect);
+            Compare(before, Manners::Read(), "after its editor was shown", report);
+        }
         effect.Off();
         effect.Close();
         said = capture.Text();

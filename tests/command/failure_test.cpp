@@ -48,6 +48,10 @@ TEST_F(CommandTest, BadSongsAreNamedWithTheReasonAndLeaveNothing) {
     fails("folder.wav", "is a folder");
     fails("pipe.wav", "pipe");
     fails("damaged.flac", "is damaged at 0:0");
+    // A name may hold what terminals obey; it is told without it.
+    const RunResult run = Run({"\033[2Jgone\a.wav"});
+    EXPECT_NE(run.err.find("?[2Jgone?.wav"), std::string::npos) << run.err;
+    EXPECT_EQ(run.err.find_first_of("\033\a"), std::string::npos) << run.err;
     EXPECT_EQ(Names(), before);
 }
 

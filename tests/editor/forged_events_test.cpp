@@ -3,8 +3,8 @@
 // input, or for nothing.
 #include "tests/editor/panel_picture.h"
 
+#include <algorithm>
 #include <array>
-#include <cmath>
 #include <cstring>
 #include <random>
 
@@ -223,6 +223,27 @@ TEST_F(Forged, SelectionsAndMappingsThatNobodyAskedFor) {
         }
         ExpectSane();
     }
+}
+
+TEST_F(Forged, SettingsOfADesktopThatMakeNoSense) {
+    // A byte order, a serial, a count; then a type, a name with its length, a serial and a value each.
+    const std::string doubleClick =
+        std::string("\0\0\x13\0Net/DoubleClickTime\0\0\0\0\0\xff\xff\xff\x7f", 32);
+    const std::string good = std::string("\0\0\0\0\0\0\0\0\1\0\0\0", 12) + doubleClick;
+    std::mt19937 random(5);
+    for (int round = 0; round < 60; ++round) {
+        std::string bytes = good;
+        if (round < 20) bytes.resize(static_cast<std::size_t>(round) * 2);
+        if (round % 3 == 0 && bytes.size() > 8) bytes[8] = '\xff'; // far more than there are
+        for (int i = 0; round >= 20 && i < 3; ++i)
+            bytes[random() % bytes.size()] = static_cast<char>(random());
+        user.PublishSettings(bytes);
+        editor.Close();
+        ASSERT_TRUE(editor.Open());
+        editor.Idle();
+    }
+    editor.Settle();
+    EXPECT_TRUE(ShowsItsEffect(editor));
 }
 
 } // namespace

@@ -137,6 +137,55 @@ TEST_F(Folders, BankThatIsNoFileGivesOneMessageAndIsLeftAlone) {
     EXPECT_EQ(NamesIn(settings / "config").size(), 1U) << "no scraps";
 }
 
+TEST_F(Folders, KeepTheBanksPermissionsAndOwner) {
+    ASSERT_EQ(MessagesOfASave("old"), 0);
+    const bool root = ::geteuid() == 0; // who alone may give files away
+    if (root) {
+        ASSERT_EQ(::chown(BankPath().c_str(), 12345, 54321), 0);
+    }
+    ASSERT_EQ(::chmod(BankPath().c_str(), 0640), 0);
+    struct stat before {};
+    ::stat(BankPath().c_str(), &before);
+    ASSERT_EQ(MessagesOfASave("new"), 0);
+    struct stat after {};
+    ::stat(BankPath().c_str(), &after);
+    EXPECT_NE(after.st_ino, before.st_ino) << "it was not replaced";
+    EXPECT_EQ(after.st_mode & 07777U, 0640U);
+    EXPECT_EQ(after.st_uid, before.st_uid);
+    EXPECT_EQ(after.st_gid, before.st_gid);
+    EXPECT_EQ(NameAtNextStart(), "new");
+}
+
+TEST_F(Folders, CurrentOneGivesFactoryProgramsAndIsNeverWritten) {
+    ASSERT_EQ(MessagesOfASave("theirs"), 0);
+    const std::string bank = ReadFile(BankPath());
+    const fs::path before = fs::current_path();
+    fs::create_directory(settings / "work");
+    fs::current_path(settings / "work");
+    const auto factoryValue = [] {
+        AVocafade effect(SilentHost);
+        effect.open();
+        effect.setProgram(7);
+        effect.setParameter(3, 0.9F);
+        effect.SetFactoryProgram();
+        effect.ProgramToFactory();
+        return effect.getParameter(3);
+    };
+    const float builtIn = factoryValue();
+    EXPECT_NE(builtIn, 0.5F);
+    WriteFile("VocafadeDef.fxb", bank);
+    EXPECT_EQ(factoryValue(), 0.5F);
+    for (const std::string& broken : {std::string(), bank.substr(0, 100), std::string(4000, '\xff'),
+                                      bank.substr(0, 16) + "Else" + bank.substr(20)}) {
+        WriteFile("VocafadeDef.fxb", broken);
+        EXPECT_EQ(factoryValue(), builtIn);
+        EXPECT_EQ(MessagesOfASave(), 0);
+        EXPECT_EQ(ReadFile("VocafadeDef.fxb"), broken);
+        EXPECT_EQ(NamesIn("."), std::vector<std::string>{"VocafadeDef.fxb"});
+    }
+    fs::current_path(before);
+}
+
 /// Runs `work` in a process whose file systems nobody else sees; nothing where that is not allowed.
 template <typename Work>
 std::optional<int> InANamespaceOfItsOwn(Work work) {

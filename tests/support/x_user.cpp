@@ -54,21 +54,30 @@ void XUser::DestroyWindow(xcb_window_t window) {
     Sync();
 }
 
+xcb_atom_t XUser::Atom(std::string_view name) {
+    const auto reply = Own(::xcb_intern_atom_reply(
+        connection_, ::xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(name.size()), name.data()),
+        nullptr));
+    return reply != nullptr ? reply->atom : 0;
+}
+
 void XUser::AskToClose(xcb_window_t window) {
-    const auto atom = [this](const std::string& name) {
-        const auto reply = Own(::xcb_intern_atom_reply(
-            connection_,
-            ::xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(name.size()), name.c_str()),
-            nullptr));
-        return reply != nullptr ? reply->atom : 0;
-    };
     xcb_client_message_event_t event{};
     event.response_type = XCB_CLIENT_MESSAGE;
     event.format = 32;
     event.window = window;
-    event.type = atom("WM_PROTOCOLS");
-    event.data.data32[0] = atom("WM_DELETE_WINDOW");
+    event.type = Atom("WM_PROTOCOLS");
+    event.data.data32[0] = Atom("WM_DELETE_WINDOW");
     ::xcb_send_event(connection_, 0, window, 0, reinterpret_cast<const char*>(&event));
+    Sync();
+}
+
+void XUser::PublishSettings(std::string_view bytes) {
+    if (settingsWindow_ == 0) settingsWindow_ = MakeWindow(-10, -10, 1, 1);
+    const xcb_atom_t property = Atom("_XSETTINGS_SETTINGS");
+    ::xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, settingsWindow_, property, property, 8,
+                          static_cast<std::uint32_t>(bytes.size()), bytes.data());
+    ::xcb_set_selection_owner(connection_, settingsWindow_, Atom("_XSETTINGS_S0"), XCB_CURRENT_TIME);
     Sync();
 }
 

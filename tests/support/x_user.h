@@ -40,6 +40,8 @@ class XUser {
     /// What any client may send to another one's window: 32 bytes that claim to be an event. With a mask of 0
     /// it goes to who made the window, else to those who selected such events of it.
     void Forge(xcb_window_t window, const std::array<std::uint8_t, 32>& event, std::uint32_t mask = 0);
+    /// Publishes these bytes as the desktop's settings, as a settings daemon does.
+    void PublishSettings(std::string_view bytes);
     xcb_window_t Root() const { return screen_->root; }
     std::vector<xcb_window_t> Children(xcb_window_t window);
     /// Top-level windows that are shown, bottom to top.
@@ -73,7 +75,10 @@ class XUser {
     void Fake(std::uint8_t type, std::uint8_t detail, int x = 0, int y = 0);
     std::uint8_t KeyCodeOf(std::uint32_t keysym, bool* shifted);
 
+    xcb_atom_t Atom(std::string_view name);
+
     xcb_connection_t* connection_;
+    xcb_window_t settingsWindow_ = 0;
     xcb_screen_t* screen_;
     std::vector<std::uint32_t> keysyms_;
     int firstKey_ = 0;
