@@ -60,7 +60,7 @@ void AVocafade::SetFactoryProgram() {
     // The folder is empty when the user's own bank was found: the factory programs then come from a bank in
     // the current directory, if there is one, and otherwise stay as they are built in.
     const BankFile bank = ReadBankFile(pluginFolder_ + kDefaultBankName, kUniqueId, sizeof(ProgramSet));
-    if (bank.content != BankContent::chunk) return;
+    if (bank.content != BankContent::chunk || bank.chunk.empty()) return;
     ProgramSet programs;
     CopyPrograms(programs, factory_);
     const std::size_t whole = bank.chunk.size() - bank.chunk.size() % sizeof(AVocafadeProgram);

@@ -5,6 +5,7 @@
 #include "apps/vocafade/failures.h"
 #include "apps/vocafade/text.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <charconv>
@@ -32,6 +33,7 @@ using Clock = std::chrono::steady_clock;
 constexpr const char* kRunnerName = "vocafade-validate-runner";
 constexpr int kHung = -1;
 constexpr int kEndless = -2;
+constexpr int kMostPatience = 6;          // times: how long a check goes on at most, however much it tries
 constexpr std::size_t kMostOutput = 6000; // bytes of the plug-in's own words that are kept
 #ifdef VOCAFADE_SANITIZED
 constexpr int kPatience = 20; // times: the sanitizers are slow
@@ -175,17 +177,25 @@ class Child {
     Child(const Child&) = delete;
     Child& operator=(const Child&) = delete;
 
-    /// Reads what it says until it ends or `seconds` have gone by; answers its status, or -1 when it had to
-    /// be ended.
+    /// Reads what it says until it ends; answers its status, or `kHung` when it had tried nothing new for
+    /// `seconds`, or `kEndless` when it went on and on, and was ended for that.
     int Wait(double seconds) {
-        const auto until = Clock::now() + std::chrono::duration<double>(seconds);
+        const auto patience =
+            std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(seconds));
+        const auto end = Clock::now() + kMostPatience * patience;
+        auto until = Clock::now() + patience;
+        std::uint64_t attempts = progress_.attempts();
         int status = 0;
         while (true) {
             Read(20);
             if (::waitpid(process_, &status, WNOHANG) == process_) break;
-            if (Clock::now() < until) continue;
+            if (progress_.attempts() != attempts) {
+                attempts = progress_.attempts();
+                until = Clock::now() + patience;
+            }
+            if (Clock::now() < std::min(until, end)) continue;
             End();
-            return -1;
+            return Clock::now() < end ? kHung : kEndless;
         }
         ::kill(-process_, SIGKILL); // what it may have left behind
         process_ = -1;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "tests/support/ended_threads.h"
 #include "tests/support/virtual_display.h"
 #include "ui/ui.h"
 

@@ -2,6 +2,7 @@
 // Entry fields, menus, dialogs and the other controls, used as a user would.
 
 #include "tests/ui/desk.h"
+#include "ui/platform/platform.h"
 
 #include <X11/keysym.h>
 #include <chrono>
@@ -157,9 +158,8 @@ TEST_F(Typing, TheClipboardIsSharedWithOtherPrograms) {
     };
     xcb_connection_t* c = display.connection();
     xcb_set_selection_owner(c, host, atom("CLIPBOARD"), XCB_CURRENT_TIME);
-    Chord(XK_Control_L, XK_v);
-    const std::string offered = "\xE5\xA3\xB0 1\nsecond line";
-    ASSERT_TRUE(Until([&] {
+    std::string offered = "\xE5\xA3\xB0 1\nsecond line";
+    const auto isAsked = [&] {
         xcb_generic_event_t* event = xcb_poll_for_event(c);
         const bool asked = event != nullptr && (event->response_type & 0x7F) == XCB_SELECTION_REQUEST;
         if (asked) {
@@ -178,9 +178,22 @@ TEST_F(Typing, TheClipboardIsSharedWithOtherPrograms) {
         }
         std::free(event);
         return asked;
-    }));
+    };
+    Chord(XK_Control_L, XK_v);
+    ASSERT_TRUE(Until(isAsked));
     EXPECT_TRUE(Shows("\xE5\xA3\xB0 1")) << "one line, and every character as if typed";
     EXPECT_EQ(field.characters[0].first, 0x58F0U);
+
+    // What makes no sense in a field: far too long, no UTF-8, control characters, a zero.
+    field.SetWindowText("");
+    offered = std::string("\xFF\0\x1B[2J\xC3", 7) + std::string(200'000, '7');
+    Chord(XK_Control_L, XK_v);
+    ASSERT_TRUE(Until(isAsked));
+    ASSERT_TRUE(Until([&] { return !field.text().empty(); }));
+    EXPECT_NE(field.text().find("[2J"), std::string::npos);
+    EXPECT_LE(field.text().size(), 300U);
+    EXPECT_EQ(field.text(), platform::ValidUtf8(field.text()));
+    EXPECT_EQ(field.text().find_first_of(std::string("\0\x1B", 2)), std::string::npos);
 }
 
 TEST_F(Typing, TheSpinButtonStepsTheNumberBesideIt) {

@@ -17,7 +17,7 @@ namespace {
 constexpr std::uint16_t kGlyphText = 152;
 constexpr std::uint16_t kGlyphHand = 60;
 /// Longest clipboard text that is taken, in 4-byte units; one line of a name needs far less.
-constexpr std::uint32_t kMostClipboard = 1 << 10;
+constexpr std::uint32_t kMostClipboard = 1 << 6;
 
 const xcb_screen_t* ScreenOf(const xcb_setup_t* setup, int number) {
     xcb_screen_iterator_t it = xcb_setup_roots_iterator(setup);
