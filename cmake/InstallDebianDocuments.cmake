@@ -4,7 +4,8 @@
 
 set(docs "$ENV{DESTDIR}${CMAKE_INSTALL_PREFIX}/share/doc/vocafade")
 set(man "$ENV{DESTDIR}${CMAKE_INSTALL_PREFIX}/share/man/man1")
-file(MAKE_DIRECTORY "${docs}" "${man}")
+set(lintian "$ENV{DESTDIR}${CMAKE_INSTALL_PREFIX}/share/lintian/overrides")
+file(MAKE_DIRECTORY "${docs}" "${man}" "${lintian}")
 
 # Without name and time inside, at the level that Debian's policy names.
 function(vocafade_compress from to)
@@ -15,6 +16,8 @@ endfunction()
 vocafade_compress("${VOCAFADE_SOURCE_DIR}/docs/vocafade.1" "${man}/vocafade.1.gz")
 vocafade_compress("${VOCAFADE_SOURCE_DIR}/CHANGELOG.md" "${docs}/changelog.gz")
 configure_file("${VOCAFADE_SOURCE_DIR}/cmake/debian-copyright" "${docs}/copyright" COPYONLY
+  FILE_PERMISSIONS OWNER_READ OWNER_WRITE GROUP_READ WORLD_READ)
+configure_file("${VOCAFADE_SOURCE_DIR}/cmake/debian-lintian-overrides" "${lintian}/vocafade" COPYONLY
   FILE_PERMISSIONS OWNER_READ OWNER_WRITE GROUP_READ WORLD_READ)
 
 # A package must not leave the house with notes for another version.

@@ -15,7 +15,15 @@ endif()
 
 find_program(VOCAFADE_CCACHE ccache)
 if(VOCAFADE_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
-  set(CMAKE_CXX_COMPILER_LAUNCHER "${VOCAFADE_CCACHE}")
+  # Where it cannot write its cache (a home that is read-only), every compilation through it would fail.
+  file(WRITE "${PROJECT_BINARY_DIR}/CMakeFiles/ccache_try.cpp" "")
+  execute_process(COMMAND "${VOCAFADE_CCACHE}" "${CMAKE_CXX_COMPILER}" -c ccache_try.cpp -o ccache_try.o
+    WORKING_DIRECTORY "${PROJECT_BINARY_DIR}/CMakeFiles" RESULT_VARIABLE _ccache_failed OUTPUT_QUIET ERROR_QUIET)
+  if(_ccache_failed)
+    message(STATUS "ccache cannot write its cache; compiling without it")
+  else()
+    set(CMAKE_CXX_COMPILER_LAUNCHER "${VOCAFADE_CCACHE}")
+  endif()
 endif()
 
 add_library(vocafade_flags INTERFACE)
