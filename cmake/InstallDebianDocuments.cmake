@@ -28,6 +28,13 @@ if(at EQUAL -1)
   message(FATAL_ERROR "CHANGELOG.md begins with \"${newest}\", but this is version ${VOCAFADE_VERSION}")
 endif()
 
+# And for its man page.
+file(STRINGS "${VOCAFADE_SOURCE_DIR}/docs/vocafade.1" title REGEX "^[.]TH ")
+string(FIND "${title}" "\"Vocafade ${VOCAFADE_VERSION}\"" at)
+if(at EQUAL -1)
+  message(FATAL_ERROR "docs/vocafade.1 is titled ${title}, but this is version ${VOCAFADE_VERSION}")
+endif()
+
 # The release notes themselves are in changelog.gz; this one tells the package's own story. The date is that of
 # SOURCE_DATE_EPOCH when it is set.
 string(TIMESTAMP date "%a, %d %b %Y %H:%M:%S +0000" UTC)
