@@ -2,7 +2,6 @@
 #include "effect/program_list.h"
 
 #include "base/decimal.h"
-#include "base/text_encoding.h"
 #include "persistence/program_file.h"
 #include "persistence/text_streams.h"
 
@@ -30,17 +29,6 @@ class ListReader {
     Myifstream stream_;
     std::array<char, kLineLimit + 1> line_{};
 };
-
-/// The part of a Shift-JIS name that a record has room for, without half a character at its end.
-std::string CutName(const std::string& name) {
-    std::size_t length = 0;
-    while (length < name.size()) {
-        const std::size_t next = length + (IsDBCSLeadByte(static_cast<unsigned char>(name[length])) ? 2 : 1);
-        if (next > kProgramNameBytes) break;
-        length = next;
-    }
-    return name.substr(0, length);
-}
 
 float FixedPoint(const char* field) { return static_cast<float>(ParseDecimal(field) * 1.52587890625e-5); }
 
@@ -83,10 +71,10 @@ ProgramListImport ImportProgramList(ProgramSet& programs, const std::string& lis
         if (!list.Next()) import.listEndedEarly = true;
         const std::string name = list.line();
         AVocafadeProgram& program = programs[static_cast<std::size_t>(i)];
-        const std::string kept = CutName(name);
-        SetName(program, kept.c_str());
-        if (kept != name) import.cutNames.push_back(name);
+        SetName(program, name.c_str());
+        if (name.size() > kProgramNameBytes) import.cutNames.push_back(name);
         const std::string path = ProgramFilePath(folder, name);
+        import.files.push_back(path);
         if (!LoadPGMFileBody(path.c_str(), body.data())) import.unread.push_back(path);
         ApplyProgramBody(program, body.data());
     }

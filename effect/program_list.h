@@ -23,6 +23,7 @@ struct ProgramListImport {
     Outcome outcome = Outcome::noList;
     int listed = 0;                    ///< programs that the list says it has
     int imported = 0;                  ///< programs that were filled, at most 64
+    std::vector<std::string> files;    ///< the program file of each program that was filled
     std::vector<std::string> unread;   ///< program files without a body, missing ones included
     std::vector<std::string> cutNames; ///< names longer than a record's 23 bytes
     bool listEndedEarly = false;       ///< the last name stands for those that are missing
@@ -30,8 +31,8 @@ struct ProgramListImport {
 
 /// [main-thread] Reads a program list and the program file of each name in it into the first records of
 /// `programs`: the name, and LoFreq, HiFreq and Position where the file has them. A program whose file is
-/// missing gets the values of the one before it. Stops after 64 programs, and cuts names to 23 bytes, never
-/// within a character.
+/// missing gets the values of the one before it. Stops after 64 programs, and cuts names to 23 bytes, through
+/// a character of two bytes if need be.
 ProgramListImport ImportProgramList(ProgramSet& programs, const std::string& listPath = kProgramListPath,
                                     const std::string& folder = kProgramFileFolder);
 

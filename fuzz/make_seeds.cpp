@@ -39,9 +39,23 @@ void Banks() {
     const std::string path = folder + "/bank_fuzzer/default";
     std::filesystem::create_directories(folder + "/bank_fuzzer");
     fuzz::Require(WriteBankFile(path, AVocafade::kUniqueId, kProgramCount, chunk), "writing a bank");
-    Seed("bank_fuzzer", "header", "CcnK" + Big32(0) + "FBCh" + Big32(1) + "VfdQ" + Big32(1) + Big32(64));
+    const std::string bank = "CcnK" + Big32(0) + "FBCh" + Big32(1) + "VfdQ" + Big32(1) + Big32(64);
+    Seed("bank_fuzzer", "header", bank);
     Seed("bank_fuzzer", "programs", "CcnK" + Big32(0) + "FxBk" + Big32(1) + "VfdQ");
+    std::string program =
+        "CcnK" + Big32(0) + "FxCk" + Big32(1) + "VfdQ" + Big32(1) + Big32(6) + std::string(28, 'n');
+    for (int i = 0; i < 6; ++i)
+        program += Big32(0x3F000000); // a half
     const std::string bytes(reinterpret_cast<const char*>(chunk.data()), chunk.size());
+    Seed("bank_file_fuzzer", "values", program);
+    Seed("bank_file_fuzzer", "bank-of-values",
+         "CcnK" + Big32(0) + "FxBk" + Big32(1) + "VfdQ" + Big32(1) + Big32(2) + std::string(128, '\0') +
+             program + program);
+    Seed("bank_file_fuzzer", "chunks",
+         bank + std::string(128, '\0') + Big32(static_cast<std::uint32_t>(bytes.size())) + bytes);
+    Seed("bank_file_fuzzer", "chunk",
+         "CcnK" + Big32(0) + "FPCh" + Big32(1) + "VfdQ" + Big32(1) + Big32(6) + std::string(28, 'n') +
+             Big32(52) + bytes.substr(0, 52));
     Seed("host_chunk_fuzzer", "bank", std::string(1, '\0') + bytes);
     Seed("host_chunk_fuzzer", "program", "\7" + bytes.substr(0, 52));
     Seed("host_chunk_fuzzer", "short", "\7" + bytes.substr(0, 30));

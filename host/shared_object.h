@@ -25,8 +25,9 @@ class SharedObject {
     EntryPoint entry() const { return entry_; }
     /// The shared object's absolute path (inside the bundle, when it came from one).
     const std::filesystem::path& file() const { return file_; }
-    /// The folder that a plug-in is told is its own, without a trailing slash.
-    std::string folder() const { return file_.parent_path().string(); }
+    /// The folder that a plug-in is told is its own. It ends in a slash: some plug-ins put the name of a file
+    /// of theirs right behind it, others cut it behind its last slash, and both end up in the folder.
+    std::string folder() const { return (file_.parent_path() / "").string(); }
 
   private:
     std::filesystem::path file_;

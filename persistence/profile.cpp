@@ -116,10 +116,14 @@ std::optional<SettingsValue> TextValue(const char* text) {
     return SettingsValue{text, false};
 }
 
-bool WritePrivate(const char* section, const char* entry, const std::optional<SettingsValue>& value,
-                  const char* file) {
-    if (section == nullptr || (entry == nullptr && value))
+/// The private writers tell on the standard output what has no name to be stored under.
+void TellOfMissingName(const char* section, const char* entry, bool hasValue) {
+    if (section == nullptr || (entry == nullptr && hasValue))
         std::printf("CFStringCreateWithCString(%s)\n", "(null)");
+}
+
+bool Write(const char* section, const char* entry, const std::optional<SettingsValue>& value,
+           const char* file) {
     const std::optional<SettingsStore> store = StoreOf(file);
     if (store && section != nullptr) Store(*store, Scope::userAnyHost, section, entry, value);
     return true;
@@ -139,7 +143,8 @@ int GetPrivateProfileInt(const char* section, const char* entry, int defaultValu
 }
 
 bool WritePrivateProfileString(const char* section, const char* entry, const char* value, const char* file) {
-    return WritePrivate(section, entry, TextValue(value), file);
+    TellOfMissingName(section, entry, value != nullptr);
+    return Write(section, entry, TextValue(value), file);
 }
 
 int GetPrivateProfileBinary(const char* section, const char* entry, void* buf, int size, const char* file) {
@@ -158,7 +163,8 @@ bool WritePrivateProfileBinary(const char* section, const char* entry, const voi
         value.emplace(SettingsValue{
             std::string(static_cast<const char*>(data), static_cast<std::size_t>(std::max(size, 0))), true});
     }
-    return WritePrivate(section, entry, value, file);
+    TellOfMissingName(section, entry, data != nullptr);
+    return Write(section, entry, value, file);
 }
 
 int GetProfileString(const char* section, const char* entry, const char* defaultText, char* buf, int len) {
@@ -167,7 +173,7 @@ int GetProfileString(const char* section, const char* entry, const char* default
 }
 
 bool WriteProfileString(const char* section, const char* entry, const char* value) {
-    return WritePrivate(section, entry, TextValue(value), nullptr);
+    return Write(section, entry, TextValue(value), nullptr);
 }
 
 int GetSystemProfileString(const char* section, const char* entry, const char* defaultText, char* buf,

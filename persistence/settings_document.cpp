@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "persistence/settings_document.h"
 
-#include <algorithm>
+#include <cstddef>
 
 namespace vocafade {
 namespace {
@@ -55,18 +55,16 @@ std::string PercentDecode(std::string_view text) {
 }
 
 const SettingsValue* SettingsSection::Find(std::string_view name) const {
-    const auto line = std::find_if(lines_.begin(), lines_.end(), [name](const Line& candidate) {
-        return !candidate.foreign && candidate.name == name;
-    });
-    return line != lines_.end() ? &line->value : nullptr;
+    const auto found = places_.find(name);
+    return found != places_.end() ? &lines_[found->second].value : nullptr;
 }
 
 void SettingsSection::Set(std::string_view name, SettingsValue value) {
-    for (Line& line : lines_) {
-        if (line.foreign || line.name != name) continue;
-        line.value = std::move(value);
+    if (const auto found = places_.find(name); found != places_.end()) {
+        lines_[found->second].value = std::move(value);
         return;
     }
+    places_.emplace(name, lines_.size());
     lines_.push_back({std::string(name), std::move(value), false});
 }
 
@@ -124,21 +122,23 @@ std::string SettingsDocument::Text() const {
 }
 
 const SettingsSection* SettingsDocument::FindSection(std::string_view name) const {
-    const auto found =
-        std::find_if(sections_.begin(), sections_.end(),
-                     [name](const SettingsSection& section) { return section.name() == name; });
-    return found != sections_.end() ? &*found : nullptr;
+    const auto found = places_.find(name);
+    return found != places_.end() ? &sections_[found->second] : nullptr;
 }
 
 SettingsSection& SettingsDocument::Section(std::string_view name) {
-    const auto found =
-        std::find_if(sections_.begin(), sections_.end(),
-                     [name](const SettingsSection& section) { return section.name() == name; });
-    return found != sections_.end() ? *found : sections_.emplace_back(std::string(name));
+    const auto [place, isNew] = places_.try_emplace(std::string(name), sections_.size());
+    return isNew ? sections_.emplace_back(std::string(name)) : sections_[place->second];
 }
 
 void SettingsDocument::RemoveSection(std::string_view name) {
-    std::erase_if(sections_, [name](const SettingsSection& section) { return section.name() == name; });
+    const auto found = places_.find(name);
+    if (found == places_.end()) return;
+    const std::size_t place = found->second;
+    sections_.erase(sections_.begin() + static_cast<std::ptrdiff_t>(place));
+    places_.erase(found);
+    for (auto& entry : places_)
+        if (entry.second > place) --entry.second;
 }
 
 } // namespace vocafade

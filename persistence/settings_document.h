@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cstddef>
+#include <functional>
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -40,6 +43,7 @@ class SettingsSection {
     };
     std::string name_;
     std::vector<Line> lines_;
+    std::map<std::string, std::size_t, std::less<>> places_; ///< in `lines_`, of the values
 };
 
 /// The content of a settings file: root values, then sections. The file is text that can be read and changed
@@ -69,6 +73,7 @@ class SettingsDocument {
   private:
     SettingsSection roots_;
     std::vector<SettingsSection> sections_;
+    std::map<std::string, std::size_t, std::less<>> places_; ///< in `sections_`
 };
 
 } // namespace vocafade

@@ -135,7 +135,12 @@ bool WriteUserChunk(const char* path, KVBFILECHUNKINFO* list1, int count1, KVBFI
 std::optional<std::vector<KVBFILECHUNKINFO>> ParseUserChunk(std::span<const unsigned char> payload) {
     std::vector<KVBFILECHUNKINFO> subs;
     while (!payload.empty()) {
-        if (payload.size() < kChunkHeaderSize) return std::nullopt;
+        if (payload.size() < kChunkHeaderSize) {
+            // Other programs fill chunks up to a multiple of two or four bytes and count that in.
+            if (std::any_of(payload.begin(), payload.end(), [](unsigned char byte) { return byte != 0; }))
+                return std::nullopt;
+            break;
+        }
         const KVBFILECHUNKINFO sub{LoadBigEndian32(payload.data()), LoadBigEndian32(payload.data() + 4),
                                    payload.data() + kChunkHeaderSize};
         payload = payload.subspan(kChunkHeaderSize);

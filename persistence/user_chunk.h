@@ -40,7 +40,8 @@ bool WriteUserChunk(const char* path, KVBFILECHUNKINFO* list1, int count1, KVBFI
                     int count2);
 
 /// [any-thread] The sub-chunks in the payload of a user chunk, pointing into it; nothing when the last one is
-/// cut short, so that nobody writes back less than was there.
+/// cut short, so that nobody writes back less than was there. Fewer than eight zero bytes behind the last are
+/// left out.
 std::optional<std::vector<KVBFILECHUNKINFO>> ParseUserChunk(std::span<const unsigned char> payload);
 
 } // namespace vocafade

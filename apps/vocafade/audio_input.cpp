@@ -41,7 +41,7 @@ void CheckChannels(int channels) {
 
 } // namespace
 
-AudioInput::AudioInput(const fs::path& path) {
+AudioInput::AudioInput(const fs::path& path) : path_(path) {
     CheckFile(path);
     sound_.reset(sf_open(path.c_str(), SFM_READ, &info_));
     if (!sound_)

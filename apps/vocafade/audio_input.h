@@ -20,6 +20,7 @@ class AudioInput {
     /// Opens `path`. Throws `Failure` for what is missing, not readable, not audio, empty or not stereo.
     explicit AudioInput(const std::filesystem::path& path);
 
+    const std::filesystem::path& path() const { return path_; }
     /// What the file says of itself.
     const SF_INFO& info() const { return info_; }
     /// Frames announced, or -1 when the file does not know.
@@ -33,6 +34,7 @@ class AudioInput {
   private:
     std::int64_t Checked(std::int64_t got, std::int64_t wanted);
 
+    std::filesystem::path path_;
     SF_INFO info_{};
     std::int64_t frames_ = 0;
     std::int64_t done_ = 0;

@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cmath>
 #include <fmt/format.h>
+#include <string_view>
 #include <sys/statvfs.h>
 #include <system_error>
 #include <type_traits>
@@ -37,10 +38,24 @@ void CheckRoom(const fs::path& path, int format, std::int64_t frames) {
                                   Printable(path.string()), ByteCount(*needed), ByteCount(free)));
 }
 
+Container::Kind KindOf(int format) {
+    switch (format & SF_FORMAT_TYPEMASK) {
+    case SF_FORMAT_WAV:
+    case SF_FORMAT_WAVEX:
+    case SF_FORMAT_RF64:
+        return Container::Kind::wav;
+    case SF_FORMAT_AIFF:
+        return Container::Kind::aiff;
+    default:
+        return Container::Kind::other;
+    }
+}
+
 } // namespace
 
-AudioOutput::AudioOutput(const fs::path& path, int format, const AudioInput& input)
-    : path_(path), kind_(SampleKindOf(format)) {
+AudioOutput::AudioOutput(const fs::path& path, int format, const AudioInput& input,
+                         const Container& container)
+    : path_(path), source_(input.path()), kind_(SampleKindOf(format)) {
     CheckRoom(path, format, input.frames());
     if (!replacement_.Begin(path.string())) {
         writeError_ = errno;
@@ -60,7 +75,10 @@ AudioOutput::AudioOutput(const fs::path& path, int format, const AudioInput& inp
     if ((format & SF_FORMAT_TYPEMASK) == SF_FORMAT_RF64 &&
         (input.info().format & SF_FORMAT_TYPEMASK) != SF_FORMAT_RF64)
         sf_command(sound_.get(), SFC_RF64_AUTO_DOWNGRADE, nullptr, SF_TRUE);
-    CopyMetadata(input.sound(), input.info(), sound_.get(), info_);
+    if (container.kind == KindOf(format)) carried_ = container;
+    // Among the carried chunks of an AIFF file are its texts.
+    const bool withTexts = carried_.kind != Container::Kind::aiff;
+    CopyMetadata(input.sound(), input.info(), sound_.get(), withTexts);
 }
 
 AudioOutput::~AudioOutput() = default;
@@ -152,10 +170,24 @@ void AudioOutput::Finish() {
     if (error != SF_ERR_NO_ERROR)
         throw Failure(
             fmt::format("cannot write '{}': {}", Printable(path_.string()), sf_error_number(error)));
+    SeeWhetherItIsPlainWav();
     errno = 0;
+    // libsndfile would fill such chunks up to a multiple of four bytes, which damages what ends by its size.
+    if (carried_.kind != Container::Kind::other && !AppendChunks(replacement_.file(), carried_, source_)) {
+        writeError_ = errno != 0 ? errno : EIO;
+        Refuse();
+    }
     if (replacement_.Commit()) return;
     writeError_ = errno != 0 ? errno : EIO;
     Refuse();
+}
+
+void AudioOutput::SeeWhetherItIsPlainWav() {
+    char magic[4] = {};
+    CFile& file = replacement_.file();
+    if ((info_.format & SF_FORMAT_TYPEMASK) != SF_FORMAT_RF64 || !file.Seek(0, CFile::begin)) return;
+    if (file.Read(magic, sizeof magic) == sizeof magic && std::string_view(magic, 4) == "RIFF")
+        info_.format = (info_.format & ~static_cast<int>(SF_FORMAT_TYPEMASK)) | SF_FORMAT_WAV;
 }
 
 sf_count_t AudioOutput::Length(void* self) {

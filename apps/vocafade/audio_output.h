@@ -3,6 +3,7 @@
 
 #include "apps/vocafade/audio_format.h"
 #include "apps/vocafade/audio_input.h"
+#include "apps/vocafade/container.h"
 #include "base/file_replacement.h"
 
 #include <cstdint>
@@ -16,8 +17,10 @@ namespace vocafade::command {
 /// given up, the name stays with what it had.
 class AudioOutput {
   public:
-    /// Begins `path` in `format` (see `ChooseFormat`) like `input`, with its tags. Throws `Failure`.
-    AudioOutput(const std::filesystem::path& path, int format, const AudioInput& input);
+    /// Begins `path` in `format` (see `ChooseFormat`) like `input`, whose container is `container`, with its
+    /// tags. Throws `Failure`.
+    AudioOutput(const std::filesystem::path& path, int format, const AudioInput& input,
+                const Container& container);
     ~AudioOutput();
     AudioOutput(const AudioOutput&) = delete;
     AudioOutput& operator=(const AudioOutput&) = delete;
@@ -29,6 +32,8 @@ class AudioOutput {
     /// Completes the file and gives it its name. Throws `Failure`.
     void Finish();
 
+    /// The format that the file has: a song that WAV could hold after all is one. Final after `Finish`.
+    int format() const { return info_.format; }
     /// Samples (not frames) beyond full scale so far; always 0 for formats that can hold them.
     std::int64_t clipped() const { return clipped_; }
 
@@ -39,6 +44,7 @@ class AudioOutput {
     void Quantise(const Sample* samples, std::size_t count);
     void CheckTaken(std::int64_t taken, std::int64_t frames);
     void SetQuality();
+    void SeeWhetherItIsPlainWav();
     [[noreturn]] void Refuse() const;
 
     static sf_count_t Length(void* self);
@@ -48,6 +54,8 @@ class AudioOutput {
     static sf_count_t Tell(void* self);
 
     std::filesystem::path path_;
+    std::filesystem::path source_; ///< the input, whose chunks are carried over at the end
+    Container carried_;
     SampleKind kind_;
     SF_INFO info_{};
     std::int64_t clipped_ = 0;

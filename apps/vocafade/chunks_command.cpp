@@ -2,7 +2,9 @@
 #include "apps/vocafade/chunks_command.h"
 
 #include "apps/vocafade/failures.h"
+#include "apps/vocafade/printing.h"
 #include "apps/vocafade/subcommand_line.h"
+#include "apps/vocafade/target_check.h"
 #include "apps/vocafade/text.h"
 #include "base/big_endian.h"
 #include "persistence/async_file_io.h"
@@ -105,23 +107,24 @@ std::string TailNote(AiffLayout::Tail tail) {
 int List(const ChunkOptions& options) {
     CFile file;
     const AiffLayout layout = LayoutOf(options.file, file);
-    fmt::print("{:>14}  {:>14}  chunk\n", "position", "bytes");
+    Print("{:>14}  {:>14}  chunk\n", "position", "bytes");
     for (const AiffChunk& chunk : layout.chunks) {
-        fmt::print("{:>14}  {:>14}  {}  {}\n", Decimal(chunk.position), Decimal(chunk.size), IdText(chunk.id),
-                   Note(layout, chunk));
+        Print("{:>14}  {:>14}  {}  {}\n", Decimal(chunk.position), Decimal(chunk.size), IdText(chunk.id),
+              Note(layout, chunk));
     }
     const std::vector<unsigned char> payload = UserPayload(options.file);
     const auto subs = ParseUserChunk(payload);
-    if (!payload.empty()) fmt::print("\nIn the user chunk:\n");
+    if (!payload.empty()) Print("\nIn the user chunk:\n");
     for (const KVBFILECHUNKINFO& sub : subs.value_or(std::vector<KVBFILECHUNKINFO>()))
-        fmt::print("{:>14}  {:>14}  {}\n", "", Decimal(sub.size), IdText(sub.id));
-    if (!subs) fmt::print(stderr, "vocafade: the user chunk is damaged: its sub-chunks do not fill it\n");
+        Print("{:>14}  {:>14}  {}\n", "", Decimal(sub.size), IdText(sub.id));
+    if (!subs) PrintError("vocafade: the user chunk is damaged: its sub-chunks do not fill it\n");
     const std::string tail = TailNote(layout.tail);
-    if (!tail.empty()) fmt::print(stderr, "vocafade: {}\n", tail);
+    if (!tail.empty()) PrintError(fmt::format("vocafade: {}\n", tail));
     return subs && tail.empty() ? kExitFine : kExitFailed;
 }
 
 int Get(const ChunkOptions& options) {
+    if (!options.out.empty()) CheckTarget(options.out, {options.file});
     const std::uint32_t id = ParseId(options.get);
     CFile file;
     const AiffLayout layout = LayoutOf(options.file, file);
@@ -145,6 +148,18 @@ int Get(const ChunkOptions& options) {
     return kExitFine;
 }
 
+struct ChunkAssignment {
+    std::uint32_t id;
+    std::string file;
+};
+
+ChunkAssignment ParseAssignment(const std::string& assignment) {
+    const std::size_t equals = assignment.find('=', 1);
+    if (equals == std::string::npos)
+        throw UsageError(fmt::format("--put '{}': give ID=FILE", Printable(assignment)));
+    return {ParseId(assignment.substr(0, equals)), assignment.substr(equals + 1)};
+}
+
 /// The sub-chunks that the user chunk is to hold, and their bytes.
 class NewSubChunks {
   public:
@@ -162,13 +177,9 @@ class NewSubChunks {
     }
 
     /// Replaces the first one of that ID, or adds it behind the others.
-    void Put(const std::string& assignment) {
-        const std::size_t equals = assignment.find('=', 1);
-        if (equals == std::string::npos)
-            throw UsageError(fmt::format("--put '{}': give ID=FILE", Printable(assignment)));
-        const std::uint32_t id = ParseId(assignment.substr(0, equals));
-        values_.push_back(
-            std::make_unique<std::string>(ReadWholeFile(assignment.substr(equals + 1), kLargestValue)));
+    void Put(const ChunkAssignment& assignment) {
+        const std::uint32_t id = assignment.id;
+        values_.push_back(std::make_unique<std::string>(ReadWholeFile(assignment.file, kLargestValue)));
         const std::string& value = *values_.back();
         const KVBFILECHUNKINFO sub{id, static_cast<std::uint32_t>(value.size()),
                                    reinterpret_cast<const unsigned char*>(value.data())};
@@ -196,11 +207,13 @@ int Change(const ChunkOptions& options) {
     if (layout.form == AiffLayout::Form::compressed)
         throw Failure(Printable(options.file) +
                       " is a compressed AIFF file (AIFF-C); user chunks are kept in plain ones");
+    for (const std::string& assignment : options.put)
+        CheckTarget(options.file, {ParseAssignment(assignment).file});
     NewSubChunks subs(options.file);
     for (const std::string& id : options.remove)
         subs.Remove(ParseId(id));
     for (const std::string& assignment : options.put)
-        subs.Put(assignment);
+        subs.Put(ParseAssignment(assignment));
     const std::string name = Printable(options.file);
     switch (PutUserChunk(options.file.c_str(), subs.list(), {})) {
     case UserChunkResult::done:
@@ -244,6 +257,7 @@ int RunChunks(int argumentCount, char** arguments) {
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
         ->excludes(get);
     if (ParseSubcommand(app, argumentCount, arguments)) return kExitFine;
+    if (options.out == "-") options.out.clear();
     if (get->count() != 0) return Get(options);
     return options.put.empty() && options.remove.empty() ? List(options) : Change(options);
 }

@@ -3,7 +3,9 @@
 
 #include "apps/vocafade/failures.h"
 #include "apps/vocafade/parameters.h"
+#include "apps/vocafade/printing.h"
 #include "apps/vocafade/subcommand_line.h"
+#include "apps/vocafade/target_check.h"
 #include "apps/vocafade/text.h"
 #include "base/text_encoding.h"
 #include "effect/program_list.h"
@@ -32,7 +34,7 @@ void RefuseUnlessImported(const ProgramListImport& import, const std::string& li
     if (import.outcome == Outcome::noPrograms) throw Failure(name + " lists no programs");
 }
 
-void Warn(const std::string& sentence) { fmt::print(stderr, "vocafade: {}\n", sentence); }
+void Warn(const std::string& sentence) { PrintError(fmt::format("vocafade: {}\n", sentence)); }
 
 /// What did not come over as it stood.
 void ReportLosses(const ProgramListImport& import) {
@@ -51,9 +53,11 @@ void ReportLosses(const ProgramListImport& import) {
 
 int RunConvert(int argumentCount, char** arguments) {
     ConvertOptions options;
-    CLI::App app("Turns a program list of the older text format, with its program files, into a bank (.fxb)\n"
-                 "that any VST host opens. Names stay as they are (Shift-JIS).",
-                 "vocafade convert");
+    CLI::App app(
+        "Turns a program list of the older text format, with its program files, into a bank (.fxb)\n"
+        "that any VST host opens. Names stay as they are (Shift-JIS). A program whose file is missing\n"
+        "gets the values of the one before it; that is told, and the exit status is then 1.",
+        "vocafade convert");
     app.add_option("LIST", options.list, "the program list, for example PROGRAM.LST")->required();
     app.add_option("-o,--out", options.bank, "the bank to write")->type_name("BANK.fxb")->required();
     app.add_option("--folder", options.folder, "where the program files are (default: beside the list)")
@@ -62,16 +66,18 @@ int RunConvert(int argumentCount, char** arguments) {
 
     if (options.folder.empty()) options.folder = std::filesystem::path(options.list).parent_path().string();
     if (options.folder.empty()) options.folder = ".";
+    CheckTarget(options.bank, {options.list});
     ProgramSet programs;
     const ProgramListImport import = ImportProgramList(programs, options.list, options.folder);
     RefuseUnlessImported(import, options.list);
+    for (const std::string& file : import.files)
+        CheckTarget(options.bank, {file});
     if (!WriteBankFile(options.bank, kVocafadeId, kProgramCount, std::as_bytes(std::span(programs)),
                        BankSizeField::filledIn))
         throw Failure(fmt::format("{} cannot be written: {}", Printable(options.bank),
                                   std::generic_category().message(errno)));
     ReportLosses(import);
-    fmt::print("{}: {} program{}\n", Printable(options.bank), import.imported,
-               import.imported == 1 ? "" : "s");
+    Print("{}: {} program{}\n", Printable(options.bank), import.imported, import.imported == 1 ? "" : "s");
     return import.unread.empty() ? kExitFine : kExitFailed;
 }
 

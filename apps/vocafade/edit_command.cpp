@@ -7,6 +7,7 @@
 #include "apps/vocafade/interruption.h"
 #include "apps/vocafade/plugin_finder.h"
 #include "apps/vocafade/subcommand_line.h"
+#include "apps/vocafade/target_check.h"
 
 #include <fmt/format.h>
 #include <png.h>
@@ -64,6 +65,7 @@ int RunScreenshot(int argumentCount, char** arguments) {
     AddEditorOptions(app, options);
     if (ParseSubcommand(app, argumentCount, arguments)) return kExitFine;
     host::Effect effect(FindPlugin(options.plugin));
+    CheckTarget(output, {effect.file()});
     PrepareEffect(effect, options);
     EditorWindow window(effect, "Vocafade", EditorWindow::Kind::bare);
     for (int i = 0; i < kIdlesToPaint; ++i)

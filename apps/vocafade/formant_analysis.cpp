@@ -18,7 +18,9 @@
 namespace vocafade::command {
 namespace {
 
-constexpr double kFrameSeconds = 0.08;    // two periods of the lowest voice in a window's core
+constexpr int kHighestRate = 768000;       // twice what any studio uses; memory grows with it
+constexpr std::int64_t kPortion = 1 << 18; // samples of all channels read at once, about
+constexpr double kFrameSeconds = 0.08;     // two periods of the lowest voice in a window's core
 constexpr double kLifterSeconds = 0.0015; // longer than a formant rings, shorter than a singer's pitch period
 constexpr int kFrames = 3;                // overlapping by half, whose powers are averaged
 constexpr float kFloor = 1e-7f;           // -140 dB; the analyser takes a zero for a one
@@ -45,6 +47,10 @@ class Song {
         if (!sound_)
             throw Failure(
                 fmt::format("{} cannot be read as a sound file ({})", Printable(path), sf_strerror(nullptr)));
+        if (info_.samplerate > kHighestRate)
+            throw Failure(
+                fmt::format("{} is damaged: it claims a rate of {} Hz; formants are found up to {} Hz",
+                            Printable(path), info_.samplerate, kHighestRate));
         if (info_.samplerate <= 0 || info_.channels <= 0 || info_.frames <= 0)
             throw Failure(Printable(path) + " holds no sound");
     }
@@ -57,22 +63,32 @@ class Song {
                           std::vector<float>(static_cast<std::size_t>(count))};
         const std::int64_t first = std::clamp<std::int64_t>(start, 0, info_.frames);
         const std::int64_t wanted = std::clamp<std::int64_t>(start + count - first, 0, info_.frames - first);
-        buffer_.resize(static_cast<std::size_t>(count * info_.channels));
         if (wanted == 0 || sf_seek(sound_.get(), first, SEEK_SET) < 0) return result;
-        const std::int64_t got = sf_readf_float(sound_.get(), buffer_.data(), wanted);
-        for (std::int64_t i = 0; i < got; ++i) {
-            const float* frame = buffer_.data() + i * info_.channels;
-            const float left = std::isfinite(frame[0]) ? frame[0] : 0.0f;
-            const float other = info_.channels > 1 ? frame[1] : frame[0];
-            const float right = std::isfinite(other) ? other : 0.0f;
-            const auto at = static_cast<std::size_t>(first - start + i);
-            result.middle[at] = 0.5f * (left + right);
-            result.side[at] = 0.5f * (left - right);
+        const std::int64_t portion = std::max<std::int64_t>(1, kPortion / info_.channels);
+        buffer_.resize(static_cast<std::size_t>(portion * info_.channels));
+        for (std::int64_t done = 0; done < wanted;) {
+            const std::int64_t got =
+                sf_readf_float(sound_.get(), buffer_.data(), std::min(portion, wanted - done));
+            if (got <= 0) break;
+            Part(got, result, static_cast<std::size_t>(first - start + done));
+            done += got;
         }
         return result;
     }
 
   private:
+    /// Puts `count` frames that were read into `result` from `at` on.
+    void Part(std::int64_t count, MiddleSide& result, std::size_t at) const {
+        for (std::int64_t i = 0; i < count; ++i, ++at) {
+            const float* frame = buffer_.data() + i * info_.channels;
+            const float left = std::isfinite(frame[0]) ? frame[0] : 0.0f;
+            const float other = info_.channels > 1 ? frame[1] : frame[0];
+            const float right = std::isfinite(other) ? other : 0.0f;
+            result.middle[at] = 0.5f * (left + right);
+            result.side[at] = 0.5f * (left - right);
+        }
+    }
+
     SF_INFO info_{};
     Sound sound_;
     std::vector<float> buffer_;

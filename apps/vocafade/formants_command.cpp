@@ -4,7 +4,9 @@
 #include "apps/vocafade/failures.h"
 #include "apps/vocafade/formant_analysis.h"
 #include "apps/vocafade/formant_picture.h"
+#include "apps/vocafade/printing.h"
 #include "apps/vocafade/subcommand_line.h"
+#include "apps/vocafade/target_check.h"
 #include "apps/vocafade/text.h"
 
 #include <algorithm>
@@ -16,31 +18,31 @@ namespace vocafade::command {
 namespace {
 
 void PrintTable(const FormantAnalysis& analysis, const std::string& name) {
-    fmt::print("{} at {:.3f} s ({:.0f} Hz, {} points, order {})\n", name, analysis.seconds, analysis.rate,
-               analysis.points, analysis.order);
+    Print("{} at {:.3f} s ({:.0f} Hz, {} points, order {})\n", name, analysis.seconds, analysis.rate,
+          analysis.points, analysis.order);
     if (analysis.peaks.empty()) {
-        fmt::print("The envelope has no peaks here.\n");
+        Print("The envelope has no peaks here.\n");
         return;
     }
-    fmt::print("  {:>4}  {:>8}  {:>7}  {:>8}  {:>8}\n", "peak", "Hz", "dB", "from Hz", "to Hz");
+    Print("  {:>4}  {:>8}  {:>7}  {:>8}  {:>8}\n", "peak", "Hz", "dB", "from Hz", "to Hz");
     for (std::size_t i = 0; i < analysis.peaks.size(); ++i) {
         const FormantPeak& peak = analysis.peaks[i];
-        fmt::print("  {:>4}  {:>8.0f}  {:>7.1f}  {:>8.0f}  {:>8.0f}\n", i + 1, peak.hz, peak.decibels,
-                   peak.fromHz, peak.toHz);
+        Print("  {:>4}  {:>8.0f}  {:>7.1f}  {:>8.0f}  {:>8.0f}\n", i + 1, peak.hz, peak.decibels, peak.fromHz,
+              peak.toHz);
     }
 }
 
 void PrintBand(const FormantAnalysis& analysis) {
     if (!analysis.stereo) {
-        fmt::print("Left and right are the same here: nothing sets the middle apart.\n");
+        Print("Left and right are the same here: nothing sets the middle apart.\n");
     } else if (!analysis.bandFromHz) {
-        fmt::print("The middle is nowhere clearly louder than the sides here.\n");
+        Print("The middle is nowhere clearly louder than the sides here.\n");
     } else {
         const double from = std::clamp(std::floor(*analysis.bandFromHz / 10.0) * 10.0, 20.0, 20000.0);
         const double to = std::clamp(std::ceil(*analysis.bandToHz / 10.0) * 10.0, 20.0, 20000.0);
-        fmt::print("The middle is louder than the sides from {0:.0f} to {1:.0f} Hz: try --lofreq {0:.0f} "
-                   "--hifreq {1:.0f}\n",
-                   from, to);
+        Print("The middle is louder than the sides from {0:.0f} to {1:.0f} Hz: try --lofreq {0:.0f} "
+              "--hifreq {1:.0f}\n",
+              from, to);
     }
 }
 
@@ -63,6 +65,7 @@ int RunFormants(int argumentCount, char** arguments) {
     app.add_option("--plot", plot, "draw a picture too")->type_name("OUT.png");
     if (ParseSubcommand(app, argumentCount, arguments)) return kExitFine;
 
+    if (!plot.empty()) CheckTarget(plot, {file});
     const FormantAnalysis analysis = AnalyzeFormants(file, seconds, order);
     const std::string name = Printable(std::filesystem::path(file).filename().string());
     PrintTable(analysis, name);

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "apps/vocafade/failures.h"
 #include "apps/vocafade/interruption.h"
+#include "apps/vocafade/printing.h"
 #include "apps/vocafade/render_command.h"
 #include "apps/vocafade/subcommands.h"
-#include "apps/vocafade/text.h"
 
-#include <cstdio>
 #include <exception>
-#include <fmt/format.h>
+#include <string>
+#include <system_error>
 
 namespace {
 
@@ -20,24 +20,37 @@ int Run(int argumentCount, char** arguments) {
     return RunRender(argumentCount, arguments);
 }
 
-int Complain(const char* sentence, ExitCode code) {
-    fmt::print(stderr, "vocafade: {}\n", sentence);
+int Complain(const std::string& sentence, ExitCode code) {
+    PrintError("vocafade: " + sentence + "\n");
     return code;
+}
+
+int RunAndTell(int argumentCount, char** arguments) {
+    try {
+        return Run(argumentCount, arguments);
+    } catch (const UsageError& error) {
+        const int code = Complain(error.what(), kExitUsage);
+        PrintError("Try 'vocafade --help'.\n");
+        return code;
+    } catch (const Interrupted&) {
+        DieOfSignal();
+        return kExitFailed;
+    } catch (const std::system_error& error) {
+        if (error.code() == std::errc::broken_pipe) return kExitFailed; // nobody reads on
+        return Complain(error.what(), kExitFailed);
+    } catch (const std::exception& error) {
+        return Complain(error.what(), kExitFailed);
+    }
 }
 
 } // namespace
 
 int main(int argumentCount, char** arguments) {
-    try {
-        return Run(argumentCount, arguments);
-    } catch (const UsageError& error) {
-        const int code = Complain(error.what(), kExitUsage);
-        fmt::print(stderr, "Try 'vocafade --help'.\n");
-        return code;
-    } catch (const Interrupted&) {
-        DieOfSignal();
-        return kExitFailed;
-    } catch (const std::exception& error) {
-        return Complain(error.what(), kExitFailed);
-    }
+    PrepareStreams();
+    const int code = RunAndTell(argumentCount, arguments);
+    const int error = FinishOutput();
+    if (error == 0) return code;
+    const int unwritten =
+        Complain("the output cannot be written: " + std::generic_category().message(error), kExitFailed);
+    return code == kExitFine ? unwritten : code;
 }

@@ -2,19 +2,15 @@
 #include "apps/vocafade/metadata.h"
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <memory>
-#include <string_view>
 #include <vector>
 
 namespace vocafade::command {
 namespace {
 
 constexpr std::uint32_t kMostCues = 100000;
-constexpr std::uint32_t kMostChunkBytes = 16U << 20;
 constexpr std::size_t kLongText = 16000; // bytes of coding history or tag text: libsndfile ends at 16384
 using BroadcastInfo = SF_BROADCAST_INFO_VAR(kLongText);
 using CartInfo = SF_CART_INFO_VAR(kLongText);
@@ -59,51 +55,16 @@ void CopyChannelMap(SNDFILE* from, SNDFILE* to, int channels) {
         sf_command(to, SFC_SET_CHANNEL_MAP_INFO, map.data(), bytes);
 }
 
-/// Chunks that libsndfile carries as plain bytes and that stay true when the samples change.
-bool IsWorthCarrying(std::string_view id) {
-    constexpr std::array<std::string_view, 8> kIds = {"iXML", "axml", "_PMX", "id3 ",
-                                                      "ID3 ", "WVL4", "ANNO", "APPL"};
-    for (const std::string_view known : kIds)
-        if (id == known) return true;
-    return false;
-}
-
-void CopyChunk(const SF_CHUNK_ITERATOR* chunk, SNDFILE* to) {
-    SF_CHUNK_INFO info{};
-    if (sf_get_chunk_size(chunk, &info) != SF_ERR_NO_ERROR || info.datalen == 0 ||
-        info.datalen > kMostChunkBytes)
-        return;
-    std::vector<char> bytes(info.datalen);
-    info.data = bytes.data();
-    if (sf_get_chunk_data(chunk, &info) == SF_ERR_NO_ERROR && IsWorthCarrying({info.id, 4})) {
-        info.id_size = 4;
-        sf_set_chunk(to, &info);
-    }
-}
-
-void CopyChunks(SNDFILE* from, SNDFILE* to) {
-    for (SF_CHUNK_ITERATOR* chunk = sf_get_chunk_iterator(from, nullptr); chunk != nullptr;
-         chunk = sf_next_chunk_iterator(chunk))
-        CopyChunk(chunk, to);
-}
-
-/// WAV in its three forms counts as one.
-int Family(const SF_INFO& info) {
-    const int major = info.format & SF_FORMAT_TYPEMASK;
-    return major == SF_FORMAT_WAVEX || major == SF_FORMAT_RF64 ? static_cast<int>(SF_FORMAT_WAV) : major;
-}
-
 } // namespace
 
-void CopyMetadata(SNDFILE* from, const SF_INFO& fromInfo, SNDFILE* to, const SF_INFO& toInfo) {
-    CopyStrings(from, to);
+void CopyMetadata(SNDFILE* from, const SF_INFO& fromInfo, SNDFILE* to, bool withTexts) {
+    if (withTexts) CopyStrings(from, to);
     CopyTextRecord(from, SFC_GET_BROADCAST_INFO, to, SFC_SET_BROADCAST_INFO,
                    &BroadcastInfo::coding_history_size);
     CopyTextRecord(from, SFC_GET_CART_INFO, to, SFC_SET_CART_INFO, &CartInfo::tag_text_size);
     CopyRecord<SF_INSTRUMENT>(from, SFC_GET_INSTRUMENT, to, SFC_SET_INSTRUMENT);
     CopyCues(from, to);
     CopyChannelMap(from, to, fromInfo.channels);
-    if (Family(fromInfo) == Family(toInfo)) CopyChunks(from, to);
 }
 
 } // namespace vocafade::command

@@ -7,6 +7,7 @@
 #include "apps/vocafade/listing.h"
 #include "apps/vocafade/options.h"
 #include "apps/vocafade/plugin_finder.h"
+#include "apps/vocafade/printing.h"
 #include "apps/vocafade/renderer.h"
 #include "apps/vocafade/reporter.h"
 #include "apps/vocafade/text.h"
@@ -16,12 +17,16 @@
 #include <cstdio>
 #include <fmt/format.h>
 #include <memory>
+#include <optional>
 #include <system_error>
 
 namespace vocafade::command {
 namespace {
 
 namespace fs = std::filesystem;
+
+/// Less is missing where programs count the bytes of a header wrong.
+constexpr double kMissingSeconds = 0.05;
 
 /// What the command line asks of the parameters, checked against the plug-in.
 std::vector<Assignment> Resolve(host::Effect& effect, const RenderOptions& options) {
@@ -95,6 +100,9 @@ void TellOutcome(const RenderJob& job, const RenderReport& report, const RenderO
     reporter.Line(fmt::format("{} -> {} ({}, {}, {:.0f} times real time)", input,
                               Printable(job.output.string()), ClockTime(report.songSeconds), report.format,
                               speed));
+    if (report.announcedSeconds - report.songSeconds > kMissingSeconds)
+        reporter.Warning(fmt::format("{}: the file ends early: {:.2f} of {:.2f} seconds are there", input,
+                                     report.songSeconds, report.announcedSeconds));
     if (report.passedThrough && !options.dry)
         reporter.Warning(input +
                          ": ON/OFF is off, so the sound was passed through (--set ON/OFF=ON switches it on)");
@@ -151,10 +159,10 @@ std::vector<double> Weights(const std::vector<RenderJob>& jobs) {
 
 int List(host::Effect& effect, const RenderOptions& options, const RenderSettings& settings) {
     if (settings.bank) ApplyBankFile(effect, *settings.bank);
-    if (options.listPrograms) fmt::print("{}", ProgramListing(effect));
+    if (options.listPrograms) PrintText(ProgramListing(effect));
     if (options.listParameters) {
         SetUp(effect, settings);
-        fmt::print("{}", ParameterListing(effect));
+        PrintText(ParameterListing(effect));
     }
     return kExitFine;
 }
@@ -164,10 +172,12 @@ int List(host::Effect& effect, const RenderOptions& options, const RenderSetting
 int RunRender(int argumentCount, char** arguments) {
     const ParsedOptions parsed = ParseRenderOptions(argumentCount, arguments);
     if (parsed.answer) {
-        fmt::print("{}", *parsed.answer);
+        PrintText(*parsed.answer);
         return kExitFine;
     }
     const RenderOptions& options = parsed.options;
+    std::optional<LibrarySilence> silence; // decoders talk of damage on the standard error
+    if (options.quiet) silence.emplace();
     const fs::path plugin = FindPlugin(options.plugin);
     auto effect = std::make_unique<host::Effect>(plugin);
     const RenderSettings settings = MakeSettings(*effect, options, plugin);

@@ -3,28 +3,18 @@
 
 #include "apps/vocafade/audio_format.h"
 #include "apps/vocafade/failures.h"
+#include "apps/vocafade/target_check.h"
 #include "apps/vocafade/text.h"
 
 #include <fmt/format.h>
 #include <map>
+#include <set>
 #include <system_error>
 
 namespace vocafade::command {
 namespace {
 
 namespace fs = std::filesystem;
-
-/// The path under which one file is always the same, whether it exists or not.
-fs::path Canonical(const fs::path& path) {
-    std::error_code error;
-    fs::path canonical = fs::weakly_canonical(fs::absolute(path, error), error);
-    return error ? path.lexically_normal() : canonical;
-}
-
-bool IsSameFile(const fs::path& a, const fs::path& b) {
-    std::error_code error;
-    return Canonical(a) == Canonical(b) || (fs::equivalent(a, b, error) && !error);
-}
 
 /// The output folder, when `--out` means one.
 bool MeansFolder(const RenderOptions& options) {
@@ -45,14 +35,22 @@ fs::path OutputFor(const fs::path& input, const RenderOptions& options, bool int
     return input.parent_path() / (input.stem().string() + "-vocafade" + ending);
 }
 
-void CheckCollisions(const std::vector<RenderJob>& jobs) {
+void CheckCollisions(const std::vector<RenderJob>& jobs, const RenderOptions& options) {
     std::map<fs::path, const RenderJob*> taken;
-    std::map<fs::path, const RenderJob*> inputs;
+    std::set<fs::path> inputs;
+    std::set<std::pair<dev_t, ino_t>> inputFiles;
+    const auto protect = [&](const fs::path& input) {
+        inputs.insert(Canonical(input));
+        if (const auto identity = IdentityOf(input)) inputFiles.insert(*identity);
+    };
     for (const RenderJob& job : jobs)
-        inputs.emplace(Canonical(job.input), &job);
+        protect(job.input);
+    for (const std::string& other : {options.bank, options.plugin})
+        if (!other.empty()) protect(other);
     for (const RenderJob& job : jobs) {
         const fs::path place = Canonical(job.output);
-        if (inputs.contains(place) || IsSameFile(job.input, job.output))
+        const auto identity = IdentityOf(job.output);
+        if (inputs.contains(place) || (identity && inputFiles.contains(*identity)))
             throw UsageError(
                 fmt::format("'{}' would be written over an input; choose another name or folder with -o",
                             Printable(job.output.string())));
@@ -71,6 +69,7 @@ std::vector<RenderJob> PlanJobs(const RenderOptions& options) {
     if (!options.format.empty() && !IsKnownEnding(options.format))
         throw UsageError(
             fmt::format("--format {} is not known; known are {}", Printable(options.format), KnownEndings()));
+    CheckTarget(options.output, {});
     const bool intoFolder = MeansFolder(options);
     if (!options.output.empty() && !intoFolder) {
         const std::string ending = EndingOf(options.output);
@@ -82,7 +81,7 @@ std::vector<RenderJob> PlanJobs(const RenderOptions& options) {
     std::vector<RenderJob> jobs;
     for (const std::string& input : options.inputs)
         jobs.push_back({input, OutputFor(input, options, intoFolder)});
-    CheckCollisions(jobs);
+    CheckCollisions(jobs, options);
     if (!intoFolder) return jobs;
     std::error_code error;
     fs::create_directories(options.output, error);

@@ -4,6 +4,7 @@
 #include "apps/vocafade/audio_format.h"
 #include "apps/vocafade/audio_input.h"
 #include "apps/vocafade/audio_output.h"
+#include "apps/vocafade/container.h"
 #include "apps/vocafade/failures.h"
 #include "apps/vocafade/interruption.h"
 
@@ -159,11 +160,13 @@ RenderReport Render(const RenderJob& job, const RenderSettings& settings,
     RenderReport report;
     report.passedThrough = IsOff(effect);
     if (effect.uniqueId() == kVocafadeId) report.outputLevel = ShownNumber(effect, kOutput);
-    report.format = FormatText(format);
-    AudioOutput output(job.output, format, input);
+    const Container container = ReadContainer(job.input);
+    AudioOutput output(job.output, format, input, container);
     const auto run = settings.twofold ? RunStream<double> : RunStream<float>;
     run(effect, input, output, settings, progress, report);
     output.Finish();
+    report.format = FormatText(output.format());
+    report.announcedSeconds = report.songSeconds / container.soundShare;
     report.clipped = output.clipped();
     report.workSeconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
     return report;

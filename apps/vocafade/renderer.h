@@ -29,6 +29,7 @@ struct RenderSettings {
 /// What came of one song.
 struct RenderReport {
     double songSeconds = 0.0;
+    double announcedSeconds = 0.0; ///< how long the song would be if its file were whole
     double workSeconds = 0.0;
     std::int64_t clipped = 0;          ///< samples beyond full scale
     std::optional<double> outputLevel; ///< what Output showed, for the plug-in that this command comes with

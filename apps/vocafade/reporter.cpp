@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "apps/vocafade/reporter.h"
 
+#include "apps/vocafade/printing.h"
 #include "apps/vocafade/progress_bar.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
 #include <fmt/format.h>
 #include <numeric>
@@ -56,21 +56,21 @@ void Reporter::Line(const std::string& text) {
     if (quiet_) return;
     const std::lock_guard lock(mutex_);
     Erase();
-    fmt::print(stdout, "{}\n", text);
-    std::fflush(stdout);
+    PrintText(text + "\n");
+    FlushOutput();
 }
 
 void Reporter::Warning(const std::string& text) {
     if (quiet_) return;
     const std::lock_guard lock(mutex_);
     Erase();
-    fmt::print(stderr, "vocafade: warning: {}\n", text);
+    PrintError(fmt::format("vocafade: warning: {}\n", text));
 }
 
 void Reporter::Error(const std::string& text) {
     const std::lock_guard lock(mutex_);
     Erase();
-    fmt::print(stderr, "vocafade: {}\n", text);
+    PrintError(fmt::format("vocafade: {}\n", text));
 }
 
 void Reporter::Draw() {
@@ -82,15 +82,13 @@ void Reporter::Draw() {
     const double seconds = std::chrono::duration<double>(now - begin_).count();
     const std::string line =
         ProgressLine(all > 0.0 ? done / all : 0.0, seconds, over_, done_.size(), TerminalWidth() - 1);
-    fmt::print(stderr, "\r\033[K{}", line); // back to the line's beginning, clear it
-    std::fflush(stderr);
+    PrintError("\r\033[K" + line); // back to the line's beginning, clear it
 }
 
 void Reporter::Erase() {
     if (!drawn_) return;
     drawn_ = false;
-    fmt::print(stderr, "\r\033[K");
-    std::fflush(stderr);
+    PrintError("\r\033[K");
 }
 
 } // namespace vocafade::command

@@ -2,6 +2,7 @@
 #include "apps/vocafade/settings_command.h"
 
 #include "apps/vocafade/failures.h"
+#include "apps/vocafade/printing.h"
 #include "apps/vocafade/subcommand_line.h"
 #include "apps/vocafade/text.h"
 #include "persistence/profile.h"
@@ -26,14 +27,14 @@ std::string Text(const SettingsValue& value) {
 
 void ShowSection(const SettingsSection& section) {
     for (const std::string& name : section.Names())
-        fmt::print("{} = {}\n", Printable(name), Text(*section.Find(name)));
+        Print("{} = {}\n", Printable(name), Text(*section.Find(name)));
 }
 
 int Show(const SettingsOptions& options, const SettingsDocument& document) {
     if (!options.section) {
         ShowSection(document.roots());
         for (const SettingsSection& section : document.sections()) {
-            fmt::print("[{}]\n", Printable(section.name()));
+            Print("[{}]\n", Printable(section.name()));
             ShowSection(section);
         }
         return kExitFine;
@@ -74,7 +75,7 @@ int RunSettings(int argumentCount, char** arguments) {
 
     const SettingsStore store(options.application);
     if (options.path) {
-        fmt::print("{}\n", store.Path(SettingsScope::userAnyHost));
+        Print("{}\n", store.Path(SettingsScope::userAnyHost));
         return kExitFine;
     }
     const char* name = options.application.c_str();

@@ -2,11 +2,11 @@
 #include "apps/vocafade/subcommand_line.h"
 
 #include "apps/vocafade/failures.h"
+#include "apps/vocafade/printing.h"
 #include "apps/vocafade/text.h"
 #include "base/file_replacement.h"
 
 #include <cerrno>
-#include <cstdio>
 #include <fmt/format.h>
 #include <system_error>
 
@@ -23,7 +23,7 @@ bool ParseSubcommand(CLI::App& app, int argumentCount, char** arguments) {
     try {
         app.parse(argumentCount, arguments);
     } catch (const CLI::CallForHelp&) {
-        fmt::print("{}", app.help());
+        PrintText(app.help());
         return true;
     } catch (const CLI::ParseError& error) {
         throw UsageError(Printable(error.what()));
@@ -48,8 +48,7 @@ std::string ReadWholeFile(const std::string& path, std::size_t most) {
 
 void WriteWhole(const std::string& path, std::string_view bytes) {
     if (path.empty()) {
-        if (std::fwrite(bytes.data(), 1, bytes.size(), stdout) != bytes.size() || std::fflush(stdout) != 0)
-            throw Failure("the output cannot be written: " + SystemReason());
+        PrintText(bytes);
         return;
     }
     FileReplacement replacement;

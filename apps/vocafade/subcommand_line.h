@@ -17,7 +17,7 @@ bool ParseSubcommand(CLI::App& app, int argumentCount, char** arguments);
 std::string ReadWholeFile(const std::string& path, std::size_t most);
 
 /// Writes `bytes` to `path`, whole or not at all; to the standard output when `path` is empty. Throws
-/// `Failure`.
+/// `Failure` (of the standard output `FinishOutput` tells).
 void WriteWhole(const std::string& path, std::string_view bytes);
 
 } // namespace vocafade::command

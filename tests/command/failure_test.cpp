@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What a user is told, and what is left on the disk, when something is in the way.
 #include "tests/command/command_fixture.h"
+#include "tests/support/run_command.h"
 
 #include <algorithm>
 #include <chrono>
@@ -19,6 +20,10 @@ constexpr int kWav16 = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
 constexpr std::int64_t kMemoryBound = 64 << 20;
 
 using Words = std::vector<std::string>;
+
+/// A bank whose chunk is empty, which changes nothing.
+const std::string kEmptyBank =
+    std::string("CcnK\0\0\0\0FBCh\0\0\0\1VfdQ\0\0\0\1\0\0\0\x40", 28) + std::string(132, '\0');
 
 TEST_F(CommandTest, BadSongsAreNamedWithTheReasonAndLeaveNothing) {
     Write("mono.wav", kWav16, Noise(100), 44100, 1);
@@ -60,6 +65,9 @@ TEST_F(CommandTest, ACommandLineThatMakesNoSenseEndsInTwoAndDoesNothing) {
     Write("a.flac", SF_FORMAT_FLAC | SF_FORMAT_PCM_16, Noise(100));
     std::ofstream(At("plain.txt")) << "text";
     fs::create_symlink("a.wav", At("link.wav"));
+    fs::create_directory(At("hard"));
+    fs::create_hard_link(At("a.wav"), At("hard/a.wav"));
+    std::ofstream(At("b.fxb"), std::ios::binary) << kEmptyBank;
     const Words before = Names();
     const auto refuses = [&](const Words& arguments, const char* reason) {
         const RunResult run = Run(arguments);
@@ -86,6 +94,9 @@ TEST_F(CommandTest, ACommandLineThatMakesNoSenseEndsInTwoAndDoesNothing) {
     refuses({"a.wav", "-o", "./sub/../a.wav"}, "over an input");
     refuses({"a.wav", "-o", "link.wav"}, "over an input");
     refuses({"a.wav", "-o", "."}, "over an input");
+    refuses({"a.flac", "a.wav", "--format", "wav", "-o", "hard/"}, "over an input");
+    refuses({"a.wav", "--bank", "b.fxb", "--format", "wav", "-o", "b.fxb"}, "over an input");
+    refuses({"a.wav", "-o", "-"}, "standard output");
     refuses({"a.wav", "-o", "b.xyz"}, "no format is known");
     refuses({"a.wav", "--format", "xyz"}, "known are .wav");
     refuses({"a.wav", "a.flac", "-o", "b.wav"}, "is no folder");
@@ -151,7 +162,8 @@ TEST_F(CommandTest, AFullTargetKeepsTheOldFileAndSaysSo) {
     ::umount(At("small").c_str());
     EXPECT_NE(wav.err.find("needs 200.0 kB, and only 65.5 kB are free"), std::string::npos) << wav.err;
     EXPECT_NE(flac.err.find("No space left on device"), std::string::npos) << flac.err;
-    EXPECT_EQ(wav.exitCode + flac.exitCode, 2);
+    EXPECT_EQ(wav.exitCode, 1);
+    EXPECT_EQ(flac.exitCode, 1);
     EXPECT_TRUE(left.empty()) << left.front();
 }
 
@@ -189,6 +201,57 @@ TEST_F(CommandTest, AnInterruptedRunDiesOfItsSignalAndLeavesNoHalfFile) {
         EXPECT_EQ(result.signal, number);
         EXPECT_TRUE(Names("out").empty());
     }
+}
+
+TEST_F(CommandTest, OutputsThatAreFullClosedOrGoneStopNoSong) {
+    Write("a.wav", kWav16, Noise(9000));
+    Write("b.wav", kWav16, Noise(9000));
+    const auto shell = [&](const std::string& line) {
+        const test::Finished run = test::RunCommand("cd '" + folder_.string() + "' && vocafade() { '" +
+                                                    VOCAFADE_COMMAND + "' \"$@\"; }; { " + line + "; }");
+        return std::to_string(run.status) + " " + run.output;
+    };
+    for (const std::string reader : {"head -c 0", "head -c 1 >/dev/null", "true"}) {
+        shell("vocafade a.wav missing.wav b.wav -j 2 -o out/ 2>&1 | " + reader);
+        EXPECT_EQ(Names("out"), (Words{"a.wav", "b.wav"})) << reader;
+        fs::remove_all(At("out"));
+    }
+    EXPECT_EQ(shell("vocafade --list-programs >/dev/full"),
+              "1 vocafade: the output cannot be written: No space left on device\n");
+    EXPECT_EQ(shell("vocafade --list-programs | head -1"), "0   1  Empty\n");
+    for (const std::string stream : {">&-", "2>&-", "2>/dev/full", ">&- 2>&-"}) {
+        EXPECT_EQ(shell("vocafade a.wav -o c.wav " + stream).substr(0, 2), "0 ") << stream;
+        EXPECT_EQ(shell("vocafade missing.wav " + stream).substr(0, 2), "1 ") << stream;
+        EXPECT_EQ(shell("vocafade --nonsense " + stream).substr(0, 2), "2 ") << stream;
+        EXPECT_EQ(Read("c.wav").frames(), 9000) << stream;
+        fs::remove(At("c.wav"));
+    }
+}
+
+TEST_F(CommandTest, AFileThatWasCutIsRenderedWithAWarning) {
+    for (const auto& [name, format] : {std::pair("a.wav", kWav16),
+                                       {"a.aiff", SF_FORMAT_AIFF | SF_FORMAT_PCM_16},
+                                       {"a.rf64", SF_FORMAT_RF64 | SF_FORMAT_PCM_16}}) {
+        Write(name, format, Noise(44100));
+        EXPECT_EQ(Run({name, "-o", "whole.flac"}).err, "") << name;
+        fs::resize_file(At(name), fs::file_size(At(name)) * 6 / 10);
+        const RunResult run = Run({name, "-o", "cut.flac"});
+        EXPECT_EQ(run.exitCode, 0) << run.err;
+        EXPECT_NE(run.err.find("the file ends early: 0.60 of 1.00 seconds"), std::string::npos)
+            << name << run.err;
+    }
+    // What a recorder into a pipe leaves is no announcement.
+    std::string endless = Content(At(Write("a.wav", kWav16, Noise(100))));
+    endless.replace(endless.find("data") + 4, 4, "\xFF\xFF\xFF\xFF");
+    std::ofstream(At("a.wav"), std::ios::binary) << endless;
+    EXPECT_EQ(Run({"a.wav", "-o", "b.wav"}).err, "");
+    // Decoders write to the standard error by themselves.
+    Write("a.mp3", SF_FORMAT_MPEG | SF_FORMAT_MPEG_LAYER_III, Noise(44100));
+    fs::resize_file(At("a.mp3"), fs::file_size(At("a.mp3")) / 2);
+    const RunResult quiet = Run({"a.mp3", "--quiet", "-o", "b.wav"});
+    EXPECT_EQ(quiet.out + quiet.err, "");
+    EXPECT_EQ(Run({"a.mp3", "missing.mp3", "--quiet", "-o", "out/"}).err,
+              "vocafade: missing.mp3: there is no such file\nvocafade: 1 of 2 songs failed\n");
 }
 
 TEST_F(CommandTest, MemoryDoesNotGrowWithTheSongAndATerminalSeesTheProgress) {

