@@ -168,6 +168,9 @@ std::unique_ptr<Surface> MakeSurface(int width, int height);
 std::unique_ptr<Surface> DecodePng(std::span<const std::byte> file);
 /// The font that comes nearest to `name`, at `pixels` high.
 std::shared_ptr<Font> OpenFont(std::string_view name, double pixels);
+/// The letter that `character` (one, valid UTF-8) is without its accents; the character itself if it has
+/// none.
+std::string BaseLetter(std::string_view character);
 /// The text with every byte that is no UTF-8, and every NUL, replaced by U+FFFD.
 std::string ValidUtf8(std::string_view text);
 /// Connects to the display of this process; null when there is none.
