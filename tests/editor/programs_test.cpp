@@ -225,5 +225,31 @@ TEST_F(Programs, TellsWhenTheBankCannotBeSavedAndKeepsTheSettings) {
     EXPECT_TRUE(ShowsItsEffect(editor, false)); // stored in memory
 }
 
+TEST_F(Programs, MessagesStayOnTheScreenHoweverLongThePath) {
+    const std::string japanese = "\xE6\xAD\x8C-folder";
+    for (const int folders : {1, 2000}) {
+        std::string path = settings / "nowhere";
+        for (int i = 0; i < folders; ++i) {
+            path += '/';
+            path += folders == 1 ? std::string(300, 'x') : japanese;
+        }
+        ::setenv("XDG_CONFIG_HOME", path.c_str(), 1); // NOLINT(concurrency-mt-unsafe)
+        HostedEditor late(user, 20, 300);
+        late.Open();
+        late.Settle();
+        windowsBefore = user.TopLevels();
+        late.Click(kSave);
+        late.Key(XK_Return);
+        late.Settle();
+        ASSERT_NE(Popup(), 0U);
+        const XUser::Bounds box = user.BoundsOf(Popup());
+        EXPECT_LE(box.width, 480);
+        EXPECT_GE(box.y, 0);
+        EXPECT_LE(box.y + box.height, 768);
+        late.Key(XK_Return);
+        EXPECT_EQ(Popup(), 0U);
+    }
+}
+
 } // namespace
 } // namespace vocafade::test
