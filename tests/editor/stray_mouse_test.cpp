@@ -66,6 +66,13 @@ TEST_F(StrayMouse, APressThatLeavesTheMenuDoesNothingElse) {
     editor.Key(XK_Escape);
     editor.Release({230, 11});
     EXPECT_EQ(editor.Value(3), 0.5f);
+    editor.Click(kSave); // nor does one that was begun in a dialog
+    const XUser::Bounds box = user.BoundsOf(Popup());
+    editor.Press({box.x - 20 + 30, box.y - 30 + box.height - 10});
+    editor.Key(XK_Escape);
+    EXPECT_EQ(Popup(), 0U);
+    editor.Release({230, 11});
+    EXPECT_EQ(editor.Value(3), 0.5f);
     editor.Click({230, 11}); // the next click counts again
     EXPECT_EQ(editor.Display(3), "400.0");
 }
