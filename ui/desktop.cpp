@@ -149,7 +149,10 @@ bool Desktop::MakeNative(CWnd& window, platform::WindowKind kind, CWnd* owner, c
 }
 
 void Desktop::Forget(CWnd& window) {
-    if (capture_ == &window) capture_ = nullptr;
+    if (capture_ == &window) {
+        capture_ = nullptr;
+        pressOpen_ = false;
+    }
     if (lastPress_ && lastPress_->top == &window) lastPress_->top = nullptr;
     std::erase(timers_, &window);
     std::erase(tops_, &window);
@@ -546,13 +549,14 @@ void Desktop::OpenPopup(std::unique_ptr<PopupWnd> popup) {
 void Desktop::ClosePopup() {
     if (popup_ == nullptr) return;
     std::unique_ptr<PopupWnd> gone = std::move(popup_);
-    pressOpen_ = false;
+    if (capture_ == nullptr) pressOpen_ = false;
     gone->DestroyWindow();
     Bury(std::move(gone));
 }
 
 void Desktop::RemoveModal(CDialog& dialog) {
-    if (std::erase(modal_, &dialog) != 0) pressOpen_ = false;
+    // A drag that somebody has captured goes on; any other press that is held now was for what goes away.
+    if (std::erase(modal_, &dialog) != 0 && capture_ == nullptr) pressOpen_ = false;
 }
 
 void Desktop::Bury(std::unique_ptr<CWnd> object) {

@@ -13,8 +13,9 @@ constexpr int kButtonWidth = 84;
 constexpr int kButtonHeight = 26;
 constexpr int kButtonGap = 8;
 constexpr int kLeastWidth = 260;
-constexpr int kWrapAt = 440; ///< pixels
-constexpr int kFrame = 64;   ///< of the window manager, and a panel of the desktop
+constexpr int kWrapAt = 440;                ///< pixels
+constexpr std::size_t kMostLineBytes = 256; ///< more are always wider: measuring them would only take time
+constexpr int kFrame = 64;                  ///< of the window manager, and a panel of the desktop
 
 struct Answer {
     int id;
@@ -32,18 +33,24 @@ std::vector<Answer> AnswersOf(UINT type) {
     }
 }
 
+bool ContinuesCharacter(char byte) { return (static_cast<unsigned char>(byte) & 0xC0) == 0x80; }
+
 /// Cuts what fits into a line off the start of a word that is too wide for one, such as a path: up to behind
-/// its last '/', else up to any character.
+/// the last '/' in it, else up to any character.
 std::string TakeLine(CFont& font, std::string& word) {
-    const std::vector<int> stops = font.native().CaretStops(word);
+    std::size_t most = std::min(word.size(), kMostLineBytes);
+    while (most < word.size() && ContinuesCharacter(word[most]))
+        --most;
+    const std::vector<int> stops = font.native().CaretStops(word.substr(0, most));
     std::size_t fitting = 0;
     std::size_t slash = 0;
     std::size_t character = 0;
-    for (std::size_t i = 1; i <= word.size(); ++i) {
-        if (i < word.size() && (static_cast<unsigned char>(word[i]) & 0xC0) == 0x80) continue;
-        if (++character < stops.size() && stops[character] > kWrapAt && fitting > 0) break;
-        fitting = i;
-        if (word[i - 1] == '/') slash = i;
+    for (std::size_t end = 1; end <= most; ++end) {
+        if (end < word.size() && ContinuesCharacter(word[end])) continue;
+        ++character;
+        if (stops[std::min(character, stops.size() - 1)] > kWrapAt && fitting > 0) break;
+        fitting = end;
+        if (word[end - 1] == '/' && end > 1) slash = end;
     }
     std::string line = word.substr(0, slash > 0 ? slash : fitting);
     word.erase(0, line.size());
@@ -63,8 +70,8 @@ std::vector<std::string> Wrapped(const CDC& dc, CFont& font, const std::string& 
         line.clear();
     };
     const auto endWord = [&] {
-        if (!line.empty() && tooWide(line + " " + word)) endLine();
-        while (tooWide(word))
+        if (!line.empty() && (word.size() > kMostLineBytes || tooWide(line + " " + word))) endLine();
+        while (word.size() > kMostLineBytes || tooWide(word))
             lines.push_back(TakeLine(font, word));
         if (!line.empty()) line += ' ';
         line += word;
