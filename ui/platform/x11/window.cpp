@@ -13,8 +13,11 @@ namespace {
 /// Bytes of a PutImage request before its pixels.
 constexpr std::uint32_t kPutImageHeader = 32;
 
-/// Beside the answers to a grab: there is no such window.
-constexpr std::uint8_t kNoHolder = 0xFF;
+/// What the server answered to a grab; also "not viewable" when there is no such window.
+template <class T>
+std::uint8_t StatusOf(const T* answer) {
+    return answer != nullptr ? answer->status : std::uint8_t{XCB_GRAB_STATUS_NOT_VIEWABLE};
+}
 
 /// A colour component of 8 bits, put where the visual wants it.
 std::uint32_t Spread(unsigned component, std::uint32_t mask) {
@@ -134,10 +137,9 @@ bool NativeWindow::Grab() {
         xcb_grab_keyboard(c, 0, holder_, XCB_CURRENT_TIME, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
     const Reply<xcb_grab_pointer_reply_t> pointerAnswer(xcb_grab_pointer_reply(c, pointer, nullptr));
     const Reply<xcb_grab_keyboard_reply_t> keysAnswer(xcb_grab_keyboard_reply(c, keys, nullptr));
-    const std::uint8_t gotPointer = pointerAnswer != nullptr ? pointerAnswer->status : kNoHolder;
-    const std::uint8_t gotKeys = keysAnswer != nullptr ? keysAnswer->status : kNoHolder;
-    for (const std::uint8_t status : {gotPointer, gotKeys}) {
-        if (status != kNoHolder && status != XCB_GRAB_STATUS_NOT_VIEWABLE) continue;
+    const std::uint8_t gotPointer = StatusOf(pointerAnswer.get());
+    const std::uint8_t gotKeys = StatusOf(keysAnswer.get());
+    if (gotPointer == XCB_GRAB_STATUS_NOT_VIEWABLE || gotKeys == XCB_GRAB_STATUS_NOT_VIEWABLE) {
         display_.InputLost(*this); // the owner is not on the screen
         return true;
     }
