@@ -33,11 +33,10 @@ CPresetSaveDlg::CPresetSaveDlg(CWnd* parent, AVocafade* effect)
 void CPresetSaveDlg::DoDataExchange(CDataExchange* exchange) {
     CDialog::DoDataExchange(exchange);
     DDX_Control(exchange, resource::kSaveDialogPrograms, programList_);
+    DDX_Control(exchange, resource::kSaveDialogName, nameField_);
 }
 
-CString CPresetSaveDlg::DisplayName(int slot) const {
-    return CheckSJISAndToUFT8(effect_->Program(slot).name);
-}
+CString CPresetSaveDlg::DisplayName(int slot) const { return CheckSJISAndToUFT8(effect_->ProgramName(slot)); }
 
 void CPresetSaveDlg::ShowNameOf(int slot) { SetDlgItemText(resource::kSaveDialogName, DisplayName(slot)); }
 
@@ -63,7 +62,7 @@ void CPresetSaveDlg::OnOK() {
     GetDlgItemText(resource::kSaveDialogName, typed);
     // A name that was left as it is keeps its bytes, even those that could not be shown.
     if (typed == DisplayName(slot_)) {
-        name_ = effect_->Program(slot_).name;
+        name_ = effect_->ProgramName(slot_);
     } else {
         name_ = CutProgramName(UTF8ToSJSINS(typed));
     }

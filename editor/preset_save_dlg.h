@@ -2,6 +2,7 @@
 #pragma once
 
 #include "base/cstring.h"
+#include "editor/name_edit.h"
 #include "ui/controls.h"
 #include "ui/dialog.h"
 
@@ -36,6 +37,7 @@ class CPresetSaveDlg : public CDialog {
     CString DisplayName(int slot) const;
 
     CComboBox programList_;
+    CNameEdit nameField_;
     int slot_ = 0;
     CString name_;
     AVocafade* effect_;

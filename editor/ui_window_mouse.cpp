@@ -84,7 +84,7 @@ void CUIWindow::OpenCopyMenu() {
     for (std::int32_t i = 0; i < kProgramCount; ++i) {
         const UINT flags = i == effect().getProgram() ? kCurrentProgramFlags : MF_STRING;
         menu.AppendMenu(flags, kFirstCopyCommand + static_cast<UINT>(i),
-                        CheckSJISAndToUFT8(effect().Program(i).name));
+                        CheckSJISAndToUFT8(effect().ProgramName(i)));
     }
     const bool shown = menu.TrackPopupMenu(TPM_RIGHTBUTTON, layout::kCopyMenuPlace.x,
                                            layout::kCopyMenuPlace.y, this, [this] { CloseCopyMenu(); });

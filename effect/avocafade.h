@@ -89,6 +89,8 @@ class AVocafade : public AudioEffectX {
     void CopyPgFrom(std::int32_t source); ///< [main-thread] copies program `source` over the current one
     /// [main-thread] Record `index` (0 to 63) of the current set.
     const AVocafadeProgram& Program(std::int32_t index) const;
+    /// [main-thread] Its name in Shift-JIS, at most 23 bytes, also where chunk or file left no terminator.
+    CString ProgramName(std::int32_t index) const;
 
     /// [main-thread] Fills the current programs from an older program list and its program files; says
     /// nothing. The values sound once a program is selected.

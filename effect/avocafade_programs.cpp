@@ -11,6 +11,12 @@ const AVocafadeProgram& AVocafade::Program(std::int32_t index) const {
     return programs_[static_cast<std::size_t>(std::clamp(index, 0, kProgramCount - 1))];
 }
 
+CString AVocafade::ProgramName(std::int32_t index) const {
+    char text[kProgramNameBytes + 1];
+    CopyName(Program(index), text);
+    return text;
+}
+
 void AVocafade::setProgram(std::int32_t program) {
     if (!IsProgram(program)) return;
     curProgram = program;

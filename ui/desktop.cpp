@@ -7,7 +7,6 @@
 #include "ui/timer_thread.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <utility>
 
 namespace vocafade {
@@ -133,7 +132,10 @@ bool Desktop::MakeNative(CWnd& window, platform::WindowKind kind, CWnd* owner, c
                          const char* title) {
     if (closed_) return false;
     auto root = std::make_unique<NativeRoot>();
-    root->window = display_->MakeWindow({kind, host_, bounds, title != nullptr ? title : ""});
+    platform::WindowRequest request{kind, host_, 0, bounds, title != nullptr ? title : ""};
+    if (const CWnd* top = RootOf(owner); top != nullptr && top->root_->window != nullptr)
+        request.owner = top->root_->window->NativeId();
+    root->window = display_->MakeWindow(request);
     if (root->window == nullptr && kind != platform::WindowKind::embedded) return false;
     root->kind = kind;
     root->owner = owner;
@@ -147,8 +149,11 @@ bool Desktop::MakeNative(CWnd& window, platform::WindowKind kind, CWnd* owner, c
 }
 
 void Desktop::Forget(CWnd& window) {
-    if (capture_ == &window) capture_ = nullptr;
-    if (pressedTop_ == &window) pressedTop_ = nullptr;
+    if (capture_ == &window) {
+        capture_ = nullptr;
+        pressOpen_ = false;
+    }
+    if (lastPress_ && lastPress_->top == &window) lastPress_->top = nullptr;
     std::erase(timers_, &window);
     std::erase(tops_, &window);
     for (CWnd* top : tops_)
@@ -194,21 +199,6 @@ CRgn Desktop::VisiblePart(const CWnd& window) {
     }
 }
 
-CWnd* Desktop::HitTest(CWnd& top, CPoint point) {
-    CWnd* at = &top;
-    if (!CRect({0, 0}, top.bounds_.Size()).PtInRect(point)) return nullptr;
-    for (;;) {
-        CWnd* found = nullptr;
-        for (auto it = at->children_.rbegin(); it != at->children_.rend() && found == nullptr; ++it)
-            if (((*it)->style_ & WS_VISIBLE) != 0 && ((*it)->style_ & WS_DISABLED) == 0 &&
-                (*it)->bounds_.PtInRect(point))
-                found = *it;
-        if (found == nullptr) return at;
-        point = point - found->bounds_.TopLeft();
-        at = found;
-    }
-}
-
 CWnd* Desktop::TopOf(const platform::Window* window) const {
     for (CWnd* top : tops_)
         if (top->root_->window.get() == window) return top;
@@ -219,12 +209,6 @@ CWnd* Desktop::MainWindow() const {
     for (CWnd* top : tops_)
         if (top->root_->kind == platform::WindowKind::embedded) return top;
     return nullptr;
-}
-
-void Desktop::SetCapture(CWnd* window) {
-    if (capture_ == window) return;
-    CWnd* before = std::exchange(capture_, window);
-    if (before != nullptr) before->SendMessage(WM_CAPTURECHANGED);
 }
 
 void Desktop::AddTimer(CWnd& window) {
@@ -353,6 +337,7 @@ void Desktop::Idle() {
     platform::Event event;
     while (!closed_ && display_->NextEvent(event))
         Handle(event);
+    if (!closed_) CheckHeldButton();
     if (!closed_) RunTimers();
     if (!closed_) RunQueue();
     if (!closed_) PaintAll();
@@ -427,8 +412,12 @@ void Desktop::Handle(const platform::Event& event) {
         frame_.SetBounds(event.area);
         return;
     }
+    // A button that is pressed again, or is not held while the mouse moves, was released unseen.
+    if (event.type == EventType::pressed ? event.button == 1
+                                         : event.type == EventType::moved && !event.leftButton)
+        LoseRelease();
     CWnd* top = TopOf(event.window);
-    if (top == nullptr) return;
+    if (top == nullptr || closed_) return;
     switch (event.type) {
     case EventType::pressed:
     case EventType::released:
@@ -478,6 +467,10 @@ void Desktop::Handle(const platform::Event& event) {
     case EventType::destroyed:
         HandleDestroyed(*top);
         break;
+    case EventType::inputLost:
+        // Put off: if the reason is the owner's end, that comes next and takes the popup with it.
+        if (popup_.get() == top) popup_->Defer([popup = popup_.get()] { popup->Cancel(); });
+        break;
     case EventType::clipboard:
         if (CWnd* focus = top->root_->focus) {
             std::string valid = platform::ValidUtf8(event.text);
@@ -499,55 +492,6 @@ bool Desktop::IsBlocked(const CWnd& top) const {
     if (popup_ != nullptr && popup_.get() != &top) return true;
     if (modal_.empty() || popup_.get() == &top) return false;
     return static_cast<const CWnd*>(modal_.back()) != &top;
-}
-
-void Desktop::HandlePress(CWnd& top, const platform::Event& event) {
-    if (IsBlocked(top)) {
-        if (popup_ == nullptr && modal_.back()->root_ != nullptr && modal_.back()->root_->window != nullptr)
-            modal_.back()->root_->window->Raise();
-        return;
-    }
-    if (event.button != 1 && popup_.get() != &top) return;
-    // The unsigned difference is right across the clock's wrap, too.
-    const bool again = pressedTop_ == &top && event.time - pressedTime_ <= display_->DoubleClickTime() &&
-                       std::abs(event.point.x - pressedAt_.x) <= display_->DoubleClickDistance() &&
-                       std::abs(event.point.y - pressedAt_.y) <= display_->DoubleClickDistance();
-    pressedTop_ = &top;
-    pressedAt_ = event.point;
-    pressedTime_ = event.time;
-    CWnd* target = capture_ != nullptr && RootOf(capture_) == &top ? capture_ : HitTest(top, event.point);
-    if (popup_.get() == &top) target = &top;
-    if (target == nullptr) return;
-    CPoint offset;
-    RootOf(target, &offset);
-    target->SendMessage(again ? WM_LBUTTONDBLCLK : WM_LBUTTONDOWN, 0, (event.point - offset).ToMessage());
-}
-
-void Desktop::HandleMouse(CWnd& top, const platform::Event& event) {
-    const bool toPopup = popup_.get() == &top;
-    CWnd* captured = capture_ != nullptr && RootOf(capture_) == &top ? capture_ : nullptr;
-    if (IsBlocked(top) && captured == nullptr) return;
-    CWnd* hit = HitTest(top, event.point);
-    CWnd* target = toPopup ? &top : captured != nullptr ? captured : hit;
-    if (target == nullptr) return;
-    CPoint offset;
-    RootOf(target, &offset);
-    const CPoint point = event.point - offset;
-    switch (event.type) {
-    case platform::EventType::released:
-        if (event.button == 1 || toPopup) target->SendMessage(WM_LBUTTONUP, 0, point.ToMessage());
-        break;
-    case platform::EventType::moved:
-        if (top.root_->window != nullptr) top.root_->window->SetCursor(target->CursorAt(point));
-        target->SendMessage(WM_MOUSEMOVE, 0, point.ToMessage());
-        break;
-    default: {
-        constexpr int kNotch = 120;
-        target->SendMessage(WM_MOUSEWHEEL, MAKEWPARAM(0, static_cast<unsigned>(event.value * kNotch)),
-                            point.ToMessage());
-        break;
-    }
-    }
 }
 
 void Desktop::SendKey(CWnd& top, UINT message, WPARAM wParam, LPARAM lParam) {
@@ -605,11 +549,15 @@ void Desktop::OpenPopup(std::unique_ptr<PopupWnd> popup) {
 void Desktop::ClosePopup() {
     if (popup_ == nullptr) return;
     std::unique_ptr<PopupWnd> gone = std::move(popup_);
+    if (capture_ == nullptr) pressOpen_ = false;
     gone->DestroyWindow();
     Bury(std::move(gone));
 }
 
-void Desktop::RemoveModal(CDialog& dialog) { std::erase(modal_, &dialog); }
+void Desktop::RemoveModal(CDialog& dialog) {
+    // A drag that somebody has captured goes on; any other press that is held now was for what goes away.
+    if (std::erase(modal_, &dialog) != 0 && capture_ == nullptr) pressOpen_ = false;
+}
 
 void Desktop::Bury(std::unique_ptr<CWnd> object) {
     if (depth_ > 0) buried_.push_back(std::move(object));

@@ -7,6 +7,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <thread>
 #include <vector>
 
@@ -124,6 +125,11 @@ class Desktop : public std::enable_shared_from_this<Desktop> {
     void Handle(const platform::Event& event);
     void HandlePress(CWnd& top, const platform::Event& event);
     void HandleMouse(CWnd& top, const platform::Event& event);
+    /// The press before this one was near it in time and place.
+    bool FollowsQuickly(const platform::Event& press) const;
+    /// Ends what the last press began, if its release has not come and cannot come any more.
+    void LoseRelease();
+    void CheckHeldButton();
     void HandleKey(CWnd& top, const platform::Event& event);
     void HandleFocus(CWnd& top, bool gained);
     void HandleDestroyed(CWnd& top);
@@ -148,9 +154,14 @@ class Desktop : public std::enable_shared_from_this<Desktop> {
     std::vector<CWnd*> tops_; ///< windows with native ones, in the order of creation
     std::vector<CWnd*> timers_;
     CWnd* capture_ = nullptr;
-    const CWnd* pressedTop_ = nullptr; ///< of the last press, for double clicks
-    CPoint pressedAt_;
-    std::uint32_t pressedTime_ = 0;
+    /// The last press, for double clicks.
+    struct Press {
+        const CWnd* top = nullptr; ///< null once it has gone
+        CPoint at;                 ///< on the screen
+        std::uint32_t time = 0;
+    };
+    std::optional<Press> lastPress_;
+    bool pressOpen_ = false; ///< a window has had the left button's press, and is to have its release
     bool shift_ = false;
     bool control_ = false;
     bool alt_ = false;

@@ -261,11 +261,12 @@ void CEdit::Char(UINT character, UINT flags) {
         return;
     }
     if (character < 0x20 || character == 0x7F || (GetStyle() & ES_READONLY) != 0) return;
+    const std::string typed = TypedText(Utf8Of(character));
     int first = 0;
     int last = 0;
     GetSel(first, last);
-    if (limit_ > 0 && Length() - (last - first) >= limit_) return;
-    Replace(Utf8Of(character));
+    if (typed.empty() || (limit_ > 0 && Length() - (last - first) >= limit_)) return;
+    Replace(typed);
 }
 
 // --- Mouse and messages

@@ -43,6 +43,8 @@ class CEdit : public CWnd {
   protected:
     LRESULT DefWindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;
     void TextChanged() override;
+    /// What typing `character` (UTF-8) enters; nothing when it is empty.
+    virtual std::string TypedText(std::string character) const { return character; }
 
   private:
     friend class CSpinButtonCtrl;

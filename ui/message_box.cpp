@@ -13,7 +13,9 @@ constexpr int kButtonWidth = 84;
 constexpr int kButtonHeight = 26;
 constexpr int kButtonGap = 8;
 constexpr int kLeastWidth = 260;
-constexpr int kWrapAt = 440; ///< pixels
+constexpr int kWrapAt = 440;                ///< pixels
+constexpr std::size_t kMostLineBytes = 256; ///< more are always wider: measuring them would only take time
+constexpr int kFrame = 64;                  ///< of the window manager, and a panel of the desktop
 
 struct Answer {
     int id;
@@ -31,42 +33,97 @@ std::vector<Answer> AnswersOf(UINT type) {
     }
 }
 
-/// Breaks lines at blanks where they would be wider than `kWrapAt`.
-CString Wrapped(const CDC& dc, const std::string& text) {
-    std::string result;
+bool ContinuesCharacter(char byte) { return (static_cast<unsigned char>(byte) & 0xC0) == 0x80; }
+
+/// Cuts what fits into a line off the start of a word that is too wide for one, such as a path: up to behind
+/// the last '/' in it, else up to any character.
+std::string TakeLine(CFont& font, std::string& word) {
+    std::size_t most = std::min(word.size(), kMostLineBytes);
+    while (most < word.size() && ContinuesCharacter(word[most]))
+        --most;
+    const std::vector<int> stops = font.native().CaretStops(word.substr(0, most));
+    std::size_t fitting = 0;
+    std::size_t slash = 0;
+    std::size_t character = 0;
+    for (std::size_t end = 1; end <= most; ++end) {
+        if (end < word.size() && ContinuesCharacter(word[end])) continue;
+        ++character;
+        if (stops[std::min(character, stops.size() - 1)] > kWrapAt && fitting > 0) break;
+        fitting = end;
+        if (word[end - 1] == '/' && end > 1) slash = end;
+    }
+    std::string line = word.substr(0, slash > 0 ? slash : fitting);
+    word.erase(0, line.size());
+    return line;
+}
+
+/// Breaks the text at its line ends, and at blanks where lines would be wider than `kWrapAt`.
+std::vector<std::string> Wrapped(const CDC& dc, CFont& font, const std::string& text) {
+    const auto tooWide = [&dc](const std::string& part) {
+        return dc.GetTextExtent(CString(part)).cx > kWrapAt;
+    };
+    std::vector<std::string> lines;
     std::string line;
     std::string word;
+    const auto endLine = [&] {
+        lines.push_back(line);
+        line.clear();
+    };
     const auto endWord = [&] {
-        if (!line.empty() && dc.GetTextExtent(CString(line + " " + word)).cx > kWrapAt) {
-            result += line + "\n";
-            line.clear();
-        }
+        if (!line.empty() && (word.size() > kMostLineBytes || tooWide(line + " " + word))) endLine();
+        while (word.size() > kMostLineBytes || tooWide(word))
+            lines.push_back(TakeLine(font, word));
         if (!line.empty()) line += ' ';
         line += word;
         word.clear();
     };
     for (const char c : text) {
-        if (c == ' ' || c == '\n') {
-            endWord();
-            if (c == '\n') {
-                result += line + "\n";
-                line.clear();
-            }
-        } else {
+        if (c != ' ' && c != '\n') {
             word += c;
+            continue;
         }
+        endWord();
+        if (c == '\n') endLine();
     }
     endWord();
-    return CString(result + line);
+    endLine();
+    return lines;
+}
+
+/// The lines as one text; of too many for `height` pixels the middle ones are left out.
+CString Joined(const CDC& dc, std::vector<std::string> lines, int height) {
+    const auto most = static_cast<std::size_t>(std::max(3, height / std::max(1, dc.GetTextExtent("").cy)));
+    if (lines.size() > most) {
+        const auto middle = lines.begin() + static_cast<std::ptrdiff_t>(most / 2);
+        *middle = "\xE2\x80\xA6";
+        lines.erase(middle + 1, lines.end() - static_cast<std::ptrdiff_t>(most - most / 2 - 1));
+    }
+    std::string text;
+    for (const std::string& line : lines)
+        text += line + "\n";
+    text.pop_back();
+    return CString(text);
+}
+
+/// Height of the screen that the editor is on.
+int ScreenHeight(const Desktop& desktop) {
+    CPoint at;
+    const CWnd* top = desktop.MainWindow();
+    platform::Window* native = top != nullptr ? Desktop::NativeOf(*top) : nullptr;
+    if (native != nullptr) at = native->ScreenPosition();
+    return desktop.display()->WorkArea(at).Height();
 }
 
 class MessageBoxDlg : public CDialog {
   public:
-    MessageBoxDlg(const char* text, UINT type) : CDialog(template_), type_(type) {
-        std::unique_ptr<CFont> font;
+    /// `height` is that of the screen.
+    MessageBoxDlg(const char* text, UINT type, int height) : CDialog(template_), type_(type) {
+        std::unique_ptr<CFont> ownFont;
+        CFont& font = theme::UseControlFont(ownFont);
         CDC dc;
-        dc.SelectObject(&theme::UseControlFont(font));
-        message_ = Wrapped(dc, platform::ValidUtf8(text));
+        dc.SelectObject(&font);
+        constexpr int kOthers = 3 * kMargin + kButtonHeight + kFrame;
+        message_ = Joined(dc, Wrapped(dc, font, platform::ValidUtf8(text)), height - kOthers);
         const CSize lines = theme::MeasureLines(dc, message_);
         const std::vector<Answer> answers = AnswersOf(type);
         const auto count = static_cast<int>(answers.size());
@@ -118,8 +175,8 @@ END_MESSAGE_MAP()
 bool AfxMessageBox(const char* text, UINT type, std::function<void(int result)> ended) {
     if (text == nullptr) text = "";
     Desktop* desktop = Desktop::Current();
-    if (desktop != nullptr) {
-        auto box = std::make_unique<MessageBoxDlg>(text, type);
+    if (desktop != nullptr && desktop->IsDisplayAlive()) {
+        auto box = std::make_unique<MessageBoxDlg>(text, type, ScreenHeight(*desktop));
         MessageBoxDlg& opened = *box;
         if (opened.DoModal(std::move(ended))) {
             desktop->Adopt(std::move(box));

@@ -31,7 +31,7 @@ constexpr unsigned HIWORD(std::uintptr_t v) { return static_cast<unsigned>((v >>
 /// wParam is 0 where nothing else is said; mouse messages carry the place as `CPoint::FromMessage(lParam)`.
 /// @{
 inline constexpr UINT WM_CREATE = 1;        ///< first message; -1 as the answer refuses the window
-inline constexpr UINT WM_DESTROY = 2;       ///< last message but for WM_NCDESTROY of the children
+inline constexpr UINT WM_DESTROY = 2;       ///< the last message; the children get theirs after it
 inline constexpr UINT WM_MOVE = 3;          ///< lParam: new place in the parent
 inline constexpr UINT WM_SIZE = 5;          ///< lParam: new client width and height in 16 bits each
 inline constexpr UINT WM_SETFOCUS = 7;      ///< the keyboard comes to this window
@@ -61,7 +61,7 @@ inline constexpr UINT WM_COPY = 769;
 inline constexpr UINT WM_PASTE = 770;
 inline constexpr UINT WM_CLEAR = 771;
 inline constexpr UINT WM_USER = 1024;
-/// Without a target: runs what was put off with `CWnd::Defer` (windows made outside a handler).
+/// Without a target: makes the windows that were put off until no handler runs (`Desktop::DeferCreate`).
 inline constexpr UINT WM_DEFERRED_CREATE = WM_USER + 4;
 /// @}
 

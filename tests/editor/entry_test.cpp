@@ -2,7 +2,10 @@
 // Numbers typed into the read-outs.
 #include "tests/editor/panel_picture.h"
 
+#include <X11/keysym.h>
+#include <chrono>
 #include <random>
+#include <thread>
 
 namespace vocafade::test {
 namespace {
@@ -12,6 +15,7 @@ constexpr CPoint kOutput{430, 192};
 constexpr CPoint kLoFreq{150, 192};
 constexpr CPoint kHiFreq{238, 192};
 constexpr CPoint kPosition{324, 192};
+constexpr CRect kField{125, 182, 180, 204}; ///< a part of the one that opens over kLoFreq
 
 struct Typed {
     CPoint readout;
@@ -164,6 +168,31 @@ TEST_F(Entry, SpinStepsByATenthAndStaysInRange) {
     editor.Key(kKeysymReturn);
     EXPECT_EQ(editor.Display(3), "20.0");
     EXPECT_TRUE(host.Calls(audioMasterBeginEdit).empty());
+}
+
+TEST_F(Entry, AHeldArrowGoesOnUntilItIsReleased) {
+    const auto idleFor = [this](int milliseconds) {
+        for (int i = 0; i < milliseconds / 20; ++i) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+            editor.Idle();
+        }
+    };
+    editor.Click(kLoFreq);
+    constexpr CPoint kArrow{125 + 1 + 15 + 47, 188}; // the upper one, behind the field
+    editor.Press(kArrow);
+    idleFor(200);
+    const Picture once = editor.Look(kField);
+    idleFor(800);
+    editor.Release(kArrow);
+    const Picture released = editor.Look(kField);
+    EXPECT_NE(released, once);
+    idleFor(600);
+    EXPECT_EQ(editor.Look(kField), released);
+    editor.Key(XK_Return);
+    // A step at once, and one each twentieth of a second after four tenths.
+    const double stepped = std::stod(editor.Display(3)) - 400.0;
+    EXPECT_GT(stepped, 0.35);
+    EXPECT_LT(stepped, 2.5);
 }
 
 TEST_F(Entry, TakesTheKeyboardAndGivesItBack) {

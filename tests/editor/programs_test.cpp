@@ -2,8 +2,10 @@
 // Copying and saving programs from the panel: the menu, the dialog and the bank file.
 #include "tests/editor/panel_picture.h"
 
+#include <X11/keysym.h>
 #include <cstring>
 #include <sys/stat.h>
+#include <xcb/xtest.h>
 
 namespace vocafade::test {
 namespace {
@@ -85,10 +87,7 @@ TEST_F(Programs, MenuLeftWithoutAChoiceChangesNothing) {
         if (byKey) {
             editor.Key(kKeysymEscape);
         } else {
-            user.MoveTo(1000, 700);
-            user.Press();
-            user.Release();
-            editor.Settle();
+            editor.Click({230, 11}); // on EDITED, where the menu leaves it uncovered
         }
         EXPECT_EQ(Popup(), 0U);
         EXPECT_TRUE(ShowsItsEffect(editor));
@@ -164,6 +163,52 @@ TEST_F(Programs, NamesKeepTheirBytesWhateverTheyAre) {
     editor.Key(kKeysymEscape);
 }
 
+TEST_F(Programs, NamesWithoutATerminatorEndWithTheirField) {
+    std::string chunk(64 * kRecord, '\0');
+    chunk.replace(63 * kRecord + kNameAt, 23, std::string(23, 'W'));
+    editor.Ask(effSetChunk, 0, static_cast<VstIntPtr>(chunk.size()), chunk.data());
+    editor.Click(kCopy);
+    const int width = user.BoundsOf(Popup()).width;
+    editor.Key(XK_Escape);
+    chunk.replace(63 * kRecord + kNameAt, 28, std::string(28, 'W')); // and no zero behind it
+    editor.Ask(effSetChunk, 0, static_cast<VstIntPtr>(chunk.size()), chunk.data());
+    editor.Click(kCopy);
+    EXPECT_EQ(user.BoundsOf(Popup()).width, width);
+    editor.Key(XK_Escape);
+    editor.Click(kSave); // of another program
+    editor.Key(XK_Return);
+    EXPECT_EQ(BankRecord(63), chunk.substr(63 * kRecord)) << "keeps all bytes";
+    editor.Click(kSave);
+    editor.Key(XK_End);
+    editor.Key(XK_Tab);
+    editor.Key(XK_End);
+    editor.Key(XK_BackSpace);
+    editor.Key(XK_Return);
+    EXPECT_EQ(BankName(63), std::string(22, 'W')) << "the last letter was the field's last";
+}
+
+TEST_F(Programs, NamesTakeOnlyWhatCanBeStored) {
+    // Letters that no Shift-JIS has, typed on a keyboard that has them, and one that it has.
+    const auto type = [this](xcb_keysym_t symbol) {
+        const xcb_keycode_t key = xcb_get_setup(user.connection())->max_keycode;
+        xcb_change_keyboard_mapping(user.connection(), 1, key, 1, &symbol);
+        editor.Settle();
+        for (const std::uint8_t event : {XCB_KEY_PRESS, XCB_KEY_RELEASE})
+            xcb_test_fake_input(user.connection(), event, key, XCB_CURRENT_TIME, user.Root(), 0, 0, 0);
+        editor.Settle();
+    };
+    editor.Click(kSave);
+    editor.Key(XK_Tab);
+    EraseText();
+    editor.Type("Caf");
+    type(XK_eacute); // goes without its accent, which the user sees
+    type(XK_ssharp); // has no other form
+    editor.Type("?");
+    type(0x1006B4C); // "song"
+    editor.Key(XK_Return);
+    EXPECT_EQ(BankName(0), "Cafe?\x89\xCC");
+}
+
 TEST_F(Programs, TellsWhenTheBankCannotBeSavedAndKeepsTheSettings) {
     WriteFile(settings / "config", "a file where the folder should be");
     editor.SetValue(3, 0.5f);
@@ -178,6 +223,32 @@ TEST_F(Programs, TellsWhenTheBankCannotBeSavedAndKeepsTheSettings) {
     editor.Key(kKeysymReturn);
     EXPECT_EQ(Popup(), 0U);
     EXPECT_TRUE(ShowsItsEffect(editor, false)); // stored in memory
+}
+
+TEST_F(Programs, MessagesStayOnTheScreenHoweverLongThePath) {
+    const std::string japanese = "\xE6\xAD\x8C-folder";
+    for (const int folders : {1, 150}) {
+        std::string path = settings / std::string(300, 'x'); // longer than a folder's name can be
+        for (int i = 0; i < folders; ++i) {
+            path += '/';
+            path += japanese;
+        }
+        ::setenv("XDG_CONFIG_HOME", path.c_str(), 1); // NOLINT(concurrency-mt-unsafe)
+        HostedEditor late(user, 20, 300);
+        late.Open();
+        late.Settle();
+        windowsBefore = user.TopLevels();
+        late.Click(kSave);
+        late.Key(XK_Return);
+        late.Settle();
+        ASSERT_NE(Popup(), 0U);
+        const XUser::Bounds box = user.BoundsOf(Popup());
+        EXPECT_LE(box.width, 480);
+        EXPECT_GE(box.y, 0);
+        EXPECT_LE(box.y + box.height, 768);
+        late.Key(XK_Return);
+        EXPECT_EQ(Popup(), 0U);
+    }
 }
 
 } // namespace

@@ -35,6 +35,8 @@ class XUser {
     /// A shown top-level window, such as a host makes for an editor, at a place of the screen.
     xcb_window_t MakeWindow(int x, int y, int width, int height);
     void DestroyWindow(xcb_window_t window);
+    void Show(xcb_window_t window);
+    void Hide(xcb_window_t window);
     /// What a window manager's close button does.
     void AskToClose(xcb_window_t window);
     /// What any client may send to another one's window: 32 bytes that claim to be an event. With a mask of 0
@@ -70,6 +72,9 @@ class XUser {
     Picture Look(xcb_window_t window, int x, int y, int width, int height);
     /// Waits until the server has handled all that was asked so far.
     void Sync();
+
+    /// For what one test alone asks of the server.
+    xcb_connection_t* connection() { return connection_; }
 
   private:
     void Fake(std::uint8_t type, std::uint8_t detail, int x = 0, int y = 0);

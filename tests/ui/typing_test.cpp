@@ -288,9 +288,11 @@ TEST_F(Menus, PressMoveReleaseChoosesInOneGo) {
 
 TEST_F(Menus, APressOutsideOrEscapeClosesItWithoutACommand) {
     ASSERT_TRUE(Open());
-    display.Click(800, 800);
+    display.Click(150, 250); // on the panel
     ASSERT_TRUE(Closed());
-    EXPECT_EQ(panel.Order({WM_COMMAND, WM_LBUTTONDOWN, WM_EXITMENULOOP}), std::vector<UINT>{WM_EXITMENULOOP});
+    Settle();
+    EXPECT_EQ(panel.Order({WM_COMMAND, WM_LBUTTONDOWN, WM_LBUTTONUP, WM_EXITMENULOOP}),
+              std::vector<UINT>{WM_EXITMENULOOP});
     panel.seen.clear();
     ASSERT_TRUE(Open());
     display.TakeHostKeys();
@@ -520,6 +522,40 @@ TEST_F(Dialogs, OpensWithoutHoldingTheHostUp) {
 #ifndef VOCAFADE_SANITIZED
     EXPECT_LT(longest, 5.0) << "milliseconds";
 #endif
+}
+
+TEST_F(Dialogs, AMessageBoxFitsOnTheScreen) {
+    const VirtualDisplay::Place screen = display.PlaceOf(display.root());
+    for (const char* part : {"x", "/folder", "word ", "line\n", "\xE6\xAD\x8C"}) {
+        std::string text;
+        while (text.size() < 6000)
+            text += part;
+        ASSERT_TRUE(AfxMessageBox(text.c_str(), MB_OK, [this](int answer) { result = answer; }));
+        ASSERT_TRUE(Until([this] { return TopWindow() != host && display.Focused() == TopWindow(); }));
+        place = display.PlaceOf(TopWindow());
+        EXPECT_GE(place.y, 0) << part;
+        EXPECT_LE(place.y + place.height, screen.height) << part;
+        EXPECT_LE(place.width, 480) << part;
+        result = 0;
+        display.Tap(XK_Return);
+        ASSERT_TRUE(Until([this] { return result == IDOK; }));
+    }
+}
+
+TEST_F(Dialogs, ADragOutlivesABoxThatComesAndGoes) {
+    display.MoveTo(150, 150);
+    display.Button(1, true);
+    ASSERT_TRUE(Until([this] { return panel.Count(WM_LBUTTONDOWN) == 1; }));
+    panel.SetCapture();
+    ASSERT_TRUE(AfxMessageBox("Something went wrong", MB_OK, [this](int answer) { result = answer; }));
+    ASSERT_TRUE(Until([this] { return TopWindow() != host && display.Focused() == TopWindow(); }));
+    display.Tap(XK_Return);
+    ASSERT_TRUE(Until([this] { return result == IDOK; }));
+    panel.seen.clear();
+    display.MoveTo(160, 160);
+    display.Button(1, false);
+    EXPECT_TRUE(Until([this] { return panel.Count(WM_LBUTTONUP) == 1; }));
+    EXPECT_EQ(panel.Count(WM_MOUSEMOVE), 1);
 }
 
 TEST_F(Dialogs, AMessageBoxAsksAndAnswers) {

@@ -77,12 +77,14 @@ enum class EventType {
     destroyed,     ///< the system destroyed the window (with the host's); it must not be used but for its end
     parentResized, ///< `area`: the host's window has this size now; `window` is null
     clipboard,     ///< `text`: what `RequestClipboard` asked for
+    inputLost,     ///< a popup does not get all input any more
 };
 
 struct Event {
     EventType type = EventType::none;
     Window* window = nullptr;
-    CPoint point; ///< in the window
+    CPoint point;       ///< in the window
+    CPoint screenPoint; ///< of a press
     CRect area;
     int button = 0;
     int value = 0;
@@ -99,14 +101,15 @@ struct Event {
 enum class WindowKind : int {
     embedded, ///< a child of the host's window
     dialog,   ///< a window with a frame of its own, above the host's
-    popup,    ///< a menu: no frame, above all, takes all input while it is shown
+    popup,    ///< a menu: no frame, above all, takes all input while it and its owner are shown
 };
 
 struct WindowRequest {
     WindowKind kind = WindowKind::embedded;
-    std::uintptr_t host = 0; ///< the host's window: the parent, or what the dialog belongs to
-    CRect bounds;            ///< in the parent, or on the screen
-    std::string title;       ///< UTF-8
+    std::uintptr_t host = 0;  ///< the host's window: the parent, or what the dialog belongs to
+    std::uintptr_t owner = 0; ///< of a popup: `NativeId` of the window that it belongs to
+    CRect bounds;             ///< in the parent, or on the screen
+    std::string title;        ///< UTF-8
 };
 
 /// A native window.
@@ -146,6 +149,8 @@ class Display {
     virtual bool NextEvent(Event& event) = 0;
     /// Sends what is pending.
     virtual void Flush() = 0;
+    /// Asks the system, now: a release that it knows of has become an event when this returns false.
+    virtual bool IsLeftButtonHeld() = 0;
     /// The part of the screen around `point` that menus may cover.
     virtual CRect WorkArea(CPoint point) = 0;
     /// Milliseconds and pixels within which two presses are a double one.
@@ -163,6 +168,9 @@ std::unique_ptr<Surface> MakeSurface(int width, int height);
 std::unique_ptr<Surface> DecodePng(std::span<const std::byte> file);
 /// The font that comes nearest to `name`, at `pixels` high.
 std::shared_ptr<Font> OpenFont(std::string_view name, double pixels);
+/// The letter that `character` (one, valid UTF-8) is without its accents; the character itself if it has
+/// none.
+std::string BaseLetter(std::string_view character);
 /// The text with every byte that is no UTF-8, and every NUL, replaced by U+FFFD.
 std::string ValidUtf8(std::string_view text);
 /// Connects to the display of this process; null when there is none.

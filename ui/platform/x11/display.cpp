@@ -281,9 +281,7 @@ std::unique_ptr<Window> XDisplay::MakeWindow(const WindowRequest& request) {
         SetNumbers(connection_, id, atoms_.netWmUserTime, XCB_ATOM_CARDINAL,
                    std::array<std::uint32_t, 1>{lastTime_});
     }
-    auto window = std::make_unique<NativeWindow>(*this, id, request);
-    windows_[id] = window.get();
-    return window;
+    return std::make_unique<NativeWindow>(*this, id, request);
 }
 
 xcb_cursor_t XDisplay::CursorFor(unsigned cursor) {
@@ -319,6 +317,22 @@ CRect XDisplay::WorkArea(CPoint point) {
 void XDisplay::Flush() {
     const SigpipeGuard guard;
     xcb_flush(connection_);
+}
+
+bool XDisplay::IsLeftButtonHeld() {
+    const SigpipeGuard guard;
+    const Reply<xcb_query_pointer_reply_t> pointer(
+        xcb_query_pointer_reply(connection_, xcb_query_pointer(connection_, screen_->root), nullptr));
+    return pointer != nullptr && (pointer->mask & XCB_BUTTON_MASK_1) != 0;
+}
+
+void XDisplay::Forget(const NativeWindow& window) {
+    std::erase_if(windows_, [&window](const auto& known) { return known.second == &window; });
+    std::erase_if(ready_, [&window](const Event& event) { return event.window == &window; });
+}
+
+void XDisplay::InputLost(NativeWindow& popup) {
+    ready_.push_back(Basic(EventType::inputLost, &popup, 0, lastTime_));
 }
 
 NativeWindow* XDisplay::Find(xcb_window_t id) const {
@@ -418,9 +432,11 @@ void XDisplay::Translate(const xcb_generic_event_t* event) {
     case XCB_MOTION_NOTIFY: {
         const auto& e = as(static_cast<const xcb_motion_notify_event_t*>(nullptr));
         lastTime_ = e.time;
-        Event out = Basic(EventType::moved, Find(e.event), e.state, e.time);
-        out.point = {e.event_x, e.event_y};
-        if (out.window != nullptr) ready_.push_back(out);
+        NativeWindow* window = Find(e.event);
+        if (window == nullptr) break;
+        Event out = Basic(EventType::moved, window, e.state, e.time);
+        out.point = window->PointOf({e.event_x, e.event_y}, {e.root_x, e.root_y});
+        ready_.push_back(out);
         break;
     }
     case XCB_LEAVE_NOTIFY: {
@@ -476,7 +492,8 @@ void XDisplay::TranslateButton(const xcb_button_press_event_t& e, bool pressed) 
                       : pressed ? EventType::pressed
                                 : EventType::released,
                       window, e.state, e.time);
-    out.point = {e.event_x, e.event_y};
+    out.screenPoint = {e.root_x, e.root_y};
+    out.point = window->PointOf({e.event_x, e.event_y}, out.screenPoint);
     out.button = e.detail;
     out.value = e.detail == 4 ? 1 : -1;
     if (e.detail == 1) out.leftButton = pressed;
@@ -501,6 +518,10 @@ void XDisplay::TranslateKey(const xcb_key_press_event_t& e, bool pressed) {
 }
 
 void XDisplay::TranslateFocus(const xcb_focus_in_event_t& e, bool gained) {
+    if (NativeWindow* popup = Find(e.event); popup != nullptr && popup->IsHolder(e.event)) {
+        if (!gained && e.mode == XCB_NOTIFY_MODE_UNGRAB) InputLost(*popup);
+        return;
+    }
     // A grab is no change of focus, and the other details are about windows around this one.
     if (e.mode == XCB_NOTIFY_MODE_GRAB || e.mode == XCB_NOTIFY_MODE_UNGRAB) return;
     if (e.detail != XCB_NOTIFY_DETAIL_ANCESTOR && e.detail != XCB_NOTIFY_DETAIL_INFERIOR &&

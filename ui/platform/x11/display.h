@@ -51,6 +51,7 @@ class XDisplay : public Display {
     std::unique_ptr<Window> MakeWindow(const WindowRequest& request) override;
     bool NextEvent(Event& event) override;
     void Flush() override;
+    bool IsLeftButtonHeld() override;
     CRect WorkArea(CPoint point) override;
     unsigned DoubleClickTime() const override { return doubleClickTime_; }
     int DoubleClickDistance() const override { return doubleClickDistance_; }
@@ -70,8 +71,12 @@ class XDisplay : public Display {
     Keyboard& keyboard() { return keyboard_; }
     bool HasWindowManager() const { return hasWindowManager_; }
     xcb_cursor_t CursorFor(unsigned cursor);
-    void Forget(xcb_window_t id) { windows_.erase(id); }
+    /// Events for `id` go to `window` from now on.
+    void Know(xcb_window_t id, NativeWindow& window) { windows_[id] = &window; }
+    /// Also what has already been made of its events.
+    void Forget(const NativeWindow& window);
     void RetryGrab(xcb_window_t popup) { grabWanted_ = popup; }
+    void InputLost(NativeWindow& popup);
 
   private:
     XDisplay(xcb_connection_t* connection, int screenNumber);
@@ -139,18 +144,26 @@ class NativeWindow : public Window {
     void Gone() { id_ = 0; }
     /// It has come onto the screen.
     void Mapped();
-    /// Takes all input for a popup; false when somebody else holds it.
+    /// Takes all input for a popup; false when that can be tried again: somebody else holds it.
     bool Grab();
+    bool IsHolder(xcb_window_t id) const { return id == holder_ && id != 0; }
+    /// The place in this window of a mouse event with these places in the event's window and on the screen.
+    CPoint PointOf(CPoint inEventWindow, CPoint onScreen) const {
+        return holder_ != 0 ? onScreen - place_ : inEventWindow;
+    }
     bool wantsKeyboard() const { return wantsKeyboard_; }
 
   private:
     void SelectEvents();
     void FocusSelf();
+    void MakeHolder(xcb_window_t owner);
 
     XDisplay& display_;
     xcb_window_t id_;
     WindowKind kind_;
     xcb_window_t host_;
+    xcb_window_t holder_ = 0; ///< of a popup: an invisible child of its owner that holds the grabs
+    CPoint place_;            ///< of a popup, on the screen
     unsigned cursor_ = 0;
     bool wantsKeyboard_ = false;
     bool rememberedFocus_ = false;

@@ -164,6 +164,13 @@ std::shared_ptr<Font> OpenFont(std::string_view name, double pixels) {
     return std::make_shared<x11::PangoTextFont>(x11::FontMap::Get(), name, pixels);
 }
 
+std::string BaseLetter(std::string_view character) {
+    gunichar base = 0;
+    g_unichar_fully_decompose(g_utf8_get_char(std::string(character).c_str()), FALSE, &base, 1);
+    char bytes[6];
+    return {bytes, static_cast<std::size_t>(g_unichar_to_utf8(base, bytes))};
+}
+
 std::string ValidUtf8(std::string_view text) {
     std::string valid;
     valid.reserve(text.size());

@@ -13,6 +13,12 @@ namespace {
 /// Bytes of a PutImage request before its pixels.
 constexpr std::uint32_t kPutImageHeader = 32;
 
+/// What the server answered to a grab; also "not viewable" when there is no such window.
+template <class T>
+std::uint8_t StatusOf(const T* answer) {
+    return answer != nullptr ? answer->status : std::uint8_t{XCB_GRAB_STATUS_NOT_VIEWABLE};
+}
+
 /// A colour component of 8 bits, put where the visual wants it.
 std::uint32_t Spread(unsigned component, std::uint32_t mask) {
     if (mask == 0) return 0;
@@ -53,14 +59,31 @@ std::vector<std::uint8_t> Pack(Surface& picture, const CRect& part, const PixelF
 } // namespace
 
 NativeWindow::NativeWindow(XDisplay& display, xcb_window_t id, const WindowRequest& request)
-    : display_(display), id_(id), kind_(request.kind), host_(static_cast<xcb_window_t>(request.host)) {}
+    : display_(display), id_(id), kind_(request.kind), host_(static_cast<xcb_window_t>(request.host)),
+      place_(request.bounds.TopLeft()) {
+    display_.Know(id_, *this);
+    if (kind_ == WindowKind::popup) MakeHolder(static_cast<xcb_window_t>(request.owner));
+}
+
+void NativeWindow::MakeHolder(xcb_window_t owner) {
+    // The server ends a grab whose window leaves the screen. So a host that hides the editor, and perhaps
+    // does not idle it from then on, cannot leave the desktop without mouse and keyboard, which a grab of the
+    // popup's own window would. One pixel, outside of the owner: it takes up no place in it.
+    xcb_connection_t* c = display_.connection();
+    holder_ = xcb_generate_id(c);
+    const std::uint32_t mask = XCB_EVENT_MASK_FOCUS_CHANGE; // tells of the end of the keyboard's grab
+    xcb_create_window(c, 0, holder_, owner, -1, -1, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_ONLY,
+                      XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK, &mask);
+    xcb_map_window(c, holder_);
+    display_.Know(holder_, *this);
+}
 
 NativeWindow::~NativeWindow() {
     const SigpipeGuard guard;
-    if (id_ == 0) return;
     if (wantsKeyboard_) NativeWindow::GiveKeyboardBack();
-    display_.Forget(id_);
-    xcb_destroy_window(display_.connection(), id_);
+    display_.Forget(*this);
+    if (holder_ != 0) xcb_destroy_window(display_.connection(), holder_); // and with it the grabs
+    if (id_ != 0) xcb_destroy_window(display_.connection(), id_);
     xcb_flush(display_.connection());
 }
 
@@ -78,6 +101,7 @@ void NativeWindow::SelectEvents() {
 void NativeWindow::SetBounds(const CRect& bounds) {
     if (id_ == 0) return;
     const SigpipeGuard guard;
+    place_ = bounds.TopLeft();
     const std::array<std::uint32_t, 4> values{static_cast<std::uint32_t>(bounds.left),
                                               static_cast<std::uint32_t>(bounds.top),
                                               static_cast<std::uint32_t>(std::max(1, bounds.Width())),
@@ -107,14 +131,19 @@ bool NativeWindow::Grab() {
     xcb_connection_t* c = display_.connection();
     constexpr std::uint16_t kPointer =
         XCB_EVENT_MASK_BUTTON_PRESS | XCB_EVENT_MASK_BUTTON_RELEASE | XCB_EVENT_MASK_POINTER_MOTION;
-    const auto pointer = xcb_grab_pointer(c, 0, id_, kPointer, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC,
+    const auto pointer = xcb_grab_pointer(c, 0, holder_, kPointer, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC,
                                           XCB_NONE, XCB_NONE, XCB_CURRENT_TIME);
     const auto keys =
-        xcb_grab_keyboard(c, 0, id_, XCB_CURRENT_TIME, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
+        xcb_grab_keyboard(c, 0, holder_, XCB_CURRENT_TIME, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
     const Reply<xcb_grab_pointer_reply_t> pointerAnswer(xcb_grab_pointer_reply(c, pointer, nullptr));
     const Reply<xcb_grab_keyboard_reply_t> keysAnswer(xcb_grab_keyboard_reply(c, keys, nullptr));
-    return pointerAnswer != nullptr && pointerAnswer->status == XCB_GRAB_STATUS_SUCCESS &&
-           keysAnswer != nullptr && keysAnswer->status == XCB_GRAB_STATUS_SUCCESS;
+    const std::uint8_t gotPointer = StatusOf(pointerAnswer.get());
+    const std::uint8_t gotKeys = StatusOf(keysAnswer.get());
+    if (gotPointer == XCB_GRAB_STATUS_NOT_VIEWABLE || gotKeys == XCB_GRAB_STATUS_NOT_VIEWABLE) {
+        display_.InputLost(*this); // the owner is not on the screen
+        return true;
+    }
+    return gotPointer == XCB_GRAB_STATUS_SUCCESS && gotKeys == XCB_GRAB_STATUS_SUCCESS;
 }
 
 void NativeWindow::Mapped() {
