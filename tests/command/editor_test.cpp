@@ -48,7 +48,7 @@ TEST_F(EditorCommands, ScreenshotShowsTheSettings) {
 }
 
 TEST_F(EditorCommands, SayWhatIsWrong) {
-    ::unsetenv("DISPLAY"); // NOLINT(concurrency-mt-unsafe)
+    test::UnsetVariable("DISPLAY");
     for (const char* command : {"screenshot", "edit"}) {
         std::vector<std::string> arguments{command};
         if (arguments[0] == "screenshot") arguments.emplace_back("out.png");
@@ -82,7 +82,7 @@ TEST_F(EditorCommands, EditOpensAWindowThatSavesAndCloses) {
     user.Release();
     EXPECT_NE(WaitForWindow(user, 1), 0U); // the dialog
     std::this_thread::sleep_for(std::chrono::milliseconds(200));
-    user.Key(test::kKeysymReturn);
+    user.Key(test::XK_Return);
     for (int i = 0; i < 200 && user.TopLevels().size() > 1; ++i) {
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
     }

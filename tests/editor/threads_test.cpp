@@ -63,7 +63,7 @@ TEST_F(Threads, AutomationGoesOnWhileTheEditorOpensWorksAndCloses) {
                          : round % 3 == 1 ? CPoint(75, 18)
                                           : CPoint(150, 192));
             editor.Settle();
-            if (round % 2 == 0) editor.Key(kKeysymEscape);
+            if (round % 2 == 0) editor.Key(XK_Escape);
             editor.Ask(effSetProgram, 0, round);
             editor.Close();
         }
@@ -82,10 +82,10 @@ TEST_F(Threads, SavesAndCopiesWhileSoundRuns) {
     {
         const AudioThread audio(editor.effect);
         editor.Click({280, 15});
-        editor.Key(kKeysymReturn);
+        editor.Key(XK_Return);
         editor.Click({75, 18});
-        editor.Key(kKeysymDown);
-        editor.Key(kKeysymReturn);
+        editor.Key(XK_Down);
+        editor.Key(XK_Return);
         editor.Click({245, 15});
     }
     EXPECT_EQ(ReadFile(BankPath()).size(), 3488U);
