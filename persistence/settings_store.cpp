@@ -44,7 +44,8 @@ std::string SafeFileName(std::string_view name) {
     if (safe.size() > kLongestName) {
         // No encoded name has a "~", so a shortened one is never another's own.
         safe.resize(kLongestName - 17);
-        safe += "~" + std::to_string(Hash(name));
+        safe += '~';
+        safe += std::to_string(Hash(name));
     }
     return safe;
 }

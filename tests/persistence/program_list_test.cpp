@@ -6,6 +6,7 @@
 #include "persistence/text_streams.h"
 #include "tests/support/temp_folder.h"
 
+#include <cstring>
 #include <gtest/gtest.h>
 #include <string>
 

@@ -219,14 +219,15 @@ TEST_F(Windows, TimersTickAtIdleAndNeverAfterTheirEnd) {
     EXPECT_EQ(panel.SetTimer(1024, 20), 1024U);
     std::this_thread::sleep_for(std::chrono::milliseconds(90));
     EXPECT_EQ(panel.Count(WM_TIMER), 0) << "ticks wait for the idle";
+    const auto start = Clock::now();
     frame.Idle();
     EXPECT_EQ(panel.Count(WM_TIMER), 1) << "and count as one";
     EXPECT_EQ(panel.seen.back(), (Seen{WM_TIMER, 0, 0}));
-    const auto start = Clock::now();
     ASSERT_TRUE(Until([this] { return panel.Count(WM_TIMER) == 6; }));
-    const double each = std::chrono::duration<double, std::milli>(Clock::now() - start).count() / 5;
-    EXPECT_GT(each, 14.0);
-    EXPECT_LT(each, 200.0) << "milliseconds; a busy machine is late";
+    // The first of the five may have been due already, and when it is late the second follows at once.
+    const auto taken = Clock::now() - start;
+    EXPECT_GE(taken, 3 * std::chrono::milliseconds(20));
+    EXPECT_LT(taken, std::chrono::seconds(3)) << "a busy machine is late";
     std::this_thread::sleep_for(std::chrono::milliseconds(30)); // a tick is due
     EXPECT_TRUE(panel.KillTimer(1024));
     panel.seen.clear();
