@@ -162,8 +162,8 @@ TEST_F(Parameters, FromTheEditorReachTheHostButNotTheEditor) {
 
 TEST_F(Parameters, EditorHearsOfSwitchesAndProgramsOnceTheyHold) {
     Listener listener(effect);
-    const auto expectSince = [&](std::vector<std::pair<std::int32_t, float>> updates,
-                                 std::vector<std::size_t> modifiedAfter) {
+    const auto expectSince = [&](const std::vector<std::pair<std::int32_t, float>>& updates,
+                                 const std::vector<std::size_t>& modifiedAfter) {
         EXPECT_EQ(listener.updates, updates);
         EXPECT_EQ(listener.modifiedAfter, modifiedAfter);
         listener.updates.clear();
@@ -176,6 +176,7 @@ TEST_F(Parameters, EditorHearsOfSwitchesAndProgramsOnceTheyHold) {
     EXPECT_EQ(listener.held.back(), 1.0f);
     expectSince({{0, 1.0f}}, {});
     std::vector<std::pair<std::int32_t, float>> all;
+    all.reserve(kParameterCount);
     for (std::int32_t i = 0; i < kParameterCount; ++i) {
         all.emplace_back(i, DefaultNormalizedValue(i));
     }

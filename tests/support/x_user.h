@@ -23,7 +23,8 @@ struct Picture {
 };
 
 /// A user with a mouse, a keyboard and eyes, on the display that DISPLAY names, and the host whose windows he
-/// works in. What he does has reached the server when the call returns.
+/// works in. What he does has reached the server when the call returns, and what he sees is what all other
+/// clients have asked for before the call.
 class XUser {
   public:
     /// Throws `std::runtime_error` without a server.
@@ -93,7 +94,7 @@ class XUser {
     /// Puts the symbols onto spare keys, as a layout that has them would.
     void AddKeys(const std::vector<xcb_keysym_t>& keysyms);
 
-    /// Waits until the server has handled all that was asked so far.
+    /// Waits until the server has handled all that any client has sent so far, and has sent the answers.
     void Sync();
 
     /// For what one test alone asks of the server.
