@@ -16,7 +16,7 @@ std::string Convert(const char* to, const char* from, const char* text, const ch
                     RefusedLength refusedLength) {
     std::string result;
     const iconv_t converter = ::iconv_open(to, from);
-    // The C library says "none" with a pointer of all ones. NOLINTNEXTLINE(performance-no-int-to-ptr)
+    // The C library says "none" with a pointer of all ones.
     if (converter == reinterpret_cast<iconv_t>(-1)) return text;
     std::string source(text);
     char* input = source.data();

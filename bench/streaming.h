@@ -18,9 +18,11 @@ class StreamingEngine : public Engine {
             std::copy_n(inL + done, run, inputL_.data() + write_);
             std::copy_n(inR + done, run, inputR_.data() + write_);
             const int read = write_ - (kFrameSize - kHop);
+            const float* doneL = accumulatorL_.data() + read;
+            const float* doneR = accumulatorR_.data() + read;
             for (int i = 0; i < run; ++i) {
-                outL[done + i] = accumulatorL_[static_cast<std::size_t>(read + i)] * 1.7f;
-                outR[done + i] = accumulatorR_[static_cast<std::size_t>(read + i)] * 1.7f;
+                outL[done + i] = doneL[i] * 1.7f;
+                outR[done + i] = doneR[i] * 1.7f;
             }
             write_ += run;
             done += run;

@@ -23,13 +23,11 @@ constexpr UINT kCharRight = 39;
 } // namespace
 
 // clang-format off
-// NOLINTBEGIN(performance-no-int-to-ptr): messages carry windows in integers
 BEGIN_MESSAGE_MAP(CFormatEdit, CEdit)
 ON_WM_KEYDOWN()
 ON_WM_CHAR()
 ON_WM_KILLFOCUS()
 END_MESSAGE_MAP()
-// NOLINTEND(performance-no-int-to-ptr)
 // clang-format on
 
 void CFormatEdit::SetFormat(int decimals, double scale) {

@@ -164,7 +164,7 @@ float AVocafade::getParameterDisplayVal(std::int32_t index) {
 }
 
 bool AVocafade::getParameterProperties(std::int32_t index, VstParameterProperties* properties) {
-    std::memset(properties, 0, sizeof *properties);
+    *properties = {};
     getParameterLabel(index, properties->label);
     const ParameterRange& row = ParameterRow(index);
     properties->flags = kVstParameterUsesIntegerMinMax | kVstParameterUsesIntStep;

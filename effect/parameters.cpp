@@ -2,8 +2,8 @@
 #include "effect/parameters.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
+#include <iterator>
 #include <limits>
 
 namespace vocafade {
@@ -13,21 +13,14 @@ constexpr double kLn2 = 0.6931471805599453;
 constexpr double kLowestDb = -100.0;
 
 /// Two rows more than there are parameters: conversions answer 0 for them.
-constexpr std::array<ParameterRange, 8> kTable{{
-    {0.0, 1.0, 1.0, 1},
-    {0.001, 2.0, 1.0, 0},
-    {0.001, 1.0, 1.0, 0},
-    {20.0, 20000.0, 400.0, 0},
-    {20.0, 20000.0, 9000.0, 0},
-    {0.0, 127.0, 64.0, 0},
-    {0.0, 0.0, 0.0, 0},
-    {0.0, 0.0, 0.0, 0},
-}};
+constexpr ParameterRange kTable[] = {
+    {0.0, 1.0, 1.0, 1},         {0.001, 2.0, 1.0, 0},  {0.001, 1.0, 1.0, 0}, {20.0, 20000.0, 400.0, 0},
+    {20.0, 20000.0, 9000.0, 0}, {0.0, 127.0, 64.0, 0}, {0.0, 0.0, 0.0, 0},   {0.0, 0.0, 0.0, 0},
+};
 constexpr ParameterRange kNoParameter{0.0, 0.0, 0.0, 0};
 
-constexpr std::array<const char*, kParameterCount> kNames{"ON/OFF", "Output", "Input",
-                                                          "LoFreq", "HiFreq", "Position"};
-constexpr std::array<const char*, kParameterCount> kLabels{"", "dB", "dB", "Hz", "Hz", ""};
+constexpr const char* kNames[kParameterCount] = {"ON/OFF", "Output", "Input", "LoFreq", "HiFreq", "Position"};
+constexpr const char* kLabels[kParameterCount] = {"", "dB", "dB", "Hz", "Hz", ""};
 
 bool IsLevel(std::int32_t index) { return index == kParameterOutput || index == kParameterInput; }
 
@@ -52,18 +45,12 @@ double InternalValue(std::int32_t index, const ParameterRange& row, float normal
 
 } // namespace
 
-const char* ParameterName(std::int32_t index) {
-    return IsParameter(index) ? kNames[static_cast<std::size_t>(index)] : "";
-}
+const char* ParameterName(std::int32_t index) { return IsParameter(index) ? kNames[index] : ""; }
 
-const char* ParameterLabel(std::int32_t index) {
-    return IsParameter(index) ? kLabels[static_cast<std::size_t>(index)] : "";
-}
+const char* ParameterLabel(std::int32_t index) { return IsParameter(index) ? kLabels[index] : ""; }
 
 const ParameterRange& ParameterRow(std::int32_t index) {
-    return index >= 0 && index < static_cast<std::int32_t>(kTable.size())
-               ? kTable[static_cast<std::size_t>(index)]
-               : kNoParameter;
+    return index >= 0 && index < std::ssize(kTable) ? kTable[index] : kNoParameter;
 }
 
 double GainToDb(double gain) { return 6.0 * std::log(gain) / kLn2; }

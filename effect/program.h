@@ -16,6 +16,7 @@ inline constexpr std::int32_t kProgramCount = 64;
 struct AVocafadeProgram {
     /// Default values, the name "Empty", everything else zero.
     AVocafadeProgram();
+    bool operator==(const AVocafadeProgram&) const = default;
 
     std::array<float, kParameterCount> values; ///< normalised, in parameter order
     char name[24];                             ///< NUL-terminated Shift-JIS, at most 23 bytes

@@ -46,7 +46,7 @@ void Process(AEffect* effect) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (size < 2) return 0;
-    ::setenv("XDG_CONFIG_HOME", "/nonexistent", 1);
+    ::setenv("XDG_CONFIG_HOME", "/nonexistent", 1); // NOLINT(concurrency-mt-unsafe): one thread
     static AVocafade* const owner = [] {
         auto* made = new AVocafade(Host); // for the whole run: its tables take long to build
         made->open();

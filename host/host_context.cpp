@@ -94,7 +94,6 @@ VstIntPtr HostContext::Callback(AEffect* effect, std::int32_t opcode, std::int32
     HostContext* context = constructing;
     if (context == nullptr && effect != nullptr)
         // The field is the host's own, and a number is its only form.
-        // NOLINTNEXTLINE(performance-no-int-to-ptr)
         context = reinterpret_cast<HostContext*>(effect->resvd1);
     if (context == nullptr) return AnswerForNobody(opcode, ptr);
     return context->Answer(opcode, index, value, ptr, opt);

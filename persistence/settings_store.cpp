@@ -43,7 +43,9 @@ std::string SafeFileName(std::string_view name) {
     if (!safe.empty() && safe.front() == '.') safe.replace(0, 1, "%2E");
     if (safe.size() > kLongestName) {
         // No encoded name has a "~", so a shortened one is never another's own.
-        safe = safe.substr(0, kLongestName - 17) + "~" + std::to_string(Hash(name));
+        safe.resize(kLongestName - 17);
+        safe += '~';
+        safe += std::to_string(Hash(name));
     }
     return safe;
 }

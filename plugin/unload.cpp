@@ -2,9 +2,9 @@
 // What the C++ library that is linked in takes for itself when it is loaded, and does not give back by
 // itself.
 
-namespace __gnu_cxx { // NOLINT(bugprone-reserved-identifier, cert-dcl37-c, cert-dcl51-cpp): the library's own
+namespace __gnu_cxx {
 /// Frees the library's reserve for exceptions that are thrown when memory has run out, 72 kB.
-void __freeres(); // NOLINT(bugprone-reserved-identifier, cert-dcl37-c, cert-dcl51-cpp)
+void __freeres();
 } // namespace __gnu_cxx
 
 namespace {

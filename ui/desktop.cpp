@@ -32,8 +32,9 @@ bool IsOrIsAbove(const CWnd& window, const CWnd* other) {
     return false;
 }
 
-/// The code point at the start of `text` (valid UTF-8), which is taken off.
+/// The code point at the start of `text` (valid UTF-8), which is taken off; 0 when there is none.
 UINT TakeCodePoint(std::string_view& text) {
+    if (text.empty()) return 0;
     const auto first = static_cast<unsigned char>(text[0]);
     const int length = first < 0x80 ? 1 : first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
     UINT value = length == 1 ? first : first & (0xFFU >> (length + 1));

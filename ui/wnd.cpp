@@ -338,7 +338,6 @@ LRESULT CWnd::DefWindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
     switch (message) {
     case WM_ERASEBKGND:
         if (class_.background.isNull || wParam == 0) return 0;
-        // Messages carry pointers as numbers. NOLINTNEXTLINE(performance-no-int-to-ptr)
         reinterpret_cast<CDC*>(wParam)->FillSolidRect(CRect({0, 0}, bounds_.Size()), class_.background.color);
         return 1;
     case WM_PAINT: {
@@ -354,7 +353,7 @@ LRESULT CWnd::DefWindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
                                         (CPoint::FromMessage(lParam) + bounds_.TopLeft()).ToMessage());
         return 0;
     case WM_SETFONT:
-        font_ = reinterpret_cast<CFont*>(wParam); // NOLINT(performance-no-int-to-ptr)
+        font_ = reinterpret_cast<CFont*>(wParam);
         if (lParam != 0) Invalidate();
         return 0;
     default:

@@ -216,9 +216,7 @@ std::int32_t AudioEffect::getMasterVersion() {
     return version != 0 ? version : 1;
 }
 
-void* AudioEffect::getDirectory() {
-    return reinterpret_cast<void*>(CallHost(audioMasterGetDirectory)); // NOLINT(performance-no-int-to-ptr)
-}
+void* AudioEffect::getDirectory() { return reinterpret_cast<void*>(CallHost(audioMasterGetDirectory)); }
 
 VstIntPtr AudioEffect::CallHost(std::int32_t opcode, std::int32_t index, VstIntPtr value, void* ptr,
                                 float opt) {

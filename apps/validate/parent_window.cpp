@@ -44,9 +44,7 @@ ParentWindow::~ParentWindow() {
     ::xcb_disconnect(connection_);
 }
 
-void* ParentWindow::handle() const {
-    return reinterpret_cast<void*>(static_cast<std::uintptr_t>(window_)); // NOLINT(performance-no-int-to-ptr)
-}
+void* ParentWindow::handle() const { return reinterpret_cast<void*>(static_cast<std::uintptr_t>(window_)); }
 
 int ParentWindow::Refresh() {
     while (xcb_generic_event_t* event = ::xcb_poll_for_event(connection_))

@@ -14,7 +14,7 @@ namespace {
 
 template <typename T>
 struct Freed {
-    void operator()(T* reply) const { std::free(reply); } // NOLINT: replies come from malloc
+    void operator()(T* reply) const { std::free(reply); }
 };
 template <typename T>
 std::unique_ptr<T, Freed<T>> Own(T* reply) {
@@ -41,8 +41,7 @@ EditorWindow::EditorWindow(host::Effect& effect, const std::string& title, Kind 
     if (width_ <= 0 || height_ <= 0) throw Failure("the editor has no size: its bitmaps are missing");
     Create(title, kind);
     // Plug-ins take the window's number in the pointer's place.
-    void* parent = reinterpret_cast<void*>( // NOLINT(performance-no-int-to-ptr)
-        static_cast<std::uintptr_t>(window_));
+    void* parent = reinterpret_cast<void*>(static_cast<std::uintptr_t>(window_));
     if (!effect_.OpenEditor(parent)) throw Failure("the plug-in cannot open its editor on this display");
 }
 

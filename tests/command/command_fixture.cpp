@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "tests/command/command_fixture.h"
 
+#include "tests/support/environment.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <cmath>
@@ -61,10 +63,10 @@ pid_t CommandTest::Start(const std::vector<std::string>& arguments, const RunLim
     const std::string err = root_ / "err";
     const pid_t process = ::fork();
     if (process != 0) return process;
-    ::setenv("HOME", root_.c_str(), 1);
-    ::setenv("XDG_CONFIG_HOME", preferences_.c_str(), 1);
-    ::setenv("TERM", "xterm", 1);
-    ::unsetenv("VST_PATH");
+    test::SetVariable("HOME", root_);
+    test::SetVariable("XDG_CONFIG_HOME", preferences_);
+    test::SetVariable("TERM", "xterm");
+    test::UnsetVariable("VST_PATH");
     ::dup2(::open("/dev/null", O_RDONLY), 0);
     ::dup2(::open(out.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), 1);
     ::dup2(terminal >= 0 ? terminal : ::open(err.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), 2);

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
 // The subcommands that show the plug-in's editor.
 #include "tests/command/command_fixture.h"
+#include "tests/support/environment.h"
 #include "tests/support/x_server.h"
 #include "tests/support/x_user.h"
 
-#include <cstdlib>
+#include <X11/keysym.h>
 #include <thread>
 
 namespace vocafade::command {
@@ -48,7 +49,7 @@ TEST_F(EditorCommands, ScreenshotShowsTheSettings) {
 }
 
 TEST_F(EditorCommands, SayWhatIsWrong) {
-    ::unsetenv("DISPLAY"); // NOLINT(concurrency-mt-unsafe)
+    test::UnsetVariable("DISPLAY");
     for (const char* command : {"screenshot", "edit"}) {
         std::vector<std::string> arguments{command};
         if (arguments[0] == "screenshot") arguments.emplace_back("out.png");
@@ -82,7 +83,7 @@ TEST_F(EditorCommands, EditOpensAWindowThatSavesAndCloses) {
     user.Release();
     EXPECT_NE(WaitForWindow(user, 1), 0U); // the dialog
     std::this_thread::sleep_for(std::chrono::milliseconds(200));
-    user.Key(test::kKeysymReturn);
+    user.Key(XK_Return);
     for (int i = 0; i < 200 && user.TopLevels().size() > 1; ++i) {
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
     }

@@ -259,7 +259,7 @@ TEST_F(CommandTest, MemoryDoesNotGrowWithTheSongAndATerminalSeesTheProgress) {
     const RunResult run = Run({"long.wav", "--dry", "-o", "out.wav"}, {.onTerminal = true});
     ASSERT_EQ(run.exitCode, 0) << run.err;
     EXPECT_EQ(Content(At("out.wav")).size(), Content(At("long.wav")).size());
-    EXPECT_NE(run.err.find("["), std::string::npos);
+    EXPECT_NE(run.err.find('['), std::string::npos);
     EXPECT_NE(run.err.find(" %"), std::string::npos);
     EXPECT_TRUE(run.err.ends_with("\r\033[K")) << "the bar is taken away at the end";
 #ifndef VOCAFADE_SANITIZED // whose shadow memory counts too

@@ -67,6 +67,7 @@ TEST_F(CommandTest, EveryFormatKeepsItsKindRateLengthTagsAndPlace) {
         Kind{"m.rf64", SF_FORMAT_RF64 | SF_FORMAT_PCM_16, 44100, true, true},
     };
     std::vector<std::string> inputs;
+    inputs.reserve(std::size(kinds));
     for (const Kind& kind : kinds)
         inputs.push_back(Write(kind.name, kind.format, Noise(30011), kind.rate));
     const RunResult dry = Run(inputs + std::vector<std::string>{"--dry", "-o", "dry"});

@@ -8,6 +8,7 @@
 #include "tests/support/x_user.h"
 #include "ui/geometry.h"
 
+#include <X11/keysym.h>
 #include <memory>
 #include <string>
 
@@ -34,10 +35,7 @@ class HostedEditor {
     void Close() { Ask(effEditClose); }
     /// Ends the effect, as a host does that removes it.
     void End();
-    void* ParentPointer() const {
-        // NOLINTNEXTLINE(performance-no-int-to-ptr): window numbers travel as pointers
-        return reinterpret_cast<void*>(static_cast<std::uintptr_t>(parent));
-    }
+    void* ParentPointer() const { return reinterpret_cast<void*>(static_cast<std::uintptr_t>(parent)); }
 
     void Idle() { Ask(effEditIdle); }
     /// Idles until everything that has happened is handled and painted.

@@ -49,12 +49,12 @@ TEST_F(Entry, TakesWhatIsTypedAndHoldsItInRange) {
         editor.Click(typed.readout);
         EXPECT_TRUE(IsOpen());
         if (typed.text[0] == '\b') {
-            editor.Key(kKeysymBackspace);
+            editor.Key(XK_BackSpace);
         } else {
             editor.Type(typed.text);
         }
         EXPECT_TRUE(host.Calls(audioMasterAutomate).empty()); // nothing before Return
-        editor.Key(kKeysymReturn);
+        editor.Key(XK_Return);
         EXPECT_EQ(editor.Display(typed.parameter), typed.shown);
         EXPECT_EQ(Automated(typed.parameter), std::vector<float>{editor.Value(typed.parameter)});
         EXPECT_EQ(host.calls.back().opcode, audioMasterEndEdit); // and no beginning
@@ -68,7 +68,7 @@ TEST_F(Entry, OpensOnTheValueThatShowsAndConfirmsItUnchanged) {
     editor.Settle();
     const std::string shown = editor.Display(3);
     editor.Click(kLoFreq);
-    editor.Key(kKeysymKeypadEnter);
+    editor.Key(XK_KP_Enter);
     EXPECT_EQ(editor.Display(3), shown);
     EXPECT_EQ(Automated(3).size(), 1U);
 }
@@ -76,7 +76,7 @@ TEST_F(Entry, OpensOnTheValueThatShowsAndConfirmsItUnchanged) {
 TEST_F(Entry, EscapeAndAPressElsewhereGiveItUp) {
     editor.Click(kOutput);
     editor.Type("3.3");
-    editor.Key(kKeysymEscape);
+    editor.Key(XK_Escape);
     EXPECT_TRUE(ShowsItsEffect(editor));
     editor.Click(kLoFreq);
     editor.Type("777");
@@ -84,14 +84,14 @@ TEST_F(Entry, EscapeAndAPressElsewhereGiveItUp) {
     EXPECT_TRUE(ShowsItsEffect(editor));
     // What was typed in vain does not come back.
     editor.Click(kLoFreq);
-    editor.Key(kKeysymReturn);
+    editor.Key(XK_Return);
     EXPECT_EQ(editor.Display(3), "400.0");
     // One field opens over another without applying it.
     editor.Click(kLoFreq);
     editor.Type("888");
     editor.Click(kHiFreq);
     editor.Type("9876");
-    editor.Key(kKeysymReturn);
+    editor.Key(XK_Return);
     EXPECT_EQ(editor.Display(3), "400.0");
     EXPECT_EQ(editor.Display(4), "9876.0");
 }
@@ -99,20 +99,20 @@ TEST_F(Entry, EscapeAndAPressElsewhereGiveItUp) {
 TEST_F(Entry, FiltersKeys) {
     editor.Click(kLoFreq);
     editor.Type("12x"); // the stray letter brings the canonical form
-    editor.Key(kKeysymEnd);
-    editor.Key(kKeysymBackspace);
+    editor.Key(XK_End);
+    editor.Key(XK_BackSpace);
     editor.Type("5%'");
-    editor.Key(kKeysymReturn);
+    editor.Key(XK_Return);
     EXPECT_EQ(editor.Display(3), "20.0"); // 12.5 is below the range
     editor.Click(kLoFreq);
     editor.Type("600");
-    editor.Key(kKeysymEnd);
+    editor.Key(XK_End);
     editor.Type("-"); // no sign in this field: 600.0
-    editor.Key(kKeysymEnd);
-    editor.Key(kKeysymLeft); // keys that move stay keys
-    editor.Key(kKeysymDelete);
+    editor.Key(XK_End);
+    editor.Key(XK_Left); // keys that move stay keys
+    editor.Key(XK_Delete);
     editor.Type("7");
-    editor.Key(kKeysymReturn);
+    editor.Key(XK_Return);
     EXPECT_EQ(editor.Display(3), "600.7");
 }
 
@@ -139,7 +139,7 @@ TEST_F(Entry, TakesAnyTextAsANumberInRangeOrNotAtAll) {
             SCOPED_TRACE(text + " into parameter " + std::to_string(field.parameter));
             editor.Click(field.readout);
             editor.Type(text);
-            editor.Key(kKeysymReturn);
+            editor.Key(XK_Return);
             const double shown = std::stod(editor.Display(field.parameter));
             EXPECT_GE(shown, field.lowest);
             EXPECT_LE(shown, field.highest);
@@ -152,20 +152,20 @@ TEST_F(Entry, TakesAnyTextAsANumberInRangeOrNotAtAll) {
 
 TEST_F(Entry, SpinStepsByATenthAndStaysInRange) {
     editor.Click(kLoFreq);
-    editor.Key(kKeysymUp);
-    editor.Key(kKeysymUp);
-    editor.Key(kKeysymReturn);
+    editor.Key(XK_Up);
+    editor.Key(XK_Up);
+    editor.Key(XK_Return);
     EXPECT_EQ(editor.Display(3), "400.2");
     editor.Click(kInput);
-    editor.Key(kKeysymUp); // at its maximum of 0 dB
-    editor.Key(kKeysymDown);
-    editor.Key(kKeysymDown);
-    editor.Key(kKeysymReturn);
+    editor.Key(XK_Up); // at its maximum of 0 dB
+    editor.Key(XK_Down);
+    editor.Key(XK_Down);
+    editor.Key(XK_Return);
     EXPECT_EQ(editor.Display(2), "-0.2");
     editor.Click(kLoFreq);
     editor.Type("20");
-    editor.Key(kKeysymDown);
-    editor.Key(kKeysymReturn);
+    editor.Key(XK_Down);
+    editor.Key(XK_Return);
     EXPECT_EQ(editor.Display(3), "20.0");
     EXPECT_TRUE(host.Calls(audioMasterBeginEdit).empty());
 }
@@ -198,7 +198,7 @@ TEST_F(Entry, AHeldArrowGoesOnUntilItIsReleased) {
 TEST_F(Entry, TakesTheKeyboardAndGivesItBack) {
     const xcb_window_t hosts = user.MakeWindow(600, 500, 50, 50);
     user.SetFocus(hosts);
-    for (const std::uint32_t end : {kKeysymReturn, kKeysymEscape}) {
+    for (const std::uint32_t end : {XK_Return, XK_Escape}) {
         editor.Click(kLoFreq);
         EXPECT_NE(user.Focus(), hosts);
         editor.Key(end);

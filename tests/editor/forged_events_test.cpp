@@ -218,7 +218,7 @@ TEST_F(Forged, SelectionsAndMappingsThatNobodyAskedFor) {
         editor.Settle();
         if (what == 1) { // and the field is still typed into
             editor.Type("1500");
-            editor.Key(kKeysymReturn);
+            editor.Key(XK_Return);
             EXPECT_EQ(editor.Display(3), "1500.0");
         }
         ExpectSane();

@@ -18,8 +18,6 @@ constexpr std::size_t kNameAt = 24;
 
 class Programs : public OpenEditorTest {
   protected:
-    Programs() { windowsBefore = user.TopLevels(); }
-
     void Name(std::int32_t program, const char* name, float loFreq) {
         const VstIntPtr current = editor.Ask(effGetProgram);
         editor.Ask(effSetProgram, 0, program);
@@ -46,13 +44,13 @@ class Programs : public OpenEditorTest {
         return value;
     }
     void EraseText() {
-        user.KeyDown(kKeysymControl);
+        user.KeyDown(XK_Control_L);
         user.Key('a');
-        user.KeyUp(kKeysymControl);
-        editor.Key(kKeysymBackspace);
+        user.KeyUp(XK_Control_L);
+        editor.Key(XK_BackSpace);
     }
 
-    std::vector<xcb_window_t> windowsBefore;
+    std::vector<xcb_window_t> windowsBefore = user.TopLevels();
 };
 
 TEST_F(Programs, MenuCopiesAnotherProgramOverTheCurrentOne) {
@@ -65,10 +63,10 @@ TEST_F(Programs, MenuCopiesAnotherProgramOverTheCurrentOne) {
     PanelState state = PanelState::Of(editor);
     state.copyOpen = true; // the button stays down as long as the menu is open
     EXPECT_TRUE(SamePicture(editor.LookAtPanel(), ExpectedPanel(state), {0, 0, 91, 214}));
-    editor.Play(0.5f);       // audio goes on meanwhile
-    editor.Key(kKeysymDown); // the current program is passed over
-    editor.Key(kKeysymDown);
-    editor.Key(kKeysymReturn);
+    editor.Play(0.5f);   // audio goes on meanwhile
+    editor.Key(XK_Down); // the current program is passed over
+    editor.Key(XK_Down);
+    editor.Key(XK_Return);
     EXPECT_EQ(Popup(), 0U);
     EXPECT_EQ(editor.Value(3), 0.75f);
     EXPECT_EQ(editor.ProgramName(0), "Third");
@@ -85,7 +83,7 @@ TEST_F(Programs, MenuLeftWithoutAChoiceChangesNothing) {
         editor.Click(kCopy);
         EXPECT_NE(Popup(), 0U);
         if (byKey) {
-            editor.Key(kKeysymEscape);
+            editor.Key(XK_Escape);
         } else {
             editor.Click({230, 11}); // on EDITED, where the menu leaves it uncovered
         }
@@ -101,10 +99,10 @@ TEST_F(Programs, SaveStoresTheCurrentSettingsUnderANewName) {
     editor.Click(kSave);
     ASSERT_NE(Popup(), 0U);
     EXPECT_TRUE(ReadFile(BankPath()).empty());
-    editor.Key(kKeysymTab); // from the list to the name
+    editor.Key(XK_Tab); // from the list to the name
     EraseText();
     editor.Type("Chorus of a very long song name");
-    editor.Key(kKeysymReturn);
+    editor.Key(XK_Return);
     EXPECT_EQ(Popup(), 0U);
     EXPECT_EQ(BankName(0), "Chorus of a very long s"); // 23 bytes
     EXPECT_EQ(BankLoFreq(0), 0.5f);
@@ -117,8 +115,8 @@ TEST_F(Programs, SaveIntoAnotherSlotLeavesTheEditedOneAsItWas) {
     Name(1, "Second", 0.25f);
     editor.SetValue(3, 0.5f);
     editor.Click(kSave);
-    editor.Key(kKeysymDown); // the next slot: its name comes into the field
-    editor.Key(kKeysymReturn);
+    editor.Key(XK_Down); // the next slot: its name comes into the field
+    editor.Key(XK_Return);
     EXPECT_EQ(editor.Ask(effGetProgram), 1);
     EXPECT_EQ(BankName(1), "Second");
     EXPECT_EQ(BankLoFreq(1), 0.5f);
@@ -132,7 +130,7 @@ TEST_F(Programs, SaveIntoAnotherSlotLeavesTheEditedOneAsItWas) {
 TEST_F(Programs, SaveCanBeGivenUp) {
     editor.SetValue(3, 0.5f);
     editor.Click(kSave);
-    editor.Key(kKeysymEscape);
+    editor.Key(XK_Escape);
     EXPECT_EQ(Popup(), 0U);
     EXPECT_FALSE(std::filesystem::exists(BankPath()));
     EXPECT_TRUE(ShowsItsEffect(editor, true));
@@ -147,20 +145,20 @@ TEST_F(Programs, NamesKeepTheirBytesWhateverTheyAre) {
     Name(0, neither.c_str(), 0.5f);
     Name(1, japanese.c_str(), 0.25f);
     editor.Click(kSave);
-    editor.Key(kKeysymReturn); // unchanged: under its existing name
+    editor.Key(XK_Return); // unchanged: under its existing name
     EXPECT_EQ(BankName(0), neither);
     EXPECT_EQ(BankName(1), japanese);
     editor.Click(kSave);
-    editor.Key(kKeysymDown);
-    editor.Key(kKeysymTab);
-    editor.Key(kKeysymEnd);
+    editor.Key(XK_Down);
+    editor.Key(XK_Tab);
+    editor.Key(XK_End);
     editor.Type("2");
-    editor.Key(kKeysymReturn);
+    editor.Key(XK_Return);
     EXPECT_EQ(BankName(1), japanese + "2"); // through UTF-8 and back
     EXPECT_EQ(BankName(0), neither);
     editor.Click(kCopy); // and they show, without harm
     EXPECT_NE(Popup(), 0U);
-    editor.Key(kKeysymEscape);
+    editor.Key(XK_Escape);
 }
 
 TEST_F(Programs, NamesWithoutATerminatorEndWithTheirField) {
@@ -213,14 +211,14 @@ TEST_F(Programs, TellsWhenTheBankCannotBeSavedAndKeepsTheSettings) {
     WriteFile(settings / "config", "a file where the folder should be");
     editor.SetValue(3, 0.5f);
     editor.Click(kSave);
-    editor.Key(kKeysymReturn);
+    editor.Key(XK_Return);
     editor.Settle();
     const xcb_window_t box = Popup();
     ASSERT_NE(box, 0U);
     EXPECT_GT(user.BoundsOf(box).width, 200);
     EXPECT_EQ(editor.Value(3), 0.5f);
     EXPECT_EQ(host.Calls(audioMasterUpdateDisplay).size(), 1U);
-    editor.Key(kKeysymReturn);
+    editor.Key(XK_Return);
     EXPECT_EQ(Popup(), 0U);
     EXPECT_TRUE(ShowsItsEffect(editor, false)); // stored in memory
 }

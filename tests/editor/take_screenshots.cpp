@@ -40,7 +40,7 @@ class Session {
         editor_.Open();
         editor_.Settle();
         editor_.Click({280, 15}); // saved, so that nothing counts as edited
-        editor_.Key(kKeysymReturn);
+        editor_.Key(XK_Return);
     }
 
     bool TakeAll() {
@@ -53,17 +53,17 @@ class Session {
         editor_.Type("180");
         Sound();
         fine &= Shoot("entry");
-        editor_.Key(kKeysymEscape);
+        editor_.Key(XK_Escape);
         editor_.Click({75, 18});
-        editor_.Key(kKeysymDown);
-        editor_.Key(kKeysymDown);
+        editor_.Key(XK_Down);
+        editor_.Key(XK_Down);
         Sound();
         fine &= Shoot("copy-menu");
-        editor_.Key(kKeysymEscape);
+        editor_.Key(XK_Escape);
         editor_.Click({280, 15});
         Sound();
         fine &= Shoot("save-dialog");
-        editor_.Key(kKeysymEscape);
+        editor_.Key(XK_Escape);
         return fine;
     }
 
@@ -104,7 +104,7 @@ int main(int count, char** arguments) {
         return 2;
     }
     vocafade::test::TempFolder settings;
-    ::setenv("XDG_CONFIG_HOME", settings.path().c_str(), 1); // NOLINT(concurrency-mt-unsafe)
+    SetVariable("XDG_CONFIG_HOME", settings.path().string());
     vocafade::test::Session session(arguments[1]);
     return session.TakeAll() ? 0 : 1;
 }

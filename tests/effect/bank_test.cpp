@@ -265,16 +265,16 @@ TEST_F(Bank, IsWholeWheneverItsWriterIsKilled) {
 }
 
 TEST_F(Bank, LivesInTheUsersConfigurationFolder) {
-    ::setenv("XDG_CONFIG_HOME", "/some/where/", 1);
+    SetVariable("XDG_CONFIG_HOME", "/some/where/");
     GetMy_SHFOLDER_PathName();
     EXPECT_EQ(SettingsFolder(), "/some/where/") << "no second slash";
-    ::setenv("HOME", "/home/somebody", 1);
+    SetVariable("HOME", "/home/somebody");
     for (const char* unusable : {"", "relative/path"}) {
-        ::setenv("XDG_CONFIG_HOME", unusable, 1);
+        SetVariable("XDG_CONFIG_HOME", unusable);
         GetMy_SHFOLDER_PathName();
         EXPECT_EQ(SettingsFolder(), "/home/somebody/.config/") << unusable;
     }
-    ::setenv("XDG_CONFIG_HOME", ("/" + std::string(3000, 'x')).c_str(), 1);
+    SetVariable("XDG_CONFIG_HOME", "/" + std::string(3000, 'x'));
     GetMy_SHFOLDER_PathName();
     EXPECT_EQ(SettingsFolder(), "/home/somebody/.config/") << "what does not fit leaves the last one";
 }

@@ -3,8 +3,8 @@
 #include "tests/support/recording_host.h"
 #include "tests/support/temp_folder.h"
 
+#include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <limits>
 
 namespace vocafade::test {
@@ -162,8 +162,8 @@ TEST_F(Parameters, FromTheEditorReachTheHostButNotTheEditor) {
 
 TEST_F(Parameters, EditorHearsOfSwitchesAndProgramsOnceTheyHold) {
     Listener listener(effect);
-    const auto expectSince = [&](std::vector<std::pair<std::int32_t, float>> updates,
-                                 std::vector<std::size_t> modifiedAfter) {
+    const auto expectSince = [&](const std::vector<std::pair<std::int32_t, float>>& updates,
+                                 const std::vector<std::size_t>& modifiedAfter) {
         EXPECT_EQ(listener.updates, updates);
         EXPECT_EQ(listener.modifiedAfter, modifiedAfter);
         listener.updates.clear();
@@ -176,6 +176,7 @@ TEST_F(Parameters, EditorHearsOfSwitchesAndProgramsOnceTheyHold) {
     EXPECT_EQ(listener.held.back(), 1.0f);
     expectSince({{0, 1.0f}}, {});
     std::vector<std::pair<std::int32_t, float>> all;
+    all.reserve(kParameterCount);
     for (std::int32_t i = 0; i < kParameterCount; ++i) {
         all.emplace_back(i, DefaultNormalizedValue(i));
     }
@@ -230,7 +231,7 @@ TEST_F(Parameters, DescribeTheirRangesInWholeNumbers) {
     constexpr std::int32_t maxima[] = {1, 2, 1, 20000, 20000, 127};
     for (std::int32_t i = 0; i < kParameterCount; ++i) {
         VstParameterProperties p;
-        std::memset(&p, 0xAA, sizeof p);
+        std::fill_n(reinterpret_cast<unsigned char*>(&p), sizeof p, 0xAA); // as a host may leave it
         ASSERT_TRUE(effect.getParameterProperties(i, &p));
         EXPECT_EQ(p.minInteger, minima[i]);
         EXPECT_EQ(p.maxInteger, maxima[i]);

@@ -23,9 +23,7 @@ namespace fs = std::filesystem;
 
 class Folders : public WithSettings {
   protected:
-    static void Point(const std::string& folder) {
-        ::setenv("XDG_CONFIG_HOME", folder.c_str(), 1); // NOLINT(concurrency-mt-unsafe): one thread
-    }
+    static void Point(const std::string& folder) { SetVariable("XDG_CONFIG_HOME", folder); }
 
     /// Opens an effect, saves into a slot and reports how many messages that gave.
     static int MessagesOfASave(const char* name = "mine") {
@@ -102,7 +100,7 @@ TEST_F(Folders, WithHostileNamesAreTakenByTheLetter) {
 }
 
 TEST_F(Folders, ThatAreRelativeOrTooLongCountAsUnset) {
-    ::setenv("HOME", (settings / "home").c_str(), 1); // NOLINT(concurrency-mt-unsafe)
+    SetVariable("HOME", settings / "home");
     fs::create_directory(settings / "work");
     const fs::path before = fs::current_path();
     fs::current_path(settings / "work");

@@ -43,7 +43,7 @@ VstIntPtr Dispatch(AEffect* effect, std::int32_t opcode, std::int32_t index, Vst
         if (FAKE_KIND == 5) {
             std::memset(ptr, 'x', 200); // far over the interface's 8, and without an end
         } else {
-            std::strcpy(static_cast<char*>(ptr), "Gain");
+            std::memcpy(ptr, "Gain", sizeof "Gain");
         }
         return 0;
     case effGetChunk:

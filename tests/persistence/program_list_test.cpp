@@ -69,7 +69,7 @@ TEST_F(ProgramList, EmptyFieldsLeaveTheValuesAlone) {
     for (const std::string body : {"\t\t\t", "26214400", "", " 1\t 1\t 1\t 1", "0\t\t \t"}) {
         AVocafadeProgram program;
         ApplyProgramBody(program, body.c_str());
-        EXPECT_EQ(std::memcmp(&program, &programs_[0], sizeof program), 0) << body;
+        EXPECT_EQ(program, programs_[0]) << body;
     }
     AVocafadeProgram program;
     ApplyProgramBody(program, "\t-99999999999999999999\t99999999999999999999\tx");
@@ -139,7 +139,7 @@ TEST_F(ProgramList, WrongListsChangeNothing) {
     for (const auto& entry : cases) {
         List(entry.text);
         EXPECT_EQ(Import().outcome, entry.outcome) << entry.text;
-        EXPECT_EQ(std::memcmp(&before, &programs_, sizeof before), 0) << entry.text;
+        EXPECT_EQ(programs_, before) << entry.text;
     }
 }
 

@@ -19,14 +19,15 @@ namespace vocafade {
 namespace {
 
 using test::ReadFile;
+using test::SetVariable;
 using test::TempFolder;
 using test::WriteFile;
 
 class Settings : public testing::Test {
   protected:
     Settings() {
-        ::setenv("XDG_CONFIG_HOME", (folder_ / "user").c_str(), 1);
-        ::setenv("XDG_CONFIG_DIRS", ("relative:" + folder_ / "system" + ":/etc/xdg").c_str(), 1);
+        SetVariable("XDG_CONFIG_HOME", folder_ / "user");
+        SetVariable("XDG_CONFIG_DIRS", "relative:" + folder_ / "system" + ":/etc/xdg");
     }
 
     static std::string Private(const char* section, const char* entry, const char* fallback = "default",

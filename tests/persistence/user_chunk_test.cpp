@@ -290,8 +290,9 @@ TEST(UserChunk, EveryTruncationAndEveryWrongSizeKeepsTheSound) {
     TempFolder folder;
     const std::string path = folder / "cut.aif";
     const std::string samples = Noise(64), value = "value";
-    const std::string whole = Form(Common(16) + Chunk("MARK", "odd") + std::string(1, '\0') + Sound(samples) +
-                                   Chunk("WVL4", Chunk("KEY ", value)) + "\0" + Chunk("ID3 ", "tags"));
+    const std::string whole =
+        Form(Common(16) + Chunk("MARK", "odd") + std::string(1, '\0') + Sound(samples) +
+             Chunk("WVL4", Chunk("KEY ", value)) + std::string(1, '\0') + Chunk("ID3 ", "tags"));
     const std::size_t sound = whole.find(samples);
     const auto check = [&](const std::string& bytes) {
         WriteFile(path, bytes);
@@ -434,13 +435,15 @@ TEST(UserChunk, FilesOfTheSoundFileLibraryKeepTheirSound) {
 }
 
 TEST(UserChunk, FilesOfTheSoundExchangeProgramKeepTheirSound) {
-    if (std::system("sox --version > /dev/null 2>&1") != 0) GTEST_SKIP() << "sox is not installed";
+    const auto succeeds = [](const std::string& command) {
+        return std::system(command.c_str()) == 0; // NOLINT(concurrency-mt-unsafe): the test has one thread
+    };
+    if (!succeeds("sox --version > /dev/null 2>&1")) GTEST_SKIP() << "sox is not installed";
     TempFolder folder;
     const std::string path = folder / "sox.aiff";
     for (const std::string form : {"-b 8 -c 1", "-b 16 -c 2", "-b 24 -c 1"}) {
-        const std::string command =
-            "sox -n " + form + " --comment odd " + path + " synth 1001s pinknoise 2>/dev/null";
-        ASSERT_EQ(std::system(command.c_str()), 0);
+        ASSERT_TRUE(
+            succeeds("sox -n " + form + " --comment odd " + path + " synth 1001s pinknoise 2>/dev/null"));
         ExpectSoundKept(path);
     }
 }

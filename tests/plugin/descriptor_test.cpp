@@ -18,7 +18,7 @@ using EntryPoint = AEffect* (*)(audioMasterCallback);
 class Plugin : public WithSettings {
   protected:
     Plugin() : library(::dlopen(VOCAFADE_PLUGIN, RTLD_NOW | RTLD_LOCAL)) {
-        if (library == nullptr) throw std::runtime_error(::dlerror());
+        if (library == nullptr) throw std::runtime_error("the plug-in cannot be loaded");
         entry = reinterpret_cast<EntryPoint>(::dlsym(library, "VSTPluginMain"));
         effect = entry(RecordingHost::Callback);
     }

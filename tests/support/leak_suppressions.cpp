@@ -3,6 +3,6 @@
 
 /// Fontconfig loses a pattern, once a process, when the first font is chosen. What the editor itself would
 /// lose at every opening is counted block by block in another test.
-extern "C" __attribute__((visibility("default"))) const char* __lsan_default_suppressions() { // NOLINT
+extern "C" __attribute__((visibility("default"))) const char* __lsan_default_suppressions() {
     return "leak:libfontconfig\n";
 }

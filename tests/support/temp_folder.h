@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "tests/support/environment.h"
+
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
@@ -53,7 +55,7 @@ inline void MakeOld(const std::filesystem::path& folder) {
 /// A test with a preferences folder of its own.
 class WithSettings : public ::testing::Test {
   protected:
-    WithSettings() { ::setenv("XDG_CONFIG_HOME", (settings / "config").c_str(), 1); }
+    WithSettings() { SetVariable("XDG_CONFIG_HOME", settings / "config"); }
 
     std::string BankPath() const { return settings / "config/VocafadeDef.fxb"; }
 

@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "tests/support/x_server.h"
 
+#include "tests/support/environment.h"
+
+#include <array>
 #include <csignal>
-#include <cstdlib>
+#include <fcntl.h>
 #include <poll.h>
 #include <stdexcept>
 #include <sys/prctl.h>
@@ -12,7 +15,8 @@
 namespace vocafade::test {
 namespace {
 
-constexpr int kStartMilliseconds = 20000;
+/// On a machine that does much else, under sanitizers: a quiet one takes a tenth of a second.
+constexpr int kStartMilliseconds = 60000;
 /// A display that no server takes by itself: they choose from 0 to 59535.
 constexpr const char* kNoDisplay = ":60000";
 
@@ -31,14 +35,16 @@ std::string ReadNumber(int from) {
 } // namespace
 
 XServer::XServer() {
-    int ends[2];
-    if (::pipe(ends) != 0) throw std::runtime_error("no pipe");
+    std::array<int, 2> ends{};
+    if (::pipe(ends.data()) != 0) throw std::runtime_error("no pipe");
+    const std::string fd = std::to_string(ends[1]);
+    const std::string screen = std::to_string(kWidth) + "x" + std::to_string(kHeight) + "x24";
     process_ = ::fork();
     if (process_ == 0) {
         ::prctl(PR_SET_PDEATHSIG, SIGKILL);
         ::close(ends[0]);
-        const std::string fd = std::to_string(ends[1]);
-        ::execlp("Xvfb", "Xvfb", "-displayfd", fd.c_str(), "-screen", "0", "1024x768x24", "-nolisten", "tcp",
+        ::dup2(::open("/dev/null", O_WRONLY | O_CLOEXEC), STDERR_FILENO);
+        ::execlp("Xvfb", "Xvfb", "-displayfd", fd.c_str(), "-screen", "0", screen.c_str(), "-nolisten", "tcp",
                  "-noreset", "-ac", static_cast<char*>(nullptr));
         ::_exit(127);
     }
@@ -50,18 +56,22 @@ XServer::XServer() {
         throw std::runtime_error("Xvfb does not start: is it installed?");
     }
     name_ = ":" + number;
-    ::setenv("DISPLAY", name_.c_str(), 1); // NOLINT(concurrency-mt-unsafe)
+    SetVariable("DISPLAY", name_);
 }
 
-XServer::~XServer() { Kill(); }
+// It is asked to end, so that it takes its lock away: two servers that start at once and find one that was
+// left behind can both come to hold its number.
+XServer::~XServer() { End(SIGTERM); }
 
-void XServer::Kill() {
+void XServer::Kill() { End(SIGKILL); }
+
+void XServer::End(int signal) {
     if (process_ <= 0) return;
-    ::kill(process_, SIGKILL);
+    ::kill(process_, signal);
     ::waitpid(process_, nullptr, 0);
     process_ = -1;
     // The number is free again, and a test beside this one may have a server under it by the next call.
-    ::setenv("DISPLAY", kNoDisplay, 1); // NOLINT(concurrency-mt-unsafe)
+    SetVariable("DISPLAY", kNoDisplay);
 }
 
 } // namespace vocafade::test

@@ -6,15 +6,19 @@
 
 namespace vocafade::test {
 
-/// A virtual X server of a test's own, up while this lives and named in DISPLAY. It ends with the test's
-/// process, however that ends.
+/// A virtual X server of a test's own, without a window manager, up while this lives and named in DISPLAY. It
+/// ends with the test's process, however that ends.
 class XServer {
   public:
-    /// Starts Xvfb with one screen of 1024 by 768 and waits until it answers. Throws `std::runtime_error`.
+    /// Starts Xvfb with one screen of `kWidth` by `kHeight` and waits until it answers. Throws
+    /// `std::runtime_error`.
     XServer();
     ~XServer();
     XServer(const XServer&) = delete;
     XServer& operator=(const XServer&) = delete;
+
+    static constexpr int kWidth = 1280;
+    static constexpr int kHeight = 1024;
 
     /// ":7", for instance.
     const std::string& name() const { return name_; }
@@ -22,6 +26,8 @@ class XServer {
     void Kill();
 
   private:
+    void End(int signal);
+
     pid_t process_ = -1;
     std::string name_;
 };

@@ -1,56 +1,75 @@
 // SPDX-License-Identifier: MIT
 #include "tests/support/x_user.h"
 
-#include <algorithm>
+#include <X11/keysym.h>
+#include <array>
 #include <cstdlib>
 #include <memory>
 #include <stdexcept>
+#include <xcb/res.h>
 #include <xcb/xtest.h>
 
 namespace vocafade::test {
 namespace {
 
 template <typename T>
-using Reply = std::unique_ptr<T, decltype(&std::free)>;
-
-template <typename T>
-Reply<T> Own(T* reply) {
+std::unique_ptr<T, decltype(&std::free)> Own(T* reply) {
     return {reply, &std::free};
 }
 
 } // namespace
 
 XUser::XUser() : connection_(::xcb_connect(nullptr, nullptr)) {
-    if (::xcb_connection_has_error(connection_) != 0) throw std::runtime_error("no X server");
-    const xcb_setup_t* setup = ::xcb_get_setup(connection_);
-    screen_ = ::xcb_setup_roots_iterator(setup).data;
-    firstKey_ = setup->min_keycode;
-    const auto count = static_cast<std::uint8_t>(setup->max_keycode - setup->min_keycode + 1);
-    const auto map = Own(::xcb_get_keyboard_mapping_reply(
-        connection_, ::xcb_get_keyboard_mapping(connection_, setup->min_keycode, count), nullptr));
-    if (map == nullptr) throw std::runtime_error("no keyboard");
-    perKey_ = map->keysyms_per_keycode;
-    const xcb_keysym_t* keysyms = ::xcb_get_keyboard_mapping_keysyms(map.get());
-    keysyms_.assign(keysyms, keysyms + static_cast<std::ptrdiff_t>(count) * perKey_);
+    if (::xcb_connection_has_error(connection_) != 0) {
+        ::xcb_disconnect(connection_);
+        throw std::runtime_error("no X server");
+    }
+    screen_ = ::xcb_setup_roots_iterator(::xcb_get_setup(connection_)).data;
 }
 
 XUser::~XUser() { ::xcb_disconnect(connection_); }
 
-xcb_window_t XUser::MakeWindow(int x, int y, int width, int height) {
+xcb_window_t XUser::MakeWindow(int x, int y, int width, int height, bool show, xcb_window_t parent) {
     const xcb_window_t window = ::xcb_generate_id(connection_);
-    const std::uint32_t values[] = {screen_->black_pixel, 1};
-    ::xcb_create_window(connection_, XCB_COPY_FROM_PARENT, window, screen_->root,
+    const std::array<std::uint32_t, 2> values{screen_->black_pixel, XCB_EVENT_MASK_KEY_PRESS |
+                                                                        XCB_EVENT_MASK_BUTTON_PRESS |
+                                                                        XCB_EVENT_MASK_FOCUS_CHANGE};
+    ::xcb_create_window(connection_, XCB_COPY_FROM_PARENT, window, parent != 0 ? parent : Root(),
                         static_cast<std::int16_t>(x), static_cast<std::int16_t>(y),
                         static_cast<std::uint16_t>(width), static_cast<std::uint16_t>(height), 0,
                         XCB_WINDOW_CLASS_INPUT_OUTPUT, screen_->root_visual,
-                        XCB_CW_BACK_PIXEL | XCB_CW_OVERRIDE_REDIRECT, values);
-    ::xcb_map_window(connection_, window);
+                        XCB_CW_BACK_PIXEL | XCB_CW_EVENT_MASK, values.data());
+    if (show) ::xcb_map_window(connection_, window);
     Sync();
     return window;
 }
 
 void XUser::DestroyWindow(xcb_window_t window) {
     ::xcb_destroy_window(connection_, window);
+    Sync();
+}
+
+void XUser::Show(xcb_window_t window) {
+    ::xcb_map_window(connection_, window);
+    Sync();
+}
+
+void XUser::Hide(xcb_window_t window) {
+    ::xcb_unmap_window(connection_, window);
+    Sync();
+}
+
+void XUser::Resize(xcb_window_t window, int width, int height) {
+    const std::array<std::uint32_t, 2> size{static_cast<std::uint32_t>(width),
+                                            static_cast<std::uint32_t>(height)};
+    ::xcb_configure_window(connection_, window, XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT,
+                           size.data());
+    Sync();
+}
+
+void XUser::Reparent(xcb_window_t window, xcb_window_t parent, int x, int y) {
+    ::xcb_reparent_window(connection_, window, parent, static_cast<std::int16_t>(x),
+                          static_cast<std::int16_t>(y));
     Sync();
 }
 
@@ -95,7 +114,16 @@ void XUser::Forge(xcb_window_t window, const std::array<std::uint8_t, 32>& event
     ::xcb_send_event(connection_, 0, window, mask, reinterpret_cast<const char*>(event.data()));
 }
 
+int XUser::TakeHostKeys() {
+    Sync();
+    int keys = 0;
+    while (const auto event = Own(::xcb_poll_for_event(connection_)))
+        if ((event->response_type & 0x7F) == XCB_KEY_PRESS) ++keys;
+    return keys;
+}
+
 std::vector<xcb_window_t> XUser::Children(xcb_window_t window) {
+    Sync();
     const auto tree =
         Own(::xcb_query_tree_reply(connection_, ::xcb_query_tree(connection_, window), nullptr));
     if (tree == nullptr) return {};
@@ -104,25 +132,37 @@ std::vector<xcb_window_t> XUser::Children(xcb_window_t window) {
 }
 
 std::vector<xcb_window_t> XUser::TopLevels() {
-    std::vector<xcb_window_t> windows = Children(screen_->root);
-    std::erase_if(windows, [this](xcb_window_t window) {
-        const auto look = Own(::xcb_get_window_attributes_reply(
-            connection_, ::xcb_get_window_attributes(connection_, window), nullptr));
-        return look == nullptr || look->map_state != XCB_MAP_STATE_VIEWABLE;
-    });
+    std::vector<xcb_window_t> windows = Children(Root());
+    std::erase_if(windows, [this](xcb_window_t window) { return !IsViewable(window); });
     return windows;
 }
 
+bool XUser::IsViewable(xcb_window_t window) {
+    Sync();
+    const auto look = Own(::xcb_get_window_attributes_reply(
+        connection_, ::xcb_get_window_attributes(connection_, window), nullptr));
+    return look != nullptr && look->map_state == XCB_MAP_STATE_VIEWABLE;
+}
+
+int XUser::Clients() {
+    Sync();
+    const auto reply =
+        Own(::xcb_res_query_clients_reply(connection_, ::xcb_res_query_clients(connection_), nullptr));
+    return reply != nullptr ? ::xcb_res_query_clients_clients_length(reply.get()) : -1;
+}
+
 XUser::Bounds XUser::BoundsOf(xcb_window_t window) {
+    Sync();
     const auto size =
         Own(::xcb_get_geometry_reply(connection_, ::xcb_get_geometry(connection_, window), nullptr));
     const auto place = Own(::xcb_translate_coordinates_reply(
-        connection_, ::xcb_translate_coordinates(connection_, window, screen_->root, 0, 0), nullptr));
+        connection_, ::xcb_translate_coordinates(connection_, window, Root(), 0, 0), nullptr));
     if (size == nullptr || place == nullptr) return {};
     return {place->dst_x, place->dst_y, size->width, size->height};
 }
 
 xcb_window_t XUser::Focus() {
+    Sync();
     const auto focus =
         Own(::xcb_get_input_focus_reply(connection_, ::xcb_get_input_focus(connection_), nullptr));
     return focus != nullptr ? focus->focus : 0;
@@ -134,8 +174,8 @@ void XUser::SetFocus(xcb_window_t window) {
 }
 
 void XUser::Fake(std::uint8_t type, std::uint8_t detail, int x, int y) {
-    ::xcb_test_fake_input(connection_, type, detail, XCB_CURRENT_TIME, screen_->root,
-                          static_cast<std::int16_t>(x), static_cast<std::int16_t>(y), 0);
+    ::xcb_test_fake_input(connection_, type, detail, XCB_CURRENT_TIME, Root(), static_cast<std::int16_t>(x),
+                          static_cast<std::int16_t>(y), 0);
     Sync();
 }
 
@@ -145,44 +185,59 @@ void XUser::Press(int button) { Fake(XCB_BUTTON_PRESS, static_cast<std::uint8_t>
 
 void XUser::Release(int button) { Fake(XCB_BUTTON_RELEASE, static_cast<std::uint8_t>(button)); }
 
-std::uint8_t XUser::KeyCodeOf(std::uint32_t keysym, bool* shifted) {
+void XUser::Click(int x, int y, int button) {
+    MoveTo(x, y);
+    Press(button);
+    Release(button);
+}
+
+XUser::Place XUser::Find(xcb_keysym_t keysym) {
+    const xcb_setup_t* setup = ::xcb_get_setup(connection_);
+    const int count = setup->max_keycode - setup->min_keycode + 1;
+    const auto map = Own(::xcb_get_keyboard_mapping_reply(
+        connection_,
+        ::xcb_get_keyboard_mapping(connection_, setup->min_keycode, static_cast<std::uint8_t>(count)),
+        nullptr));
+    if (map == nullptr) throw std::runtime_error("no keyboard");
+    const xcb_keysym_t* keysyms = ::xcb_get_keyboard_mapping_keysyms(map.get());
     for (const int level : {0, 1}) {
-        for (std::size_t key = 0; key < keysyms_.size() / static_cast<std::size_t>(perKey_); ++key) {
-            if (keysyms_[key * static_cast<std::size_t>(perKey_) + static_cast<std::size_t>(level)] != keysym)
-                continue;
-            *shifted = level == 1;
-            return static_cast<std::uint8_t>(firstKey_ + static_cast<int>(key));
+        for (int key = 0; key < count; ++key) {
+            if (keysyms[key * map->keysyms_per_keycode + level] == keysym)
+                return {static_cast<xcb_keycode_t>(setup->min_keycode + key), level == 1};
         }
     }
     throw std::runtime_error("the keyboard has no such key");
 }
 
-void XUser::KeyDown(std::uint32_t keysym) {
-    bool shifted = false;
-    Fake(XCB_KEY_PRESS, KeyCodeOf(keysym, &shifted));
-}
+void XUser::KeyDown(xcb_keysym_t keysym) { Fake(XCB_KEY_PRESS, Find(keysym).code); }
 
-void XUser::KeyUp(std::uint32_t keysym) {
-    bool shifted = false;
-    Fake(XCB_KEY_RELEASE, KeyCodeOf(keysym, &shifted));
-}
+void XUser::KeyUp(xcb_keysym_t keysym) { Fake(XCB_KEY_RELEASE, Find(keysym).code); }
 
-void XUser::Key(std::uint32_t keysym) {
-    bool shifted = false;
-    KeyCodeOf(keysym, &shifted);
-    if (shifted) KeyDown(kKeysymShift);
-    KeyDown(keysym);
-    KeyUp(keysym);
-    if (shifted) KeyUp(kKeysymShift);
+void XUser::Key(xcb_keysym_t keysym) {
+    const Place place = Find(keysym);
+    if (place.shifted) KeyDown(XK_Shift_L);
+    Fake(XCB_KEY_PRESS, place.code);
+    Fake(XCB_KEY_RELEASE, place.code);
+    if (place.shifted) KeyUp(XK_Shift_L);
 }
 
 void XUser::Type(std::string_view text) {
-    for (const char character : text) {
+    for (const char character : text)
         Key(static_cast<unsigned char>(character));
+}
+
+void XUser::AddKeys(const std::vector<xcb_keysym_t>& keysyms) {
+    // The highest key numbers are free in every layout.
+    xcb_keycode_t code = ::xcb_get_setup(connection_)->max_keycode;
+    for (const xcb_keysym_t keysym : keysyms) {
+        const std::array<xcb_keysym_t, 2> both{keysym, keysym};
+        ::xcb_change_keyboard_mapping(connection_, 1, code--, both.size(), both.data());
     }
+    Sync();
 }
 
 Picture XUser::Look(xcb_window_t window, int x, int y, int width, int height) {
+    Sync();
     const auto image = Own(::xcb_get_image_reply(
         connection_,
         ::xcb_get_image(connection_, XCB_IMAGE_FORMAT_Z_PIXMAP, window, static_cast<std::int16_t>(x),
@@ -200,7 +255,10 @@ Picture XUser::Look(xcb_window_t window, int x, int y, int width, int height) {
 }
 
 void XUser::Sync() {
-    Own(::xcb_get_input_focus_reply(connection_, ::xcb_get_input_focus(connection_), nullptr));
+    // The server answers whoever is ready in any order, and sends what it has to say to others before it
+    // looks for the next requests: a second question is answered after all that came before the first.
+    for (int i = 0; i < 2; ++i)
+        Own(::xcb_get_input_focus_reply(connection_, ::xcb_get_input_focus(connection_), nullptr));
 }
 
 } // namespace vocafade::test

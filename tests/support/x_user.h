@@ -3,7 +3,6 @@
 
 #include <array>
 #include <cstdint>
-#include <string>
 #include <string_view>
 #include <vector>
 #include <xcb/xcb.h>
@@ -23,20 +22,26 @@ struct Picture {
     bool operator==(const Picture&) const = default;
 };
 
-/// A user with a mouse, a keyboard and eyes, on the display that DISPLAY names. What he does has reached the
-/// server when the call returns.
+/// A user with a mouse, a keyboard and eyes, on the display that DISPLAY names, and the host whose windows he
+/// works in. What he does has reached the server when the call returns, and what he sees is what all other
+/// clients have asked for before the call.
 class XUser {
   public:
+    /// Throws `std::runtime_error` without a server.
     XUser();
     ~XUser();
     XUser(const XUser&) = delete;
     XUser& operator=(const XUser&) = delete;
 
-    /// A shown top-level window, such as a host makes for an editor, at a place of the screen.
-    xcb_window_t MakeWindow(int x, int y, int width, int height);
+    /// @name The host
+    /// @{
+    /// A window such as a host makes for an editor, top-level without a parent, at a place of the screen.
+    xcb_window_t MakeWindow(int x, int y, int width, int height, bool show = true, xcb_window_t parent = 0);
     void DestroyWindow(xcb_window_t window);
     void Show(xcb_window_t window);
     void Hide(xcb_window_t window);
+    void Resize(xcb_window_t window, int width, int height);
+    void Reparent(xcb_window_t window, xcb_window_t parent, int x, int y);
     /// What a window manager's close button does.
     void AskToClose(xcb_window_t window);
     /// What any client may send to another one's window: 32 bytes that claim to be an event. With a mask of 0
@@ -44,10 +49,18 @@ class XUser {
     void Forge(xcb_window_t window, const std::array<std::uint8_t, 32>& event, std::uint32_t mask = 0);
     /// Publishes these bytes as the desktop's settings, as a settings daemon does.
     void PublishSettings(std::string_view bytes);
+    /// Key presses that reached the host's windows since the last call.
+    int TakeHostKeys();
+    /// @}
+
+    /// @name The screen
+    /// @{
     xcb_window_t Root() const { return screen_->root; }
+    /// Windows below `window`, bottom to top.
     std::vector<xcb_window_t> Children(xcb_window_t window);
     /// Top-level windows that are shown, bottom to top.
     std::vector<xcb_window_t> TopLevels();
+    bool IsViewable(xcb_window_t window);
     struct Bounds {
         int x, y, width, height;
     };
@@ -56,51 +69,50 @@ class XUser {
     /// The window that the keyboard goes to.
     xcb_window_t Focus();
     void SetFocus(xcb_window_t window);
+    Picture Look(xcb_window_t window, int x, int y, int width, int height);
+    /// What the screen shows at that place, 0xRRGGBB; no colour when there is none.
+    std::uint32_t Pixel(int x, int y) {
+        const Picture point = Look(Root(), x, y, 1, 1);
+        return point.pixels.empty() ? 0xFF000000 : point.at(0, 0);
+    }
+    /// Clients that the server has, this one included.
+    int Clients();
+    /// @}
 
     /// The pointer, in screen coordinates.
     void MoveTo(int x, int y);
     void Press(int button = 1);
     void Release(int button = 1);
+    void Click(int x, int y, int button = 1);
 
-    /// A key by its X keysym, pressed and released.
-    void Key(std::uint32_t keysym);
-    void KeyDown(std::uint32_t keysym);
-    void KeyUp(std::uint32_t keysym);
+    /// A key by its X keysym, pressed and released, with Shift where the layout wants it.
+    void Key(xcb_keysym_t keysym);
+    void KeyDown(xcb_keysym_t keysym);
+    void KeyUp(xcb_keysym_t keysym);
     /// Characters of ASCII, one after the other.
     void Type(std::string_view text);
+    /// Puts the symbols onto spare keys, as a layout that has them would.
+    void AddKeys(const std::vector<xcb_keysym_t>& keysyms);
 
-    Picture Look(xcb_window_t window, int x, int y, int width, int height);
-    /// Waits until the server has handled all that was asked so far.
+    /// Waits until the server has handled all that any client has sent so far, and has sent the answers.
     void Sync();
 
     /// For what one test alone asks of the server.
     xcb_connection_t* connection() { return connection_; }
+    xcb_atom_t Atom(std::string_view name);
 
   private:
-    void Fake(std::uint8_t type, std::uint8_t detail, int x = 0, int y = 0);
-    std::uint8_t KeyCodeOf(std::uint32_t keysym, bool* shifted);
+    struct Place {
+        xcb_keycode_t code;
+        bool shifted;
+    };
 
-    xcb_atom_t Atom(std::string_view name);
+    void Fake(std::uint8_t type, std::uint8_t detail, int x = 0, int y = 0);
+    Place Find(xcb_keysym_t keysym);
 
     xcb_connection_t* connection_;
     xcb_window_t settingsWindow_ = 0;
-    xcb_screen_t* screen_;
-    std::vector<std::uint32_t> keysyms_;
-    int firstKey_ = 0;
-    int perKey_ = 1;
+    xcb_screen_t* screen_ = nullptr;
 };
-
-inline constexpr std::uint32_t kKeysymReturn = 0xFF0D;
-inline constexpr std::uint32_t kKeysymEscape = 0xFF1B;
-inline constexpr std::uint32_t kKeysymBackspace = 0xFF08;
-inline constexpr std::uint32_t kKeysymTab = 0xFF09;
-inline constexpr std::uint32_t kKeysymKeypadEnter = 0xFF8D;
-inline constexpr std::uint32_t kKeysymDelete = 0xFFFF;
-inline constexpr std::uint32_t kKeysymLeft = 0xFF51;
-inline constexpr std::uint32_t kKeysymUp = 0xFF52;
-inline constexpr std::uint32_t kKeysymDown = 0xFF54;
-inline constexpr std::uint32_t kKeysymEnd = 0xFF57;
-inline constexpr std::uint32_t kKeysymShift = 0xFFE1;
-inline constexpr std::uint32_t kKeysymControl = 0xFFE3;
 
 } // namespace vocafade::test

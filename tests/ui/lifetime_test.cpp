@@ -18,29 +18,29 @@ namespace {
 using Hosts = Desk;
 
 TEST_F(Hosts, MayHideResizeAndReparentTheirWindow) {
-    display.Map(host, false);
+    user.Hide(host);
     panel.color = RGB(1, 200, 3);
     panel.Invalidate();
     Settle();
-    display.Map(host, true);
-    EXPECT_TRUE(Until([this] { return display.Pixel(300, 200) == 0x01C803; }))
+    user.Show(host);
+    EXPECT_TRUE(Until([this] { return user.Pixel(300, 200) == 0x01C803; }))
         << "drawn while hidden, shown after";
-    display.Resize(host, 700, 350);
+    user.Resize(host, 700, 350);
     EXPECT_TRUE(Until([this] { return frame.bounds() == CRect(0, 0, 700, 350); }));
     EXPECT_EQ(panel.bounds(), CRect(0, 0, 460, 210));
-    const xcb_window_t outer = display.MakeHostWindow(300, 400, 600, 400);
-    display.Reparent(host, outer, 20, 30);
+    const xcb_window_t outer = user.MakeWindow(300, 400, 600, 400);
+    user.Reparent(host, outer, 20, 30);
     panel.seen.clear();
-    EXPECT_TRUE(Until([this] { return display.Pixel(330, 440) == 0x01C803; }));
-    display.Click(340, 450);
+    EXPECT_TRUE(Until([this] { return user.Pixel(330, 440) == 0x01C803; }));
+    user.Click(340, 450);
     ASSERT_TRUE(Until([this] { return panel.Count(WM_LBUTTONDOWN) == 1; }));
     // A menu opens where the panel is now.
     CMenu menu;
     menu.AppendMenu(MF_STRING, 1, "Item");
     ASSERT_TRUE(menu.TrackPopupMenu(0, 10, 10, &panel));
     ASSERT_TRUE(Until([&] { return TopWindow() != outer; }));
-    EXPECT_EQ(display.PlaceOf(TopWindow()).x, 330);
-    EXPECT_EQ(display.PlaceOf(TopWindow()).y, 440);
+    EXPECT_EQ(user.BoundsOf(TopWindow()).x, 330);
+    EXPECT_EQ(user.BoundsOf(TopWindow()).y, 440);
 }
 
 TEST_F(Hosts, MayDestroyTheirWindowFirst) {
@@ -54,7 +54,7 @@ TEST_F(Hosts, MayDestroyTheirWindowFirst) {
     ASSERT_TRUE(menu.TrackPopupMenu(0, 10, 10, &panel, [&] { closed = true; }));
     Settle();
     ASSERT_NE(TopWindow(), host);
-    display.Destroy(host);
+    user.DestroyWindow(host);
     EXPECT_TRUE(Until([this] { return TopWindow() == 0; })) << "the menu has gone, too";
     EXPECT_FALSE(closed);
     panel.Invalidate();
@@ -71,7 +71,7 @@ TEST_F(Hosts, MayDestroyTheirWindowFirst) {
 }
 
 TEST_F(Hosts, MayOpenTheEditorBeforeTheirWindowShows) {
-    const xcb_window_t late = display.MakeHostWindow(100, 500, 500, 300, false);
+    const xcb_window_t late = user.MakeWindow(100, 500, 500, 300, false);
     CFrameWnd other;
     Recorder second;
     ASSERT_TRUE(other.AttachHost(Native(late)));
@@ -82,12 +82,12 @@ TEST_F(Hosts, MayOpenTheEditorBeforeTheirWindowShows) {
     field.SetFocus();
     for (int i = 0; i < 5; ++i)
         other.Idle();
-    EXPECT_EQ(display.Focused(), host) << "a window that nobody sees takes no keyboard";
-    display.Map(late);
+    EXPECT_EQ(user.Focus(), host) << "a window that nobody sees takes no keyboard";
+    user.Show(late);
     const auto step = [&] { other.Idle(); };
-    EXPECT_TRUE(WaitFor(step, [&] { return display.Pixel(250, 550) == 0x0A78C8; }));
+    EXPECT_TRUE(WaitFor(step, [&] { return user.Pixel(250, 550) == 0x0A78C8; }));
     // Two editors at once know nothing of each other.
-    display.Click(250, 550);
+    user.Click(250, 550);
     ASSERT_TRUE(WaitFor(step, [&] { return second.Count(WM_LBUTTONDOWN) == 1; }));
     Settle();
     EXPECT_EQ(panel.Count(WM_LBUTTONDOWN), 0);
@@ -104,7 +104,7 @@ TEST_F(Hosts, SurviveTheirDisplayGoingAway) {
     ASSERT_TRUE(menu.TrackPopupMenu(0, 10, 10, &panel));
     CDC shot;
     shot.CreateBitmapDC(460, 210);
-    display.Kill();
+    server.Kill();
     for (int i = 0; i < 50; ++i) {
         panel.Invalidate();
         CClientDC dc(&panel);
@@ -130,10 +130,10 @@ TEST_F(Hosts, MayIdleSlowlyOrQuickly) {
         panel.seen.clear();
         const auto period = std::chrono::microseconds(1000000 / hertz);
         for (int i = 0; i < hertz; ++i) { // a second of dragging
-            if (i == 2) display.Button(1, true);
+            if (i == 2) user.Press();
             for (int j = 0; j < 120 / hertz; ++j)
-                display.MoveTo(150 + i * 2, 150 + j);
-            if (i == hertz - 2) display.Button(1, false);
+                user.MoveTo(150 + i * 2, 150 + j);
+            if (i == hertz - 2) user.Release();
             frame.Idle();
             std::this_thread::sleep_for(period);
         }
@@ -196,26 +196,26 @@ TEST_F(Hosts, OpenAndCloseTwoHundredTimesWithoutALoss) {
         opened.Idle();
         window.DestroyWindow();
         opened.DetachHost();
-        display.TakeHostKeys(); // the host's own client keeps what nobody fetches
+        user.TakeHostKeys(); // the host's own client keeps what nobody fetches
     };
-    const int clients = display.Clients() - 1; // without the editor of `SetUp`
+    const int clients = user.Clients() - 1; // without the editor of `SetUp`
     frame.DetachHost();
     for (int i = 0; i < 20; ++i)
         once();
-    ASSERT_TRUE(WaitFor([] {}, [&] { return display.Clients() == clients; }));
-    const std::size_t windows = display.Children().size() + display.Children(host).size();
+    ASSERT_TRUE(WaitFor([] {}, [&] { return user.Clients() == clients; }));
+    const std::size_t windows = user.Children(user.Root()).size() + user.Children(host).size();
     const int threads = Entries("task");
     const int descriptors = Entries("fd");
     const long blocks = LiveBlocks();
     for (int i = 0; i < 200; ++i)
         once();
-    EXPECT_TRUE(WaitFor([] {}, [&] { return display.Clients() == clients; })) << "connections are left";
-    EXPECT_EQ(display.Children().size() + display.Children(host).size(), windows);
+    EXPECT_TRUE(WaitFor([] {}, [&] { return user.Clients() == clients; })) << "connections are left";
+    EXPECT_EQ(user.Children(user.Root()).size() + user.Children(host).size(), windows);
     EXPECT_EQ(Entries("task"), threads);
     EXPECT_EQ(Entries("fd"), descriptors);
     // The libraries' caches move a little; one small object an opening would be two hundred.
     EXPECT_LT(LiveBlocks() - blocks, 40);
-    EXPECT_EQ(display.Focused(), host);
+    EXPECT_EQ(user.Focus(), host);
 }
 
 } // namespace

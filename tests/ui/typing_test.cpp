@@ -36,15 +36,15 @@ class Typing : public Desk {
         Desk::SetUp();
         ASSERT_TRUE(field.Create(WS_CHILD | WS_VISIBLE, {10, 10, 210, 32}, &panel, 18001));
         field.SetFocus();
-        ASSERT_TRUE(Until([this] { return display.Focused() == PanelId(); }));
+        ASSERT_TRUE(Until([this] { return user.Focus() == PanelId(); }));
     }
     bool Shows(const std::string& text) {
         return Until([&] { return field.text() == text; });
     }
     void Chord(xcb_keysym_t modifier, xcb_keysym_t key) {
-        display.Key(modifier, true);
-        display.Tap(key);
-        display.Key(modifier, false);
+        user.KeyDown(modifier);
+        user.Key(key);
+        user.KeyUp(modifier);
     }
 
     Field field;
@@ -52,7 +52,7 @@ class Typing : public Desk {
 
 TEST_F(Typing, KeysHaveTheirCodesAndCharacters) {
     for (const xcb_keysym_t key : {XK_Return, XK_KP_Enter, XK_Escape, XK_BackSpace, XK_Left, XK_Right, XK_p})
-        display.Tap(key);
+        user.Key(key);
     ASSERT_TRUE(Until([this] { return field.characters.size() == 7; }));
     EXPECT_EQ(field.keys,
               (std::vector<UINT>{36, 35, 53, kKeyBackspace, kKeyLeft, kKeyRight, kKeyCharacter + 'P'}));
@@ -67,25 +67,25 @@ TEST_F(Typing, KeysHaveTheirCodesAndCharacters) {
 }
 
 TEST_F(Typing, JapaneseFromTheLayoutAndAccentsFromTheComposeKey) {
-    display.AddKeys({kUnicode | 0x6B4C, kUnicode | 0x3042, XK_kana_A, XK_Multi_key, XK_dead_acute});
+    user.AddKeys({kUnicode | 0x6B4C, kUnicode | 0x3042, XK_kana_A, XK_Multi_key, XK_dead_acute});
     Settle();
-    display.Tap(kUnicode | 0x6B4C);
-    display.Tap(kUnicode | 0x3042);
-    display.Tap(XK_kana_A);
+    user.Key(kUnicode | 0x6B4C);
+    user.Key(kUnicode | 0x3042);
+    user.Key(XK_kana_A);
     EXPECT_TRUE(Shows("\xE6\xAD\x8C\xE3\x81\x82\xE3\x82\xA2")) << field.text();
-    display.Tap(XK_BackSpace);
+    user.Key(XK_BackSpace);
     EXPECT_TRUE(Shows("\xE6\xAD\x8C\xE3\x81\x82")) << "a character goes whole";
     for (const xcb_keysym_t key : {XK_Multi_key, XK_o, XK_slash})
-        display.Tap(key);
+        user.Key(key);
     EXPECT_TRUE(Shows("\xE6\xAD\x8C\xE3\x81\x82\xC3\xB8")) << field.text();
-    display.Tap(XK_dead_acute);
-    display.Tap(XK_e);
+    user.Key(XK_dead_acute);
+    user.Key(XK_e);
     EXPECT_TRUE(Shows("\xE6\xAD\x8C\xE3\x81\x82\xC3\xB8\xC3\xA9")) << field.text();
     // Escape in the middle of a sequence ends the sequence, and is no Escape for the field.
     field.keys.clear();
-    display.Tap(XK_Multi_key);
-    display.Tap(XK_Escape);
-    display.Tap(XK_x);
+    user.Key(XK_Multi_key);
+    user.Key(XK_Escape);
+    user.Key(XK_x);
     EXPECT_TRUE(Shows("\xE6\xAD\x8C\xE3\x81\x82\xC3\xB8\xC3\xA9x")) << field.text();
     EXPECT_EQ(std::count(field.keys.begin(), field.keys.end(), kKeyEscape), 0);
 }
@@ -93,21 +93,21 @@ TEST_F(Typing, JapaneseFromTheLayoutAndAccentsFromTheComposeKey) {
 TEST_F(Typing, EditsSelectsAndLimits) {
     field.SetWindowText("hello world");
     field.SetSel(0, -1);
-    display.Tap(XK_a);
+    user.Key(XK_a);
     EXPECT_TRUE(Shows("a")) << "typing replaces what is selected";
     field.SetWindowText("one two");
-    display.Tap(XK_End);
+    user.Key(XK_End);
     Chord(XK_Control_L, XK_Left);
-    display.Tap(XK_x);
+    user.Key(XK_x);
     EXPECT_TRUE(Shows("one xtwo"));
-    display.Tap(XK_Home);
-    display.Key(XK_Shift_L, true);
-    display.Tap(XK_Right);
-    display.Tap(XK_Right);
-    display.Key(XK_Shift_L, false);
-    display.Tap(XK_Delete);
+    user.Key(XK_Home);
+    user.KeyDown(XK_Shift_L);
+    user.Key(XK_Right);
+    user.Key(XK_Right);
+    user.KeyUp(XK_Shift_L);
+    user.Key(XK_Delete);
     EXPECT_TRUE(Shows("e xtwo"));
-    display.Tap(XK_Delete);
+    user.Key(XK_Delete);
     EXPECT_TRUE(Shows(" xtwo"));
     Chord(XK_Control_L, XK_a);
     Chord(XK_Control_L, XK_x);
@@ -116,48 +116,39 @@ TEST_F(Typing, EditsSelectsAndLimits) {
     Chord(XK_Control_L, XK_v);
     EXPECT_TRUE(Shows(" xtwo xtwo"));
     field.SetLimitText(11);
-    display.Tap(XK_b);
-    display.Tap(XK_c);
+    user.Key(XK_b);
+    user.Key(XK_c);
     EXPECT_TRUE(Shows(" xtwo xtwob"));
     Settle();
     EXPECT_EQ(field.text(), " xtwo xtwob");
     field.SetReadOnly(true);
-    display.Tap(XK_BackSpace);
+    user.Key(XK_BackSpace);
     Settle();
     EXPECT_EQ(field.text(), " xtwo xtwob");
 }
 
 TEST_F(Typing, ThePointerSetsTheCaretAndSelects) {
     field.SetWindowText("abc defghij");
-    display.Click(112, 121); // left of the first letter
-    display.Tap(XK_1);
+    user.Click(112, 121); // left of the first letter
+    user.Key(XK_1);
     EXPECT_TRUE(Shows("1abc defghij"));
-    display.MoveTo(300, 121);
-    display.Button(1, true);
-    display.MoveTo(20, 121);
-    display.Button(1, false);
-    display.Tap(XK_2);
+    user.MoveTo(300, 121);
+    user.Press();
+    user.MoveTo(20, 121);
+    user.Release();
+    user.Key(XK_2);
     EXPECT_TRUE(Shows("2")) << "dragging past the start selects to the start";
     field.SetWindowText("abc defghij");
-    display.Click(150, 121);
-    display.Click(150, 121);
-    display.Tap(XK_z);
+    user.Click(150, 121);
+    user.Click(150, 121);
+    user.Key(XK_z);
     EXPECT_TRUE(Shows("abc z")) << "a double click takes the word";
 }
 
 TEST_F(Typing, TheClipboardIsSharedWithOtherPrograms) {
     // Another program owns the clipboard: this test's own client.
-    const auto atom = [this](std::string_view name) {
-        xcb_intern_atom_reply_t* reply = xcb_intern_atom_reply(
-            display.connection(),
-            xcb_intern_atom(display.connection(), 0, static_cast<std::uint16_t>(name.size()), name.data()),
-            nullptr);
-        const xcb_atom_t value = reply->atom;
-        std::free(reply);
-        return value;
-    };
-    xcb_connection_t* c = display.connection();
-    xcb_set_selection_owner(c, host, atom("CLIPBOARD"), XCB_CURRENT_TIME);
+    xcb_connection_t* c = user.connection();
+    xcb_set_selection_owner(c, host, user.Atom("CLIPBOARD"), XCB_CURRENT_TIME);
     std::string offered = "\xE5\xA3\xB0 1\nsecond line";
     const auto isAsked = [&] {
         xcb_generic_event_t* event = xcb_poll_for_event(c);
@@ -174,7 +165,7 @@ TEST_F(Typing, TheClipboardIsSharedWithOtherPrograms) {
             answer.target = request->target;
             answer.property = request->property;
             xcb_send_event(c, 0, request->requestor, 0, reinterpret_cast<const char*>(&answer));
-            display.Sync();
+            user.Sync();
         }
         std::free(event);
         return asked;
@@ -202,19 +193,19 @@ TEST_F(Typing, TheSpinButtonStepsTheNumberBesideIt) {
     spin.SetRange32(-5, 20);
     spin.SetBuddy(&field);
     field.SetWindowText("18");
-    display.Click(317, 114); // the upper arrow
+    user.Click(317, 114); // the upper arrow
     EXPECT_TRUE(Shows("19"));
-    display.Tap(XK_Up);
+    user.Key(XK_Up);
     EXPECT_TRUE(Shows("20"));
-    display.Click(317, 114, 4);
+    user.Click(317, 114, 4);
     Settle();
     EXPECT_EQ(field.text(), "20") << "in range";
-    display.Tap(XK_Down);
+    user.Key(XK_Down);
     EXPECT_TRUE(Shows("19"));
-    display.MoveTo(317, 128);
-    display.Button(1, true); // held, it goes on by itself to the other end
+    user.MoveTo(317, 128);
+    user.Press(); // held, it goes on by itself to the other end
     EXPECT_TRUE(Until([this] { return field.text() == "-5"; })) << field.text();
-    display.Button(1, false);
+    user.Release();
     field.SetWindowText("7");
     Settle();
     std::this_thread::sleep_for(std::chrono::milliseconds(120));
@@ -239,8 +230,8 @@ class Menus : public Desk {
         if (!shown) return false;
         Settle();
         id = TopWindow();
-        place = display.PlaceOf(id);
-        return display.IsViewable(id) && id != host;
+        place = user.BoundsOf(id);
+        return user.IsViewable(id) && id != host;
     }
     bool Closed() {
         return Until([this] { return panel.Count(kClosed) == 1 && TopWindow() != id; });
@@ -254,7 +245,7 @@ class Menus : public Desk {
     }
     static constexpr UINT kClosed = 0xFFFF;
     xcb_window_t id = 0;
-    VirtualDisplay::Place place;
+    XUser::Bounds place;
 };
 
 TEST_F(Menus, OpensAtItsPlaceAndSendsTheChosenCommandAfterItHasClosed) {
@@ -262,49 +253,49 @@ TEST_F(Menus, OpensAtItsPlaceAndSendsTheChosenCommandAfterItHasClosed) {
     EXPECT_EQ(place.x, 191);
     EXPECT_EQ(place.y, 113);
     const int line = place.height / 3;
-    display.Click(place.x + 30, place.y + line + line / 2); // greyed: nothing
+    user.Click(place.x + 30, place.y + line + line / 2); // greyed: nothing
     Settle();
-    EXPECT_TRUE(display.IsViewable(id));
-    display.Click(place.x + 30, place.y + 2 * line + line / 2);
+    EXPECT_TRUE(user.IsViewable(id));
+    user.Click(place.x + 30, place.y + 2 * line + line / 2);
     ASSERT_TRUE(Closed());
     EXPECT_EQ(panel.Order({kClosed, WM_COMMAND, WM_EXITMENULOOP}),
               (std::vector<UINT>{kClosed, WM_COMMAND, WM_EXITMENULOOP}));
     EXPECT_EQ(Command(), 1012U);
     panel.seen.clear();
-    display.MoveTo(110, 110);
+    user.MoveTo(110, 110);
     EXPECT_TRUE(Until([this] { return panel.Count(WM_MOUSEMOVE) > 0; })) << "the mouse is free again";
 }
 
 TEST_F(Menus, PressMoveReleaseChoosesInOneGo) {
-    display.MoveTo(185, 120);
-    display.Button(1, true);
+    user.MoveTo(185, 120);
+    user.Press();
     Settle();
     ASSERT_TRUE(Open());
-    display.MoveTo(place.x + 30, place.y + 8);
-    display.Button(1, false);
+    user.MoveTo(place.x + 30, place.y + 8);
+    user.Release();
     ASSERT_TRUE(Closed());
     EXPECT_EQ(panel.Count(WM_COMMAND), 1);
 }
 
 TEST_F(Menus, APressOutsideOrEscapeClosesItWithoutACommand) {
     ASSERT_TRUE(Open());
-    display.Click(150, 250); // on the panel
+    user.Click(150, 250); // on the panel
     ASSERT_TRUE(Closed());
     Settle();
     EXPECT_EQ(panel.Order({WM_COMMAND, WM_LBUTTONDOWN, WM_LBUTTONUP, WM_EXITMENULOOP}),
               std::vector<UINT>{WM_EXITMENULOOP});
     panel.seen.clear();
     ASSERT_TRUE(Open());
-    display.TakeHostKeys();
-    display.Tap(XK_Escape);
+    user.TakeHostKeys();
+    user.Key(XK_Escape);
     ASSERT_TRUE(Closed());
     EXPECT_EQ(panel.Count(WM_COMMAND), 0);
-    EXPECT_EQ(display.TakeHostKeys(), 0);
+    EXPECT_EQ(user.TakeHostKeys(), 0);
     panel.seen.clear();
     ASSERT_TRUE(Open());
-    display.Tap(XK_Home);
-    display.Tap(XK_Down); // over the greyed one
-    display.Tap(XK_Return);
+    user.Key(XK_Home);
+    user.Key(XK_Down); // over the greyed one
+    user.Key(XK_Return);
     ASSERT_TRUE(Closed());
     EXPECT_EQ(panel.Count(WM_COMMAND), 1);
     EXPECT_EQ(panel.Order({kClosed, WM_COMMAND}).size(), 2U);
@@ -315,8 +306,8 @@ TEST_F(Menus, SixtyFourItemsFitOnTheScreenAndAllCanBeReached) {
     EXPECT_GE(place.y, 0);
     EXPECT_LE(place.y + place.height, 1024);
     EXPECT_LE(place.x + place.width, 1280);
-    display.Tap(XK_End);
-    display.Tap(XK_Return);
+    user.Key(XK_End);
+    user.Key(XK_Return);
     ASSERT_TRUE(Closed());
     EXPECT_EQ(Command(), 1010U + 63U);
     EXPECT_EQ(panel.Count(WM_COMMAND), 1);
@@ -327,15 +318,9 @@ TEST_F(Menus, SixtyFourItemsFitOnTheScreenAndAllCanBeReached) {
 
 TEST_F(Menus, TheHostGoesOnAndTheMenuGoesWithItsOwner) {
     ASSERT_TRUE(Open(64));
-    double longest = 0.0;
-    for (int i = 0; i < 60; ++i) {
-        display.MoveTo(place.x + 20, place.y + 5 + i * 4);
-        const auto start = std::chrono::steady_clock::now();
-        frame.Idle();
-        longest = std::max(
-            longest,
-            std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count());
-    }
+    const double longest = LongestIdle(
+        60, [] {}, [this](int i) { user.MoveTo(place.x + 20, place.y + 5 + i * 4); });
+    RecordProperty("milliseconds", std::to_string(longest));
 #ifndef VOCAFADE_SANITIZED
     EXPECT_LT(longest, 5.0) << "milliseconds";
 #endif
@@ -412,9 +397,9 @@ class Dialogs : public Desk {
                 dialog.reset();
             }))
             return false;
-        if (!Until([this] { return dialog->IsWindow() && display.Focused() == TopWindow(); })) return false;
+        if (!Until([this] { return dialog->IsWindow() && user.Focus() == TopWindow(); })) return false;
         id = TopWindow();
-        place = display.PlaceOf(id);
+        place = user.BoundsOf(id);
         return id != host;
     }
     std::unique_ptr<SaveDlg> dialog;
@@ -422,46 +407,46 @@ class Dialogs : public Desk {
     int chosen = -1;
     CString name;
     xcb_window_t id = 0;
-    VirtualDisplay::Place place;
+    XUser::Bounds place;
 };
 
 TEST_F(Dialogs, IsFilledOutAndConfirmed) {
     ASSERT_TRUE(Open());
-    EXPECT_NEAR(place.x + place.width / 2, 330, 1) << "in the middle of the panel";
-    EXPECT_NEAR(place.y + place.height / 2, 205, 1);
+    EXPECT_NEAR(place.x + place.width / 2.0, 330, 1) << "in the middle of the panel";
+    EXPECT_NEAR(place.y + place.height / 2.0, 205, 1);
     EXPECT_EQ(dialog->GetDlgItem(1120), &dialog->list);
     EXPECT_EQ(dialog->GetFocus(), &dialog->list);
-    display.Tap(XK_Down);
-    display.Tap(XK_Tab);
+    user.Key(XK_Down);
+    user.Key(XK_Tab);
     for (const xcb_keysym_t key : {XK_n, XK_e, XK_w})
-        display.Tap(key); // the field's text is selected when Tab comes to it
+        user.Key(key); // the field's text is selected when Tab comes to it
     EXPECT_TRUE(Until([this] {
         CString now;
         dialog->GetDlgItemText(5000, now);
         return now == "new";
     }));
     EXPECT_EQ(dialog->changes, 1);
-    display.Tap(XK_Return);
+    user.Key(XK_Return);
     ASSERT_TRUE(Until([this] { return result != 0; }));
     EXPECT_EQ(result, IDOK);
     EXPECT_EQ(chosen, 3);
     EXPECT_EQ(name, "new");
     Settle();
-    EXPECT_EQ(display.Focused(), host) << "the host has its keyboard back";
+    EXPECT_EQ(user.Focus(), host) << "the host has its keyboard back";
     EXPECT_EQ(TopWindow(), host);
 }
 
 TEST_F(Dialogs, IsLeftByEscapeByCancelAndByItsFrame) {
     ASSERT_TRUE(Open());
-    display.Tap(XK_Escape);
+    user.Key(XK_Escape);
     ASSERT_TRUE(Until([this] { return result == IDCANCEL; }));
     ASSERT_TRUE(Open());
-    display.Click(place.x + 230, place.y + 97);
+    user.Click(place.x + 230, place.y + 97);
     ASSERT_TRUE(Until([this] { return result == IDCANCEL; }));
     ASSERT_TRUE(Open());
     for (int i = 0; i < 3; ++i)
-        display.Tap(XK_Tab);
-    display.Tap(XK_Return); // on the Cancel button, that is what it means
+        user.Key(XK_Tab);
+    user.Key(XK_Return); // on the Cancel button, that is what it means
     ASSERT_TRUE(Until([this] { return result == IDCANCEL; }));
     ASSERT_TRUE(Open());
     dialog->SendMessage(WM_CLOSE);
@@ -470,16 +455,16 @@ TEST_F(Dialogs, IsLeftByEscapeByCancelAndByItsFrame) {
 
 TEST_F(Dialogs, ItsListDropsDownAndIsChosenFrom) {
     ASSERT_TRUE(Open());
-    display.Click(place.x + 150, place.y + 22);
-    ASSERT_TRUE(Until([this] { return TopWindow() != id && display.IsViewable(TopWindow()); }));
+    user.Click(place.x + 150, place.y + 22);
+    ASSERT_TRUE(Until([this] { return TopWindow() != id && user.IsViewable(TopWindow()); }));
     EXPECT_TRUE(dialog->list.GetDroppedState());
-    const VirtualDisplay::Place list = display.PlaceOf(TopWindow());
+    const XUser::Bounds list = user.BoundsOf(TopWindow());
     EXPECT_LE(list.y + list.height, 1024);
-    display.Click(list.x + 40, list.y + 10);
+    user.Click(list.x + 40, list.y + 10);
     ASSERT_TRUE(Until([this] { return dialog->list.GetCurSel() == 0 && TopWindow() == id; }));
     EXPECT_EQ(dialog->changes, 1);
     EXPECT_FALSE(dialog->list.GetDroppedState());
-    display.Click(place.x + 140, place.y + 97);
+    user.Click(place.x + 140, place.y + 97);
     ASSERT_TRUE(Until([this] { return result == IDOK; }));
     EXPECT_EQ(chosen, 0);
     EXPECT_EQ(name, "Empty");
@@ -489,7 +474,7 @@ TEST_F(Dialogs, BlocksItsOwnerOnlyAndGoesWithIt) {
     ASSERT_TRUE(Open());
     EXPECT_FALSE(dialog->DoModal({})) << "it is open already";
     panel.seen.clear();
-    display.Click(110, 110);
+    user.Click(110, 110);
     Settle();
     EXPECT_EQ(panel.Count(WM_LBUTTONDOWN), 0);
     panel.Invalidate(); // but it goes on painting, and its timers on ticking
@@ -505,19 +490,18 @@ TEST_F(Dialogs, BlocksItsOwnerOnlyAndGoesWithIt) {
 TEST_F(Dialogs, OpensWithoutHoldingTheHostUp) {
     // The first one pays for fonts once; what counts is every one after it.
     ASSERT_TRUE(Open());
-    display.Tap(XK_Escape);
+    user.Key(XK_Escape);
     ASSERT_TRUE(Until([this] { return result == IDCANCEL; }));
-    dialog = std::make_unique<SaveDlg>(&panel);
-    dialog->DoModal([](int) {});
-    double longest = 0.0;
-    for (int i = 0; i < 30; ++i) {
-        const auto start = std::chrono::steady_clock::now();
-        frame.Idle();
-        longest = std::max(
-            longest,
-            std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count());
-        if (i == 20) display.Tap(XK_n);
-    }
+    const double longest = LongestIdle(
+        30,
+        [this] {
+            dialog = std::make_unique<SaveDlg>(&panel);
+            dialog->DoModal([](int) {});
+        },
+        [this](int i) {
+            if (i == 20) user.Key(XK_n);
+        });
+    RecordProperty("milliseconds", std::to_string(longest));
     EXPECT_TRUE(dialog->IsWindow());
 #ifndef VOCAFADE_SANITIZED
     EXPECT_LT(longest, 5.0) << "milliseconds";
@@ -525,35 +509,35 @@ TEST_F(Dialogs, OpensWithoutHoldingTheHostUp) {
 }
 
 TEST_F(Dialogs, AMessageBoxFitsOnTheScreen) {
-    const VirtualDisplay::Place screen = display.PlaceOf(display.root());
+    const XUser::Bounds screen = user.BoundsOf(user.Root());
     for (const char* part : {"x", "/folder", "word ", "line\n", "\xE6\xAD\x8C"}) {
         std::string text;
         while (text.size() < 6000)
             text += part;
         ASSERT_TRUE(AfxMessageBox(text.c_str(), MB_OK, [this](int answer) { result = answer; }));
-        ASSERT_TRUE(Until([this] { return TopWindow() != host && display.Focused() == TopWindow(); }));
-        place = display.PlaceOf(TopWindow());
+        ASSERT_TRUE(Until([this] { return TopWindow() != host && user.Focus() == TopWindow(); }));
+        place = user.BoundsOf(TopWindow());
         EXPECT_GE(place.y, 0) << part;
         EXPECT_LE(place.y + place.height, screen.height) << part;
         EXPECT_LE(place.width, 480) << part;
         result = 0;
-        display.Tap(XK_Return);
+        user.Key(XK_Return);
         ASSERT_TRUE(Until([this] { return result == IDOK; }));
     }
 }
 
 TEST_F(Dialogs, ADragOutlivesABoxThatComesAndGoes) {
-    display.MoveTo(150, 150);
-    display.Button(1, true);
+    user.MoveTo(150, 150);
+    user.Press();
     ASSERT_TRUE(Until([this] { return panel.Count(WM_LBUTTONDOWN) == 1; }));
     panel.SetCapture();
     ASSERT_TRUE(AfxMessageBox("Something went wrong", MB_OK, [this](int answer) { result = answer; }));
-    ASSERT_TRUE(Until([this] { return TopWindow() != host && display.Focused() == TopWindow(); }));
-    display.Tap(XK_Return);
+    ASSERT_TRUE(Until([this] { return TopWindow() != host && user.Focus() == TopWindow(); }));
+    user.Key(XK_Return);
     ASSERT_TRUE(Until([this] { return result == IDOK; }));
     panel.seen.clear();
-    display.MoveTo(160, 160);
-    display.Button(1, false);
+    user.MoveTo(160, 160);
+    user.Release();
     EXPECT_TRUE(Until([this] { return panel.Count(WM_LBUTTONUP) == 1; }));
     EXPECT_EQ(panel.Count(WM_MOUSEMOVE), 1);
 }
@@ -563,12 +547,12 @@ TEST_F(Dialogs, AMessageBoxAsksAndAnswers) {
     const auto note = [&](int answer) { answers.push_back(answer); };
     ASSERT_TRUE(
         AfxMessageBox("The bank could not be written.\nIs the disk full?", MB_OK | MB_ICONERROR, note));
-    ASSERT_TRUE(Until([this] { return display.Focused() != host; }));
-    display.Tap(XK_Return);
+    ASSERT_TRUE(Until([this] { return user.Focus() != host; }));
+    user.Key(XK_Return);
     ASSERT_TRUE(Until([&] { return answers.size() == 1; }));
     ASSERT_TRUE(AfxMessageBox("Replace it?", MB_YESNO, note));
-    ASSERT_TRUE(Until([this] { return TopWindow() != host && display.Focused() == TopWindow(); }));
-    display.Tap(XK_Escape);
+    ASSERT_TRUE(Until([this] { return TopWindow() != host && user.Focus() == TopWindow(); }));
+    user.Key(XK_Escape);
     ASSERT_TRUE(Until([&] { return answers.size() == 2; }));
     EXPECT_EQ(answers, (std::vector<int>{IDOK, IDNO}));
     Settle();

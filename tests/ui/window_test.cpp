@@ -13,10 +13,10 @@ namespace {
 using Windows = Desk;
 
 TEST_F(Windows, MouseEventsArriveAsNumberedMessages) {
-    display.MoveTo(150, 130);
-    display.Button(1, true);
-    display.MoveTo(160, 140);
-    display.Button(1, false);
+    user.MoveTo(150, 130);
+    user.Press();
+    user.MoveTo(160, 140);
+    user.Release();
     ASSERT_TRUE(Until([this] { return panel.Count(WM_LBUTTONUP) == 1; }));
     const std::vector<Seen> expected{{WM_MOUSEMOVE, 0, (30 << 16) | 50},
                                      {WM_LBUTTONDOWN, 0, (30 << 16) | 50},
@@ -28,21 +28,21 @@ TEST_F(Windows, MouseEventsArriveAsNumberedMessages) {
 TEST_F(Windows, ASecondQuickPressNearbyIsADoubleClick) {
     const auto presses = [this] { return panel.Order({WM_LBUTTONDOWN, WM_LBUTTONDBLCLK}); };
     for (int i = 0; i < 3; ++i)
-        display.Click(150, 130);
+        user.Click(150, 130);
     ASSERT_TRUE(Until([this] { return panel.Count(WM_LBUTTONUP) == 3; }));
     EXPECT_EQ(presses(), (std::vector<UINT>{WM_LBUTTONDOWN, WM_LBUTTONDBLCLK, WM_LBUTTONDBLCLK}));
-    display.Click(190, 130); // quick, but elsewhere
+    user.Click(190, 130); // quick, but elsewhere
     ASSERT_TRUE(Until([this] { return panel.Count(WM_LBUTTONUP) == 4; }));
     EXPECT_EQ(presses().back(), WM_LBUTTONDOWN);
     std::this_thread::sleep_for(std::chrono::milliseconds(600));
-    display.Click(190, 130); // there, but late
+    user.Click(190, 130); // there, but late
     ASSERT_TRUE(Until([this] { return panel.Count(WM_LBUTTONUP) == 5; }));
     EXPECT_EQ(presses().back(), WM_LBUTTONDOWN);
 }
 
 TEST_F(Windows, OtherButtonsAreIgnoredAndTheWheelIsAMessageOfItsOwn) {
     for (const int button : {2, 3, 4, 5, 6, 8})
-        display.Click(150, 130, button);
+        user.Click(150, 130, button);
     Settle();
     EXPECT_EQ(panel.Order({WM_LBUTTONDOWN, WM_LBUTTONUP, WM_LBUTTONDBLCLK}), std::vector<UINT>{});
     EXPECT_EQ(panel.Count(WM_MOUSEWHEEL), 2);
@@ -51,20 +51,20 @@ TEST_F(Windows, OtherButtonsAreIgnoredAndTheWheelIsAMessageOfItsOwn) {
 TEST_F(Windows, ACapturedMouseStaysWithItsWindowAlsoOutside) {
     Recorder child;
     ASSERT_TRUE(child.Create(WindowClass{}, "", WS_CHILD | WS_VISIBLE, {20, 20, 120, 80}, &panel, 7));
-    display.MoveTo(130, 130); // in the child, which begins at (120, 120) of the screen
-    display.Button(1, true);
+    user.MoveTo(130, 130); // in the child, which begins at (120, 120) of the screen
+    user.Press();
     ASSERT_TRUE(Until([&] { return child.Count(WM_LBUTTONDOWN) == 1; }));
     EXPECT_EQ(panel.Count(WM_LBUTTONDOWN), 0);
     EXPECT_EQ(child.SetCapture(), nullptr);
     child.seen.clear();
-    display.MoveTo(40, 50); // left of and above everything, outside of the host's window
-    display.Button(1, false);
+    user.MoveTo(40, 50); // left of and above everything, outside of the host's window
+    user.Release();
     ASSERT_TRUE(Until([&] { return child.Count(WM_LBUTTONUP) == 1; }));
     EXPECT_EQ(child.seen.back().point(), CPoint(-80, -70));
     EXPECT_EQ(panel.Count(WM_LBUTTONUP), 0);
     child.ReleaseCapture();
     EXPECT_EQ(child.Count(WM_CAPTURECHANGED), 1);
-    display.MoveTo(400, 200);
+    user.MoveTo(400, 200);
     ASSERT_TRUE(Until([&] { return panel.Count(WM_MOUSEMOVE) > 0; }));
     // A window that goes away takes its capture with it; a disabled or hidden one gets nothing.
     child.SetCapture();
@@ -87,13 +87,13 @@ TEST_F(Windows, KeyStateIsThatOfTheMessage) {
     };
     Asks child;
     ASSERT_TRUE(child.Create(WindowClass{}, "", WS_CHILD | WS_VISIBLE, {0, 0, 200, 200}, &panel, 7));
-    display.Click(110, 110);
-    display.Key(XK_Shift_L, true);
-    display.Click(150, 150);
-    display.Key(XK_Shift_L, false);
-    display.Key(XK_Control_L, true);
-    display.Click(190, 190);
-    display.Key(XK_Control_L, false);
+    user.Click(110, 110);
+    user.KeyDown(XK_Shift_L);
+    user.Click(150, 150);
+    user.KeyUp(XK_Shift_L);
+    user.KeyDown(XK_Control_L);
+    user.Click(190, 190);
+    user.KeyUp(XK_Control_L);
     ASSERT_TRUE(Until([&] { return child.states.size() == 3; }));
     EXPECT_EQ(child.states[0], (std::pair<short, short>(0, 0)));
     EXPECT_LT(child.states[1].first, 0);
@@ -115,8 +115,8 @@ TEST_F(Windows, PaintsOnlyWhatWasInvalidatedOnceAnIdle) {
     ASSERT_EQ(panel.painted.size(), 1U);
     EXPECT_EQ(panel.painted[0], dirty);
     EXPECT_TRUE(panel.updateRect().IsRectEmpty());
-    EXPECT_TRUE(Until([this] { return display.Pixel(115, 125) == 0xFA0A0A; }));
-    EXPECT_EQ(display.Pixel(109, 125), 0x0A78C8U) << "outside of the update rectangle nothing is drawn";
+    EXPECT_TRUE(Until([this] { return user.Pixel(115, 125) == 0xFA0A0A; }));
+    EXPECT_EQ(user.Pixel(109, 125), 0x0A78C8U) << "outside of the update rectangle nothing is drawn";
     // Sent by hand it draws everything, and leaves nothing to be done.
     panel.Invalidate();
     panel.SendMessage(WM_PAINT);
@@ -124,44 +124,44 @@ TEST_F(Windows, PaintsOnlyWhatWasInvalidatedOnceAnIdle) {
     panel.seen.clear();
     Settle();
     EXPECT_EQ(panel.Count(WM_PAINT), 0);
-    EXPECT_EQ(display.Pixel(300, 200), 0xFA0A0AU);
+    EXPECT_EQ(user.Pixel(300, 200), 0xFA0A0AU);
 }
 
 TEST_F(Windows, DrawingOutsideOfPaintShowsAtOnceAndSparesChildren) {
     Recorder child;
     child.color = RGB(0, 250, 0);
     ASSERT_TRUE(child.Create(WindowClass{}, "", WS_CHILD | WS_VISIBLE, {50, 50, 100, 100}, &panel, 7));
-    ASSERT_TRUE(Until([this] { return display.Pixel(160, 160) == 0x00FA00; }));
+    ASSERT_TRUE(Until([this] { return user.Pixel(160, 160) == 0x00FA00; }));
     {
         CClientDC dc(&panel);
         dc.FillSolidRect({0, 0, 460, 210}, RGB(9, 9, 9));
     }
-    EXPECT_TRUE(WaitFor([] {}, [this] { return display.Pixel(140, 140) == 0x090909; })) << "without any idle";
-    EXPECT_EQ(display.Pixel(160, 160), 0x00FA00U);
+    EXPECT_TRUE(WaitFor([] {}, [this] { return user.Pixel(140, 140) == 0x090909; })) << "without any idle";
+    EXPECT_EQ(user.Pixel(160, 160), 0x00FA00U);
     {
         CClientDC dc(&child);
         dc.FillSolidRect({-20, -20, 500, 500}, RGB(1, 2, 3));
     }
-    EXPECT_TRUE(WaitFor([] {}, [this] { return display.Pixel(160, 160) == 0x010203; }));
-    EXPECT_EQ(display.Pixel(145, 145), 0x090909U) << "a window draws inside of itself only";
+    EXPECT_TRUE(WaitFor([] {}, [this] { return user.Pixel(160, 160) == 0x010203; }));
+    EXPECT_EQ(user.Pixel(145, 145), 0x090909U) << "a window draws inside of itself only";
     // Where it was, its parent is painted again.
     panel.seen.clear();
     child.ShowWindow(SW_HIDE);
     EXPECT_FALSE(child.IsWindowVisible());
-    EXPECT_TRUE(Until([this] { return display.Pixel(160, 160) == 0x0A78C8; }));
+    EXPECT_TRUE(Until([this] { return user.Pixel(160, 160) == 0x0A78C8; }));
     EXPECT_EQ(panel.painted.back(), CRect(50, 50, 100, 100));
     {
         CClientDC hidden(&child);
         hidden.FillSolidRect({0, 0, 50, 50}, RGB(1, 1, 1));
     }
     Settle();
-    EXPECT_EQ(display.Pixel(160, 160), 0x0A78C8U);
+    EXPECT_EQ(user.Pixel(160, 160), 0x0A78C8U);
 }
 
 TEST_F(Windows, WhatAnotherWindowCoveredComesBackWithoutPainting) {
-    const xcb_window_t cover = display.MakeHostWindow(120, 120, 100, 100);
-    display.Destroy(cover);
-    EXPECT_TRUE(Until([this] { return display.Pixel(150, 150) == 0x0A78C8; }));
+    const xcb_window_t cover = user.MakeWindow(120, 120, 100, 100);
+    user.DestroyWindow(cover);
+    EXPECT_TRUE(Until([this] { return user.Pixel(150, 150) == 0x0A78C8; }));
     EXPECT_EQ(panel.Count(WM_PAINT), 0);
 }
 
@@ -182,8 +182,8 @@ TEST_F(Windows, SizesShowsAndFindsItsChildren) {
     EXPECT_TRUE(child.IsWindowVisible());
     panel.MoveWindow(0, 0, 300, 100, true);
     EXPECT_EQ(panel.seen.back().message, WM_SIZE);
-    EXPECT_TRUE(Until([this] { return display.PlaceOf(PanelId()).width == 300; }));
-    EXPECT_EQ(display.PlaceOf(PanelId()).height, 100);
+    EXPECT_TRUE(Until([this] { return user.BoundsOf(PanelId()).width == 300; }));
+    EXPECT_EQ(user.BoundsOf(PanelId()).height, 100);
     char buffer[4];
     EXPECT_EQ(child.GetWindowText(buffer, sizeof buffer), 3);
     EXPECT_STREQ(buffer, "nam");
@@ -219,14 +219,15 @@ TEST_F(Windows, TimersTickAtIdleAndNeverAfterTheirEnd) {
     EXPECT_EQ(panel.SetTimer(1024, 20), 1024U);
     std::this_thread::sleep_for(std::chrono::milliseconds(90));
     EXPECT_EQ(panel.Count(WM_TIMER), 0) << "ticks wait for the idle";
+    const auto start = Clock::now();
     frame.Idle();
     EXPECT_EQ(panel.Count(WM_TIMER), 1) << "and count as one";
     EXPECT_EQ(panel.seen.back(), (Seen{WM_TIMER, 0, 0}));
-    const auto start = Clock::now();
     ASSERT_TRUE(Until([this] { return panel.Count(WM_TIMER) == 6; }));
-    const double each = std::chrono::duration<double, std::milli>(Clock::now() - start).count() / 5;
-    EXPECT_GT(each, 14.0);
-    EXPECT_LT(each, 200.0) << "milliseconds; a busy machine is late";
+    // The first of the five may have been due already, and when it is late the second follows at once.
+    const auto taken = Clock::now() - start;
+    EXPECT_GE(taken, 3 * std::chrono::milliseconds(20));
+    EXPECT_LT(taken, std::chrono::seconds(3)) << "a busy machine is late";
     std::this_thread::sleep_for(std::chrono::milliseconds(30)); // a tick is due
     EXPECT_TRUE(panel.KillTimer(1024));
     panel.seen.clear();
@@ -244,41 +245,41 @@ TEST_F(Windows, TimersTickAtIdleAndNeverAfterTheirEnd) {
 TEST_F(Windows, KeysStayWithTheHostUnlessAFieldIsTypedInto) {
     CEdit edit;
     ASSERT_TRUE(edit.Create(WS_CHILD | WS_VISIBLE, {10, 10, 110, 30}, &panel, 5));
-    display.TakeHostKeys();
-    display.MoveTo(150, 115); // over the panel, over the field: still the host's keys
-    display.Tap(XK_space);
+    user.TakeHostKeys();
+    user.MoveTo(150, 115); // over the panel, over the field: still the host's keys
+    user.Key(XK_space);
     Settle();
-    EXPECT_EQ(display.TakeHostKeys(), 1);
-    display.Click(300, 200); // a press on the panel takes no keyboard
-    display.Tap(XK_a);
+    EXPECT_EQ(user.TakeHostKeys(), 1);
+    user.Click(300, 200); // a press on the panel takes no keyboard
+    user.Key(XK_a);
     Settle();
-    EXPECT_EQ(display.Focused(), host);
-    EXPECT_EQ(display.TakeHostKeys(), 1);
+    EXPECT_EQ(user.Focus(), host);
+    EXPECT_EQ(user.TakeHostKeys(), 1);
 
     edit.SetFocus();
-    EXPECT_TRUE(Until([this] { return display.Focused() == PanelId(); }));
+    EXPECT_TRUE(Until([this] { return user.Focus() == PanelId(); }));
     for (const xcb_keysym_t key : {XK_1, XK_period, XK_5, XK_F5, XK_Return})
-        display.Tap(key);
+        user.Key(key);
     CString text;
     EXPECT_TRUE(Until([&] { return edit.GetWindowText(text), text == "1.5"; })) << text;
     Settle();
-    EXPECT_EQ(display.TakeHostKeys(), 0) << "typing must not reach the host's shortcuts";
+    EXPECT_EQ(user.TakeHostKeys(), 0) << "typing must not reach the host's shortcuts";
 
     edit.ShowWindow(SW_HIDE);
-    EXPECT_EQ(display.Focused(), host) << "the host has its keyboard back";
-    display.Tap(XK_space);
+    EXPECT_EQ(user.Focus(), host) << "the host has its keyboard back";
+    user.Key(XK_space);
     Settle();
-    EXPECT_EQ(display.TakeHostKeys(), 1);
+    EXPECT_EQ(user.TakeHostKeys(), 1);
 
     // When the user has gone elsewhere meanwhile, closing the field must not pull the keyboard back.
     edit.ShowWindow(SW_SHOW);
     edit.SetFocus();
-    const xcb_window_t elsewhere = display.MakeHostWindow(700, 100, 50, 50);
-    display.Focus(elsewhere);
+    const xcb_window_t elsewhere = user.MakeWindow(700, 100, 50, 50);
+    user.SetFocus(elsewhere);
     Settle();
     edit.DestroyWindow();
     Settle();
-    EXPECT_EQ(display.Focused(), elsewhere);
+    EXPECT_EQ(user.Focus(), elsewhere);
 }
 
 TEST_F(Windows, HandlersMayTakeTheirOwnWindowApart) {
@@ -297,27 +298,29 @@ TEST_F(Windows, HandlersMayTakeTheirOwnWindowApart) {
     auto* byTimer = new Suicidal;
     ASSERT_TRUE(byTimer->Create(WindowClass{}, "", WS_CHILD | WS_VISIBLE, {60, 0, 90, 50}, &panel, 2));
     byTimer->SetTimer(1, 1);
-    display.Click(110, 110);
+    user.Click(110, 110);
     EXPECT_TRUE(Until([this] { return panel.children().empty(); }));
 
     // Even the whole editor may be closed from a handler, as when a host reacts to what it is told.
     class ClosesAll : public Recorder {
       public:
-        CFrameWnd* whole = nullptr;
+        explicit ClosesAll(CFrameWnd& frame) : whole_(frame) {}
 
       protected:
         LRESULT WindowProc(UINT message, WPARAM w, LPARAM l) override {
-            if (message == WM_LBUTTONDOWN || message == WM_DESTROY) whole->DetachHost();
+            if (message == WM_LBUTTONDOWN || message == WM_DESTROY) whole_.DetachHost();
             return Recorder::WindowProc(message, w, l);
         }
-    } closes;
-    closes.whole = &frame;
+
+      private:
+        CFrameWnd& whole_;
+    } closes(frame);
     ASSERT_TRUE(closes.Create(WindowClass{}, "", WS_CHILD | WS_VISIBLE, {0, 0, 50, 50}, &panel, 3));
-    display.Click(130, 130);
+    user.Click(130, 130);
     EXPECT_TRUE(Until([this] { return !frame.IsAttached(); }));
     EXPECT_FALSE(panel.IsWindow());
     EXPECT_EQ(panel.Count(WM_DESTROY), 1);
-    EXPECT_TRUE(WaitFor([] {}, [this] { return display.Children(host).empty(); }));
+    EXPECT_TRUE(WaitFor([] {}, [this] { return user.Children(host).empty(); }));
 }
 
 } // namespace

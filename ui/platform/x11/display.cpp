@@ -32,6 +32,12 @@ void SetText(xcb_connection_t* c, xcb_window_t window, xcb_atom_t property, xcb_
                         static_cast<std::uint32_t>(text.size()), text.data());
 }
 
+/// The event as what its number says that it is.
+template <class T>
+const T& As(const xcb_generic_event_t* event) {
+    return *static_cast<const T*>(static_cast<const void*>(event));
+}
+
 template <class Container>
 void SetNumbers(xcb_connection_t* c, xcb_window_t window, xcb_atom_t property, xcb_atom_t type,
                 const Container& numbers) {
@@ -384,21 +390,18 @@ Event XDisplay::Basic(EventType type, NativeWindow* window, std::uint16_t state,
 
 void XDisplay::Translate(const xcb_generic_event_t* event) {
     if (keyboard_.HandleEvent(event)) return;
-    const auto as = [event]<class T>(const T*) -> const T& {
-        return *static_cast<const T*>(static_cast<const void*>(event));
-    };
     // Other clients can send anything; what has become of a window is the server's to say.
     const bool forged = (event->response_type & 0x80) != 0;
     switch (event->response_type & 0x7F) {
     case XCB_EXPOSE: {
-        const auto& e = as(static_cast<const xcb_expose_event_t*>(nullptr));
+        const auto& e = As<xcb_expose_event_t>(event);
         Event out = Basic(EventType::exposed, Find(e.window), 0, lastTime_);
         out.area = CRect({e.x, e.y}, {e.width, e.height});
         if (out.window != nullptr) ready_.push_back(out);
         break;
     }
     case XCB_MAP_NOTIFY: {
-        const auto& e = as(static_cast<const xcb_map_notify_event_t*>(nullptr));
+        const auto& e = As<xcb_map_notify_event_t>(event);
         NativeWindow* window = e.event == e.window ? Find(e.window) : nullptr;
         if (window == nullptr || forged) break;
         window->Mapped();
@@ -406,7 +409,7 @@ void XDisplay::Translate(const xcb_generic_event_t* event) {
         break;
     }
     case XCB_DESTROY_NOTIFY: {
-        const auto& e = as(static_cast<const xcb_destroy_notify_event_t*>(nullptr));
+        const auto& e = As<xcb_destroy_notify_event_t>(event);
         NativeWindow* window = Find(e.window);
         if (window == nullptr || forged) break;
         windows_.erase(e.window);
@@ -415,7 +418,7 @@ void XDisplay::Translate(const xcb_generic_event_t* event) {
         break;
     }
     case XCB_CONFIGURE_NOTIFY: {
-        const auto& e = as(static_cast<const xcb_configure_notify_event_t*>(nullptr));
+        const auto& e = As<xcb_configure_notify_event_t>(event);
         if (e.window != host_ || e.event != host_) break;
         Event out;
         out.type = EventType::parentResized;
@@ -424,13 +427,13 @@ void XDisplay::Translate(const xcb_generic_event_t* event) {
         break;
     }
     case XCB_BUTTON_PRESS:
-        TranslateButton(as(static_cast<const xcb_button_press_event_t*>(nullptr)), true);
+        TranslateButton(As<xcb_button_press_event_t>(event), true);
         break;
     case XCB_BUTTON_RELEASE:
-        TranslateButton(as(static_cast<const xcb_button_press_event_t*>(nullptr)), false);
+        TranslateButton(As<xcb_button_press_event_t>(event), false);
         break;
     case XCB_MOTION_NOTIFY: {
-        const auto& e = as(static_cast<const xcb_motion_notify_event_t*>(nullptr));
+        const auto& e = As<xcb_motion_notify_event_t>(event);
         lastTime_ = e.time;
         NativeWindow* window = Find(e.event);
         if (window == nullptr) break;
@@ -440,7 +443,7 @@ void XDisplay::Translate(const xcb_generic_event_t* event) {
         break;
     }
     case XCB_LEAVE_NOTIFY: {
-        const auto& e = as(static_cast<const xcb_leave_notify_event_t*>(nullptr));
+        const auto& e = As<xcb_leave_notify_event_t>(event);
         if (e.mode != XCB_NOTIFY_MODE_NORMAL) break;
         Event out = Basic(EventType::left, Find(e.event), e.state, e.time);
         out.point = {e.event_x, e.event_y};
@@ -448,33 +451,33 @@ void XDisplay::Translate(const xcb_generic_event_t* event) {
         break;
     }
     case XCB_KEY_PRESS:
-        TranslateKey(as(static_cast<const xcb_key_press_event_t*>(nullptr)), true);
+        TranslateKey(As<xcb_key_press_event_t>(event), true);
         break;
     case XCB_KEY_RELEASE:
-        TranslateKey(as(static_cast<const xcb_key_press_event_t*>(nullptr)), false);
+        TranslateKey(As<xcb_key_press_event_t>(event), false);
         break;
     case XCB_FOCUS_IN:
-        TranslateFocus(as(static_cast<const xcb_focus_in_event_t*>(nullptr)), true);
+        TranslateFocus(As<xcb_focus_in_event_t>(event), true);
         break;
     case XCB_FOCUS_OUT:
-        TranslateFocus(as(static_cast<const xcb_focus_in_event_t*>(nullptr)), false);
+        TranslateFocus(As<xcb_focus_in_event_t>(event), false);
         break;
     case XCB_CLIENT_MESSAGE: {
-        const auto& e = as(static_cast<const xcb_client_message_event_t*>(nullptr));
+        const auto& e = As<xcb_client_message_event_t>(event);
         if (e.type == atoms_.wmProtocols && e.data.data32[0] == atoms_.wmDeleteWindow &&
             Find(e.window) != nullptr)
             ready_.push_back(Basic(EventType::closeAsked, Find(e.window), 0, lastTime_));
         break;
     }
     case XCB_SELECTION_REQUEST:
-        AnswerSelection(as(static_cast<const xcb_selection_request_event_t*>(nullptr)));
+        AnswerSelection(As<xcb_selection_request_event_t>(event));
         break;
     case XCB_SELECTION_CLEAR:
         offering_ = false;
         offered_.clear();
         break;
     case XCB_SELECTION_NOTIFY:
-        ReceiveSelection(as(static_cast<const xcb_selection_notify_event_t*>(nullptr)));
+        ReceiveSelection(As<xcb_selection_notify_event_t>(event));
         break;
     default:
         break; // errors too: what failed was about something that the host took away
