@@ -75,9 +75,7 @@ SESSION = """<!DOCTYPE qtractorSession>
 
 class Qtractor(HostTest):
     def scan(self, path):
-        done = subprocess.run([SCANNER], input=f"VST:{path}\n", env=self.environment, text=True, check=True, timeout=30,
-                              stdout=subprocess.PIPE, stderr=subprocess.PIPE)
-        return done.stdout.strip()
+        return self.run_program([SCANNER], given=f"VST:{path}\n").strip()
 
     def test_scanner_describes_the_plug_in(self):
         line = self.scan(self.plugin)
