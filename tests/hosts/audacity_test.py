@@ -83,15 +83,24 @@ class ScriptPipe:
 
 
 class Audacity(HostTest):
+    scanned = None  # the registry after the scan, with @home@ for the home folder
+
     def setUp(self):
         super().setUp()
         self.remove_pipes()
         self.config = self.home / ".config/audacity"
         self.config.mkdir()
         self.addCleanup(self.remove_leftovers)
-        changed = time.strftime("%Y-%m-%dT%H:%M:%S", time.localtime(os.stat(MODULE).st_mtime))
         self.temporary = self.work / "temporary"
         self.temporary.mkdir()
+        # Audacity hands a new effect the plug-in's own state, so the user's bank is what it starts from.
+        self.values = [1.0, 0.6, 0.8, to_normalised(3, 250.0), to_normalised(4, 6000.0), to_normalised(5, 64)]
+        write_bank(self.home / ".config/VocafadeDef.fxb", self.values)
+        self.start_display()
+        self.pipe = None
+
+    def configure(self, pipe):
+        changed = time.strftime("%Y-%m-%dT%H:%M:%S", time.localtime(os.stat(MODULE).st_mtime))
         # Plug-ins of other kinds are left alone: there may be hundreds on a machine.
         (self.config / "audacity.cfg").write_text(f"""NewPrefsInitialized=1
 PrefsVersion=1.1.1r1
@@ -123,17 +132,12 @@ Enable=0
 [Effects]
 GroupBy=publisher
 [Module]
-mod-script-pipe=1
+mod-script-pipe={int(pipe)}
 [ModulePath]
 mod-script-pipe={MODULE}
 [ModuleDateTime]
 mod-script-pipe={changed}
 """, encoding="utf-8")
-        # Audacity hands a new effect the plug-in's own state, so the user's bank is what it starts from.
-        self.values = [1.0, 0.6, 0.8, to_normalised(3, 250.0), to_normalised(4, 6000.0), to_normalised(5, 64)]
-        write_bank(self.home / ".config/VocafadeDef.fxb", self.values)
-        self.start_display()
-        self.pipe = None
 
     def remove_pipes(self):
         """The pipes have the same names for all of a user's Audacities. What an earlier one left is removed."""
@@ -158,23 +162,39 @@ mod-script-pipe={changed}
             pipe.unlink(missing_ok=True)
         forget_semaphores(self.config)
 
-    def launch(self, log):
-        """Starts Audacity and connects; its scan of the plug-ins comes first."""
-        def start():
-            for pipe in PIPES:
-                pipe.unlink(missing_ok=True)
-            shutil.rmtree(self.temporary)  # else it offers to recover what another had open
-            self.temporary.mkdir()
-            process = self.start(["audacity"], log)
+    def come_up(self, log):
+        """Starts Audacity and waits for its window."""
+        shutil.rmtree(self.temporary)  # else it offers to recover what another had open
+        self.temporary.mkdir()
+        process = self.start(["audacity"], log)
+        self.wait_for("Audacity's window", lambda: self.windows("^Audacity$"), timeout=75, process=process)
+        return process
 
-            self.wait_for("Audacity's window", lambda: self.windows("^Audacity$"), timeout=75, process=process)
+    def scan(self):
+        """Has Audacity look for plug-ins, once for all tests. The script pipe is off meanwhile: Audacity loads each
+        plug-in in a second process, which loads the modules too and takes the pipe's names away from the first."""
+        file = self.config / "pluginregistry.cfg"
+        if not Audacity.scanned:
+            def start():
+                self.configure(pipe=False)
+                process = self.come_up("audacity-scan.log")
+                self.wait_for("the plug-in's entry", self.registry, process=process)
+                end_group(process)
+
+            self.start_up("Audacity's scan", start)
+            Audacity.scanned = file.read_text(encoding="utf-8").replace(str(self.home), "@home@")
+        file.write_text(Audacity.scanned.replace("@home@", str(self.home)), encoding="utf-8")
+
+    def launch(self, log):
+        """Starts Audacity, which has seen all plug-ins before, and connects."""
+        def start():
+            self.remove_pipes()
+            process = self.come_up(log)
             self.pipe = ScriptPipe(process)
             self.pipe.wait_for_answer()
-            # Other plug-ins of this machine may not please it; it says so in a dialogue that waits.
-            if found := self.windows("^New Plugins$"):
-                self.xdotool("windowfocus", found[-1], "key", "Return", check=False)
             return process
 
+        self.configure(pipe=True)
         return self.start_up("Audacity", start)
 
     def quit(self, process):
@@ -207,12 +227,13 @@ mod-script-pipe={changed}
         return path
 
     def test_registers_the_plug_in_and_renders_as_we_do(self):
-        self.launch("audacity.log")
-        entry = self.wait_for("the plug-in's entry", self.registry)
+        self.scan()
+        entry = self.registry()
         expected = {"Symbol": "Vocafade", "Name": "Vocafade", "Vendor": "VELMORAX Co.,Ltd.", "Enabled": "1",
                     "Valid": "1", "EffectType": "Process", "EffectFamily": "VST", "EffectInteractive": "1",
                     "EffectRealtime": "1", "EffectAutomatable": "1"}
         self.assertEqual({key: entry.get(key) for key in expected}, expected)
+        self.launch("audacity.log")
         self.assertIn("Audio In: 2, Audio Out: 2", self.tell("Help: Command=Vocafade Format=LISP"))
 
         path = self.open_song()
@@ -252,11 +273,8 @@ mod-script-pipe={changed}
 
     @unittest.skipUnless(has_editor(), "this build's editor has no window")
     def test_drag_in_the_editor_changes_the_sound(self):
-        process = self.launch("audacity-scan.log")
-        self.wait_for("the plug-in's entry", self.registry)
-        self.quit(process)
+        self.scan()
         self.hide_other_effects()
-
         self.launch("audacity-editor.log")
         window = self.windows("^Audacity$")[-1]
         path = self.open_song()
