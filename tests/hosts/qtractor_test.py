@@ -4,13 +4,14 @@
 import array
 import os
 import re
-import subprocess
+import shutil
+import sys
 import time
 import unittest
 import wave
 from pathlib import Path
 
-from support import OUTPUT_FADER, RATE, HostTest, has_editor, main, panel_size, peak, song, write_wav
+from support import OUTPUT_FADER, RATE, HostStuck, HostTest, end_all, has_editor, main, panel_size, peak, song, write_wav
 
 SCANNER = "/usr/lib/x86_64-linux-gnu/qtractor/qtractor_plugin_scan"
 NO_SEQUENCER = Path(os.environ.get("VOCAFADE_NO_SEQUENCER", "build/release/tests/vocafade-no-sequencer.so")).resolve()
@@ -74,6 +75,18 @@ SESSION = """<!DOCTYPE qtractorSession>
 
 
 class Qtractor(HostTest):
+    def setUp(self):
+        super().setUp()
+        self.servers = []
+        self.addCleanup(self.remove_leftovers)
+
+    def remove_leftovers(self):
+        """JACK's servers put sockets and files with their name into shared memory; killed, they leave them there."""
+        end_all(folders_too=False)
+        for server in self.servers:
+            for left in Path("/dev/shm").glob(f"*{server}*"):
+                shutil.rmtree(left, ignore_errors=True) if left.is_dir() else left.unlink(missing_ok=True)
+
     def scan(self, path):
         return self.run_program([SCANNER], given=f"VST:{path}\n").strip()
 
@@ -87,22 +100,46 @@ class Qtractor(HostTest):
         other.write_bytes(b"no shared object")
         self.assertFalse(self.scan(other).startswith("VST|"))
 
+    def jack_ports(self):
+        return self.run_program(["jack_lsp"], check=False)
+
     def start_with_song(self):
         """JACK without hardware, and qtractor with a session that has the plug-in on a track."""
-        self.environment.update({"JACK_DEFAULT_SERVER": f"vocafade-{os.getpid()}", "JACK_NO_AUDIO_RESERVATION": "1",
-                                 "QT_QPA_PLATFORM": "xcb"})
+        self.environment["QT_QPA_PLATFORM"] = "xcb"
         self.start_display()
-        self.start(["jackd", "-n", self.environment["JACK_DEFAULT_SERVER"], "-r", "-d", "dummy", "-r", RATE, "-p", 1024],
-                   "qtractor-jack.log")
-        self.wait_for("JACK", lambda: "playback_1" in self.run_program(["jack_lsp"], check=False))
         path = self.work / "song.wav"
         write_wav(path, *song(SECONDS))
         session = self.work / "session.qtr"
         session.write_text(SESSION.format(folder=self.work, rate=RATE, frames=SECONDS * RATE, song=path,
                                           plugin=self.plugin), encoding="utf-8")
-        self.start(["qtractor", session], "qtractor.log", LD_PRELOAD=str(NO_SEQUENCER))
-        self.wait_for("qtractor's ports", lambda: "Master/out_1" in self.run_program(["jack_lsp"], check=False))
-        return self.wait_for("qtractor's window", lambda: self.windows("session.qtr"))[-1]
+
+        def start():
+            # A name of its own, as JACK's servers share a folder. It waits for its clients, however busy the machine is.
+            server = f"vocafade-{os.getpid()}-{len(self.servers)}"
+            self.servers.append(server)
+            self.environment["JACK_DEFAULT_SERVER"] = server
+            jack = self.start(["jackd", "-n", server, "-p", 128, "-r", "-S", "-t", 20000, "-d", "dummy", "-r", RATE, "-p", 1024],
+                              "qtractor-jack.log")
+            self.wait_for("JACK", lambda: "playback_1" in self.jack_ports(), process=jack)
+            process = self.start(["qtractor", session], "qtractor.log", LD_PRELOAD=str(NO_SEQUENCER))
+            self.wait_for("qtractor's ports", lambda: "Master/out_1" in self.jack_ports(), process=process)
+            return self.wait_for("qtractor's window", lambda: self.windows("session.qtr"), process=process)[-1]
+
+        return self.start_up("qtractor with JACK", start)
+
+    def open_editor(self, window):
+        """A double click on the plug-in's name opens its editor; an early one, before the entry is drawn, is lost."""
+        for _ in range(4):
+            time.sleep(1)
+            self.xdotool("mousemove", "--window", window, *PLUGIN_ENTRY, "click", "--repeat", 2, "--delay", 80, 1)
+            try:
+                return self.wait_for("the plug-in's window", self.editor_window, timeout=12)
+            except HostStuck as reason:
+                print(f"    {reason}; again", file=sys.stderr)
+        return self.fail("qtractor does not open the plug-in's window")
+
+    def transport(self, *commands):
+        self.run_program(["jack_transport"], given="\n".join([*commands, "quit", ""]), check=False)
 
     def editor_window(self):
         """The number of the plug-in's own window: the innermost of its size."""
@@ -125,15 +162,14 @@ class Qtractor(HostTest):
     @unittest.skipUnless(has_editor(), "this build's editor has no window")
     def test_drag_in_the_editor_changes_the_sound(self):
         window = self.start_with_song()
-        time.sleep(1)
-        self.xdotool("mousemove", "--window", window, *PLUGIN_ENTRY, "click", "--repeat", 2, "--delay", 80, 1)
-        editor = self.wait_for("the plug-in's window", self.editor_window)
-        subprocess.run(["jack_transport"], input="play\nquit\n", env=self.environment, text=True, timeout=20, check=False,
-                       stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        editor = self.open_editor(window)
+        untouched = self.wait_for_picture(editor, OUTPUT_FADER)
+        self.transport("play")
         time.sleep(1)
         before = self.record("before.wav")
         self.screenshot("qtractor-before.png")
         self.drag(editor, OUTPUT_FADER, 40, 80)
+        self.wait_for_picture(editor, OUTPUT_FADER, other_than=untouched)
         time.sleep(1)
         after = self.record("after.wav")
         self.screenshot("qtractor.png")

@@ -126,6 +126,18 @@ groups = {}  # number -> process, each the first one of a group
 folders = set()
 
 
+def lives(group):
+    """Whether a process of this group is there, other than a dead one that nobody has asked for."""
+    for file in Path("/proc").glob("[0-9]*/stat"):
+        try:
+            state, _, number = file.read_text(encoding="utf-8", errors="replace").rpartition(")")[2].split()[:3]
+        except (OSError, ValueError):
+            continue
+        if int(number) == group and state != "Z":
+            return True
+    return False
+
+
 def end_group(process):
     """Ends a process and all that it started; nothing of them is left when this returns."""
     groups.pop(process.pid, None)
@@ -135,13 +147,16 @@ def end_group(process):
             try:
                 os.killpg(process.pid, sign)
             except ProcessLookupError:
+                pass
+            if not lives(process.pid):
+                process.poll()
                 return
-            process.poll()  # a dead one counts as a member until someone asks for it
+            process.poll()
             time.sleep(0.02)
 
 
 def end_all(folders_too=True):
-    for process in list(groups.values()):
+    for process in reversed(list(groups.values())):
         end_group(process)
     if not folders_too:
         return
