@@ -4,6 +4,7 @@
 import array
 import atexit
 import ctypes
+import fcntl
 import math
 import os
 import random
@@ -119,7 +120,8 @@ def peak(samples):
 
 LIBC = ctypes.CDLL(None)
 STARTS = 3  # how often a host is started that does not come up
-LIMIT = 240  # seconds that a whole test may take
+LIMIT = 240  # seconds that a test may take
+WAITING = 600  # seconds that it waits for one of another checkout
 
 # What must not outlast the test, however it ends.
 groups = {}  # number -> process, each the first one of a group
@@ -171,7 +173,7 @@ def on_signal(number, _):
 
 
 def on_alarm(*_):
-    raise TimeoutError(f"the test took more than {LIMIT} s")
+    raise TimeoutError(f"the test took more than {LIMIT} s, or another of a host held it up for {WAITING} s")
 
 
 def child_setup():
@@ -195,11 +197,16 @@ class HostTest(unittest.TestCase):
     """A test with a home folder, a plug-in folder and a song of its own; nothing of the user's is read or written."""
 
     def setUp(self):
+        # One test of a host at a time on a machine: script pipes and JACK's memory have one name each.
+        signal.signal(signal.SIGALRM, on_alarm)
+        signal.alarm(WAITING)
+        lock = open(f"/tmp/vocafade-hosts-{os.getuid()}.lock", "w", encoding="ascii")
+        self.addCleanup(lock.close)
+        fcntl.flock(lock, fcntl.LOCK_EX)
+        signal.alarm(LIMIT)
         self.work = Path(tempfile.mkdtemp(prefix="vocafade-host-"))
         folders.add(self.work)
         self.addCleanup(self.clean_up)
-        signal.signal(signal.SIGALRM, on_alarm)
-        signal.alarm(LIMIT)
         ARTEFACTS.mkdir(parents=True, exist_ok=True)
         self.home = self.work / "home"
         runtime = self.work / "run"
