@@ -1,5 +1,6 @@
 -- SPDX-License-Identifier: MIT
--- Opens a session and renders the track with its plug-in into the session's folder, as "bounced". arg: folder, name, frames
+-- Opens a session and renders the track with its plug-in into the session's folder, as "bounced".
+-- arg: folder, name, frames
 AudioEngine:set_backend("None (Dummy)", "", "")
 local session = load_session(arg[1], arg[2])
 assert(session, "no session")

@@ -103,7 +103,8 @@ class Ardour(HostTest):
 
     def export(self, path):
         """Renders the session, in its master bus. Ardour 7.3's export overruns its own memory now and then, with and
-        without a plug-in: it then dies, mostly after the rendering is complete. If it died before, it is asked again."""
+        without a plug-in: it then dies, mostly after the rendering is complete. If it died before, it is asked
+        again."""
         presets = self.home / ".config/ardour7/export"
         presets.mkdir(parents=True, exist_ok=True)
         (presets / "float.preset").write_text(PRESET, encoding="utf-8")

@@ -15,7 +15,8 @@ import wave
 import zlib
 from pathlib import Path
 
-from support import OUTPUT_FADER, RATE, HostStuck, HostTest, end_all, has_editor, main, panel_size, peak, read_wav, song, to_normalised, write_wav
+from support import (OUTPUT_FADER, RATE, HostStuck, HostTest, end_all, has_editor, main, panel_size, peak, read_wav,
+                     song, to_normalised, write_wav)
 
 SCANNER = "/usr/lib/x86_64-linux-gnu/qtractor/qtractor_plugin_scan"
 NO_SEQUENCER = Path(os.environ.get("VOCAFADE_NO_SEQUENCER", "build/release/tests/vocafade-no-sequencer.so")).resolve()
@@ -81,7 +82,8 @@ SESSION = """<!DOCTYPE qtractorSession>
 
 RECORD = struct.Struct("=6f24si")  # a program as chunks hold it
 CURRENT = 37
-PROGRAMS = [(1.0, 0.2 + n / 100, 1 - n / 64, n / 640, 0.5 + n / 200, n / 63, f"Program {n}".encode(), 0) for n in range(64)]
+PROGRAMS = [(1.0, 0.2 + n / 100, 1 - n / 64, n / 640, 0.5 + n / 200, n / 63, f"Program {n}".encode(), 0)
+            for n in range(64)]
 PROGRAMS[0] = (*PROGRAMS[0][:7], CURRENT)
 SERVER = f"vocafade-hosts-{os.getuid()}"  # JACK's, apart from the user's own
 PERIOD = 1024  # samples of JACK's block
@@ -106,8 +108,8 @@ class Qtractor(HostTest):
         self.remove_registry()
 
     def remove_registry(self):
-        """JACK servers register in shared memory, eight at most, and one that is killed stays there. While none runs, what
-        others left is removed with what was ours."""
+        """JACK servers register in shared memory, eight at most, and one that is killed stays there. While none runs,
+        what others left is removed with what was ours."""
         running = [name for name in Path("/proc").glob("[0-9]*/comm") if self.is_jack(name)]
         for left in Path("/dev/shm").glob("*"):
             ours = SERVER in left.name
@@ -139,17 +141,17 @@ class Qtractor(HostTest):
         return self.run_program(["jack_lsp"], check=False)
 
     def start_with_song(self, state="", loop=True):
-        """JACK without hardware, and qtractor with a session that has the plug-in on a track. `state` is what the session
-        keeps of the plug-in."""
+        """JACK without hardware, and qtractor with a session that has the plug-in on a track. `state` is what the
+        session keeps of the plug-in."""
         self.environment.update({"JACK_DEFAULT_SERVER": SERVER, "QT_QPA_PLATFORM": "xcb"})
         self.start_display()
         self.song = self.work / "song.wav"
         write_wav(self.song, *song(SECONDS))
         frames = SECONDS * RATE
         self.session = self.work / "session.qtr"
-        self.session.write_text(SESSION.format(folder=self.work, rate=RATE, frames=frames,
-                                               loop=frames if loop else 0, song=self.song, plugin=self.plugin, state=state),
-                                encoding="utf-8")
+        text = SESSION.format(folder=self.work, rate=RATE, frames=frames, loop=frames if loop else 0, song=self.song,
+                              plugin=self.plugin, state=state)
+        self.session.write_text(text, encoding="utf-8")
 
         def start():
             self.remove_registry()
@@ -180,16 +182,16 @@ class Qtractor(HostTest):
     def editor_window(self):
         """The number of the plug-in's own window: the innermost of its size."""
         width, height = panel_size()
-        found = re.findall(rf"^\s+(0x[0-9a-f]+) .*? {width}x{height}\+", self.run_program(["xwininfo", "-root", "-tree"]),
-                           re.M)
+        tree = self.window_tree()
+        found = re.findall(rf"^\s+(0x[0-9a-f]+) .*? {width}x{height}\+", tree, re.M)
         return found[-1] if len(found) >= 2 else None
 
     def record(self, name, seconds=SECONDS):
-        """What leaves qtractor in this time: the samples of both channels, one after the other, as JACK had them (but for
-        what is below 2^-31)."""
+        """What leaves qtractor in this time: the samples of both channels, one after the other, as JACK had them (but
+        for what is below 2^-31)."""
         path = self.work / name
-        said = self.run_program(["jack_rec", "-f", path, "-d", seconds, "-b", 32, "-B", 1 << 18, "Qtractor:Master/out_1",
-                                 "Qtractor:Master/out_2"], timeout=90)
+        said = self.run_program(["jack_rec", "-f", path, "-d", seconds, "-b", 32, "-B", 1 << 18,
+                                 "Qtractor:Master/out_1", "Qtractor:Master/out_2"], timeout=90)
         if "overrun" in said:
             raise HostStuck("the recorder lost samples")
         with wave.open(str(path)) as file:

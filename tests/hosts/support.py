@@ -151,7 +151,7 @@ def end_group(process):
             except ProcessLookupError:
                 pass
             if not lives(process.pid):
-                process.poll()
+                process.wait(patience)
                 return
             process.poll()
             time.sleep(0.02)
@@ -186,7 +186,8 @@ def forget_semaphores(folder):
     for project in range(3):
         key = project << 24 | (status.st_dev & 0xff) << 16 | (status.st_ino & 0xffff)
         for option in ("-S", "-M"):
-            subprocess.run(["ipcrm", option, hex(key)], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, check=False)
+            subprocess.run(["ipcrm", option, hex(key)], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+                           check=False)
 
 
 class HostStuck(AssertionError):
@@ -292,8 +293,8 @@ class HostTest(unittest.TestCase):
         def start():
             read, write = os.pipe()
             with open(ARTEFACTS / "xvfb.log", "w", encoding="utf-8") as log:
-                process = subprocess.Popen(["Xvfb", "-displayfd", str(write), "-screen", "0", "1280x900x24", "-nolisten",
-                                            "tcp", "-noreset"], pass_fds=[write], stdout=log, stderr=log,
+                process = subprocess.Popen(["Xvfb", "-displayfd", str(write), "-screen", "0", "1280x900x24",
+                                            "-nolisten", "tcp", "-noreset"], pass_fds=[write], stdout=log, stderr=log,
                                            stdin=subprocess.DEVNULL, start_new_session=True, preexec_fn=child_setup)
             groups[process.pid] = process
             os.close(write)
@@ -312,6 +313,15 @@ class HostTest(unittest.TestCase):
     def windows(self, title):
         """The visible windows whose title matches."""
         return self.xdotool("search", "--onlyvisible", "--name", title, check=False)
+
+    def window_tree(self):
+        """xwininfo's list of all windows. It gives up when one of them goes away meanwhile; then it is asked again."""
+        for _ in range(20):
+            text = self.run_program(["xwininfo", "-root", "-tree"], check=False)
+            if "xwininfo: error" not in text and "X Error" not in text:
+                return text
+            time.sleep(0.1)
+        return self.fail(text)
 
     def drag(self, window, fader, start, end):
         """Presses on a fader, `start` pixels below its upper end, moves in steps to `end` and lets go."""
