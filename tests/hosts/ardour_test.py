@@ -2,16 +2,33 @@
 """Ardour: its scanner, a session by its Lua interpreter, a rendering by its export, the session opened again."""
 
 import base64
+import shutil
 import struct
-import sys
 import xml.etree.ElementTree as xml
 from pathlib import Path
 
-from support import RATE, HostTest, main, song, to_normalised, write_wav
+from support import RATE, HostStuck, HostTest, main, read_wav, song, to_normalised, write_wav
 
 LIBRARY = "/usr/lib/ardour7"
+FRAMES = 4 * RATE  # of the song
 SUPERCLOCK = 282240000  # Ardour's ticks a second
 IDENTIFIER = 0x56666451  # 'VfdQ'
+PRESET_ID = "b3ad5a86-5aa2-4f5a-9d4f-6f6d1f5b5ac1"
+# Ardour's own format "BWAV 32float Export": nothing is normalised or trimmed.
+FLOAT_FORMAT = "20b4ab09-6452-4cb3-bd66-b921cdbd2942"
+PRESET = f"""<?xml version="1.0" encoding="UTF-8"?>
+<ExportPreset id="{PRESET_ID}" name="Float">
+ <ExportFormat id="{FLOAT_FORMAT}"/>
+ <ExportFilename>
+  <Folder relative="true" path="/export"/>
+  <Field name="label" enabled="false"/>
+  <Field name="session" enabled="false"/>
+  <Field name="revision" enabled="false"/>
+  <Field name="time" enabled="false" value="T_None"/>
+  <Field name="date" enabled="false" value="D_None"/>
+ </ExportFilename>
+</ExportPreset>
+"""
 RECORD = struct.Struct("=6f24si")  # a program as chunks hold it
 
 
@@ -25,11 +42,16 @@ class Ardour(HostTest):
         self.file = self.session / "session.ardour"
 
     def scan(self):
-        return self.run_program([f"{LIBRARY}/ardour-vst-scanner", "-f", "-v", self.plugin])
+        """Ardour's notes about the plug-in: their file."""
+        out = self.run_program([f"{LIBRARY}/ardour-vst-scanner", "-f", "-v", self.plugin])
+        notes = list((self.home / ".cache/ardour7/vst").glob("*.v2i"))
+        self.assertEqual(len(notes), 1, out)
+        return notes[0]
 
-    def lua(self, script, *arguments):
-        out = self.run_program([f"{LIBRARY}/luasession", Path(__file__).with_name(script), self.session, "session",
-                                *arguments])
+    def lua(self, script, *arguments, check=True):
+        """What a script prints: the words of each line that has tabs."""
+        command = [f"{LIBRARY}/luasession", Path(__file__).with_name(script), self.session, "session", *arguments]
+        out = self.run_program(command, check=check)
         self.assertNotIn("Error:", out)
         return [line.split("\t") for line in out.splitlines() if "\t" in line]
 
@@ -71,17 +93,32 @@ class Ardour(HostTest):
         self.put_song(path, len(channels[0]))
         return path
 
+    def bounce(self, path):
+        """Renders the track with its plug-in to a file; Ardour makes one of each channel."""
+        self.assertIn(["bounced", "true"], self.lua("ardour_bounce.lua", FRAMES))
+        sides = [self.session / f"interchange/session/audiofiles/bounced%{side}.wav" for side in "LR"]
+        write_wav(path, *(read_wav(side, channels=1)[0] for side in sides))
+        for side in sides:
+            side.unlink()
+
     def export(self, path):
-        """Renders the session. Ardour 7.3's export now and then aborts in the destructor of its own limiter; then it
-        is asked again."""
-        command = [f"{LIBRARY}/utils/ardour7-export", "-b", "float", "-o", path, self.session, "session"]
-        for _ in range(3):
-            out = self.run_program(command, check=False)
-            if "* Done." in out:
-                return
-            self.assertRegex(out, "double free|free\\(\\): invalid|munmap_chunk", "the export failed")
-            print("    Ardour's export died; again", file=sys.stderr)
-        self.fail(out)
+        """Renders the session, in its master bus. Ardour 7.3's export overruns its own memory now and then, with and
+        without a plug-in: it then dies, mostly after the rendering is complete. If it died before, it is asked
+        again."""
+        presets = self.home / ".config/ardour7/export"
+        presets.mkdir(parents=True, exist_ok=True)
+        (presets / "float.preset").write_text(PRESET, encoding="utf-8")
+
+        def render():
+            folder = self.work / "export"
+            shutil.rmtree(folder, ignore_errors=True)
+            folder.mkdir()
+            out = self.lua("ardour_export.lua", folder, PRESET_ID, check=False)
+            if ["rendered", "true"] not in out:
+                raise HostStuck("it ended without a rendering")
+            next(folder.glob("*.wav")).rename(path)
+
+        self.start_up("Ardour's export", render, times=8)
 
     def chunk(self):
         """(current program, its 64 records) as the saved session holds them."""
@@ -97,10 +134,7 @@ class Ardour(HostTest):
         tree.write(self.file)
 
     def test_scanner_describes_the_plug_in(self):
-        self.scan()
-        caches = list((self.home / ".cache/ardour7/vst").glob("*.v2i"))
-        self.assertEqual(len(caches), 1)
-        info = xml.parse(caches[0]).getroot().find("VST2Info").attrib
+        info = xml.parse(self.scan()).getroot().find("VST2Info").attrib
         expected = {"id": str(IDENTIFIER), "name": "Vocafade", "creator": "VELMORAX Co.,Ltd.", "category": "Effect",
                     "n_inputs": "2", "n_outputs": "2", "n_midi_inputs": "0", "is_instrument": "0",
                     "can_process_replace": "1", "has_editor": "1"}
@@ -114,9 +148,12 @@ class Ardour(HostTest):
         path = self.lay_song()
         low, high = to_normalised(3, 250.0), to_normalised(4, 6000.0)
         self.lua("ardour_set.lua", "1=0.6", "2=0.8", f"3={low}", f"4={high}")
-        # Ardour opens the session again for this.
-        self.export(self.work / "set.wav")
-        self.assert_same_sound(path, self.work / "set.wav", "0:1:0.6", "0:2:0.8", f"0:3:{low}", f"0:4:{high}")
+        # Ardour opens the session again for these.
+        values = ["0:1:0.6", "0:2:0.8", f"0:3:{low}", f"0:4:{high}"]
+        self.bounce(self.work / "bounced.wav")
+        self.assert_same_sound(path, self.work / "bounced.wav", *values)
+        self.export(self.work / "exported.wav")
+        self.assert_same_sound(path, self.work / "exported.wav", *values)
 
     def test_automation_is_exact_to_the_sample(self):
         self.make_session()
@@ -125,7 +162,7 @@ class Ardour(HostTest):
         # splits a block only at the last point of a lane (see docs/hosts.md), so that each has one change.
         changes = ["0:1:0.5", "0:2:1", "0:0:1", f"{735 * 75}:1:0.9", f"{735 * 96}:2:0.25", f"{735 * 150}:0:0"]
         self.lua("ardour_set.lua", *changes)
-        self.export(self.work / "automated.wav")
+        self.bounce(self.work / "automated.wav")
         self.assert_same_sound(path, self.work / "automated.wav", *changes)
         # The comparison itself sees a change that comes late.
         late = [change.replace(f"{735 * 75}:", f"{735 * 75 + 1}:") for change in changes]

@@ -2,9 +2,14 @@
 """What the tests of the hosts share: a home of their own, sound files, a song, windows."""
 
 import array
+import atexit
+import ctypes
+import fcntl
 import math
 import os
 import random
+import re
+import select
 import shutil
 import signal
 import struct
@@ -57,8 +62,8 @@ def write_wav(path, left, right, rate=RATE):
         file.write(b"data" + struct.pack("<I", len(data)) + data)
 
 
-def read_wav(path):
-    """(left, right, rate) of a stereo file of 32-bit floats."""
+def read_wav(path, channels=2):
+    """(left, right, rate) of a stereo file of 32-bit floats; (samples, rate) of one with a single channel."""
     raw = Path(path).read_bytes()
     assert raw[:4] == b"RIFF" and raw[8:12] == b"WAVE", f"{path} is no WAV file"
     at, form, data = 12, None, None
@@ -69,11 +74,11 @@ def read_wav(path):
         elif name == b"data":
             data = raw[at + 8:at + 8 + size]
         at += 8 + size + size % 2
-    tag, channels, rate, _, _, bits = form
-    assert channels == 2 and bits == 32 and tag in (3, 0xFFFE), f"{path}: {form}"
+    tag, count, rate, _, _, bits = form
+    assert count == channels and bits == 32 and tag in (3, 0xFFFE), f"{path}: {form}"
     frames = array.array("f")
-    frames.frombytes(data[:len(data) // 8 * 8])
-    return frames[0::2], frames[1::2], rate
+    frames.frombytes(data[:len(data) // (4 * channels) * 4 * channels])
+    return *(frames[channel::channels] for channel in range(channels)), rate
 
 
 def write_bank(path, values, name="Hosts"):
@@ -113,17 +118,104 @@ def peak(samples):
     return max((abs(x) for x in samples), default=0.0)
 
 
+LIBC = ctypes.CDLL(None)
+STARTS = 3  # how often a host is started that does not come up
+LIMIT = 240  # seconds that a test may take
+WAITING = 600  # seconds that it waits for one of another checkout
+
+# What must not outlast the test, however it ends.
+groups = {}  # number -> process, each the first one of a group
+folders = set()
+
+
+def lives(group):
+    """Whether a process of this group is there, other than a dead one that nobody has asked for."""
+    for file in Path("/proc").glob("[0-9]*/stat"):
+        try:
+            state, _, number = file.read_text(encoding="utf-8", errors="replace").rpartition(")")[2].split()[:3]
+        except (OSError, ValueError):
+            continue
+        if int(number) == group and state != "Z":
+            return True
+    return False
+
+
+def end_group(process):
+    """Ends a process and all that it started; nothing of them is left when this returns."""
+    groups.pop(process.pid, None)
+    for sign, patience in ((signal.SIGTERM, 3), (signal.SIGKILL, 10)):
+        end = time.monotonic() + patience
+        while time.monotonic() < end:
+            try:
+                os.killpg(process.pid, sign)
+            except ProcessLookupError:
+                pass
+            if not lives(process.pid):
+                process.wait(patience)
+                return
+            process.poll()
+            time.sleep(0.02)
+
+
+def end_all(folders_too=True):
+    for process in reversed(list(groups.values())):
+        end_group(process)
+    if not folders_too:
+        return
+    for folder in list(folders):
+        shutil.rmtree(folder, ignore_errors=True)
+
+
+def on_signal(number, _):
+    print(f"    ended by signal {number}", file=sys.stderr)
+    end_all()
+    os._exit(128 + number)
+
+
+def on_alarm(*_):
+    raise TimeoutError(f"the test took more than {LIMIT} s, or another of a host held it up for {WAITING} s")
+
+
+def child_setup():
+    LIBC.prctl(1, signal.SIGKILL)  # PR_SET_PDEATHSIG: even a test that is killed leaves no child
+
+
+def forget_semaphores(folder):
+    """Removes the System V semaphores and shared memory that a program keyed by a folder (ftok) and left behind."""
+    status = os.stat(folder)
+    for project in range(3):
+        key = project << 24 | (status.st_dev & 0xff) << 16 | (status.st_ino & 0xffff)
+        for option in ("-S", "-M"):
+            subprocess.run(["ipcrm", option, hex(key)], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+                           check=False)
+
+
+class HostStuck(AssertionError):
+    """A program of other people's does not do what it should, in time."""
+
+
 class HostTest(unittest.TestCase):
     """A test with a home folder, a plug-in folder and a song of its own; nothing of the user's is read or written."""
 
     def setUp(self):
+        # One test of a host at a time on a machine: script pipes and JACK's memory have one name each.
+        signal.signal(signal.SIGALRM, on_alarm)
+        signal.alarm(WAITING)
+        lock = open(f"/tmp/vocafade-hosts-{os.getuid()}.lock", "w", encoding="ascii")
+        self.addCleanup(lock.close)
+        fcntl.flock(lock, fcntl.LOCK_EX)
+        signal.alarm(LIMIT)
         self.work = Path(tempfile.mkdtemp(prefix="vocafade-host-"))
-        self.addCleanup(shutil.rmtree, self.work, ignore_errors=True)
+        folders.add(self.work)
+        self.addCleanup(self.clean_up)
         ARTEFACTS.mkdir(parents=True, exist_ok=True)
         self.home = self.work / "home"
         runtime = self.work / "run"
-        for folder in (self.home, runtime, self.home / ".config", self.home / ".cache"):
+        temporary = self.work / "tmp"
+        for folder in (self.home, runtime, temporary, self.home / ".config", self.home / ".cache"):
             folder.mkdir(mode=0o700, parents=True)
+        # No sound hardware, even where there is some.
+        (self.home / ".asoundrc").write_text("pcm.!default null\n", encoding="utf-8")
         keep = {name: os.environ[name] for name in ("PATH", "LANG", "LC_ALL") if name in os.environ}
         self.environment = {
             **keep,
@@ -132,47 +224,88 @@ class HostTest(unittest.TestCase):
             "XDG_CACHE_HOME": str(self.home / ".cache"),
             "XDG_DATA_HOME": str(self.home / ".local/share"),
             "XDG_RUNTIME_DIR": str(runtime),
+            "TMPDIR": str(temporary),
+            # No service of the desktop is looked for: no session bus, no accessibility, no other sound server.
+            "DBUS_SESSION_BUS_ADDRESS": f"unix:path={runtime}/none",
+            "GSETTINGS_BACKEND": "memory",
+            "GIO_USE_VFS": "local",
+            "GTK_USE_PORTAL": "0",
+            "NO_AT_BRIDGE": "1",
+            "JACK_NO_START_SERVER": "1",
             "LANG": keep.get("LANG", "C.UTF-8"),
         }
         # Where users without rights put plug-ins.
         self.plugin = self.home / ".vst" / "Vocafade.vst" / "Vocafade.so"
         shutil.copytree(BUNDLE, self.plugin.parent)
-        self.processes = []
+        # Not of this very second, in which a host may take a plug-in for newer than what it noted about it.
+        os.utime(self.plugin, (time.time() - 3600,) * 2)
 
-    def tearDown(self):
-        for process in reversed(self.processes):
-            self.stop(process)
+    def clean_up(self):
+        signal.alarm(0)
+        end_all(folders_too=False)
+        shutil.rmtree(self.work, ignore_errors=True)
+        folders.discard(self.work)
 
-    def run_program(self, command, timeout=120, check=True, **settings):
+    def run_program(self, command, timeout=60, check=True, given=None, **settings):
         """Runs a program to its end in this test's home; its output, both streams."""
-        done = subprocess.run([str(part) for part in command], env={**self.environment, **settings}, text=True,
-                              stdout=subprocess.PIPE, stderr=subprocess.STDOUT, stdin=subprocess.DEVNULL,
-                              timeout=timeout, errors="replace", check=False)
-        if check and done.returncode != 0:
-            self.fail(f"{command[0]} ended with {done.returncode}:\n{done.stdout[-4000:]}")
-        return done.stdout
+        command = [str(part) for part in command]
+        with subprocess.Popen(command, env={**self.environment, **settings}, text=True, errors="replace",
+                              stdin=subprocess.DEVNULL if given is None else subprocess.PIPE, stdout=subprocess.PIPE,
+                              stderr=subprocess.STDOUT, start_new_session=True, preexec_fn=child_setup) as process:
+            groups[process.pid] = process
+            try:
+                output = process.communicate(given, timeout)[0]
+            except subprocess.TimeoutExpired:
+                end_group(process)
+                raise HostStuck(f"{command[0]} did not end within {timeout} s") from None
+            finally:
+                groups.pop(process.pid, None)
+        if check and process.returncode != 0:
+            self.fail(f"{command[0]} ended with {process.returncode}:\n{output[-4000:]}")
+        return output
 
     def start(self, command, log, **settings):
         """Starts a program that stays; it is ended with the test. Its output goes to a file among the artefacts."""
         with open(ARTEFACTS / log, "w", encoding="utf-8") as output:
             process = subprocess.Popen([str(part) for part in command], env={**self.environment, **settings},
                                        stdout=output, stderr=subprocess.STDOUT, stdin=subprocess.DEVNULL,
-                                       start_new_session=True)
-        self.processes.append(process)
+                                       start_new_session=True, preexec_fn=child_setup)
+        process.log = ARTEFACTS / log
+        groups[process.pid] = process
         return process
 
+    def start_up(self, what, start, times=STARTS):
+        """What `start` gives. A host that died or hung in its own start is started again, a few times at most; what was
+        left of it is ended before. This is said in the test's output."""
+        for attempt in range(1, times + 1):
+            before = set(groups)
+            try:
+                return start()
+            except HostStuck as reason:
+                print(f"    start {attempt} of {times} of {what}: {reason}", file=sys.stderr)
+                for number in set(groups) - before:
+                    end_group(groups[number])
+        return self.fail(f"{what} did not come up in {times} starts")
+
     def start_display(self):
-        """A virtual X server of this test's own; its programs see no other."""
-        read, write = os.pipe()
-        command = ["Xvfb", "-displayfd", str(write), "-screen", "0", "1280x900x24", "-nolisten", "tcp"]
-        with open(ARTEFACTS / "xvfb.log", "w", encoding="utf-8") as log:
-            process = subprocess.Popen(command, pass_fds=[write], stdout=log, stderr=log, stdin=subprocess.DEVNULL,
-                                       start_new_session=True)
-        self.processes.append(process)
-        os.close(write)
-        with os.fdopen(read, encoding="ascii") as numbers:
-            self.environment["DISPLAY"] = ":" + numbers.readline().strip()
-        self.environment["NO_AT_BRIDGE"] = "1"
+        """A virtual X server of this test's own; its programs see no other. It must not reset itself when its last
+        client leaves (here that is often xdotool): a host that connects at that moment is turned away."""
+        def start():
+            read, write = os.pipe()
+            with open(ARTEFACTS / "xvfb.log", "w", encoding="utf-8") as log:
+                process = subprocess.Popen(["Xvfb", "-displayfd", str(write), "-screen", "0", "1280x900x24",
+                                            "-nolisten", "tcp", "-noreset"], pass_fds=[write], stdout=log, stderr=log,
+                                           stdin=subprocess.DEVNULL, start_new_session=True, preexec_fn=child_setup)
+            groups[process.pid] = process
+            os.close(write)
+            with os.fdopen(read, encoding="ascii") as numbers:
+                ready, _, _ = select.select([numbers], [], [], 30)
+                number = numbers.readline().strip() if ready else ""
+            if not number:
+                raise HostStuck("no display: " + (ARTEFACTS / "xvfb.log").read_text(errors="replace")[-500:])
+            self.environment["DISPLAY"] = ":" + number
+
+        self.start_up("the X server", start)
 
     def xdotool(self, *words, check=True):
         return self.run_program(["xdotool", *words], timeout=20, check=check).split()
@@ -180,6 +313,15 @@ class HostTest(unittest.TestCase):
     def windows(self, title):
         """The visible windows whose title matches."""
         return self.xdotool("search", "--onlyvisible", "--name", title, check=False)
+
+    def window_tree(self):
+        """xwininfo's list of all windows. It gives up when one of them goes away meanwhile; then it is asked again."""
+        for _ in range(20):
+            text = self.run_program(["xwininfo", "-root", "-tree"], check=False)
+            if "xwininfo: error" not in text and "X Error" not in text:
+                return text
+            time.sleep(0.1)
+        return self.fail(text)
 
     def drag(self, window, fader, start, end):
         """Presses on a fader, `start` pixels below its upper end, moves in steps to `end` and lets go."""
@@ -196,28 +338,53 @@ class HostTest(unittest.TestCase):
         self.run_program(["import", "-window", window, path], timeout=30)
         return path
 
-    @staticmethod
-    def stop(process):
-        for sign, patience in ((signal.SIGTERM, 5), (signal.SIGKILL, 5)):
-            if process.poll() is not None:
-                return
-            try:
-                os.killpg(process.pid, sign)
-                process.wait(patience)
-            except (ProcessLookupError, subprocess.TimeoutExpired):
-                pass
-
-    def wait_for(self, what, condition, timeout=30.0):
-        """What `condition` gives as soon as it is true."""
+    def wait_for(self, what, condition, timeout=60.0, process=None):
+        """What `condition` gives as soon as it is true. A program that is named must live until then."""
         end = time.monotonic() + timeout
-        while time.monotonic() < end:
+        while True:
             value = condition()
             if value:
                 return value
+            if process and process.poll() is not None:
+                text = process.log.read_text(encoding="utf-8", errors="replace")
+                raise HostStuck(f"it ended with {process.returncode} before {what} was there:\n{text[-1000:]}")
+            if time.monotonic() > end:
+                break
             time.sleep(0.1)
         if "DISPLAY" in self.environment:
             self.screenshot("waiting.png")
-        return self.fail(f"waited {timeout} s for {what} in vain")
+        raise HostStuck(f"waited {timeout} s for {what} in vain")
+
+    def frame_of(self, window):
+        """Where a window stands on the screen, if it is seen: (left, top, width, height)."""
+        text = self.run_program(["xwininfo", "-id", window], check=False)
+        found = [re.search(rf"{name}:\s+(-?\d+)", text) for name in
+                 ("Absolute upper-left X", "Absolute upper-left Y", "Width", "Height")]
+        return tuple(int(one[1]) for one in found) if all(found) and "IsViewable" in text else None
+
+    def picture(self, window, fader):
+        """The fader's part of the panel, as bytes; None while the window does not stand still."""
+        x, top, bottom = fader
+        before = self.frame_of(window)
+        path = self.work / "part.ppm"
+        self.run_program(["import", "-window", window, "-crop", f"20x{bottom - top + 20}+{x - 10}+{top - 10}", path],
+                         check=False)
+        if not before or before != self.frame_of(window) or not path.exists():
+            return None
+        return path.read_bytes()
+
+    def wait_for_picture(self, window, fader, other_than=None):
+        """Waits until the fader is drawn and stays as it is, and differs from another picture of it."""
+        last = [None]
+
+        def steady():
+            now = self.picture(window, fader)
+            same = now is not None and now == last[0] and now != other_than and len(set(now[-3000:])) > 4
+            last[0] = now
+            time.sleep(0.3)
+            return same and now
+
+        return self.wait_for("the panel to be drawn", steady)
 
     def compare(self, song_path, host_path, *changes, block=1024):
         """How far the host's rendering is from our own: a dictionary of compare_rendering.cpp's numbers."""
@@ -228,10 +395,15 @@ class HostTest(unittest.TestCase):
         """The host's rendering is our own over the song's whole length."""
         verdict = self.compare(song_path, host_path, *changes, block=block)
         print(f"    {Path(host_path).name}: {verdict}", file=sys.stderr)
+        if verdict["difference"] > tolerance:
+            shutil.copy(host_path, ARTEFACTS / f"differs-{Path(host_path).name}")  # for a look
         self.assertGreater(verdict["peak"], 0.05, "the host rendered next to nothing")
         self.assertLessEqual(verdict["difference"], tolerance, f"{verdict}")
         self.assertEqual(verdict["frames"], len(read_wav(song_path)[0]))
 
 
 def main():
+    for number in (signal.SIGTERM, signal.SIGINT, signal.SIGHUP):
+        signal.signal(number, on_signal)
+    atexit.register(end_all)
     unittest.main(verbosity=2, argv=[sys.argv[0], *sys.argv[1:]])
