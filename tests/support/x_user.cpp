@@ -80,16 +80,6 @@ xcb_atom_t XUser::Atom(std::string_view name) {
     return reply != nullptr ? reply->atom : 0;
 }
 
-void XUser::Show(xcb_window_t window) {
-    ::xcb_map_window(connection_, window);
-    Sync();
-}
-
-void XUser::Hide(xcb_window_t window) {
-    ::xcb_unmap_window(connection_, window);
-    Sync();
-}
-
 void XUser::AskToClose(xcb_window_t window) {
     xcb_client_message_event_t event{};
     event.response_type = XCB_CLIENT_MESSAGE;
