@@ -3,16 +3,30 @@
 
 import base64
 import shutil
-import struct
+import sys
+import time
+import unittest
 import xml.etree.ElementTree as xml
 from pathlib import Path
 
-from support import RATE, HostStuck, HostTest, main, read_wav, song, to_normalised, write_wav
+from support import (OUTPUT_FADER, RATE, RECORD, HostStuck, HostTest, end_all, has_editor, main, read_wav, song,
+                     to_normalised, write_wav)
 
 LIBRARY = "/usr/lib/ardour7"
 FRAMES = 4 * RATE  # of the song
 SUPERCLOCK = 282240000  # Ardour's ticks a second
 IDENTIFIER = 0x56666451  # 'VfdQ'
+TRACK = (40, 344)  # where its name stands in the main window
+PLUGIN_ENTRY = (55, 190)  # the plug-in's name in the strip of the track's mixer
+CONFIG = """<?xml version="1.0" encoding="UTF-8"?>
+<Ardour>
+ <Config>
+  <Option name="try-autostart-engine" value="1"/>
+  <Option name="discover-plugins-on-start" value="0"/>
+  <Option name="use-plugin-own-gui" value="1"/>
+ </Config>
+</Ardour>
+"""
 PRESET_ID = "b3ad5a86-5aa2-4f5a-9d4f-6f6d1f5b5ac1"
 # Ardour's own format "BWAV 32float Export": nothing is normalised or trimmed.
 FLOAT_FORMAT = "20b4ab09-6452-4cb3-bd66-b921cdbd2942"
@@ -29,7 +43,6 @@ PRESET = f"""<?xml version="1.0" encoding="UTF-8"?>
  </ExportFilename>
 </ExportPreset>
 """
-RECORD = struct.Struct("=6f24si")  # a program as chunks hold it
 
 
 class Ardour(HostTest):
@@ -132,6 +145,77 @@ class Ardour(HostTest):
         element = tree.getroot().find(".//Processor[@type='lxvst']/lxvst/chunk")
         element.text = base64.b64encode(b"".join(RECORD.pack(*record) for record in records)).decode()
         tree.write(self.file)
+
+    def start_window(self):
+        """Ardour itself with the session, and JACK. Its windows ask no questions: there is but one sound system to
+        choose from, it runs already, and the session does not remember another."""
+        libraries = self.work / "libraries"
+        (libraries / "backends").mkdir(parents=True)
+        for file in Path(LIBRARY).iterdir():
+            if file.name != "backends":
+                (libraries / file.name).symlink_to(file)
+        backend = "backends/libjack_audiobackend.so"
+        (libraries / backend).symlink_to(Path(LIBRARY) / backend)
+        settings = self.home / ".config/ardour7"
+        settings.mkdir(parents=True, exist_ok=True)
+        (settings / ".a7").touch()  # not its first start
+        (settings / "config").write_text(CONFIG, encoding="utf-8")
+        tree = xml.parse(self.file)
+        for hints in tree.getroot().findall("EngineHints"):
+            tree.getroot().remove(hints)
+        tree.write(self.file)
+        self.environment.update({"ARDOUR_DLL_PATH": str(libraries), "GTK_PATH": f"/etc/ardour7:{LIBRARY}"})
+        self.start_display()
+
+        def start():
+            self.start_jack()
+            process = self.start([next(Path(LIBRARY).glob("ardour-7*")), "--no-splash", "--no-announcements",
+                                  self.session], "ardour.log")
+            window = self.wait_for("Ardour's window", lambda: self.windows("session - Ardour"), process=process)[-1]
+            self.wait_for("Ardour's ports", lambda: "Song/audio_out 1" in self.jack_ports(), process=process)
+            return process, window
+
+        return self.start_up("Ardour with JACK", start)
+
+    def open_editor(self, window):
+        """Opens the panel from the strip of the track's mixer. What comes before the windows stand is lost."""
+        for attempt in range(6):
+            time.sleep(2)
+            if attempt % 2 == 0:
+                self.xdotool("mousemove", *TRACK, "click", 1)
+                time.sleep(1)
+                self.xdotool("windowfocus", window, "key", "shift+e")  # shows the strip, or hides it
+                time.sleep(2)
+            self.xdotool("mousemove", *PLUGIN_ENTRY, "click", "--repeat", 2, "--delay", 80, 1)
+            try:
+                return self.wait_for("the plug-in's window", self.panel_window, timeout=8)
+            except HostStuck as reason:
+                print(f"    {reason}; again", file=sys.stderr)
+        return self.fail("Ardour does not open the plug-in's window")
+
+    @unittest.skipUnless(has_editor(), "this build's editor has no window")
+    def test_drag_in_the_editor_changes_the_sound(self):
+        self.make_session()
+        path = self.lay_song()
+        process, window = self.start_window()
+        editor = self.open_editor(window)
+        before = self.wait_for_picture(editor, OUTPUT_FADER)
+        self.screenshot("ardour-before.png")
+        self.drag(editor, OUTPUT_FADER, 40, 80)
+        self.wait_for_picture(editor, OUTPUT_FADER, other_than=before)
+        self.screenshot("ardour.png")
+
+        was = self.chunk()[0]
+        text = self.file.read_bytes()
+        self.xdotool("windowfocus", window, "key", "ctrl+s")
+        self.wait_for("the saved session", lambda: self.file.read_bytes() not in (text, b""), process=process)
+        end_all(folders_too=False)
+        now = self.chunk()[0]
+        self.assertLess(now[1], 0.8 * was[1])
+        self.assertEqual((now[0], *now[2:]), (was[0], *was[2:]))
+        self.environment["ARDOUR_DLL_PATH"] = LIBRARY
+        self.bounce(self.work / "dragged.wav")
+        self.assert_same_sound(path, self.work / "dragged.wav", *(f"0:{n}:{now[n]:.9g}" for n in range(6)))
 
     def test_scanner_describes_the_plug_in(self):
         info = xml.parse(self.scan()).getroot().find("VST2Info").attrib

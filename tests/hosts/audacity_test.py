@@ -140,8 +140,8 @@ mod-script-pipe={changed}
 """, encoding="utf-8")
 
     def remove_pipes(self):
-        """The pipes have the same names for all of a user's Audacities. One that runs is waited for; what an earlier one
-        left is removed."""
+        """The pipes have the same names for all of a user's Audacities. One that runs is waited for; what an earlier
+        one left is removed."""
         end = time.monotonic() + 90
         while any(self.is_link_to(link, PIPES) for link in Path("/proc").glob("[0-9]*/fd/*")):
             self.assertLess(time.monotonic(), end, "another Audacity has its script pipe open; close it first")
@@ -256,12 +256,6 @@ mod-script-pipe={changed}
                 blocks[i] = re.sub("^Enabled=1$", "Enabled=0", block, flags=re.M)
         file.write_text("\n[".join(blocks), encoding="utf-8")
 
-    def editor_window(self, width, height):
-        """The number of the plug-in's own window, inside Audacity's dialogue."""
-        tree = self.window_tree()
-        found = re.findall(rf"^\s+(0x[0-9a-f]+) .*? {width}x{height}\+", tree, re.M)
-        return found[-1] if found else None
-
     def open_editor(self, window):
         """Opens the last entry of the menu of effects. A menu that does not stand yet takes no keys: then again."""
         for _ in range(4):
@@ -270,7 +264,7 @@ mod-script-pipe={changed}
             time.sleep(1)
             self.xdotool("key", "Up", "key", "Return")
             try:
-                return self.wait_for("the plug-in's window", lambda: self.editor_window(*panel_size()), timeout=12)
+                return self.wait_for("the plug-in's window", self.panel_window, timeout=12)
             except HostStuck as reason:
                 print(f"    {reason}; again", file=sys.stderr)
         return self.fail("Audacity does not open the plug-in's window")
@@ -291,7 +285,7 @@ mod-script-pipe={changed}
         self.screenshot("audacity.png")
         # Audacity's button above the panel's right end.
         self.xdotool("mousemove", "--window", editor, "--", panel_size()[0] - 49, -23, "click", 1)
-        self.wait_for("the dialogue's end", lambda: not self.editor_window(*panel_size()))
+        self.wait_for("the dialogue's end", lambda: not self.panel_window())
         out = self.work / "out.wav"
         self.tell(f"Export2: Filename={out} NumChannels=2")
 

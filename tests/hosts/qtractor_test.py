@@ -15,8 +15,8 @@ import wave
 import zlib
 from pathlib import Path
 
-from support import (OUTPUT_FADER, RATE, HostStuck, HostTest, end_all, has_editor, main, panel_size, peak, read_wav,
-                     song, to_normalised, write_wav)
+from support import (OUTPUT_FADER, PERIOD, RATE, RECORD, HostStuck, HostTest, has_editor, main, peak, read_wav, song,
+                     to_normalised, write_wav)
 
 SCANNER = "/usr/lib/x86_64-linux-gnu/qtractor/qtractor_plugin_scan"
 NO_SEQUENCER = Path(os.environ.get("VOCAFADE_NO_SEQUENCER", "build/release/tests/vocafade-no-sequencer.so")).resolve()
@@ -80,13 +80,10 @@ SESSION = """<!DOCTYPE qtractorSession>
 """
 
 
-RECORD = struct.Struct("=6f24si")  # a program as chunks hold it
 CURRENT = 37
 PROGRAMS = [(1.0, 0.2 + n / 100, 1 - n / 64, n / 640, 0.5 + n / 200, n / 63, f"Program {n}".encode(), 0)
             for n in range(64)]
 PROGRAMS[0] = (*PROGRAMS[0][:7], CURRENT)
-SERVER = f"vocafade-hosts-{os.getuid()}"  # JACK's, apart from the user's own
-PERIOD = 1024  # samples of JACK's block
 ROUNDING = 1e-9  # what is recorded are whole numbers of 32 bits
 
 
@@ -99,31 +96,6 @@ def state_of(programs, parameters=None):
 
 
 class Qtractor(HostTest):
-    def setUp(self):
-        super().setUp()
-        self.addCleanup(self.remove_leftovers)
-
-    def remove_leftovers(self):
-        end_all(folders_too=False)
-        self.remove_registry()
-
-    def remove_registry(self):
-        """JACK servers register in shared memory, eight at most, and one that is killed stays there. While none runs,
-        what others left is removed with what was ours."""
-        running = [name for name in Path("/proc").glob("[0-9]*/comm") if self.is_jack(name)]
-        for left in Path("/dev/shm").glob("*"):
-            ours = SERVER in left.name
-            stale = not running and re.match(f"jack-({os.getuid()}-|shm-registry)", left.name)
-            if (ours or stale) and left.stat().st_uid == os.getuid():
-                left.unlink(missing_ok=True)
-
-    @staticmethod
-    def is_jack(name):
-        try:
-            return name.read_text(encoding="utf-8").strip() in ("jackd", "jackdbus")
-        except OSError:
-            return False
-
     def scan(self, path):
         return self.run_program([SCANNER], given=f"VST:{path}\n").strip()
 
@@ -137,13 +109,10 @@ class Qtractor(HostTest):
         other.write_bytes(b"no shared object")
         self.assertFalse(self.scan(other).startswith("VST|"))
 
-    def jack_ports(self):
-        return self.run_program(["jack_lsp"], check=False)
-
     def start_with_song(self, state="", loop=True):
         """JACK without hardware, and qtractor with a session that has the plug-in on a track. `state` is what the
         session keeps of the plug-in."""
-        self.environment.update({"JACK_DEFAULT_SERVER": SERVER, "QT_QPA_PLATFORM": "xcb"})
+        self.environment["QT_QPA_PLATFORM"] = "xcb"
         self.start_display()
         self.song = self.work / "song.wav"
         write_wav(self.song, *song(SECONDS))
@@ -154,11 +123,7 @@ class Qtractor(HostTest):
         self.session.write_text(text, encoding="utf-8")
 
         def start():
-            self.remove_registry()
-            # It waits for its clients, however busy the machine is.
-            jack = self.start(["jackd", "-n", SERVER, "-p", 128, "-r", "-S", "-t", 20000, "-d", "dummy", "-r", RATE,
-                               "-p", PERIOD], "qtractor-jack.log")
-            self.wait_for("JACK", lambda: "playback_1" in self.jack_ports(), process=jack)
+            self.start_jack()
             process = self.start(["qtractor", self.session], "qtractor.log", LD_PRELOAD=str(NO_SEQUENCER))
             self.wait_for("qtractor's ports", lambda: "Master/out_1" in self.jack_ports(), process=process)
             return self.wait_for("qtractor's window", lambda: self.windows("session.qtr"), process=process)[-1]
@@ -180,11 +145,8 @@ class Qtractor(HostTest):
         self.run_program(["jack_transport"], given="\n".join([*commands, "quit", ""]), check=False)
 
     def editor_window(self):
-        """The number of the plug-in's own window: the innermost of its size."""
-        width, height = panel_size()
-        tree = self.window_tree()
-        found = re.findall(rf"^\s+(0x[0-9a-f]+) .*? {width}x{height}\+", tree, re.M)
-        return found[-1] if len(found) >= 2 else None
+        """The plug-in's own window: the innermost of its size."""
+        return self.panel_window(at_least=2)
 
     def record(self, name, seconds=SECONDS):
         """What leaves qtractor in this time: the samples of both channels, one after the other, as JACK had them (but

@@ -27,6 +27,9 @@ COMPARE = Path(os.environ.get("VOCAFADE_COMPARE", "build/release/tests/vocafade-
 ARTEFACTS = Path(os.environ.get("VOCAFADE_ARTEFACTS", "build/release/hosts")).resolve()
 LATENCY = 1707  # samples
 RATE = 44100
+PERIOD = 1024  # samples of JACK's block
+SERVER = f"vocafade-hosts-{os.getuid()}"  # JACK's, apart from the user's own
+RECORD = struct.Struct("=6f24si")  # a program as chunks hold it
 
 
 # The Output fader on the panel: x, the y of its upper end, the y of its lower end.
@@ -138,6 +141,14 @@ def lives(group):
         if int(number) == group and state != "Z":
             return True
     return False
+
+
+def name_of(folder):
+    """The name of a process, given its folder in /proc."""
+    try:
+        return (folder / "comm").read_text(encoding="utf-8", errors="replace").strip()
+    except OSError:
+        return ""
 
 
 def end_group(process):
@@ -322,6 +333,35 @@ class HostTest(unittest.TestCase):
                 return text
             time.sleep(0.1)
         return self.fail(text)
+
+    def panel_window(self, at_least=1):
+        """The number of the innermost window that has the panel's size, if there are so many of them."""
+        width, height = panel_size()
+        found = re.findall(rf"^\s+(0x[0-9a-f]+) .*? {width}x{height}\+", self.window_tree(), re.M)
+        return found[-1] if len(found) >= at_least else None
+
+    def start_jack(self):
+        """A sound server without hardware, which waits for its clients, however busy the machine is."""
+        self.environment["JACK_DEFAULT_SERVER"] = SERVER
+        self.remove_jack_files()
+        self.addCleanup(self.remove_jack_files)
+        self.addCleanup(end_all, folders_too=False)
+        process = self.start(["jackd", "-n", SERVER, "-p", 128, "-r", "-S", "-t", 20000, "-d", "dummy", "-r", RATE,
+                              "-p", PERIOD], "jack.log")
+        self.wait_for("JACK", lambda: "playback_1" in self.jack_ports(), process=process)
+
+    def jack_ports(self):
+        return self.run_program(["jack_lsp"], check=False)
+
+    def remove_jack_files(self):
+        """JACK servers register in shared memory, eight at most, and one that is killed stays there. While none runs,
+        what others left is removed with what was ours."""
+        running = any(name_of(process) in ("jackd", "jackdbus") for process in Path("/proc").glob("[0-9]*"))
+        for left in Path("/dev/shm").glob("*"):
+            ours = SERVER in left.name
+            stale = not running and re.match(f"jack-({os.getuid()}-|shm-registry)", left.name)
+            if (ours or stale) and left.lstat().st_uid == os.getuid():
+                left.unlink(missing_ok=True)
 
     def drag(self, window, fader, start, end):
         """Presses on a fader, `start` pixels below its upper end, moves in steps to `end` and lets go."""
