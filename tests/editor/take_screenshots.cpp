@@ -104,7 +104,7 @@ int main(int count, char** arguments) {
         return 2;
     }
     vocafade::test::TempFolder settings;
-    SetVariable("XDG_CONFIG_HOME", settings.path().string());
+    vocafade::test::SetVariable("XDG_CONFIG_HOME", settings.path().string());
     vocafade::test::Session session(arguments[1]);
     return session.TakeAll() ? 0 : 1;
 }

@@ -9,9 +9,16 @@
 #include <xkbcommon/xkbcommon-x11.h>
 
 // The header names a field with a word that C++ keeps for itself.
+#if defined(__clang__)
+#pragma clang diagnostic push
+#pragma clang diagnostic ignored "-Wkeyword-macro"
+#endif
 #define explicit isExplicit
 #include <xcb/xkb.h>
 #undef explicit
+#if defined(__clang__)
+#pragma clang diagnostic pop
+#endif
 
 namespace vocafade::platform::x11 {
 
