@@ -11,7 +11,8 @@ namespace {
 /// One plug-in for the whole run: what one file leaves in it the next one meets.
 host::Effect& Plugin() {
     static host::Effect* effect = [] {
-        ::setenv("XDG_CONFIG_HOME", fuzz::MakeFolder().c_str(), 1); // without the user's own bank
+        // Without the user's own bank. NOLINTNEXTLINE(concurrency-mt-unsafe): one thread
+        ::setenv("XDG_CONFIG_HOME", fuzz::MakeFolder().c_str(), 1);
         return new host::Effect(BARE_PLUGIN);
     }();
     return *effect;

@@ -17,7 +17,7 @@ VstIntPtr Host(AEffect*, std::int32_t opcode, std::int32_t, VstIntPtr, void*, fl
 
 const std::string& Folder() {
     static const std::string folder = [] {
-        const std::string made = fuzz::MakeFolder();
+        std::string made = fuzz::MakeFolder();
         ::setenv("XDG_CONFIG_HOME", made.c_str(), 1); // NOLINT(concurrency-mt-unsafe): one thread
         return made;
     }();

@@ -52,9 +52,9 @@ class Artwork : public EditorTest {
 
 /// A file that says that its picture is so large.
 std::string Declaring(std::string png, std::uint32_t width, std::uint32_t height) {
-    for (int i = 0; i < 4; ++i) {
-        png[static_cast<std::size_t>(16 + i)] = static_cast<char>(width >> (24 - 8 * i));
-        png[static_cast<std::size_t>(20 + i)] = static_cast<char>(height >> (24 - 8 * i));
+    for (std::size_t i = 0; i < 4; ++i) {
+        png[16 + i] = static_cast<char>(width >> (24 - 8 * i));
+        png[20 + i] = static_cast<char>(height >> (24 - 8 * i));
     }
     // The checksum of the size's chunk is taken anew: a wrong one would be refused for that alone.
     std::uint32_t sum = 0xFFFFFFFF;
@@ -63,8 +63,8 @@ std::string Declaring(std::string png, std::uint32_t width, std::uint32_t height
         for (int bit = 0; bit < 8; ++bit)
             sum = sum >> 1 ^ ((sum & 1) != 0 ? 0xEDB88320U : 0U);
     }
-    for (int i = 0; i < 4; ++i)
-        png[static_cast<std::size_t>(29 + i)] = static_cast<char>(~sum >> (24 - 8 * i));
+    for (std::size_t i = 0; i < 4; ++i)
+        png[29 + i] = static_cast<char>(~sum >> (24 - 8 * i));
     return png;
 }
 
@@ -112,7 +112,7 @@ TEST_F(Artwork, ThatCannotBeUsedIsReplacedByTheCopyInside) {
 }
 
 TEST_F(Artwork, OfOtherSizesIsSafe) {
-    for (const CSize size : {CSize(1, 1), CSize(4096, 1), CSize(1, 4096), CSize(40, 30), CSize(1000, 1000)}) {
+    for (const CSize size : {CSize{1, 1}, CSize{4096, 1}, CSize{1, 4096}, CSize{40, 30}, CSize{1000, 1000}}) {
         const std::string odd = Picture(size.cx, size.cy);
         for (int odd1 = kFirst - 1; odd1 <= kLast; ++odd1) { // all of them, then each alone
             Fill([&](int id, const std::string& path) {

@@ -18,8 +18,6 @@ constexpr CPoint kHiFreqFader{237, 85};
 
 class StrayMouse : public OpenEditorTest {
   protected:
-    StrayMouse() { windowsBefore = user.TopLevels(); }
-
     /// The menu, dialog or box that is open beside the windows of the beginning; 0 for none.
     xcb_window_t Popup() {
         const std::vector<xcb_window_t> now = user.TopLevels();
@@ -48,7 +46,7 @@ class StrayMouse : public OpenEditorTest {
         return free;
     }
 
-    std::vector<xcb_window_t> windowsBefore;
+    std::vector<xcb_window_t> windowsBefore = user.TopLevels();
 };
 
 TEST_F(StrayMouse, APressThatLeavesTheMenuDoesNothingElse) {

@@ -41,17 +41,16 @@ TroubledDisk::~TroubledDisk() { question = nullptr; }
 
 #define TROUBLED(Result, name, parameters, arguments, failure)                                               \
     extern "C" __attribute__((visibility("default"))) Result name parameters {                               \
-        static const auto real = reinterpret_cast<Result(*) parameters>(::dlsym(RTLD_NEXT, #name));          \
-        return Answers(#name) ? real arguments : failure;                                                    \
+        static const auto real = reinterpret_cast<decltype(&::name)>(::dlsym(RTLD_NEXT, #name));             \
+        return Answers(#name) ? real arguments : (failure);                                                  \
     }
 // The headers promise of some that they do not throw, and then so must we.
 #define TROUBLED_NOEXCEPT(Result, name, parameters, arguments, failure)                                      \
     extern "C" __attribute__((visibility("default"))) Result name parameters noexcept {                      \
-        static const auto real = reinterpret_cast<Result(*) parameters>(::dlsym(RTLD_NEXT, #name));          \
-        return Answers(#name) ? real arguments : failure;                                                    \
+        static const auto real = reinterpret_cast<decltype(&::name)>(::dlsym(RTLD_NEXT, #name));             \
+        return Answers(#name) ? real arguments : (failure);                                                  \
     }
 
-// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name)
 TROUBLED(int, fsync, (int file), (file), -1)
 TROUBLED(int, fflush, (std::FILE * file), (file), EOF)
 TROUBLED(std::size_t, fwrite, (const void* bytes, std::size_t size, std::size_t count, std::FILE* file),
@@ -77,4 +76,3 @@ extern "C" __attribute__((visibility("default"))) int open(const char* path, int
     va_end(rest);
     return Answers("open") ? real(path, flags, mode) : -1;
 }
-// NOLINTEND(readability-inconsistent-declaration-parameter-name)

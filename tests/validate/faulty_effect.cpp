@@ -64,12 +64,12 @@ VstIntPtr Dispatch(AEffect* effect, std::int32_t opcode, std::int32_t index, Vst
         if (Has("signal-handler")) std::signal(SIGUSR1, OnSignal);
         if (Has("leaks-descriptor")) [[maybe_unused]]
             const int lost = ::open("/dev/null", O_RDONLY);
-        if (Has("leaks-memory")) [[maybe_unused]]
-            void* volatile lost = std::malloc(4000);
         if (Has("leaks-key")) {
             pthread_key_t lost = 0;
             ::pthread_key_create(&lost, nullptr);
         }
+        if (Has("leaks-memory")) [[maybe_unused]]
+            void* volatile lost = std::malloc(4000);
         return 0; // NOLINT(clang-analyzer-unix.Malloc): the leak is the fault
     case effClose:
         if (Has("hangs"))
