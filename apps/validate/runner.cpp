@@ -6,17 +6,14 @@
 #include "apps/validate/audio_watch.h"
 #include "apps/validate/check.h"
 #include "apps/validate/guarded_memory.h"
-#include "apps/validate/process_state.h"
 #include "host/host_error.h"
 
-#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <dlfcn.h>
 #include <exception>
 #include <fmt/format.h>
 #include <string_view>
-#include <thread>
 #include <unistd.h>
 
 namespace {
@@ -44,10 +41,6 @@ int Run(const Check& check, Subject& subject, Report& report) {
     }
     try {
         check.run(subject, report);
-#ifdef __SANITIZE_ADDRESS__ // whose look for leaks at the end stumbles over a thread that is just ending
-        for (int i = 0; i < 200 && ReadProcessState(subject.path()).threads > 1; ++i)
-            std::this_thread::sleep_for(std::chrono::milliseconds(5));
-#endif
         report.Trying("ending the process");
     } catch (const Hopeless& hopeless) {
         report.Fault("{}", hopeless.what());

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "tests/support/ended_threads.h"
 #include "tests/support/environment.h"
 #include "tests/support/wait_for.h"
 #include "tests/support/x_server.h"
