@@ -30,5 +30,7 @@ for track in tracks:iter() do
 end
 session:master_out():panner_shell():set_bypassed(true)
 session:save_state("")
+print("done\t")
+io.flush()
 close_session()
 quit()

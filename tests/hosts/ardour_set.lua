@@ -27,5 +27,7 @@ for i = 0, insert:plugin(0):parameter_count() - 1 do
     print(("value\t%d\t%.9g"):format(i, ARDOUR.LuaAPI.get_plugin_insert_param(insert, i, 0)))
 end
 session:save_state("")
+print("done\t")
+io.flush()
 close_session()
 quit()

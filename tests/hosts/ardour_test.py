@@ -9,7 +9,7 @@ import unittest
 import xml.etree.ElementTree as xml
 from pathlib import Path
 
-from support import (OUTPUT_FADER, RATE, RECORD, HostStuck, HostTest, end_all, has_editor, main, read_wav, song,
+from support import (OUTPUT_FADER, PERIOD, RATE, RECORD, HostStuck, HostTest, end_all, has_editor, main, read_wav, song,
                      to_normalised, write_wav)
 
 LIBRARY = "/usr/lib/ardour7"
@@ -22,10 +22,22 @@ CONFIG = """<?xml version="1.0" encoding="UTF-8"?>
 <Ardour>
  <Config>
   <Option name="try-autostart-engine" value="1"/>
+  <Option name="hide-dummy-backend" value="0"/>
   <Option name="discover-plugins-on-start" value="0"/>
   <Option name="use-plugin-own-gui" value="1"/>
  </Config>
 </Ardour>
+"""
+ENGINE = f"""<?xml version="1.0" encoding="UTF-8"?>
+<instant>
+ <AudioMIDISetup>
+  <EngineStates>
+   <State backend="None (Dummy)" driver="Normal Speed" device="Silence" input-device="Silence" output-device="Silence"
+    sample-rate="{RATE}" buffer-size="{PERIOD}" n-periods="0" input-latency="0" output-latency="0" lm-input="0"
+    lm-output="0" input-channels="0" output-channels="0" active="1" use-buffered-io="0" midi-option="" use="1"/>
+  </EngineStates>
+ </AudioMIDISetup>
+</instant>
 """
 PRESET_ID = "b3ad5a86-5aa2-4f5a-9d4f-6f6d1f5b5ac1"
 # Ardour's own format "BWAV 32float Export": nothing is normalised or trimmed.
@@ -62,11 +74,15 @@ class Ardour(HostTest):
         return notes[0]
 
     def lua(self, script, *arguments, check=True):
-        """What a script prints: the words of each line that has tabs."""
+        """What a script prints: the words of each line that has tabs. It says that it is done before it closes the
+        session; as Ardour ends, it dies now and then, without a plug-in as well, and that does not count."""
         command = [f"{LIBRARY}/luasession", Path(__file__).with_name(script), self.session, "session", *arguments]
-        out = self.run_program(command, check=check)
+        out = self.run_program(command, check=False)
         self.assertNotIn("Error:", out)
-        return [line.split("\t") for line in out.splitlines() if "\t" in line]
+        lines = [line.split("\t") for line in out.splitlines() if "\t" in line]
+        if check:
+            self.assertIn(["done", ""], lines, out[-4000:])
+        return lines
 
     def make_session(self):
         self.scan()
@@ -147,19 +163,20 @@ class Ardour(HostTest):
         tree.write(self.file)
 
     def start_window(self):
-        """Ardour itself with the session, and JACK. Its windows ask no questions: there is but one sound system to
-        choose from, it runs already, and the session does not remember another."""
+        """Ardour itself with the session. It asks no questions: there is but one sound system to choose from, its
+        dummy, the settings say how it ran last, and the session does not remember another."""
         libraries = self.work / "libraries"
         (libraries / "backends").mkdir(parents=True)
         for file in Path(LIBRARY).iterdir():
             if file.name != "backends":
                 (libraries / file.name).symlink_to(file)
-        backend = "backends/libjack_audiobackend.so"
+        backend = "backends/libdummy_audiobackend.so"
         (libraries / backend).symlink_to(Path(LIBRARY) / backend)
         settings = self.home / ".config/ardour7"
         settings.mkdir(parents=True, exist_ok=True)
         (settings / ".a7").touch()  # not its first start
         (settings / "config").write_text(CONFIG, encoding="utf-8")
+        (settings / "instant.xml").write_text(ENGINE, encoding="utf-8")
         tree = xml.parse(self.file)
         for hints in tree.getroot().findall("EngineHints"):
             tree.getroot().remove(hints)
@@ -168,14 +185,13 @@ class Ardour(HostTest):
         self.start_display()
 
         def start():
-            self.start_jack()
             process = self.start([next(Path(LIBRARY).glob("ardour-7*")), "--no-splash", "--no-announcements",
                                   self.session], "ardour.log")
-            window = self.wait_for("Ardour's window", lambda: self.windows("session - Ardour"), process=process)[-1]
-            self.wait_for("Ardour's ports", lambda: "Song/audio_out 1" in self.jack_ports(), process=process)
-            return process, window
+            found = self.wait_for("Ardour's window", lambda: self.windows("session - Ardour"), process=process,
+                                  timeout=45)
+            return process, found[-1]
 
-        return self.start_up("Ardour with JACK", start)
+        return self.start_up("Ardour", start)
 
     def open_editor(self, window):
         """Opens the panel from the strip of the track's mixer. What comes before the windows stand is lost."""
