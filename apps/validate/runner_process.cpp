@@ -2,8 +2,8 @@
 #include "apps/validate/runner_process.h"
 
 #include "apps/validate/protocol.h"
-#include "apps/vocafade/failures.h"
-#include "apps/vocafade/text.h"
+#include "apps/vocafade/shared/failures.h"
+#include "apps/vocafade/shared/text.h"
 
 #include <algorithm>
 #include <array>

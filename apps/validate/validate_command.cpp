@@ -2,9 +2,9 @@
 #include "apps/validate/validate_command.h"
 
 #include "apps/validate/runner_process.h"
-#include "apps/vocafade/failures.h"
-#include "apps/vocafade/plugin_finder.h"
-#include "apps/vocafade/text.h"
+#include "apps/vocafade/shared/failures.h"
+#include "apps/vocafade/shared/plugin_finder.h"
+#include "apps/vocafade/shared/text.h"
 
 #include <CLI/App.hpp>
 #include <CLI/Config.hpp>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-#include "apps/vocafade/failures.h"
-#include "apps/vocafade/interruption.h"
-#include "apps/vocafade/printing.h"
-#include "apps/vocafade/render_command.h"
+#include "apps/vocafade/render/render_command.h"
+#include "apps/vocafade/shared/failures.h"
+#include "apps/vocafade/shared/interruption.h"
+#include "apps/vocafade/shared/printing.h"
 #include "apps/vocafade/subcommands.h"
 
 #include <exception>

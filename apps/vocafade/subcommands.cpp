@@ -2,11 +2,11 @@
 #include "apps/vocafade/subcommands.h"
 
 #include "apps/validate/validate_command.h"
-#include "apps/vocafade/chunks_command.h"
-#include "apps/vocafade/convert_command.h"
-#include "apps/vocafade/edit_command.h"
-#include "apps/vocafade/formants_command.h"
-#include "apps/vocafade/settings_command.h"
+#include "apps/vocafade/edit/edit_command.h"
+#include "apps/vocafade/formants/formants_command.h"
+#include "apps/vocafade/older_formats/chunks_command.h"
+#include "apps/vocafade/older_formats/convert_command.h"
+#include "apps/vocafade/older_formats/settings_command.h"
 
 namespace vocafade::command {
 

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 // The command's parts that are better tried without a process.
-#include "apps/vocafade/audio_format.h"
-#include "apps/vocafade/failures.h"
-#include "apps/vocafade/job_pool.h"
-#include "apps/vocafade/parameters.h"
-#include "apps/vocafade/progress_bar.h"
-#include "apps/vocafade/text.h"
+#include "apps/vocafade/render/audio_format.h"
+#include "apps/vocafade/render/job_pool.h"
+#include "apps/vocafade/render/progress_bar.h"
+#include "apps/vocafade/shared/failures.h"
+#include "apps/vocafade/shared/parameters.h"
+#include "apps/vocafade/shared/text.h"
 
 #include <array>
 #include <atomic>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // What a user hears and finds after a good run.
-#include "apps/vocafade/parameters.h"
+#include "apps/vocafade/shared/parameters.h"
 #include "host/effect.h"
 #include "tests/command/command_fixture.h"
 

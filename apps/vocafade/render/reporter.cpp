@@ -1,0 +1,94 @@
+// SPDX-License-Identifier: MIT
+#include "apps/vocafade/render/reporter.h"
+
+#include "apps/vocafade/render/progress_bar.h"
+#include "apps/vocafade/shared/printing.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <fmt/format.h>
+#include <numeric>
+#include <string_view>
+#include <sys/ioctl.h>
+#include <unistd.h>
+#include <utility>
+
+namespace vocafade::command {
+namespace {
+
+constexpr std::chrono::milliseconds kRedraw{100};
+constexpr std::size_t kUsualWidth = 80;
+
+bool IsTerminal() {
+    const char* kind =
+        std::getenv("TERM"); // NOLINT(concurrency-mt-unsafe): nothing here changes the environment
+    return ::isatty(STDERR_FILENO) == 1 && kind != nullptr && std::string_view(kind) != "dumb";
+}
+
+std::size_t TerminalWidth() {
+    winsize size{};
+    return ::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : kUsualWidth;
+}
+
+} // namespace
+
+Reporter::Reporter(bool quiet, std::vector<double> weights)
+    : quiet_(quiet), bar_(!quiet && IsTerminal()), weights_(std::move(weights)), done_(weights_.size(), 0.0),
+      begin_(std::chrono::steady_clock::now()), lastDraw_(begin_) {}
+
+Reporter::~Reporter() { Erase(); }
+
+void Reporter::Progress(std::size_t index, double done) {
+    if (!bar_) return;
+    const std::lock_guard lock(mutex_);
+    done_[index] = std::clamp(done, 0.0, 1.0);
+    if (std::chrono::steady_clock::now() - lastDraw_ >= kRedraw) Draw();
+}
+
+void Reporter::Over(std::size_t index) {
+    const std::lock_guard lock(mutex_);
+    done_[index] = 1.0;
+    ++over_;
+    if (bar_ && over_ < done_.size()) Draw();
+}
+
+void Reporter::Line(const std::string& text) {
+    if (quiet_) return;
+    const std::lock_guard lock(mutex_);
+    Erase();
+    PrintText(text + "\n");
+    FlushOutput();
+}
+
+void Reporter::Warning(const std::string& text) {
+    if (quiet_) return;
+    const std::lock_guard lock(mutex_);
+    Erase();
+    PrintError(fmt::format("vocafade: warning: {}\n", text));
+}
+
+void Reporter::Error(const std::string& text) {
+    const std::lock_guard lock(mutex_);
+    Erase();
+    PrintError(fmt::format("vocafade: {}\n", text));
+}
+
+void Reporter::Draw() {
+    const auto now = std::chrono::steady_clock::now();
+    lastDraw_ = now;
+    drawn_ = true;
+    const double all = std::accumulate(weights_.begin(), weights_.end(), 0.0);
+    const double done = std::inner_product(weights_.begin(), weights_.end(), done_.begin(), 0.0);
+    const double seconds = std::chrono::duration<double>(now - begin_).count();
+    const std::string line =
+        ProgressLine(all > 0.0 ? done / all : 0.0, seconds, over_, done_.size(), TerminalWidth() - 1);
+    PrintError("\r\033[K" + line); // back to the line's beginning, clear it
+}
+
+void Reporter::Erase() {
+    if (!drawn_) return;
+    drawn_ = false;
+    PrintError("\r\033[K");
+}
+
+} // namespace vocafade::command

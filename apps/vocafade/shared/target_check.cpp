@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: MIT
+#include "apps/vocafade/shared/target_check.h"
+
+#include "apps/vocafade/shared/failures.h"
+#include "apps/vocafade/shared/text.h"
+#include "base/file.h"
+
+#include <fmt/format.h>
+#include <sys/stat.h>
+#include <system_error>
+
+namespace vocafade::command {
+
+namespace fs = std::filesystem;
+
+fs::path Canonical(const fs::path& path) {
+    const fs::path plain = PathFromUrlOrPath(path.c_str()); // as all writing takes it
+    std::error_code error;
+    fs::path canonical = fs::weakly_canonical(fs::absolute(plain, error), error);
+    return error ? plain.lexically_normal() : canonical;
+}
+
+std::optional<std::pair<dev_t, ino_t>> IdentityOf(const fs::path& path) {
+    struct stat status {};
+    if (::stat(PathFromUrlOrPath(path.c_str()).c_str(), &status) != 0) return std::nullopt;
+    return std::pair(status.st_dev, status.st_ino);
+}
+
+void CheckTarget(const fs::path& target, std::initializer_list<fs::path> inputs) {
+    if (target == "-")
+        throw UsageError("nothing can be written to the standard output here, since files are written beside "
+                         "their name first; name a file (one that is called so is ./-)");
+    const auto identity = IdentityOf(target);
+    for (const fs::path& input : inputs) {
+        if (input.empty()) continue;
+        if (Canonical(target) == Canonical(input) || (identity && identity == IdentityOf(input)))
+            throw UsageError(fmt::format("'{}' would be written over an input; choose another name",
+                                         Printable(target.string())));
+    }
+}
+
+} // namespace vocafade::command
