@@ -32,7 +32,7 @@ AVocafade::AVocafade(audioMasterCallback master, EditorFactory makeEditor)
 
     setNumInputs(2);
     setNumOutputs(2);
-    setUniqueID(kUniqueId);
+    setUniqueID(kVocafadeId);
     programsAreChunks(true);
     canMono(true);
     if (makeEditor != nullptr) setEditor(makeEditor(this));

@@ -6,6 +6,7 @@
 #include "base/wave_format.h"
 #include "dsp/vocafade_manager.h"
 #include "effect/editor_door.h"
+#include "effect/identity.h"
 #include "effect/parameters.h"
 #include "effect/program.h"
 #include "effect/program_list.h"
@@ -124,8 +125,6 @@ class AVocafade : public AudioEffectX {
     std::int32_t getVendorVersion() override { return 1000; }
     std::int32_t canDo(char* text) override;
     VstPlugCategory getPlugCategory() override { return kPlugCategEffect; }
-
-    static constexpr std::int32_t kUniqueId = VstId('V', 'f', 'd', 'Q');
 
   private:
     struct Meters {

@@ -36,7 +36,7 @@ void AVocafade::LoadBank() {
         pluginFolder_ = FolderOfPlugin();
         path = pluginFolder_ + kDefaultBankName;
     }
-    BankFile bank = ReadBankFile(path, kUniqueId, sizeof(ProgramSet));
+    BankFile bank = ReadBankFile(path, kVocafadeId, sizeof(ProgramSet));
     switch (bank.content) {
     case BankContent::unreadable:
     case BankContent::notABank:
@@ -59,7 +59,7 @@ void AVocafade::SetFactoryProgram() {
     getDirectory(); // some hosts note who asks; the answer that counts is the one `open` kept
     // The folder is empty when the user's own bank was found: the factory programs then come from a bank in
     // the current directory, if there is one, and otherwise stay as they are built in.
-    const BankFile bank = ReadBankFile(pluginFolder_ + kDefaultBankName, kUniqueId, sizeof(ProgramSet));
+    const BankFile bank = ReadBankFile(pluginFolder_ + kDefaultBankName, kVocafadeId, sizeof(ProgramSet));
     if (bank.content != BankContent::chunk || bank.chunk.empty()) return;
     ProgramSet programs;
     CopyPrograms(programs, factory_);
@@ -83,7 +83,7 @@ void AVocafade::SaveProgram(std::int32_t index, const CString& name) {
     ProgramSet chunk;
     CopyPrograms(chunk, programs_);
     const std::string path = SettingsFolder() + kDefaultBankName;
-    const bool saved = WriteBankFile(path, kUniqueId, kProgramCount, std::as_bytes(std::span(chunk)));
+    const bool saved = WriteBankFile(path, kVocafadeId, kProgramCount, std::as_bytes(std::span(chunk)));
     if (!saved && messageHook_) messageHook_(kSaveFailedString, path);
     updateDisplay();
 }

@@ -15,19 +15,10 @@ namespace {
 /// bytes, which everything within the parameters' ranges keeps to; hosts give far more.
 constexpr std::size_t kShownTextSize = 24;
 
-/// The engine takes levels as the host's 0 to 1: what is no finite number counts as the minimum, as it does
-/// for the display.
+/// The engine takes levels as the host's 0 to 1: NaN and the infinities count as the minimum, as they do for
+/// the display.
 float SafeLevel(float normalised) {
     return std::isfinite(normalised) ? std::clamp(normalised, 0.0f, 1.0f) : 0.0f;
-}
-
-/// A value that was typed in its display unit, as the host's 0 to 1.
-float NormalizeDisplayValue(std::int32_t index, float display) {
-    if (index != kParameterOutput && index != kParameterInput) return ValToNormalizeValue(index, display);
-    const ParameterRange& row = ParameterRow(index);
-    const float gain = static_cast<float>(std::exp2(display / 6.0));
-    return ValToNormalizeValue(
-        index, std::clamp(gain, static_cast<float>(row.minimum), static_cast<float>(row.maximum)));
 }
 
 } // namespace
@@ -136,11 +127,11 @@ float AVocafade::getParameter(std::int32_t index) {
 }
 
 void AVocafade::getParameterName(std::int32_t index, char* text) {
-    CopyText(text, ParameterName(index), kShownTextSize);
+    CopyText(text, ParameterRow(index).name, kShownTextSize);
 }
 
 void AVocafade::getParameterLabel(std::int32_t index, char* label) {
-    CopyText(label, ParameterLabel(index), kShownTextSize);
+    CopyText(label, ParameterRow(index).unit, kShownTextSize);
 }
 
 void AVocafade::getParameterDisplay(std::int32_t index, char* text) {
@@ -168,7 +159,7 @@ bool AVocafade::getParameterProperties(std::int32_t index, VstParameterPropertie
     getParameterLabel(index, properties->label);
     const ParameterRange& row = ParameterRow(index);
     properties->flags = kVstParameterUsesIntegerMinMax | kVstParameterUsesIntStep;
-    if (row.integer != 0) properties->flags |= kVstParameterIsSwitch;
+    if (row.taper == Taper::step) properties->flags |= kVstParameterIsSwitch;
     properties->minInteger = static_cast<std::int32_t>(row.minimum);
     properties->maxInteger = static_cast<std::int32_t>(row.maximum);
     properties->stepInteger = 128;

@@ -16,35 +16,60 @@ enum ParameterIndex : std::int32_t {
     kParameterCount = 6,
 };
 
-/// [any-thread] A parameter's name and unit; empty for any other index.
-const char* ParameterName(std::int32_t index);
-const char* ParameterLabel(std::int32_t index);
+/// How a parameter runs from its minimum to its maximum.
+enum class Taper : std::uint8_t {
+    step,      ///< in whole steps
+    gain,      ///< evenly in gain; shown and typed in dB
+    frequency, ///< evenly in Hz as a value from 0 to 1; a control with a scale of its own gives octaves room
+    even,      ///< evenly
+};
 
-/// One row of the parameter table. For the two levels the numbers are linear gain factors.
+/// One row of the parameter table, from which plug-in, command and documents take what they say.
 struct ParameterRange {
+    const char* name;
+    const char* unit; ///< of the display; empty for none
+    double minimum;   ///< for a gain, this and the next two are linear factors
+    double maximum;
+    double initial;
+    Taper taper;
+};
+
+/// [any-thread] The row of `index`; for an index without a parameter all zero, with empty texts.
+const ParameterRange& ParameterRow(std::int32_t index);
+
+/// The same row as the display shows it: levels in dB.
+struct ShownRange {
     double minimum;
     double maximum;
     double initial;
-    std::int32_t integer; ///< non-zero: the parameter moves in whole steps
 };
 
-/// [any-thread] The row of `index`; all zero for indices without a parameter.
-const ParameterRange& ParameterRow(std::int32_t index);
+/// [any-thread] What the display of `index` goes through; all zero for an index without a parameter.
+ShownRange ShownRangeOf(std::int32_t index);
 
 /// [any-thread] A value in the parameter's own unit (for the levels: the linear gain) as the host's 0 to 1.
-/// Stepped parameters are not clamped. 0 for an index above 7; not-a-number counts as the minimum.
+/// Stepped parameters are not clamped. 0 for an index without a parameter; NaN and the infinities count as
+/// the minimum.
 float ValToNormalizeValue(std::int32_t index, float value);
 
+/// [any-thread] A value as the display shows it (on/off, dB, Hz, position) as the host's 0 to 1. Levels are
+/// limited to their range.
+float NormalizeDisplayValue(std::int32_t index, float display);
+
+/// [any-thread] The same, limited to the range and where needed the next greater float, so that the whole
+/// number that the engine cuts Hz and Position to is not below `display`: 64 must not become 63.
+float NormalizeWholeDisplayValue(std::int32_t index, float display);
+
 /// [any-thread] The host's value in the parameter's internal unit: on/off, dB (6 log2 of the gain, so exactly
-/// 6 dB a doubling), Hz, position 0 to 127. Clamped to the parameter's range; what is no number counts as its
-/// minimum. 0 for an index of 8 or above.
+/// 6 dB a doubling), Hz, position 0 to 127. Clamped to the parameter's range; NaN and the infinities count as
+/// its minimum. 0 for an index without a parameter.
 float NormalizeValToInternalVal(std::int32_t index, float normalised);
 
 /// [any-thread] The same as a whole number: steps as they are, the others in 16.16 fixed point, of which a
 /// negative level keeps the low 32 bits.
 std::uint32_t NormalizeValToDWValue(std::int32_t index, float normalised);
 
-/// [any-thread] A parameter's range in its internal unit; 0 to 0 for an index without a parameter.
+/// [any-thread] `ShownRangeOf` in single precision.
 void GetParamMinMax(std::int32_t index, float* minimum, float* maximum);
 
 /// [any-thread] 6 log2(gain), the "dB" of levels and meters.
@@ -53,8 +78,7 @@ double GainToDb(double gain);
 /// [any-thread] The default normalised value of a parameter.
 float DefaultNormalizedValue(std::int32_t index);
 
-/// [any-thread] A float cut to an integer; what is no number gives 0, what does not fit the nearest that
-/// does.
+/// [any-thread] A float cut to an integer; NaN gives 0, what does not fit the nearest that does.
 std::int32_t TruncateToInt(float value);
 
 } // namespace vocafade

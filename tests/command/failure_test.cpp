@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // What a user is told, and what is left on the disk, when something is in the way.
+#include "apps/vocafade/shared/parameters.h"
 #include "tests/command/command_fixture.h"
 #include "tests/support/run_command.h"
 
@@ -280,6 +281,19 @@ TEST_F(CommandTest, HelpAndManualKnowTheSameOptions) {
         EXPECT_NE(manual.find(option), std::string::npos) << option << " is not in the manual";
     }
     EXPECT_GT(options, 18U);
+    const std::pair<const char*, std::int32_t> sound[] = {{".BR --lofreq", kParameterLoFreq},
+                                                          {".BR --hifreq", kParameterHiFreq},
+                                                          {".BR --position", kParameterPosition},
+                                                          {".BR --input", kParameterInput},
+                                                          {".BR --output", kParameterOutput}};
+    for (const auto& [heading, index] : sound) {
+        const std::size_t at = manual.find(heading);
+        ASSERT_NE(at, std::string::npos) << heading;
+        const std::string entry = manual.substr(at, manual.find(".TP", at) - at);
+        EXPECT_NE(entry.find(RangeWords(index)), std::string::npos) << entry;
+        EXPECT_NE(entry.find("default " + LimitText(ShownRangeOf(index).initial)), std::string::npos)
+            << entry;
+    }
     EXPECT_EQ(Run({"--version"}).out.rfind("vocafade ", 0), 0U);
 }
 

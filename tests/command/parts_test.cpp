@@ -4,7 +4,6 @@
 #include "apps/vocafade/render/job_pool.h"
 #include "apps/vocafade/render/progress_bar.h"
 #include "apps/vocafade/shared/failures.h"
-#include "apps/vocafade/shared/parameters.h"
 #include "apps/vocafade/shared/text.h"
 
 #include <array>
@@ -47,24 +46,6 @@ TEST(Formats, TheSameEndingMeansTheSameFormat) {
     EXPECT_EQ(ChooseFormat(Info(SF_FORMAT_MPEG | SF_FORMAT_MPEG_LAYER_III), "mp3", "wav", 10), kWav16);
     EXPECT_EQ(ChooseFormat(Info(SF_FORMAT_WAV | SF_FORMAT_DOUBLE), "wav", "flac", 10),
               SF_FORMAT_FLAC | SF_FORMAT_PCM_24);
-}
-
-TEST(Parameters, WholeNumbersSurviveTheNormalisedForm) {
-    // The plug-in cuts these to whole numbers; whether it multiplies in single or double precision is its
-    // affair.
-    for (const VocafadeParameter index : {kPosition, kLoFreq}) {
-        const ParameterRange& range = RangeOf(index);
-        const auto span = static_cast<float>(range.maximum - range.minimum);
-        const auto least = static_cast<float>(range.minimum);
-        for (int value = static_cast<int>(range.minimum); value <= static_cast<int>(range.maximum); ++value) {
-            const float normalised = NormalisedFromDisplay(index, value);
-            ASSERT_EQ(static_cast<int>((range.maximum - range.minimum) * normalised + range.minimum), value);
-            ASSERT_EQ(static_cast<int>(span * normalised + least), value);
-        }
-    }
-    EXPECT_FLOAT_EQ(NormalisedFromDisplay(kOutput, 0.0), 0.49974987F);
-    EXPECT_EQ(NormalisedFromDisplay(kOutput, 6.0), 1.0F);
-    EXPECT_EQ(NormalisedFromDisplay(kInput, -100.0), 0.0F);
 }
 
 TEST(Text, NearNamesAreFoundAndFarOnesAreNot) {

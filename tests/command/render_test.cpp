@@ -184,8 +184,8 @@ std::string MakeBank() {
     host::Effect effect(VOCAFADE_PLUGIN);
     effect.setProgram(2);
     effect.setProgramName("Choir");
-    effect.setParameter(kLoFreq, NormalisedFromDisplay(kLoFreq, 1000.0));
-    effect.setParameter(kPosition, NormalisedFromDisplay(kPosition, 80.0));
+    effect.setParameter(kParameterLoFreq, NormalizeWholeDisplayValue(kParameterLoFreq, 1000.0F));
+    effect.setParameter(kParameterPosition, NormalizeWholeDisplayValue(kParameterPosition, 80.0F));
     const std::vector<std::byte> chunk = effect.chunk(false);
     std::string file = "CcnK";
     file += std::string(4, '\0') + "FBCh" + std::string("\0\0\0\1", 4) + "VfdQ" + std::string("\0\0\0\1", 4);

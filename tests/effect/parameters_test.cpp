@@ -86,6 +86,28 @@ TEST(ParameterConversions, MatchTheTable) {
     }
 }
 
+TEST(ParameterConversions, KeepWhatIsTypedWhole) {
+    // The engine cuts these to whole numbers; whether a reader multiplies in single or in double precision.
+    for (const std::int32_t index : {kParameterLoFreq, kParameterPosition}) {
+        const ParameterRange& row = ParameterRow(index);
+        const auto span = static_cast<float>(row.maximum - row.minimum);
+        const auto least = static_cast<float>(row.minimum);
+        for (int value = static_cast<int>(row.minimum); value <= static_cast<int>(row.maximum); ++value) {
+            const float normalised = NormalizeWholeDisplayValue(index, static_cast<float>(value));
+            ASSERT_EQ(static_cast<int>((row.maximum - row.minimum) * normalised + row.minimum), value);
+            ASSERT_EQ(static_cast<int>(span * normalised + least), value);
+        }
+        EXPECT_EQ(NormalizeWholeDisplayValue(index, kNan), 0.0f);
+        EXPECT_EQ(NormalizeWholeDisplayValue(index, kInfinity), 0.0f);
+        EXPECT_EQ(NormalizeWholeDisplayValue(index, 1e9f), 1.0f);
+        EXPECT_EQ(NormalizeWholeDisplayValue(index, -1e9f), 0.0f);
+    }
+    EXPECT_FLOAT_EQ(NormalizeWholeDisplayValue(kParameterOutput, 0.0f), 0.49974987f);
+    EXPECT_EQ(NormalizeWholeDisplayValue(kParameterOutput, 6.0f), 1.0f);
+    EXPECT_NEAR(NormalizeWholeDisplayValue(kParameterInput, -100.0f), 0.0f, 1e-10f) << "the gain is a float";
+    EXPECT_EQ(NormalizeWholeDisplayValue(kParameterOnOff, 3.0f), 1.0f);
+}
+
 TEST(ParameterConversions, GiveFixedPointAndRanges) {
     EXPECT_EQ(NormalizeValToDWValue(0, 1.0f), 1u);
     EXPECT_EQ(NormalizeValToDWValue(5, 0.5f), 127u * 32768u);
@@ -241,7 +263,7 @@ TEST_F(Parameters, DescribeTheirRangesInWholeNumbers) {
         const bool stepped = i == 0;
         EXPECT_EQ(p.flags, kVstParameterUsesIntegerMinMax | kVstParameterUsesIntStep |
                                (stepped ? kVstParameterIsSwitch : 0));
-        EXPECT_STREQ(p.label, ParameterLabel(i));
+        EXPECT_STREQ(p.label, ParameterRow(i).unit);
         EXPECT_EQ(p.future[15], 0);
     }
     VstParameterProperties p;

@@ -21,13 +21,11 @@ std::string ProgramName(host::Effect& effect, std::int32_t index) {
     return ShownName(effect, effect.programName());
 }
 
-std::string OurLine(host::Effect& effect, VocafadeParameter index) {
-    const ParameterRange& range = RangeOf(index);
-    const std::string now = effect.parameterDisplay(index);
-    if (index == kOnOff) return fmt::format("{:<10}{:<18}{:<10}{:<10}\n", range.name, "OFF, ON", "ON", now);
-    const std::string least = range.minimum < 0.0 ? "-59.79" : fmt::format("{:g}", range.minimum);
-    const std::string reach = fmt::format("{} to {:g} {}", least, range.maximum, range.unit);
-    return fmt::format("{:<10}{:<18}{:<10g}{:<10}\n", range.name, reach, range.preset, now);
+std::string OurLine(host::Effect& effect, std::int32_t index) {
+    const bool onOff = index == kParameterOnOff;
+    return fmt::format("{:<10}{:<18}{:<10}{:<10}\n", ParameterRow(index).name,
+                       onOff ? "OFF, ON" : RangeWords(index),
+                       onOff ? "ON" : LimitText(ShownRangeOf(index).initial), effect.parameterDisplay(index));
 }
 
 } // namespace
@@ -47,7 +45,7 @@ std::string ParameterListing(host::Effect& effect) {
                             : fmt::format("{:<24}{:<10}{}\n", "NAME", "0 TO 1", "NOW");
     for (std::int32_t i = 0; i < effect.numParameters(); ++i) {
         if (ours && i < kParameterCount) {
-            text += OurLine(effect, static_cast<VocafadeParameter>(i));
+            text += OurLine(effect, i);
             continue;
         }
         text += fmt::format("{:<24}{:<10.4f}{} {}\n", Printable(effect.parameterName(i)), effect.parameter(i),

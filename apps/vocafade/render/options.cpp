@@ -2,6 +2,7 @@
 #include "apps/vocafade/render/options.h"
 
 #include "apps/vocafade/shared/failures.h"
+#include "apps/vocafade/shared/parameters.h"
 #include "apps/vocafade/shared/text.h"
 #include "apps/vocafade/subcommands.h"
 
@@ -53,15 +54,18 @@ void AddFileOptions(CLI::App& app, RenderOptions& options) {
 }
 
 void AddSoundOptions(CLI::App& app, RenderOptions& options) {
-    const auto number = [&](const char* name, std::optional<double>& value, const char* help,
-                            const char* unit) {
-        app.add_option(name, value, help)->type_name(unit)->group("Sound");
+    const auto number = [&](const char* name, std::optional<double>& value, const char* unit,
+                            const char* help, std::int32_t index) {
+        const std::string initial = LimitText(ShownRangeOf(index).initial);
+        app.add_option(name, value, fmt::format("{}, {} (default {})", help, RangeWords(index), initial))
+            ->type_name(unit)
+            ->group("Sound");
     };
-    number("--lofreq", options.loFreq, "lower limit of the voice's band, 20 to 20000 (default 400)", "HZ");
-    number("--hifreq", options.hiFreq, "upper limit of the voice's band, 20 to 20000 (default 9000)", "HZ");
-    number("--position", options.position, "place to empty, 0 to 127, 64 is the middle (default 64)", "STEP");
-    number("--input", options.inputLevel, "input level, -59.79 to 0 (default 0)", "DB");
-    number("--output", options.outputLevel, "output level, -59.79 to 6 (default 0)", "DB");
+    number("--lofreq", options.loFreq, "HZ", "lower limit of the voice's band", kParameterLoFreq);
+    number("--hifreq", options.hiFreq, "HZ", "upper limit of the voice's band", kParameterHiFreq);
+    number("--position", options.position, "STEP", "place to empty; 64 is the middle", kParameterPosition);
+    number("--input", options.inputLevel, "DB", "input level", kParameterInput);
+    number("--output", options.outputLevel, "DB", "output level", kParameterOutput);
     app.add_option(
            "--set", options.set,
            "any parameter by its name, in the unit that it shows; may be repeated (see --list-parameters)")
@@ -86,8 +90,9 @@ void AddProcessingOptions(CLI::App& app, RenderOptions& options) {
         ->group("Processing");
     app.add_flag("--double", options.twofold, "hand the samples over in double precision")
         ->group("Processing");
-    app.add_flag("--keep-latency", options.keepLatency,
-                 "keep the 1707 samples of delay in front (the file grows by as many)")
+    app.add_flag(
+           "--keep-latency", options.keepLatency,
+           fmt::format("keep the {} samples of delay in front (the file grows by as many)", kVocafadeLatency))
         ->group("Processing");
     app.add_option("--plugin", options.plugin, "the plug-in to use: Vocafade.so or a bundle folder")
         ->type_name("FILE")

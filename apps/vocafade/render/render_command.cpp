@@ -32,20 +32,20 @@ constexpr double kMissingSeconds = 0.05;
 std::vector<Assignment> Resolve(host::Effect& effect, const RenderOptions& options) {
     std::vector<Assignment> assignments;
     const bool ours = effect.uniqueId() == kVocafadeId;
-    const auto add = [&](VocafadeParameter index, const std::optional<double>& value, const char* option) {
+    const auto add = [&](std::int32_t index, const std::optional<double>& value, const char* option) {
         if (!value) return;
         if (!ours)
             throw UsageError(fmt::format("{} is for the Vocafade plug-in; use --set NAME=VALUE", option));
         assignments.push_back(AssignDisplay(index, *value, fmt::format("{} {:g}", option, *value)));
     };
-    add(kLoFreq, options.loFreq, "--lofreq");
-    add(kHiFreq, options.hiFreq, "--hifreq");
-    add(kPosition, options.position, "--position");
-    add(kInput, options.inputLevel, "--input");
-    add(kOutput, options.outputLevel, "--output");
+    add(kParameterLoFreq, options.loFreq, "--lofreq");
+    add(kParameterHiFreq, options.hiFreq, "--hifreq");
+    add(kParameterPosition, options.position, "--position");
+    add(kParameterInput, options.inputLevel, "--input");
+    add(kParameterOutput, options.outputLevel, "--output");
     for (const std::string& text : options.set)
         assignments.push_back(ParseAssignment(effect, text));
-    add(kOnOff, options.dry ? std::optional(0.0) : std::nullopt, "--dry");
+    add(kParameterOnOff, options.dry ? std::optional(0.0) : std::nullopt, "--dry");
     return assignments;
 }
 
@@ -79,9 +79,10 @@ void Rehearse(host::Effect& effect, const RenderSettings& settings) {
 
 void WarnOfBand(host::Effect& effect, Reporter& reporter) {
     if (effect.uniqueId() != kVocafadeId) return;
-    if (effect.parameter(kLoFreq) > effect.parameter(kHiFreq))
+    if (effect.parameter(kParameterLoFreq) > effect.parameter(kParameterHiFreq))
         reporter.Warning(fmt::format("LoFreq ({} Hz) is above HiFreq ({} Hz), so nothing will be removed",
-                                     effect.parameterDisplay(kLoFreq), effect.parameterDisplay(kHiFreq)));
+                                     effect.parameterDisplay(kParameterLoFreq),
+                                     effect.parameterDisplay(kParameterHiFreq)));
 }
 
 /// How many samples were clipped, and what helps: 3 dB less than the plug-in's Output had.

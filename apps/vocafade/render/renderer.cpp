@@ -20,7 +20,7 @@ constexpr std::int64_t kFilePortion = 8192; // frames a read, about
 
 /// The effect's parameter counts as on by its whole-number part, as the engine's switch takes it.
 bool IsOff(host::Effect& effect) {
-    return effect.uniqueId() == kVocafadeId && static_cast<int>(effect.parameter(kOnOff)) == 0;
+    return effect.uniqueId() == kVocafadeId && static_cast<int>(effect.parameter(kParameterOnOff)) == 0;
 }
 
 /// Samples by which what comes out lies behind what went in.
@@ -159,7 +159,7 @@ RenderReport Render(const RenderJob& job, const RenderSettings& settings,
     SetUp(effect, settings);
     RenderReport report;
     report.passedThrough = IsOff(effect);
-    if (effect.uniqueId() == kVocafadeId) report.outputLevel = ShownNumber(effect, kOutput);
+    if (effect.uniqueId() == kVocafadeId) report.outputLevel = ShownNumber(effect, kParameterOutput);
     const Container container = ReadContainer(job.input);
     AudioOutput output(job.output, format, input, container);
     const auto run = settings.twofold ? RunStream<double> : RunStream<float>;

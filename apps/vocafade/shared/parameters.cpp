@@ -5,7 +5,6 @@
 #include "apps/vocafade/shared/text.h"
 
 #include <algorithm>
-#include <array>
 #include <charconv>
 #include <cmath>
 #include <fmt/format.h>
@@ -13,28 +12,11 @@
 namespace vocafade::command {
 namespace {
 
-// A level runs linearly in gain from 0.001; 6 * log2(0.001) is what it then shows.
-constexpr double kLeastGain = 0.001;
-constexpr double kLeastLevel = -59.794705707972525;
 constexpr double kDisplayDigit = 0.1; // displays have one decimal place
 
-constexpr std::array<ParameterRange, kParameterCount> kRanges = {{
-    {"ON/OFF", "", 0.0, 1.0, 1.0},
-    {"Output", "dB", kLeastLevel, 6.0, 0.0},
-    {"Input", "dB", kLeastLevel, 0.0, 0.0},
-    {"LoFreq", "Hz", 20.0, 20000.0, 400.0},
-    {"HiFreq", "Hz", 20.0, 20000.0, 9000.0},
-    {"Position", "", 0.0, 127.0, 64.0},
-}};
-
-bool IsLevel(VocafadeParameter index) { return index == kOutput || index == kInput; }
-
-/// "Output goes from -59.8 to 6 dB".
-std::string RangeText(VocafadeParameter index) {
-    const ParameterRange& range = RangeOf(index);
-    const std::string unit = *range.unit != '\0' ? std::string(" ") + range.unit : std::string();
-    const std::string least = IsLevel(index) ? "-59.79" : fmt::format("{:g}", range.minimum);
-    return fmt::format("{} goes from {} to {:g}{}", range.name, least, range.maximum, unit);
+/// "Output goes from -59.79 to 6 dB".
+std::string RangeText(std::int32_t index) {
+    return fmt::format("{} goes from {}", ParameterRow(index).name, RangeWords(index));
 }
 
 std::optional<double> ParseNumber(std::string_view text) {
@@ -54,10 +36,10 @@ std::optional<double> ParseSwitch(std::string_view text) {
 }
 
 /// The number in front of the parameter's own unit ("400", "400Hz", "-3 dB").
-std::optional<double> ParseDisplay(VocafadeParameter index, const std::string& text) {
-    if (index == kOnOff) return ParseSwitch(text);
+std::optional<double> ParseDisplay(std::int32_t index, const std::string& text) {
+    if (index == kParameterOnOff) return ParseSwitch(text);
     std::string number = LowerCase(text);
-    const std::string unit = LowerCase(RangeOf(index).unit);
+    const std::string unit = LowerCase(ParameterRow(index).unit);
     if (!unit.empty() && number.ends_with(unit)) number.resize(number.size() - unit.size());
     while (number.ends_with(' '))
         number.pop_back();
@@ -80,33 +62,24 @@ std::int32_t FindParameter(host::Effect& effect, const std::string& name) {
 
 } // namespace
 
-const ParameterRange& RangeOf(VocafadeParameter index) { return kRanges[static_cast<std::size_t>(index)]; }
+std::string LimitText(double limit) { return fmt::format("{:g}", std::trunc(limit * 100.0) / 100.0); }
 
-float NormalisedFromDisplay(VocafadeParameter index, double display) {
-    if (index == kOnOff) return display != 0.0 ? 1.0F : 0.0F;
-    const ParameterRange& range = RangeOf(index);
-    if (IsLevel(index)) {
-        const double most = std::exp2(range.maximum / 6.0);
-        const double gain = std::clamp(std::exp2(display / 6.0), kLeastGain, most);
-        return static_cast<float>((gain - kLeastGain) / (most - kLeastGain));
-    }
-    const double span = range.maximum - range.minimum;
-    float normalised = static_cast<float>((display - range.minimum) / span);
-    // 64 must not come out as 63.9999998 and be cut to 63.
-    while (span * normalised + range.minimum < display)
-        normalised = std::nextafter(normalised, 2.0F);
-    return std::min(normalised, 1.0F);
+std::string RangeWords(std::int32_t index) {
+    const ShownRange range = ShownRangeOf(index);
+    const std::string_view unit = ParameterRow(index).unit;
+    return fmt::format("{} to {}{}{}", LimitText(range.minimum), LimitText(range.maximum),
+                       unit.empty() ? "" : " ", unit);
 }
 
-Assignment AssignDisplay(VocafadeParameter index, double display, const std::string& option) {
-    const ParameterRange& range = RangeOf(index);
+Assignment AssignDisplay(std::int32_t index, double display, const std::string& option) {
+    const ShownRange range = ShownRangeOf(index);
     // What a display shows may be typed back, so its rounding at the ends of the range is let in.
-    const double slack = IsLevel(index) ? kDisplayDigit / 2.0 : 0.0;
+    const double slack = ParameterRow(index).taper == Taper::gain ? kDisplayDigit / 2.0 : 0.0;
     if (!(display >= range.minimum - slack && display <= range.maximum + slack))
         throw UsageError(fmt::format("{} is out of range: {}", option, RangeText(index)));
     const double inside = std::clamp(display, range.minimum, range.maximum);
-    Assignment assignment{index, NormalisedFromDisplay(index, inside), std::nullopt};
-    if (index != kOnOff) assignment.shown = inside;
+    Assignment assignment{index, NormalizeWholeDisplayValue(index, static_cast<float>(inside)), std::nullopt};
+    if (index != kParameterOnOff) assignment.shown = inside;
     return assignment;
 }
 
@@ -118,11 +91,10 @@ Assignment ParseAssignment(host::Effect& effect, const std::string& text) {
     const std::string value = text.substr(equals + 1);
     const std::string option = "--set " + Printable(text);
     if (effect.uniqueId() == kVocafadeId && index < kParameterCount) {
-        const auto known = static_cast<VocafadeParameter>(index);
-        const std::optional<double> display = ParseDisplay(known, value);
-        if (!display && known == kOnOff) throw UsageError(option + ": ON/OFF is ON or OFF");
-        if (!display) throw UsageError(fmt::format("{} is no number: {}", option, RangeText(known)));
-        return AssignDisplay(known, *display, option);
+        const std::optional<double> display = ParseDisplay(index, value);
+        if (!display && index == kParameterOnOff) throw UsageError(option + ": ON/OFF is ON or OFF");
+        if (!display) throw UsageError(fmt::format("{} is no number: {}", option, RangeText(index)));
+        return AssignDisplay(index, *display, option);
     }
     const std::optional<double> normalised = ParseNumber(value);
     if (!normalised || !(*normalised >= 0.0 && *normalised <= 1.0))
@@ -132,10 +104,8 @@ Assignment ParseAssignment(host::Effect& effect, const std::string& text) {
 
 std::vector<Assignment> DefaultAssignments() {
     std::vector<Assignment> assignments;
-    for (std::int32_t i = 0; i < kParameterCount; ++i) {
-        const auto index = static_cast<VocafadeParameter>(i);
-        assignments.push_back(AssignDisplay(index, RangeOf(index).preset, RangeOf(index).name));
-    }
+    for (std::int32_t i = 0; i < kParameterCount; ++i)
+        assignments.push_back(AssignDisplay(i, ShownRangeOf(i).initial, ParameterRow(i).name));
     return assignments;
 }
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "effect/identity.h"
+#include "effect/parameters.h"
 #include "host/effect.h"
 
 #include <cstdint>
@@ -11,40 +13,11 @@
 
 namespace vocafade::command {
 
-/// The unique number of the plug-in that this command comes with.
-inline constexpr std::int32_t kVocafadeId = VstId('V', 'f', 'd', 'Q');
+/// A limit of a range without the digits that nobody types, never outside it: "-59.79", "20000".
+std::string LimitText(double limit);
 
-/// How far the processed sound lies behind, in samples. The plug-in reports 0 on purpose: 2048 samples of a
-/// frame less the 341 of a step.
-inline constexpr std::int32_t kVocafadeLatency = 2048 - 341;
-
-/// The plug-in's parameters, by number.
-enum VocafadeParameter : std::int32_t {
-    kOnOff,
-    kOutput,
-    kInput,
-    kLoFreq,
-    kHiFreq,
-    kPosition,
-    kParameterCount
-};
-
-/// What a parameter shows: its range and default in the unit of its display. The levels are in the plug-in's
-/// own dB, 6 a doubling.
-struct ParameterRange {
-    const char* name;
-    const char* unit;
-    double minimum;
-    double maximum;
-    double preset;
-};
-
-/// The range of a parameter of the plug-in that this command comes with.
-const ParameterRange& RangeOf(VocafadeParameter index);
-
-/// The normalised value for `display` in the parameter's own unit, which must be inside its range. What the
-/// plug-in cuts to whole numbers (Hz and steps of Position) is never below `display`.
-float NormalisedFromDisplay(VocafadeParameter index, double display);
+/// What a parameter of the plug-in that this command comes with goes through: "-59.79 to 6 dB".
+std::string RangeWords(std::int32_t index);
 
 /// One parameter to be set, resolved against an effect.
 struct Assignment {
@@ -55,7 +28,7 @@ struct Assignment {
 
 /// A value for a parameter of the plug-in in its display's unit. Throws `UsageError` outside its range,
 /// naming the range; `option` is how the user spelt it.
-Assignment AssignDisplay(VocafadeParameter index, double display, const std::string& option);
+Assignment AssignDisplay(std::int32_t index, double display, const std::string& option);
 
 /// Understands "NAME=VALUE": a name as the effect reports it, case aside; the value in the unit of the
 /// display for the plug-in that this command comes with, normalised for any other. Throws `UsageError`.
