@@ -16,6 +16,7 @@
 #include <atomic>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -64,6 +65,8 @@ class AVocafade : public AudioEffectX {
     void getParameterLabel(std::int32_t index, char* label) override;
     void getParameterDisplay(std::int32_t index, char* text) override;
     void getParameterName(std::int32_t index, char* text) override;
+    /// False, with the record cleared, for hosts that misread it (known_hosts.h); who it is, the host is
+    /// asked once.
     bool getParameterProperties(std::int32_t index, VstParameterProperties* properties) override;
     /// [main-thread] A value typed in display units (dB, Hz, position): sets it, shows it, tells the host.
     void setParameterFromDiaplay(std::int32_t index, float displayValue);
@@ -174,6 +177,7 @@ class AVocafade : public AudioEffectX {
     std::string pluginFolder_; ///< filled by `open` only when the preferences folder has no bank
     std::atomic<EffectListener*> listener_{nullptr};
     MessageHook messageHook_;
+    std::optional<bool> hostMisreadsProperties_; ///< the host is asked when it first wants them
 };
 
 } // namespace vocafade

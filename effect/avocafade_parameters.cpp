@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "effect/avocafade.h"
+#include "effect/known_hosts.h"
 #include "vst/opcodes.h"
 #include "vst/text.h"
 
@@ -156,6 +157,9 @@ float AVocafade::getParameterDisplayVal(std::int32_t index) {
 
 bool AVocafade::getParameterProperties(std::int32_t index, VstParameterProperties* properties) {
     *properties = {};
+    if (!hostMisreadsProperties_)
+        hostMisreadsProperties_ = MisreadsParameterProperties(getHostProductString());
+    if (*hostMisreadsProperties_) return false;
     getParameterLabel(index, properties->label);
     const ParameterRange& row = ParameterRow(index);
     properties->flags = kVstParameterUsesIntegerMinMax | kVstParameterUsesIntStep;

@@ -4,6 +4,8 @@
 #include "vst/integer.h"
 #include "vst/opcodes.h"
 
+#include <cstring>
+
 namespace vocafade {
 namespace {
 
@@ -206,5 +208,11 @@ bool AudioEffectX::beginEdit(std::int32_t index) { return CallHost(audioMasterBe
 bool AudioEffectX::endEdit(std::int32_t index) { return CallHost(audioMasterEndEdit, index) != 0; }
 
 bool AudioEffectX::updateDisplay() { return CallHost(audioMasterUpdateDisplay) != 0; }
+
+std::string AudioEffectX::getHostProductString() {
+    char text[4 * kVstMaxProductStrLen] = {}; // some hosts write more than the interface allows
+    CallHost(audioMasterGetProductString, 0, 0, text);
+    return {text, ::strnlen(text, kVstMaxProductStrLen - 1)};
+}
 
 } // namespace vocafade

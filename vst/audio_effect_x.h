@@ -3,6 +3,8 @@
 
 #include "vst/audio_effect.h"
 
+#include <string>
+
 namespace vocafade {
 
 /// What version 2 of the interface adds: names, capabilities, properties, tails and the rest of the opcodes.
@@ -46,6 +48,8 @@ class AudioEffectX : public AudioEffect {
     bool beginEdit(std::int32_t index); ///< [any-thread] a user takes hold of a parameter
     bool endEdit(std::int32_t index);   ///< [any-thread] and lets it go
     bool updateDisplay();               ///< [main-thread] asks the host to read names and values again
+    /// [main-thread] What the host calls itself, at most 63 bytes; empty when it does not say.
+    std::string getHostProductString();
 };
 
 } // namespace vocafade

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <limits>
 
 namespace vocafade::test {
@@ -269,6 +270,27 @@ TEST_F(Parameters, DescribeTheirRangesInWholeNumbers) {
     VstParameterProperties p;
     EXPECT_TRUE(effect.getParameterProperties(99, &p));
     EXPECT_EQ(p.maxInteger, 0);
+    EXPECT_EQ(host.Calls(audioMasterGetProductString).size(), 1u);
+}
+
+TEST_F(Parameters, HideTheirRangesFromHostsThatMisreadThem) {
+    const VstParameterProperties none{};
+    for (const auto& [product, told] :
+         {std::pair("Ardour", false), {"Qtractor", false}, {"Ardour ", true}, {"ardour", true}, {"", true}}) {
+        host.product = product;
+        AVocafade other(RecordingHost::Callback);
+        host.calls.clear();
+        for (std::int32_t i = 0; i < kParameterCount; ++i) {
+            VstParameterProperties p;
+            std::memset(&p, 0xAA, sizeof p);
+            EXPECT_EQ(other.getParameterProperties(i, &p), told) << product;
+            EXPECT_EQ(std::memcmp(&p, &none, sizeof p) == 0, !told) << product;
+        }
+        EXPECT_EQ(host.Calls(audioMasterGetProductString).size(), 1u) << "asked once";
+    }
+    host.product = std::string(200, 'A'); // longer than the interface allows
+    AVocafade other(RecordingHost::Callback);
+    EXPECT_EQ(other.getHostProductString(), std::string(kVstMaxProductStrLen - 1, 'A'));
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 #include "vst/aeffect.h"
 #include "vst/opcodes.h"
 
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -33,17 +34,20 @@ class RecordingHost {
         return found;
     }
 
-    static VstIntPtr Callback(AEffect*, std::int32_t opcode, std::int32_t index, VstIntPtr, void*,
+    static VstIntPtr Callback(AEffect*, std::int32_t opcode, std::int32_t index, VstIntPtr, void* ptr,
                               float opt) {
         if (active == nullptr) return opcode == audioMasterVersion ? 2400 : 0;
         active->calls.push_back({opcode, index, opt});
         if (opcode == audioMasterVersion) return active->version;
         if (opcode == audioMasterGetDirectory) return reinterpret_cast<VstIntPtr>(active->directory.c_str());
+        if (opcode == audioMasterGetProductString)
+            std::strcpy(static_cast<char*>(ptr), active->product.c_str());
         return 0;
     }
 
     VstIntPtr version = 2400;
     std::string directory;
+    std::string product;
     std::vector<Call> calls;
 
   private:
