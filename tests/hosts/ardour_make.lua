@@ -24,7 +24,7 @@ for track in tracks:iter() do
         insert:signal_latency()))
     for i = 0, plugin:parameter_count() - 1 do
         local _, out = plugin:get_parameter_descriptor(i, ARDOUR.ParameterDescriptor())
-        print(("parameter\t%d\t%s\t%g\t%g"):format(i, out[2].label, out[2].lower, out[2].upper))
+        print(("parameter\t%d\t%s\t%g\t%g\t%s"):format(i, out[2].label, out[2].lower, out[2].upper, out[2].toggled))
     end
     track:panner_shell():set_bypassed(true)
 end

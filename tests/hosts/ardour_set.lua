@@ -12,8 +12,8 @@ end
 for i = 3, #arg do
     local parameter, value = arg[i]:match("^(%d+)=(.+)$")
     if parameter then
-        -- Not set_plugin_insert_param: it refuses what lies outside the range that Ardour takes for the parameter's.
-        control_of(tonumber(parameter)):set_value(tonumber(value), PBD.GroupControlDisposition.NoGroup)
+        -- It refuses what lies outside the parameter's range.
+        assert(ARDOUR.LuaAPI.set_plugin_insert_param(insert, tonumber(parameter), tonumber(value)), arg[i])
     else
         local sample
         sample, parameter, value = arg[i]:match("^(%d+):(%d+):(.+)$")

@@ -16,6 +16,7 @@ LIBRARY = "/usr/lib/ardour7"
 FRAMES = 4 * RATE  # of the song
 SUPERCLOCK = 282240000  # Ardour's ticks a second
 IDENTIFIER = 0x56666451  # 'VfdQ'
+NAMES = ("ON/OFF", "Output", "Input", "LoFreq", "HiFreq", "Position")
 TRACK = (40, 344)  # where its name stands in the main window
 PLUGIN_ENTRY = (55, 190)  # the plug-in's name in the strip of the track's mixer
 CONFIG = """<?xml version="1.0" encoding="UTF-8"?>
@@ -245,28 +246,43 @@ class Ardour(HostTest):
         self.assertIn(["plugin", "Vocafade", "VELMORAX Co.,Ltd.", str(IDENTIFIER), "2", "2"], facts)
         # Nothing is reported as latency.
         self.assertIn(["instance", "Vocafade", "VELMORAX Co.,Ltd.", "6", "0"], facts)
+        # Its generic controls and its lanes: each parameter by its own name, from 0 to 1.
+        described = [line[1:] for line in facts if line[0] == "parameter"]
+        self.assertEqual(described, [[str(n), name, "0", "1", "false"] for n, name in enumerate(NAMES)])
         path = self.lay_song()
         low, high = to_normalised(3, 250.0), to_normalised(4, 6000.0)
-        self.lua("ardour_set.lua", "1=0.6", "2=0.8", f"3={low}", f"4={high}")
+        settings = {1: 0.6, 2: 0.8, 3: low, 4: high, 5: 0.3}
+        self.lua("ardour_set.lua", *(f"{n}={value}" for n, value in settings.items()))
+        for n, value in settings.items():
+            self.assertAlmostEqual(self.chunk()[0][n], value, places=6)
         # Ardour opens the session again for these.
-        values = ["0:1:0.6", "0:2:0.8", f"0:3:{low}", f"0:4:{high}"]
-        self.bounce(self.work / "bounced.wav")
-        self.assert_same_sound(path, self.work / "bounced.wav", *values)
+        values = [f"0:{n}:{value}" for n, value in settings.items()]
         self.export(self.work / "exported.wav")
         self.assert_same_sound(path, self.work / "exported.wav", *values)
+        # It stops and starts the plug-in for a bounce, which then removes the middle until Position is sent again.
+        self.bounce(self.work / "bounced.wav")
+        self.assert_same_sound(path, self.work / "bounced.wav", *values[:4])
 
     def test_automation_is_exact_to_the_sample(self):
         self.make_session()
         path = self.lay_song()
         # Ardour keeps these times in ticks of a beat: at 120 beats a minute multiples of 735 samples are whole ones. It
         # splits a block only at the last point of a lane (see docs/hosts.md), so that each has one change.
-        changes = ["0:1:0.5", "0:2:1", "0:0:1", f"{735 * 75}:1:0.9", f"{735 * 96}:2:0.25", f"{735 * 150}:0:0"]
-        self.lua("ardour_set.lua", *changes)
+        begin = [1, 0.5, 1, to_normalised(3, 100), to_normalised(4, 9000), to_normalised(5, 64)]
+        change = {1: (735 * 75, 0.9), 2: (735 * 96, 0.5), 3: (735 * 109, to_normalised(3, 2000)),
+                  4: (735 * 122, to_normalised(4, 3000)), 5: (735 * 138, 0.1), 0: (735 * 170, 0)}
+
+        def lanes(late=None, by=0):
+            return [f"0:{n}:{value}" for n, value in enumerate(begin)] + [
+                f"{sample + (by if n == late else 0)}:{n}:{value}" for n, (sample, value) in change.items()]
+
+        self.lua("ardour_set.lua", *lanes())
         self.bounce(self.work / "automated.wav")
-        self.assert_same_sound(path, self.work / "automated.wav", *changes)
-        # The comparison itself sees a change that comes late.
-        late = [change.replace(f"{735 * 75}:", f"{735 * 75 + 1}:") for change in changes]
-        self.assertGreater(self.compare(path, self.work / "automated.wav", *late)["difference"], 1e-5)
+        self.assert_same_sound(path, self.work / "automated.wav", *lanes())
+        # The comparison itself sees a change that comes late; the band and the position are read once a frame.
+        for parameter in change:
+            late = lanes(parameter, 341 if parameter in (3, 4, 5) else 1)
+            self.assertGreater(self.compare(path, self.work / "automated.wav", *late)["difference"], 1e-5, parameter)
 
     def test_session_brings_back_all_programs(self):
         self.make_session()

@@ -15,7 +15,7 @@ import wave
 import zlib
 from pathlib import Path
 
-from support import (OUTPUT_FADER, PERIOD, RATE, RECORD, HostStuck, HostTest, has_editor, main, peak, read_wav, song,
+from support import (OUTPUT_FADER, PERIOD, RATE, RECORD, HostStuck, HostTest, end_all, has_editor, main, peak, read_wav, song,
                      to_normalised, write_wav)
 
 SCANNER = "/usr/lib/x86_64-linux-gnu/qtractor/qtractor_plugin_scan"
@@ -121,7 +121,9 @@ class Qtractor(HostTest):
         text = SESSION.format(folder=self.work, rate=RATE, frames=frames, loop=frames if loop else 0, song=self.song,
                               plugin=self.plugin, state=state)
         self.session.write_text(text, encoding="utf-8")
+        return self.open_session()
 
+    def open_session(self):
         def start():
             self.start_jack()
             process = self.start(["qtractor", self.session], "qtractor.log", LD_PRELOAD=str(NO_SEQUENCER))
@@ -179,11 +181,10 @@ class Qtractor(HostTest):
         return samples, first
 
     def test_sound_is_our_own_to_the_sample(self):
-        values = [1.0, 0.6, 0.8, to_normalised(3, 250.0), to_normalised(4, 6000.0), to_normalised(5, 64)]
-        programs = list(PROGRAMS)
-        programs[CURRENT] = (values[0], values[1], 0.3, *values[3:], b"Current", 0)
-        # Input comes as the chunk has it, then qtractor sets that parameter.
-        self.start_with_song(state_of(programs, {2: values[2]}), loop=False)
+        # Other values than the chunk's: qtractor sets them after it, as a session keeps them.
+        values = [1.0, 0.6, 0.8, to_normalised(3, 250.0), to_normalised(4, 6000.0), to_normalised(5, 40)]
+        values = [float(f"{value:.6g}") for value in values]
+        self.start_with_song(state_of(PROGRAMS, dict(enumerate(values))), loop=False)
         changes = [f"0:{number}:{value}" for number, value in enumerate(values)]
 
         # qtractor blends the end of a clip, which the last frames of the engine have in them.
@@ -207,18 +208,20 @@ class Qtractor(HostTest):
 
         self.start_up("a turn without a gap", play, times=4)
 
-    def saved_programs(self, window):
-        """Has qtractor save its session: the 64 programs in it."""
+    def saved_state(self, window):
+        """Has qtractor save its session: the 64 programs in it, and the values that it sets after them."""
         def saved():
             text = self.session.read_text(encoding="utf-8")
             return text != before and text.rstrip().endswith("</session>") and text
 
         before = self.session.read_text(encoding="utf-8")
         self.xdotool("windowfocus", window, "key", "ctrl+s")
-        chunk = re.search('<config key="chunk">(.*?)</config>', self.wait_for("the saved session", saved), re.DOTALL)
+        text = self.wait_for("the saved session", saved)
+        chunk = re.search('<config key="chunk">(.*?)</config>', text, re.DOTALL)
         raw = zlib.decompress(base64.b64decode(chunk[1])[4:])
         self.assertEqual(len(raw), 64 * RECORD.size)
-        return [RECORD.unpack_from(raw, number * RECORD.size) for number in range(64)]
+        values = {int(found[1]): float(found[2]) for found in re.finditer(r'<param [^>]*index="(\d)"[^>]*>([^<]*)<', text)}
+        return [RECORD.unpack_from(raw, number * RECORD.size) for number in range(64)], values
 
     @unittest.skipUnless(has_editor(), "this build's editor has no window")
     def test_drag_in_the_editor_changes_the_sound(self):
@@ -239,13 +242,36 @@ class Qtractor(HostTest):
         self.assertGreater(after, 0.001)
         self.assertLess(after, 0.7 * before)
 
-        # The session that qtractor saves has all that it opened, and what the drag changed.
-        programs = self.saved_programs(window)
-        self.assertLess(programs[CURRENT][1], 0.8 * PROGRAMS[CURRENT][1])
+        # The session that qtractor saves has all that it opened, and what the drag changed. So has the one that it
+        # saves after it was ended and opened the first one again.
+        output = self.assert_saved(window, below=0.8 * PROGRAMS[CURRENT][1])
+        dragged = self.picture(editor, OUTPUT_FADER)
+        end_all(folders_too=False)
+        self.start_display()
+        window = self.open_session()
+        editor = self.open_editor(window)
+        self.assertEqual(self.wait_for_picture(editor, OUTPUT_FADER), dragged)
+        self.drag(editor, OUTPUT_FADER, 80, 100)
+        self.wait_for_picture(editor, OUTPUT_FADER, other_than=dragged)
+        self.screenshot("qtractor-again.png")
+        self.assert_saved(window, below=0.9 * output)
+
+    def assert_saved(self, window, below):
+        """The session has all values and programs as they were set; the Output that was dragged."""
+        programs, values = self.saved_state(window)
+        output = programs[CURRENT][1]
+        self.assertTrue(0.01 < output < below, output)
         changed = PROGRAMS[CURRENT]
-        expected = [*PROGRAMS[:CURRENT], (changed[0], programs[CURRENT][1], *changed[2:]), *PROGRAMS[CURRENT + 1:]]
+        expected = [*PROGRAMS[:CURRENT], (changed[0], output, *changed[2:]), *PROGRAMS[CURRENT + 1:]]
+        # qtractor writes six digits of each value, and sets the current program's to them.
+        self.assertEqual(sorted(values), list(range(6)))
+        for number, value in values.items():
+            self.assertAlmostEqual(value, expected[CURRENT][number], delta=1e-6)
+            self.assertAlmostEqual(programs[CURRENT][number], expected[CURRENT][number], delta=1e-6)
+        programs[CURRENT] = (*expected[CURRENT][:6], *programs[CURRENT][6:])
         for number, program in enumerate(expected):
             self.assertEqual(RECORD.pack(*programs[number]), RECORD.pack(*program), f"program {number}")
+        return output
 
 
 if __name__ == "__main__":
