@@ -54,7 +54,7 @@ class CDC {
     COLORREF GetTextColor() const { return textColor_; }
     COLORREF SetBkColor(COLORREF color);
     COLORREF GetBkColor() const { return bkColor_; }
-    /// TRANSPARENT or OPAQUE: whether text fills its ground with the background colour.
+    /// TRANSPARENT (at first) or OPAQUE: whether text fills its ground with the background colour.
     int SetBkMode(int mode);
     int GetBkMode() const { return bkMode_; }
     /// Sets what is added to every coordinate and gives back what was.
@@ -130,7 +130,7 @@ class CDC {
     CRgn clip_; ///< in client coordinates
     COLORREF textColor_ = 0;
     COLORREF bkColor_ = 0xFFFFFF;
-    int bkMode_ = OPAQUE;
+    int bkMode_ = TRANSPARENT;
     CFont* font_ = nullptr;
     mutable std::unique_ptr<CFont> defaultFont_;
     CBitmap* bitmap_ = nullptr;

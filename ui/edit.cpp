@@ -366,7 +366,6 @@ void CEdit::Paint() {
     const int left = TextLeft(stops);
     const int top = theme::CenteredTop(dc, inside);
     dc.IntersectClipRect(inside);
-    dc.SetBkMode(TRANSPARENT);
     dc.SetTextColor(GetSysColor(enabled ? COLOR_WINDOWTEXT : COLOR_GRAYTEXT));
     dc.TextOut(left, top, text_);
     int first = 0;

@@ -37,7 +37,6 @@ void DrawLine(CDC& dc, const CRect& rect, const CString& text, Align align, COLO
     int x = rect.left;
     if (align == Align::center) x += (rect.Width() - width) / 2;
     if (align == Align::right) x = rect.right - width;
-    dc.SetBkMode(TRANSPARENT);
     dc.SetTextColor(color);
     dc.ExtTextOut(x, CenteredTop(dc, rect), ETO_CLIPPED, &rect, text);
 }

@@ -45,7 +45,6 @@ void PutReadout(CDC& panel, const CRect& box, const std::string& text) {
     static CFont font;
     font.CreatePointFont(9, "Osaka");
     panel.SelectObject(&font);
-    panel.SetBkMode(TRANSPARENT);
     panel.SetTextColor(0x484848);
     const CSize size = panel.GetTextExtent(text.c_str());
     panel.ExtTextOut(box.left + (box.Width() - size.cx) / 2, box.top + (box.Height() - size.cy) / 2 + 3,

@@ -47,7 +47,6 @@ class Paper : public CDC {
     Paper(int width, int height, COLORREF ground = kWhite) {
         CreateBitmapDC(width, height);
         FillSolidRect(clientRect(), ground);
-        SetBkMode(TRANSPARENT);
     }
 };
 
@@ -227,6 +226,18 @@ TEST(Drawing, TextStandsOnItsFontsBaseline) {
     for (int y = 0; y < 20; ++y)
         for (int x = 0; x < 60; ++x)
             ASSERT_EQ(a.GetPixel(x, y), b.GetPixel(x, y));
+}
+
+TEST(Drawing, TextHasAGroundOnlyWhenItIsAskedFor) {
+    CDC dc;
+    dc.CreateBitmapDC(60, 20);
+    dc.FillSolidRect(dc.clientRect(), kBlue);
+    dc.SetBkColor(kRed);
+    dc.TextOut(4, 2, "  ");
+    EXPECT_EQ(InkBox(dc, kBlue), CRect());
+    dc.SetBkMode(OPAQUE);
+    dc.TextOut(4, 2, "  ");
+    EXPECT_EQ(InkBox(dc, kBlue), CRect({4, 2}, dc.GetTextExtent("  ")));
 }
 
 TEST(Drawing, ClippedTextKeepsItsBaselineAndItsRectangle) {
