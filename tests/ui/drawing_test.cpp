@@ -240,6 +240,19 @@ TEST(Drawing, TextHasAGroundOnlyWhenItIsAskedFor) {
     EXPECT_EQ(InkBox(dc, kBlue), CRect({4, 2}, dc.GetTextExtent("  ")));
 }
 
+TEST(Drawing, FontsAreFoundByTheirPostScriptNameFirst) {
+    const auto width = [](const char* name) {
+        CFont font;
+        font.CreatePointFont(40, name);
+        CDC dc;
+        dc.SelectObject(&font);
+        return dc.GetTextExtent("Hamburgefonts").cx;
+    };
+    EXPECT_GT(width("DejaVuSans-Bold"), width("DejaVuSans"));
+    EXPECT_EQ(width("DejaVuSerif"), width("DejaVu Serif"));
+    EXPECT_NE(width("DejaVuSerif"), width("DejaVuSans"));
+}
+
 TEST(Drawing, ClippedTextKeepsItsBaselineAndItsRectangle) {
     CFont font;
     font.CreatePointFont(12, "DejaVu Sans");

@@ -2,9 +2,11 @@
 #include "ui/platform/platform.h"
 #include "ui/platform/x11/surface.h"
 
+#include <fontconfig/fontconfig.h>
 #include <hb.h>
 #include <mutex>
 #include <pango/pangocairo.h>
+#include <pango/pangofc-fontmap.h>
 
 namespace vocafade::platform {
 namespace x11 {
@@ -50,11 +52,31 @@ class FontMap {
     PangoContext* context_;
 };
 
+/// The font whose PostScript name that is ("DejaVuSans-Bold"), else the family of that name, for which Pango
+/// finds the nearest.
+PangoFontDescription* Describe(const std::string& name) {
+    PangoFontDescription* description = nullptr;
+    FcPattern* wanted = FcPatternCreate();
+    FcPatternAddString(wanted, FC_POSTSCRIPT_NAME, reinterpret_cast<const FcChar8*>(name.c_str()));
+    FcObjectSet* told =
+        FcObjectSetBuild(FC_FAMILY, FC_WEIGHT, FC_SLANT, FC_WIDTH, static_cast<const char*>(nullptr));
+    FcFontSet* found = FcFontList(nullptr, wanted, told);
+    if (found != nullptr && found->nfont > 0)
+        description = pango_fc_font_description_from_pattern(found->fonts[0], FALSE);
+    if (found != nullptr) FcFontSetDestroy(found);
+    FcObjectSetDestroy(told);
+    FcPatternDestroy(wanted);
+    if (description == nullptr) {
+        description = pango_font_description_new();
+        pango_font_description_set_family(description, name.c_str());
+    }
+    return description;
+}
+
 class PangoTextFont : public Font {
   public:
     PangoTextFont(std::shared_ptr<FontMap> map, std::string_view name, double pixels) : map_(std::move(map)) {
-        PangoFontDescription* description = pango_font_description_new();
-        pango_font_description_set_family(description, std::string(name).c_str());
+        PangoFontDescription* description = Describe(std::string(name));
         pango_font_description_set_absolute_size(description, pixels * PANGO_SCALE);
         layout_ = pango_layout_new(map_->context());
         pango_layout_set_font_description(layout_, description);
