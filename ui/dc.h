@@ -149,16 +149,19 @@ class CClientDC : public CDC {
 };
 
 /// A context for drawing inside `OnPaint`: limited to the window's update rectangle when WM_PAINT comes from
-/// an invalidation, to the client rectangle when somebody sent it with `SendMessage`.
+/// an invalidation, to the client rectangle when somebody sent it with `SendMessage`. What is drawn shows at
+/// the end of the idle, or, outside of one, when the context goes.
 class CPaintDC : public CDC {
   public:
     /// [main-thread] Begins painting.
     explicit CPaintDC(CWnd* window);
+    ~CPaintDC() override;
     /// The rectangle to be painted, in client coordinates.
     const CRect& updateRect() const { return update_; }
 
   private:
     CRect update_;
+    std::weak_ptr<Desktop> sent_; ///< to be asked to present, when WM_PAINT was sent
 };
 
 } // namespace vocafade

@@ -39,7 +39,12 @@ CPaintDC::CPaintDC(CWnd* window) {
         update_ = CRect({0, 0}, window->bounds_.Size());
         window->update_.DeleteObject();
         AttachWindow(window, nullptr);
+        if (window->desktop() != nullptr) sent_ = window->desktop()->weak_from_this();
     }
+}
+
+CPaintDC::~CPaintDC() {
+    if (const std::shared_ptr<Desktop> desktop = sent_.lock()) desktop->PresentSoon();
 }
 
 } // namespace vocafade

@@ -136,6 +136,13 @@ TEST_F(Panel, HostsChangesShowAtTheNextIdle) {
     EXPECT_TRUE(ShowsItsEffect(editor, true));
 }
 
+TEST_F(Panel, DrawShowsWhatHasChangedWithoutAnIdle) {
+    editor.SetValue(3, 0.25f);
+    editor.Ask(effEditDraw);
+    user.Sync();
+    EXPECT_TRUE(ShowsItsEffect(editor, true));
+}
+
 TEST_F(Panel, ProgramsAreFollowedAndTheLampSaysWhatChanged) {
     editor.Ask(effSetProgram, 0, 7);
     editor.SetValue(3, 0.25f);
