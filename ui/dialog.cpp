@@ -42,7 +42,7 @@ CDialog::CDialog(const DialogTemplate& dialogTemplate, CWnd* parent)
 CDialog::~CDialog() { Abandon(); }
 
 bool CDialog::DoModal(std::function<void(int result)> ended) {
-    if (open_) return false;
+    if (IsOpen()) return false;
     if (template_ == nullptr) {
         source_ = GetResourceSource();
         template_ = source_ != nullptr ? source_->FindDialog(static_cast<int>(templateId_)) : nullptr;
@@ -52,17 +52,17 @@ bool CDialog::DoModal(std::function<void(int result)> ended) {
     if (desktop == nullptr || !desktop->IsDisplayAlive()) return false;
     home_ = desktop->weak_from_this();
     owner_ = wantedOwner_ != nullptr ? wantedOwner_ : desktop->MainWindow();
-    open_ = true;
+    opening_ = std::make_shared<bool>(true);
     ending_ = false;
     ended_ = std::move(ended);
     desktop->PushModal(*this);
-    desktop->DeferCreate(LifeToken(), [this] { Open(); });
+    desktop->DeferCreate(opening_, [this] { Open(); });
     return true;
 }
 
 void CDialog::Open() {
     const std::shared_ptr<Desktop> desktop = home_.lock();
-    if (!open_ || ending_ || desktop == nullptr || IsWindow()) return;
+    if (ending_ || desktop == nullptr || IsWindow()) return;
     // In the middle of the owner, on its screen.
     CRect bounds({0, 0}, template_->size);
     if (CWnd* top = owner_ != nullptr ? Desktop::RootOf(owner_) : nullptr) {
@@ -181,9 +181,9 @@ void CDialog::OnCancel() { EndDialog(IDCANCEL); }
 
 void CDialog::EndDialog(int result) {
     const std::shared_ptr<Desktop> desktop = home_.lock();
-    if (!open_ || ending_ || desktop == nullptr) return;
+    if (!IsOpen() || ending_ || desktop == nullptr) return;
     ending_ = true;
-    desktop->PostAction(LifeToken(), [this, result] { Finish(result); });
+    desktop->PostAction(opening_, [this, result] { Finish(result); });
 }
 
 void CDialog::Finish(int result) {
@@ -193,12 +193,12 @@ void CDialog::Finish(int result) {
     Abandon();
     if (ended) ended(result);
     const std::shared_ptr<bool> token = alive.lock();
-    if (token != nullptr && *token && desktop != nullptr && !open_) desktop->Disown(*this);
+    if (token != nullptr && *token && desktop != nullptr && !IsOpen()) desktop->Disown(*this);
 }
 
 void CDialog::Abandon() {
-    if (!open_) return;
-    open_ = false;
+    if (!IsOpen()) return;
+    opening_.reset();
     ended_ = nullptr;
     if (const std::shared_ptr<Desktop> desktop = home_.lock()) desktop->RemoveModal(*this);
     DestroyWindow();

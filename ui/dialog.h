@@ -54,7 +54,7 @@ class CDialog : public CWnd {
     bool DoModal(std::function<void(int result)> ended);
     /// Closes the dialog with that result.
     void EndDialog(int result);
-    bool IsOpen() const { return open_; }
+    bool IsOpen() const { return opening_ != nullptr; }
 
     /// Runs `DoDataExchange`.
     bool UpdateData(bool saveAndValidate = true);
@@ -99,7 +99,7 @@ class CDialog : public CWnd {
     CWnd* wantedOwner_ = nullptr;
     CWnd* owner_ = nullptr;
     std::weak_ptr<Desktop> home_;
-    bool open_ = false;
+    std::shared_ptr<bool> opening_; ///< while open; what is put off for this opening is not for a later one
     bool ending_ = false;
     std::function<void(int)> ended_;
     std::vector<std::unique_ptr<CWnd>> items_; ///< controls that no member was bound to

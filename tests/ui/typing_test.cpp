@@ -487,6 +487,20 @@ TEST_F(Dialogs, BlocksItsOwnerOnlyAndGoesWithIt) {
     EXPECT_EQ(TopWindow(), host);
 }
 
+TEST_F(Dialogs, AnEndIsForTheOpeningThatItEnded) {
+    ASSERT_TRUE(Open());
+    dialog->EndDialog(IDOK);            // comes at the next idle
+    EXPECT_TRUE(panel.DestroyWindow()); // before which the owner goes, and takes the dialog with it
+    ASSERT_TRUE(panel.Create(WindowClass{}, "panel", WS_CHILD | WS_VISIBLE, {0, 0, 460, 210}, &frame, 0));
+    ASSERT_TRUE(dialog->DoModal([this](int r) { result = r; }));
+    ASSERT_TRUE(Until([this] { return dialog->IsWindow(); }));
+    Settle();
+    EXPECT_TRUE(dialog->IsOpen());
+    EXPECT_EQ(result, 0);
+    dialog->EndDialog(IDCANCEL);
+    EXPECT_TRUE(Until([this] { return result == IDCANCEL; }));
+}
+
 TEST_F(Dialogs, OpensWithoutHoldingTheHostUp) {
     // The first one pays for fonts once; what counts is every one after it.
     ASSERT_TRUE(Open());
