@@ -111,7 +111,6 @@ bool CWnd::CreateOn(Desktop& desktop, CWnd* parent, const platform::WindowKind* 
     bounds_ = rect;
     if (kind != nullptr) {
         if (!desktop.MakeNative(*this, *kind, owner, rect, name)) return false;
-        if (*kind != platform::WindowKind::embedded) bounds_ = CRect({0, 0}, rect.Size());
     }
     desktop_ = &desktop;
     parent_ = parent;
@@ -175,8 +174,10 @@ void CWnd::SetBounds(const CRect& bounds) {
     bounds_ = bounds;
     if (desktop_ == nullptr) return;
     const bool resized = before.Size() != bounds.Size();
+    const bool moved = before.TopLeft() != bounds.TopLeft();
     if (root_ != nullptr) {
-        if (root_->window != nullptr) root_->window->SetBounds(bounds);
+        if (root_->window != nullptr && resized) root_->window->Resize(bounds.Size());
+        if (root_->window != nullptr && moved) root_->window->Move(bounds.TopLeft());
         if (resized)
             root_->canvas = std::make_shared<Canvas>(
                 platform::MakeSurface(std::max(1, bounds.Width()), std::max(1, bounds.Height())));
@@ -191,7 +192,7 @@ void CWnd::SetBounds(const CRect& bounds) {
     }
     const std::shared_ptr<bool> alive = alive_;
     if (resized) SendMessage(WM_SIZE, 0, CPoint(bounds.Width(), bounds.Height()).ToMessage());
-    if (*alive && before.TopLeft() != bounds.TopLeft()) SendMessage(WM_MOVE, 0, bounds.TopLeft().ToMessage());
+    if (*alive && moved) SendMessage(WM_MOVE, 0, bounds.TopLeft().ToMessage());
 }
 
 bool CWnd::MoveWindow(int x, int y, int width, int height, bool repaint) {

@@ -99,7 +99,7 @@ class CWnd : public CCmdTarget {
     bool EnableWindow(bool enable);
     bool IsWindowEnabled() const;
     void GetClientRect(CRect* rect) const { *rect = {0, 0, bounds_.Width(), bounds_.Height()}; }
-    /// Bounds in the parent's client area.
+    /// Bounds in the parent's client area; of a dialog or menu on the screen, where it was put.
     const CRect& bounds() const { return bounds_; }
     /// A point of this window's client area in that of `to` (another window under the same native one).
     CPoint MapPoint(CPoint point, const CWnd* to) const;

@@ -118,7 +118,9 @@ class Window {
     virtual ~Window() = default;
     /// The system's number for it, for tests and logs; 0 when it is gone.
     virtual std::uintptr_t NativeId() const = 0;
-    virtual void SetBounds(const CRect& bounds) = 0;
+    /// Moves it: in the parent, or on the screen.
+    virtual void Move(CPoint place) = 0;
+    virtual void Resize(CSize size) = 0;
     virtual void Show(bool show) = 0;
     /// Puts the rectangles of `picture` onto the screen.
     virtual void Present(Surface& picture, std::span<const CRect> where) = 0;

@@ -273,15 +273,8 @@ std::unique_ptr<Window> XDisplay::MakeWindow(const WindowRequest& request) {
         SetText(connection_, id, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, std::string("vocafade\0Vocafade\0", 18));
     }
     if (request.kind == WindowKind::dialog) {
-        const auto w = static_cast<std::uint32_t>(b.Width());
-        const auto h = static_cast<std::uint32_t>(b.Height());
         SetNumbers(connection_, id, atoms_.wmProtocols, XCB_ATOM_ATOM,
                    std::array<std::uint32_t, 1>{atoms_.wmDeleteWindow});
-        // Size hints: a place that the program chose (4), and a smallest (16) and largest (32) size, the
-        // same.
-        SetNumbers(connection_, id, XCB_ATOM_WM_NORMAL_HINTS, XCB_ATOM_WM_SIZE_HINTS,
-                   std::array<std::uint32_t, 18>{4 | 16 | 32, static_cast<std::uint32_t>(b.left),
-                                                 static_cast<std::uint32_t>(b.top), w, h, w, h, w, h});
         // Hints: the window takes input (1).
         SetNumbers(connection_, id, XCB_ATOM_WM_HINTS, XCB_ATOM_WM_HINTS, std::array<std::uint32_t, 9>{1, 1});
         SetNumbers(connection_, id, atoms_.netWmUserTime, XCB_ATOM_CARDINAL,

@@ -130,7 +130,8 @@ class NativeWindow : public Window {
     NativeWindow& operator=(const NativeWindow&) = delete;
 
     std::uintptr_t NativeId() const override { return id_; }
-    void SetBounds(const CRect& bounds) override;
+    void Move(CPoint place) override;
+    void Resize(CSize size) override;
     void Show(bool show) override;
     void Present(Surface& picture, std::span<const CRect> where) override;
     void TakeKeyboard() override;
@@ -155,6 +156,8 @@ class NativeWindow : public Window {
 
   private:
     void SelectEvents();
+    /// Asks a window manager to keep a dialog at that size.
+    void FixSize(CSize size);
     void FocusSelf();
     void MakeHolder(xcb_window_t owner);
 
@@ -163,7 +166,7 @@ class NativeWindow : public Window {
     WindowKind kind_;
     xcb_window_t host_;
     xcb_window_t holder_ = 0; ///< of a popup: an invisible child of its owner that holds the grabs
-    CPoint place_;            ///< of a popup, on the screen
+    CPoint place_;            ///< where it was put: in the parent, or on the screen
     unsigned cursor_ = 0;
     bool wantsKeyboard_ = false;
     bool rememberedFocus_ = false;

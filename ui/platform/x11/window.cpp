@@ -63,6 +63,7 @@ NativeWindow::NativeWindow(XDisplay& display, xcb_window_t id, const WindowReque
       place_(request.bounds.TopLeft()) {
     display_.Know(id_, *this);
     if (kind_ == WindowKind::popup) MakeHolder(static_cast<xcb_window_t>(request.owner));
+    if (kind_ == WindowKind::dialog) FixSize(request.bounds.Size());
 }
 
 void NativeWindow::MakeHolder(xcb_window_t owner) {
@@ -98,18 +99,41 @@ void NativeWindow::SelectEvents() {
     xcb_change_window_attributes(display_.connection(), id_, XCB_CW_EVENT_MASK, &mask);
 }
 
-void NativeWindow::SetBounds(const CRect& bounds) {
+void NativeWindow::Move(CPoint place) {
     if (id_ == 0) return;
     const SigpipeGuard guard;
-    place_ = bounds.TopLeft();
-    const std::array<std::uint32_t, 4> values{static_cast<std::uint32_t>(bounds.left),
-                                              static_cast<std::uint32_t>(bounds.top),
-                                              static_cast<std::uint32_t>(std::max(1, bounds.Width())),
-                                              static_cast<std::uint32_t>(std::max(1, bounds.Height()))};
-    xcb_configure_window(display_.connection(), id_,
-                         XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y | XCB_CONFIG_WINDOW_WIDTH |
-                             XCB_CONFIG_WINDOW_HEIGHT,
+    place_ = place;
+    const std::array<std::uint32_t, 2> values{static_cast<std::uint32_t>(place.x),
+                                              static_cast<std::uint32_t>(place.y)};
+    xcb_configure_window(display_.connection(), id_, XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y,
                          values.data());
+}
+
+void NativeWindow::Resize(CSize size) {
+    if (id_ == 0) return;
+    const SigpipeGuard guard;
+    if (kind_ == WindowKind::dialog) FixSize(size);
+    const std::array<std::uint32_t, 2> values{static_cast<std::uint32_t>(std::max(1, size.cx)),
+                                              static_cast<std::uint32_t>(std::max(1, size.cy))};
+    xcb_configure_window(display_.connection(), id_, XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT,
+                         values.data());
+}
+
+void NativeWindow::FixSize(CSize size) {
+    // Size hints: a place that the program chose (4), and a smallest (16) and a largest (32) size, the same.
+    const auto w = static_cast<std::uint32_t>(size.cx);
+    const auto h = static_cast<std::uint32_t>(size.cy);
+    const std::array<std::uint32_t, 18> hints{4 | 16 | 32,
+                                              static_cast<std::uint32_t>(place_.x),
+                                              static_cast<std::uint32_t>(place_.y),
+                                              w,
+                                              h,
+                                              w,
+                                              h,
+                                              w,
+                                              h};
+    xcb_change_property(display_.connection(), XCB_PROP_MODE_REPLACE, id_, XCB_ATOM_WM_NORMAL_HINTS,
+                        XCB_ATOM_WM_SIZE_HINTS, 32, hints.size(), hints.data());
 }
 
 void NativeWindow::Show(bool show) {
