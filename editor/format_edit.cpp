@@ -15,6 +15,7 @@ constexpr std::size_t kLongestResult = 64;
 constexpr std::size_t kLongestTyped = 318;
 
 constexpr UINT kCharBackspace = 8;
+constexpr UINT kCharTab = 9;
 constexpr UINT kCharReturn = 13;
 constexpr UINT kCharEscape = 27;
 constexpr UINT kCharLeft = 37;
@@ -101,14 +102,22 @@ bool CFormatEdit::Accepts(UINT character, bool isArrow) const {
 }
 
 void CFormatEdit::OnChar(UINT character, UINT repeats, UINT flags) {
-    if (character == kCharReturn || character == kCharEscape) return;
-    if (Accepts(character, (flags & kCharArrow) != 0)) {
+    if (character == kCharTab || character == kCharReturn || character == kCharEscape) return;
+    const UINT meant = (flags & kCharKeypadDecimal) != 0 ? UINT{'.'} : character;
+    if (Accepts(meant, (flags & kCharArrow) != 0)) {
         CEdit::OnChar(character, repeats, flags);
     } else {
         FixInputText();
     }
     OnNotifyChar();
+        int first = 0;
+        int last = 0;
+        GetSel(first, last);
+        const bool beforePoint = static_cast<std::size_t>(first) <= text_.str().find('.');
 }
+        const std::size_t point = text_.str().find('.');
+        if (meant == ',' && beforePoint && point != std::string::npos)
+            SetSel(static_cast<int>(point) + 1, -1);
 
 void CFormatEdit::OnNotifyChar() {
     acceptedText_ = IntegerForm(kLongestTyped);

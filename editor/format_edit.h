@@ -38,8 +38,9 @@ class CFormatEdit : public CEdit {
     void ProcRet();
     void ProcEsc();
 
-    /// Filters what is typed: what makes up numbers is inserted, Return and Escape are left to `OnKeyDown`,
-    /// and anything else rewrites the text in its canonical form instead.
+    /// Filters what is typed: what makes up numbers is inserted, Return, Escape and Tab are left to
+    /// `OnKeyDown`, and anything else rewrites the text in its canonical form instead. A comma does that,
+    /// too, and selects the decimals, so that the next digit is the first of them.
     void OnChar(UINT character, UINT repeats, UINT flags);
     /// Return and Enter confirm, Escape cancels.
     void OnKeyDown(UINT key, UINT repeats, UINT flags);
@@ -63,6 +64,8 @@ class CFormatEdit : public CEdit {
     /// The number in `text`, held in what can be entered.
     double atof_and_limitchk(const char* text) const;
 
+    /// The comma of the keypad's decimal key, the only one that is let through, enters a point.
+    std::string TypedText(std::string character) const override { return character == "," ? "." : character; }
   private:
     CString IntegerForm(std::size_t longest) const;
     void TellParent(UINT message);

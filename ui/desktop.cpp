@@ -518,8 +518,9 @@ void Desktop::HandleKey(CWnd& top, const platform::Event& event) {
     const auto same = [&] { return !closed_ && *alive && top.root_ != nullptr && top.root_->focus == focus; };
     SendKey(top, WM_KEYDOWN, event.key, 1);
     if (event.keyTyped) {
+        const LPARAM flags = event.key == kKeyKeypadDecimal ? kCharKeypadDecimal : 0;
         for (std::string_view text = event.text; !text.empty() && same();)
-            SendKey(top, WM_CHAR, TakeCodePoint(text), 1);
+            SendKey(top, WM_CHAR, TakeCodePoint(text), 1 | (flags << 16));
     } else if (same()) {
         UINT flags = 0;
         const UINT character = CharacterOf(event.key, flags);

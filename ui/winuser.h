@@ -74,6 +74,7 @@ inline constexpr UINT kKeyReturn = 36;
 inline constexpr UINT kKeyTab = 48;
 inline constexpr UINT kKeyBackspace = 51;
 inline constexpr UINT kKeyEscape = 53;
+inline constexpr UINT kKeyKeypadDecimal = 65;
 inline constexpr UINT kKeyHome = 115;
 inline constexpr UINT kKeyPageUp = 116;
 inline constexpr UINT kKeyDelete = 117;
@@ -88,6 +89,8 @@ inline constexpr UINT kKeyCharacter = 0x100;
 /// Bit of the flags of OnChar (bits 16 to 31 of lParam): the 37 or 39 is an arrow key, not a typed "%" or
 /// "'".
 inline constexpr UINT kCharArrow = 0x100;
+/// Another: typed with the keypad's decimal key, which is a comma on many layouts.
+inline constexpr UINT kCharKeypadDecimal = 0x200;
 /// @}
 
 /// @name Arguments of GetKeyState

@@ -35,13 +35,28 @@ class Entry : public OpenEditorTest {
 
 TEST_F(Entry, TakesWhatIsTypedAndHoldsItInRange) {
     const Typed cases[] = {
-        {kLoFreq, 3, "1234.5", "1234.5"}, {kLoFreq, 3, "99999", "20000.0"}, {kLoFreq, 3, "1", "20.0"},
+        {kLoFreq, 3, "1234.5", "1234.5"},
+        {kLoFreq, 3, "99999", "20000.0"},
+        {kLoFreq, 3, "1", "20.0"},
         {kLoFreq, 3, "440.78", "440.7"}, // cut, not rounded
         {kLoFreq, 3, "\b", "20.0"},      // empty counts as 0
-        {kHiFreq, 4, "8000", "8000.0"},   {kHiFreq, 4, "500", "2000.0"},    {kPosition, 5, "20.5", "20.5"},
-        {kPosition, 5, "0", "0.0"},       {kInput, 2, "-12.3", "-12.3"},    {kInput, 2, "3", "0.0"},
-        {kInput, 2, "-70", "-59.8"},      {kOutput, 1, "5.5", "5.5"},       {kOutput, 1, "9", "6.0"},
-        {kOutput, 1, "-0", "0.0"},        {kOutput, 1, "\b", "0.0"},
+        {kHiFreq, 4, "8000", "8000.0"},
+        {kHiFreq, 4, "500", "2000.0"},
+        {kPosition, 5, "20.5", "20.5"},
+        {kPosition, 5, "0", "0.0"},
+        {kInput, 2, "-12.3", "-12.3"},
+        {kInput, 2, "3", "0.0"},
+        {kInput, 2, "-70", "-59.8"},
+        {kOutput, 1, "5.5", "5.5"},
+        {kOutput, 1, "9", "6.0"},
+        {kOutput, 1, "-0", "0.0"},
+        {kOutput, 1, "\b", "0.0"},
+        // The decimal comma of half the world.
+        {kLoFreq, 3, "440,5", "440.5"},
+        {kLoFreq, 3, "15000,5", "15000.5"},
+        {kOutput, 1, "-3,5", "-3.5"},
+        {kInput, 2, "-0,5", "-0.5"},
+        {kInput, 2, "-59,5", "-59.5"},
     };
     for (const Typed& typed : cases) {
         SCOPED_TRACE(std::string(typed.text) + " into parameter " + std::to_string(typed.parameter));
@@ -114,6 +129,24 @@ TEST_F(Entry, FiltersKeys) {
     editor.Type("7");
     editor.Key(XK_Return);
     EXPECT_EQ(editor.Display(3), "600.7");
+}
+
+TEST_F(Entry, TheKeypadsDecimalKeyTypesAPoint) {
+    user.AddKeys({XK_KP_Separator, XK_KP_Decimal}); // the first is the one of most layouts with a comma
+    editor.Settle();
+    for (const std::uint32_t key : {XK_KP_Separator, XK_KP_Decimal}) {
+        editor.Click(kPosition);
+        editor.Key(key);
+        editor.Type("5");
+        editor.Key(XK_Return);
+        EXPECT_EQ(editor.Display(5), "0.5");
+        editor.Click(kPosition);
+        editor.Type("12");
+        editor.Key(key);
+        editor.Type("5");
+        editor.Key(XK_Return);
+        EXPECT_EQ(editor.Display(5), "12.5");
+    }
 }
 
 TEST_F(Entry, TakesAnyTextAsANumberInRangeOrNotAtAll) {

@@ -155,6 +155,9 @@ unsigned Keyboard::CodeOf(xcb_keycode_t code, xkb_keysym_t sym) const {
     case XKB_KEY_Down:
     case XKB_KEY_KP_Down:
         return kKeyDown;
+    case XKB_KEY_KP_Decimal:
+    case XKB_KEY_KP_Separator:
+        return kKeyKeypadDecimal;
     default:
         break;
     }
