@@ -17,6 +17,7 @@ ON_WM_CREATE()
 ON_WM_PAINT()
 ON_MESSAGE(kEntryConfirmed, OnReturn)
 ON_MESSAGE(kEntryCancelled, OnEscape)
+ON_MESSAGE(kEntryTabbed, OnTab)
 END_MESSAGE_MAP()
 // clang-format on
 
@@ -104,6 +105,11 @@ LRESULT CKVBEntryWnd::OnEscape(WPARAM, LPARAM) {
     if (notifyWnd_ != nullptr) notifyWnd_->SendMessage(kEntryCancelled);
     ShowWindow(SW_HIDE);
     if (GetParent() != nullptr) GetParent()->SetFocus();
+    return 0;
+}
+
+LRESULT CKVBEntryWnd::OnTab(WPARAM, LPARAM direction) {
+    if (notifyWnd_ != nullptr) notifyWnd_->SendMessage(kEntryTabbed, 0, direction);
     return 0;
 }
 

@@ -10,7 +10,8 @@ namespace vocafade {
 
 /// A small window over a read-out, with an entry field and a spin button, in which a number is typed and
 /// confirmed with Return or given up with Escape. It tells its owner with `kEntryConfirmed` or
-/// `kEntryCancelled` and hides. Every operation is [main-thread].
+/// `kEntryCancelled` and hides; with `kEntryTabbed` it leaves the rest to the owner. Every operation is
+/// [main-thread].
 class CKVBEntryWnd : public CWnd {
   public:
     static constexpr UINT kSpinId = 18000;
@@ -34,6 +35,7 @@ class CKVBEntryWnd : public CWnd {
     void OnPaint();
     LRESULT OnReturn(WPARAM wParam, LPARAM lParam);
     LRESULT OnEscape(WPARAM wParam, LPARAM lParam);
+    LRESULT OnTab(WPARAM wParam, LPARAM direction);
 
     DECLARE_MESSAGE_MAP()
 

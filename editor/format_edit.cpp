@@ -71,8 +71,9 @@ CString CFormatEdit::GetTextForSpin() const { return IntegerForm(kLongestResult)
 
 void CFormatEdit::NotifySpinButton() { OnNotifyChar(); }
 
-void CFormatEdit::TellParent(UINT message) {
-    if (GetParent() != nullptr) GetParent()->SendMessage(message, static_cast<WPARAM>(GetDlgCtrlID()));
+void CFormatEdit::TellParent(UINT message, LPARAM lParam) {
+    if (GetParent() != nullptr)
+        GetParent()->SendMessage(message, static_cast<WPARAM>(GetDlgCtrlID()), lParam);
 }
 
 void CFormatEdit::ProcRet() { TellParent(kEntryConfirmed); }
@@ -84,6 +85,8 @@ void CFormatEdit::OnKeyDown(UINT key, UINT repeats, UINT flags) {
         ProcRet();
     } else if (key == kKeyEscape) {
         ProcEsc();
+    } else if (key == kKeyTab) {
+        TellParent(kEntryTabbed, GetKeyState(VK_SHIFT) < 0 ? -1 : 1);
     } else {
         CEdit::OnKeyDown(key, repeats, flags);
     }
@@ -107,17 +110,17 @@ void CFormatEdit::OnChar(UINT character, UINT repeats, UINT flags) {
     if (Accepts(meant, (flags & kCharArrow) != 0)) {
         CEdit::OnChar(character, repeats, flags);
     } else {
-        FixInputText();
-    }
-    OnNotifyChar();
         int first = 0;
         int last = 0;
         GetSel(first, last);
         const bool beforePoint = static_cast<std::size_t>(first) <= text_.str().find('.');
-}
+        FixInputText();
         const std::size_t point = text_.str().find('.');
         if (meant == ',' && beforePoint && point != std::string::npos)
             SetSel(static_cast<int>(point) + 1, -1);
+    }
+    OnNotifyChar();
+}
 
 void CFormatEdit::OnNotifyChar() {
     acceptedText_ = IntegerForm(kLongestTyped);

@@ -12,6 +12,9 @@ namespace vocafade {
 /// number is confirmed, or given up.
 inline constexpr UINT kEntryConfirmed = 0x0A01;
 inline constexpr UINT kEntryCancelled = 0x0A00;
+/// The same for the Tab key: the number is confirmed, and the user goes on to the next field (lParam 1) or to
+/// the one before (-1).
+inline constexpr UINT kEntryTabbed = 0x0A02;
 
 /// An entry field for a number. Outside it speaks in whole numbers ("integer form"), the shown number times
 /// its scale; inside stands the number with its decimal places. Every operation is [main-thread].
@@ -42,7 +45,7 @@ class CFormatEdit : public CEdit {
     /// `OnKeyDown`, and anything else rewrites the text in its canonical form instead. A comma does that,
     /// too, and selects the decimals, so that the next digit is the first of them.
     void OnChar(UINT character, UINT repeats, UINT flags);
-    /// Return and Enter confirm, Escape cancels.
+    /// Return and Enter confirm, Escape cancels, Tab goes on.
     void OnKeyDown(UINT key, UINT repeats, UINT flags);
     /// Leaves the text behind in its canonical form.
     void OnKillFocus(CWnd* to);
@@ -61,14 +64,14 @@ class CFormatEdit : public CEdit {
     void OnNotifyChar();
     /// Rewrites the text in its canonical form.
     virtual void FixInputText();
+    /// The comma of the keypad's decimal key, the only one that is let through, enters a point.
+    std::string TypedText(std::string character) const override { return character == "," ? "." : character; }
     /// The number in `text`, held in what can be entered.
     double atof_and_limitchk(const char* text) const;
 
-    /// The comma of the keypad's decimal key, the only one that is let through, enters a point.
-    std::string TypedText(std::string character) const override { return character == "," ? "." : character; }
   private:
     CString IntegerForm(std::size_t longest) const;
-    void TellParent(UINT message);
+    void TellParent(UINT message, LPARAM lParam = 0);
 
     int decimals_;
     double scale_;

@@ -46,13 +46,15 @@ struct Readout {
     int width; ///< characters of the entry field, less one
 };
 
-/// In the order in which a press looks for them. The factors of HiFreq and Position are the wide ones that
-/// they have always had: a confirmed HiFreq is held between 2000 and two million, a Position below 12700.
-inline constexpr std::array<Readout, 5> kReadouts{{
+using Readouts = std::array<Readout, 5>;
+/// From left to right, which is the order of the Tab key. The factors of HiFreq and Position are the wide
+/// ones that they have always had: a confirmed HiFreq is held between 2000 and two million, a Position below
+/// 12700.
+inline constexpr Readouts kReadouts{{
+    {kParameterInput, 126, kInputReadout, 10, 1, true, 4},
     {kParameterLoFreq, 128, kLoFreqReadout, 10, 1, false, 6},
     {kParameterHiFreq, 129, kHiFreqReadout, 1000, 100, false, 6},
     {kParameterPosition, 130, kPositionReadout, 1000, 100, false, 4},
-    {kParameterInput, 126, kInputReadout, 10, 1, true, 4},
     {kParameterOutput, 127, kOutputReadout, 10, 1, true, 4},
 }};
 

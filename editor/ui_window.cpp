@@ -42,6 +42,7 @@ ON_WM_LBUTTONDBLCLK()
 ON_WM_MOUSEMOVE()
 ON_WM_LBUTTONUP()
 ON_MESSAGE(kEntryConfirmed, OnInputValReturn)
+ON_MESSAGE(kEntryTabbed, OnEntryTabbed)
 ON_COMMAND_RANGE(kFirstCopyCommand, kLastCopyCommand, OnSelCopyPg)
 ON_MESSAGE(WM_CAPTURECHANGED, OnCaptureChanged)
 ON_MESSAGE(kShowMessage, OnShowMessage)
@@ -224,6 +225,11 @@ void CUIWindow::HideEdit() {
     if (entryWnd_.IsWindowVisible()) entryWnd_.ShowWindow(SW_HIDE);
 }
 
+layout::Readouts::const_iterator CUIWindow::EntryReadout() const {
+    return std::find_if(layout::kReadouts.begin(), layout::kReadouts.end(),
+                        [this](const layout::Readout& readout) { return readout.entryId == activeEntry_; });
+}
+
 LRESULT CUIWindow::OnInputValReturn(WPARAM, LPARAM) {
     constexpr int kLongestText = 50;
     char text[kLongestText + 1] = "";
@@ -232,8 +238,7 @@ LRESULT CUIWindow::OnInputValReturn(WPARAM, LPARAM) {
     std::from_chars(text, text + length, entered);
     // Half a hundredth away from zero, so that the display's last place is the one that was typed.
     float value = static_cast<float>(entered / 10.0 + (entered >= 0 ? 0.005 : -0.005));
-    const auto* readout = std::find_if(layout::kReadouts.begin(), layout::kReadouts.end(),
-                                       [this](const auto& r) { return r.entryId == activeEntry_; });
+    const auto readout = EntryReadout();
     if (readout != layout::kReadouts.end()) {
         float minimum = 0.0f;
         float maximum = 0.0f;
@@ -246,6 +251,16 @@ LRESULT CUIWindow::OnInputValReturn(WPARAM, LPARAM) {
     InvalidateRect(&layout::kModifyRect);
     Invalidate();
     SendMessage(WM_PAINT);
+    return 0;
+}
+
+LRESULT CUIWindow::OnEntryTabbed(WPARAM, LPARAM direction) {
+    const auto from = EntryReadout();
+    if (from == layout::kReadouts.end()) return 0;
+    SendMessage(kEntryConfirmed);
+    const auto count = static_cast<std::ptrdiff_t>(layout::kReadouts.size());
+    const std::ptrdiff_t to = (from - layout::kReadouts.begin() + direction + count) % count;
+    OpenEntryFor(layout::kReadouts[static_cast<std::size_t>(to)]);
     return 0;
 }
 

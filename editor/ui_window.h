@@ -56,6 +56,7 @@ class CUIWindow : public CWnd {
     void OnLButtonUp(UINT flags, CPoint point);
     LRESULT OnCaptureChanged(WPARAM wParam, LPARAM lParam);
     LRESULT OnInputValReturn(WPARAM wParam, LPARAM lParam);
+    LRESULT OnEntryTabbed(WPARAM wParam, LPARAM direction);
     LRESULT OnShowMessage(WPARAM wParam, LPARAM lParam);
     void OnSelCopyPg(UINT id);
 
@@ -99,6 +100,8 @@ class CUIWindow : public CWnd {
     bool PressReadout(CPoint point);
     bool PressControl(CPoint point);
     void OpenEntryFor(const layout::Readout& readout);
+    /// The read-out whose entry field shows, else the end.
+    layout::Readouts::const_iterator EntryReadout() const;
     void ToggleOnOff();
     void OpenCopyMenu();
     void CloseCopyMenu();

@@ -149,6 +149,34 @@ TEST_F(Entry, TheKeypadsDecimalKeyTypesAPoint) {
     }
 }
 
+TEST_F(Entry, TabConfirmsAndGoesOnToTheNextReadOut) {
+    editor.Click(kInput);
+    for (const char* text : {"-6", "450", "8000", "30", "3"}) { // from left to right
+        editor.Type(text);
+        editor.Key(XK_Tab);
+    }
+    EXPECT_TRUE(IsOpen()); // at the left end again
+    editor.Key(XK_Escape);
+    const auto displays = [this] {
+        std::string all;
+        for (const std::int32_t parameter : {2, 3, 4, 5, 1})
+            all += editor.Display(parameter) + " ";
+        return all;
+    };
+    EXPECT_EQ(displays(), "-6.0 450.0 8000.0 30.0 3.0 ");
+    EXPECT_TRUE(ShowsItsEffect(editor, true));
+    editor.Click(kLoFreq);
+    user.KeyDown(XK_Shift_L);
+    editor.Type("500");
+    editor.Key(XK_Tab);
+    user.KeyUp(XK_Shift_L);
+    editor.Key(XK_Tab);
+    editor.Type("600");
+    editor.Key(XK_Return);
+    EXPECT_EQ(displays(), "-6.0 600.0 8000.0 30.0 3.0 ");
+    EXPECT_TRUE(ShowsItsEffect(editor, true));
+}
+
 TEST_F(Entry, TakesAnyTextAsANumberInRangeOrNotAtAll) {
     struct Field {
         CPoint readout;
