@@ -3,14 +3,13 @@
 // meters under 0.3 ms, an idle with nothing to do next to nothing. It needs a display: xvfb-run -s -noreset.
 
 #include "host/effect.h"
+#include "host/parent_window.h"
 #include "vst/opcodes.h"
 
 #include <array>
 #include <benchmark/benchmark.h>
-#include <bit>
-#include <cstdlib>
+#include <memory>
 #include <vector>
-#include <xcb/xcb.h>
 
 namespace {
 
@@ -20,29 +19,19 @@ using namespace vocafade;
 class Editor {
   public:
     explicit Editor(benchmark::State& state)
-        : effect(VOCAFADE_PLUGIN), connection_(xcb_connect(nullptr, nullptr)) {
+        : effect(VOCAFADE_PLUGIN), window_(host::ParentWindow::Make(500, 300)) {
         effect.Configure(44100.0, kBlock);
         effect.Start();
-        if (xcb_connection_has_error(connection_) == 0) {
-            const xcb_screen_t* screen = xcb_setup_roots_iterator(xcb_get_setup(connection_)).data;
-            window_ = xcb_generate_id(connection_);
-            xcb_create_window(connection_, XCB_COPY_FROM_PARENT, window_, screen->root, 0, 0, 500, 300, 0,
-                              XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, 0, nullptr);
-            xcb_map_window(connection_, window_);
-            std::free(xcb_get_input_focus_reply(connection_, xcb_get_input_focus(connection_), nullptr));
-        }
+        if (window_) window_->Show();
         if (!Open()) state.SkipWithError("no display");
         for (int i = 0; i < 5; ++i)
             effect.IdleEditor();
     }
-    ~Editor() {
-        effect.CloseEditor();
-        xcb_disconnect(connection_);
-    }
+    ~Editor() { effect.CloseEditor(); }
     Editor(const Editor&) = delete;
     Editor& operator=(const Editor&) = delete;
 
-    bool Open() { return effect.OpenEditor(std::bit_cast<void*>(std::uintptr_t{window_})); }
+    bool Open() { return window_ && effect.OpenEditor(window_->handle()); }
     /// Lets a loud block through, from which the meters fall for 176 idles.
     void Play() {
         std::array<float, kBlock> loud{};
@@ -58,8 +47,7 @@ class Editor {
 
   private:
     static constexpr std::int32_t kBlock = 256;
-    xcb_connection_t* connection_;
-    xcb_window_t window_ = 0;
+    std::unique_ptr<host::ParentWindow> window_;
 };
 
 void PaintThePanel(benchmark::State& state) {

@@ -28,40 +28,34 @@ constexpr std::size_t kHintFields = 18;
 
 } // namespace
 
-void EditorWindow::Free::operator()(xcb_connection_t* connection) const { ::xcb_disconnect(connection); }
-
-EditorWindow::EditorWindow(host::Effect& effect, const std::string& title, Kind kind)
-    : effect_(effect), connection_(::xcb_connect(nullptr, nullptr)) {
-    if (::xcb_connection_has_error(connection_.get()) != 0)
-        throw Failure("no display: the editor needs an X server. Set DISPLAY, or run under xvfb-run");
+EditorWindow::EditorWindow(host::Effect& effect, const std::string& title, Kind kind) : effect_(effect) {
     const std::optional<ERect> rect = effect.editorRect();
     if (!rect) throw Failure("this plug-in has no editor");
     width_ = rect->right - rect->left;
     height_ = rect->bottom - rect->top;
     if (width_ <= 0 || height_ <= 0) throw Failure("the editor has no size: its bitmaps are missing");
-    Create(title, kind);
-    // Plug-ins take the window's number in the pointer's place.
-    void* parent = reinterpret_cast<void*>(static_cast<std::uintptr_t>(window_));
-    if (!effect_.OpenEditor(parent)) throw Failure("the plug-in cannot open its editor on this display");
+    window_ = host::ParentWindow::Make(width_, height_, kind == Kind::managed);
+    if (!window_)
+        throw Failure("no display: the editor needs an X server. Set DISPLAY, or run under xvfb-run");
+    Describe(title);
+    window_->Show();
+    if (!effect_.OpenEditor(window_->handle()))
+        throw Failure("the plug-in cannot open its editor on this display");
 }
 
-EditorWindow::~EditorWindow() {
-    effect_.CloseEditor();
-    ::xcb_destroy_window(connection_.get(), window_);
-    ::xcb_flush(connection_.get());
-}
+EditorWindow::~EditorWindow() { effect_.CloseEditor(); }
 
 std::uint32_t EditorWindow::Atom(const char* name) {
     const auto reply = Own(::xcb_intern_atom_reply(
-        connection_.get(),
-        ::xcb_intern_atom(connection_.get(), 0, static_cast<std::uint16_t>(std::strlen(name)), name),
+        window_->connection(),
+        ::xcb_intern_atom(window_->connection(), 0, static_cast<std::uint16_t>(std::strlen(name)), name),
         nullptr));
     return reply != nullptr ? reply->atom : 0U;
 }
 
 void EditorWindow::SetText(const char* property, const char* type, const std::string& text) {
-    ::xcb_change_property(connection_.get(), XCB_PROP_MODE_REPLACE, window_, Atom(property), Atom(type), 8,
-                          static_cast<std::uint32_t>(text.size()), text.data());
+    ::xcb_change_property(window_->connection(), XCB_PROP_MODE_REPLACE, window_->id(), Atom(property),
+                          Atom(type), 8, static_cast<std::uint32_t>(text.size()), text.data());
 }
 
 void EditorWindow::FixSize() {
@@ -69,55 +63,43 @@ void EditorWindow::FixSize() {
     hints[0] = kHintMinimum | kHintMaximum;
     hints[5] = hints[7] = static_cast<std::uint32_t>(width_);
     hints[6] = hints[8] = static_cast<std::uint32_t>(height_);
-    ::xcb_change_property(connection_.get(), XCB_PROP_MODE_REPLACE, window_, XCB_ATOM_WM_NORMAL_HINTS,
-                          XCB_ATOM_WM_SIZE_HINTS, 32, kHintFields, hints.data());
+    ::xcb_change_property(window_->connection(), XCB_PROP_MODE_REPLACE, window_->id(),
+                          XCB_ATOM_WM_NORMAL_HINTS, XCB_ATOM_WM_SIZE_HINTS, 32, kHintFields, hints.data());
 }
 
-void EditorWindow::Create(const std::string& title, Kind kind) {
-    xcb_connection_t* connection = connection_.get();
-    const xcb_screen_t* screen = ::xcb_setup_roots_iterator(::xcb_get_setup(connection)).data;
-    root_ = screen->root;
-    window_ = ::xcb_generate_id(connection);
-    const std::uint32_t values[] = {screen->black_pixel, kind == Kind::bare ? 1U : 0U,
-                                    XCB_EVENT_MASK_STRUCTURE_NOTIFY};
-    ::xcb_create_window(connection, XCB_COPY_FROM_PARENT, window_, root_, 0, 0,
-                        static_cast<std::uint16_t>(width_), static_cast<std::uint16_t>(height_), 0,
-                        XCB_WINDOW_CLASS_INPUT_OUTPUT, screen->root_visual,
-                        XCB_CW_BACK_PIXEL | XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK, values);
+void EditorWindow::Describe(const std::string& title) {
     SetText("_NET_WM_NAME", "UTF8_STRING", title);
     SetText("WM_NAME", "STRING", title);
     SetText("WM_CLASS", "STRING", std::string("vocafade\0Vocafade\0", 18));
     FixSize();
     protocols_ = Atom("WM_PROTOCOLS");
     deleteWindow_ = Atom("WM_DELETE_WINDOW");
-    ::xcb_change_property(connection, XCB_PROP_MODE_REPLACE, window_, protocols_, XCB_ATOM_ATOM, 32, 1,
-                          &deleteWindow_);
-    ::xcb_map_window(connection, window_);
-    ::xcb_flush(connection);
+    ::xcb_change_property(window_->connection(), XCB_PROP_MODE_REPLACE, window_->id(), protocols_,
+                          XCB_ATOM_ATOM, 32, 1, &deleteWindow_);
 }
 
 bool EditorWindow::HandleEvents() {
-    while (const auto event = Own(::xcb_poll_for_event(connection_.get()))) {
+    while (const auto event = Own(::xcb_poll_for_event(window_->connection()))) {
         const int type = event->response_type & 0x7F;
         if (type == XCB_DESTROY_NOTIFY) return false;
         if (type != XCB_CLIENT_MESSAGE) continue;
         const auto* message = reinterpret_cast<const xcb_client_message_event_t*>(event.get());
         if (message->type == protocols_ && message->data.data32[0] == deleteWindow_) return false;
     }
-    return ::xcb_connection_has_error(connection_.get()) == 0;
+    return window_->isAlive();
 }
 
 bool EditorWindow::Run(int milliseconds) {
     effect_.IdleEditor();
-    pollfd readable{::xcb_get_file_descriptor(connection_.get()), POLLIN, 0};
+    pollfd readable{::xcb_get_file_descriptor(window_->connection()), POLLIN, 0};
     ::poll(&readable, 1, milliseconds);
     return HandleEvents();
 }
 
 Picture EditorWindow::Photograph() {
     const auto image = Own(::xcb_get_image_reply(
-        connection_.get(),
-        ::xcb_get_image(connection_.get(), XCB_IMAGE_FORMAT_Z_PIXMAP, window_, 0, 0,
+        window_->connection(),
+        ::xcb_get_image(window_->connection(), XCB_IMAGE_FORMAT_Z_PIXMAP, window_->id(), 0, 0,
                         static_cast<std::uint16_t>(width_), static_cast<std::uint16_t>(height_), ~0U),
         nullptr));
     const auto pixels = static_cast<std::size_t>(width_) * static_cast<std::size_t>(height_);

@@ -2,13 +2,12 @@
 #pragma once
 
 #include "host/effect.h"
+#include "host/parent_window.h"
 
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
-
-struct xcb_connection_t;
 
 namespace vocafade::command {
 
@@ -41,20 +40,14 @@ class EditorWindow {
     Picture Photograph();
 
   private:
-    struct Free {
-        void operator()(xcb_connection_t* connection) const;
-    };
-
-    void Create(const std::string& title, Kind kind);
+    void Describe(const std::string& title);
     void SetText(const char* property, const char* type, const std::string& text);
     void FixSize();
     std::uint32_t Atom(const char* name);
     bool HandleEvents();
 
     host::Effect& effect_;
-    std::unique_ptr<xcb_connection_t, Free> connection_;
-    std::uint32_t root_ = 0;
-    std::uint32_t window_ = 0;
+    std::unique_ptr<host::ParentWindow> window_;
     std::uint32_t protocols_ = 0;
     std::uint32_t deleteWindow_ = 0;
     int width_ = 0;
