@@ -2,9 +2,7 @@
 #pragma once
 
 #include "apps/validate/audio_watch.h"
-#include "apps/validate/channels.h"
-#include "apps/validate/instance.h"
-#include "apps/validate/report.h"
+#include "apps/validate/player.h"
 
 #include <atomic>
 #include <thread>
@@ -16,11 +14,7 @@ namespace vocafade::validate {
 class AudioRunner {
   public:
     AudioRunner(Instance& effect, std::int32_t block, std::uint32_t seed)
-        : effect_(effect), block_(block), in_(effect->numInputs, block), out_(effect->numOutputs, block) {
-        std::mt19937 random(seed);
-        in_.FillWithNoise(random, 0.5F);
-        thread_ = std::thread([this] { Run(); });
-    }
+        : player_(effect, block, seed), thread_([this] { Run(); }) {}
     ~AudioRunner() { Stop(); }
     AudioRunner(const AudioRunner&) = delete;
     AudioRunner& operator=(const AudioRunner&) = delete;
@@ -44,17 +38,14 @@ class AudioRunner {
     void Run() {
         while (!stop_) {
             AudioWatch watch;
-            effect_.Process(in_.pointers(), out_.pointers(), block_);
+            player_.Play();
             counts_ += watch.Stop();
-            finite_ = finite_ && out_.AreFinite(block_);
+            finite_ = finite_ && player_.isFinite();
             ++blocks_;
         }
     }
 
-    Instance& effect_;
-    std::int32_t block_;
-    Channels<float> in_;
-    Channels<float> out_;
+    Player<float> player_;
     std::atomic<bool> stop_{false};
     std::atomic<std::int64_t> blocks_{0};
     bool finite_ = true;

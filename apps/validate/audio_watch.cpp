@@ -2,12 +2,10 @@
 #include "apps/validate/audio_watch.h"
 
 #include <algorithm>
-#include <cstddef>
-
-#ifndef VOCAFADE_SANITIZED
 #include <atomic>
 #include <cerrno>
 #include <cstdarg>
+#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
@@ -19,32 +17,17 @@
 #include <semaphore.h>
 #include <sys/select.h>
 #include <unistd.h>
-#else
-// Their header for these is not installed with every compiler.
-extern "C" { // NOLINTBEGIN(bugprone-reserved-identifier, cert-dcl37-c, cert-dcl51-cpp)
-int __sanitizer_install_malloc_and_free_hooks(void (*given)(const volatile void*, std::size_t),
-                                              void (*taken)(const volatile void*));
-std::size_t __sanitizer_get_current_allocated_bytes();
-} // NOLINTEND(bugprone-reserved-identifier, cert-dcl37-c, cert-dcl51-cpp)
-#endif
 
 namespace vocafade::validate {
 namespace {
 thread_local bool watching = false;
 thread_local AudioWatch::Counts counts;
+std::atomic<std::int64_t> liveBytes{0};
 } // namespace
 
-AudioWatch::Counts& AudioWatch::Counts::operator+=(const Counts& other) {
-    allocations += other.allocations;
-    frees += other.frees;
-    locks += other.locks;
-    lockWaits += other.lockWaits;
-    sleeps += other.sleeps;
-    fileCalls += other.fileCalls;
-    longestLockWait = std::max(longestLockWait, other.longestLockWait);
-    if (other.sleeps > 0) lastSleep = other.lastSleep;
-    if (other.fileCalls > 0) lastFileCall = other.lastFileCall;
-    return *this;
+AudioWatch::AudioWatch() {
+    counts = {};
+    watching = true;
 }
 
 AudioWatch::~AudioWatch() { watching = false; }
@@ -54,26 +37,23 @@ AudioWatch::Counts AudioWatch::Stop() {
     return counts;
 }
 
-#ifdef VOCAFADE_SANITIZED
+std::int64_t LiveBytes() { return liveBytes; }
 
-bool AudioWatch::CountsCalls() { return false; }
-
-std::int64_t LiveBytes() { return static_cast<std::int64_t>(::__sanitizer_get_current_allocated_bytes()); }
-
-AudioWatch::AudioWatch() {
-    static const int hooks = ::__sanitizer_install_malloc_and_free_hooks(
-        [](const volatile void*, std::size_t) {
-            if (watching) ++counts.allocations;
-        },
-        [](const volatile void* block) {
-            if (watching && block != nullptr) ++counts.frees;
-        });
-    static_cast<void>(hooks);
-    counts = {};
-    watching = true;
+AudioWatch::Counts& AudioWatch::Counts::operator+=(const Counts& other) {
+    allocations += other.allocations;
+    frees += other.frees;
+    locks += other.locks;
+    lockWaits += other.lockWaits;
+    longLockWaits += other.longLockWaits;
+    sleeps += other.sleeps;
+    fileCalls += other.fileCalls;
+    longestLockWait = std::max(longestLockWait, other.longestLockWait);
+    if (other.sleeps > 0) lastSleep = other.lastSleep;
+    if (other.fileCalls > 0) lastFileCall = other.lastFileCall;
+    return *this;
 }
 
-#else
+#ifndef VOCAFADE_SANITIZED
 
 namespace {
 
@@ -88,8 +68,6 @@ Function Real(const char* name, const char* version = nullptr) {
     }
     return reinterpret_cast<Function>(found);
 }
-
-std::atomic<std::int64_t> liveBytes{0};
 
 /// A block that was just handed out.
 void* Given(void* block) {
@@ -132,20 +110,13 @@ int WatchedLock(TryLock tryLock, Lock lock) {
     ++counts.lockWaits;
     const double begin = Now();
     const int answer = lock();
-    counts.longestLockWait = std::max(counts.longestLockWait, Now() - begin);
+    const double waited = Now() - begin;
+    counts.longestLockWait = std::max(counts.longestLockWait, waited);
+    if (waited > AudioWatch::kLongLockWait) ++counts.longLockWaits;
     return answer;
 }
 
 } // namespace
-
-bool AudioWatch::CountsCalls() { return true; }
-
-std::int64_t LiveBytes() { return liveBytes; }
-
-AudioWatch::AudioWatch() {
-    counts = {};
-    watching = true;
-}
 
 #endif
 
@@ -202,69 +173,50 @@ VOCAFADE_WATCHED void free(void* pointer) {
     __libc_free(pointer);
 }
 
-VOCAFADE_WATCHED int pthread_mutex_lock(pthread_mutex_t* mutex) noexcept {
-    static const auto real = Real<int (*)(pthread_mutex_t*)>("pthread_mutex_lock");
-    static const auto realTry = Real<int (*)(pthread_mutex_t*)>("pthread_mutex_trylock");
-    return WatchedLock([&] { return realTry(mutex); }, [&] { return real(mutex); });
-}
-VOCAFADE_WATCHED int pthread_rwlock_rdlock(pthread_rwlock_t* lock) noexcept {
-    static const auto real = Real<int (*)(pthread_rwlock_t*)>("pthread_rwlock_rdlock");
-    static const auto realTry = Real<int (*)(pthread_rwlock_t*)>("pthread_rwlock_tryrdlock");
-    return WatchedLock([&] { return realTry(lock); }, [&] { return real(lock); });
-}
-VOCAFADE_WATCHED int pthread_rwlock_wrlock(pthread_rwlock_t* lock) noexcept {
-    static const auto real = Real<int (*)(pthread_rwlock_t*)>("pthread_rwlock_wrlock");
-    static const auto realTry = Real<int (*)(pthread_rwlock_t*)>("pthread_rwlock_trywrlock");
-    return WatchedLock([&] { return realTry(lock); }, [&] { return real(lock); });
-}
+#define VOCAFADE_WATCH_LOCK(type, name, tryName)                                                             \
+    VOCAFADE_WATCHED int name(type* lock) noexcept {                                                         \
+        static const auto real = Real<int (*)(type*)>(#name);                                                \
+        static const auto realTry = Real<int (*)(type*)>(#tryName);                                          \
+        return WatchedLock([&] { return realTry(lock); }, [&] { return real(lock); });                       \
+    }
+VOCAFADE_WATCH_LOCK(pthread_mutex_t, pthread_mutex_lock, pthread_mutex_trylock)
+VOCAFADE_WATCH_LOCK(pthread_rwlock_t, pthread_rwlock_rdlock, pthread_rwlock_tryrdlock)
+VOCAFADE_WATCH_LOCK(pthread_rwlock_t, pthread_rwlock_wrlock, pthread_rwlock_trywrlock)
 
-VOCAFADE_WATCHED int pthread_cond_wait(pthread_cond_t* condition, pthread_mutex_t* mutex) {
-    static const auto real =
-        Real<int (*)(pthread_cond_t*, pthread_mutex_t*)>("pthread_cond_wait", "GLIBC_2.3.2");
-    NoteSleep("pthread_cond_wait");
-    return real(condition, mutex);
-}
-VOCAFADE_WATCHED int pthread_join(pthread_t thread, void** result) {
-    static const auto real = Real<int (*)(pthread_t, void**)>("pthread_join");
-    NoteSleep("pthread_join");
-    return real(thread, result);
-}
-VOCAFADE_WATCHED int sem_wait(sem_t* semaphore) {
-    static const auto real = Real<int (*)(sem_t*)>("sem_wait");
-    NoteSleep("sem_wait");
-    return real(semaphore);
-}
-VOCAFADE_WATCHED int nanosleep(const timespec* wanted, timespec* left) {
-    static const auto real = Real<int (*)(const timespec*, timespec*)>("nanosleep");
-    NoteSleep("nanosleep");
-    return real(wanted, left);
-}
-VOCAFADE_WATCHED int clock_nanosleep(clockid_t clock, int flags, const timespec* wanted, timespec* left) {
-    static const auto real =
-        Real<int (*)(clockid_t, int, const timespec*, timespec*)>("clock_nanosleep", "GLIBC_2.17");
-    NoteSleep("clock_nanosleep");
-    return real(clock, flags, wanted, left);
-}
-VOCAFADE_WATCHED int usleep(useconds_t microseconds) {
-    static const auto real = Real<int (*)(useconds_t)>("usleep");
-    NoteSleep("usleep");
-    return real(microseconds);
-}
-VOCAFADE_WATCHED unsigned sleep(unsigned seconds) {
-    static const auto real = Real<unsigned (*)(unsigned)>("sleep");
-    NoteSleep("sleep");
-    return real(seconds);
-}
-VOCAFADE_WATCHED int poll(pollfd* descriptors, nfds_t count, int timeout) {
-    static const auto real = Real<int (*)(pollfd*, nfds_t, int)>("poll");
-    NoteSleep("poll");
-    return real(descriptors, count, timeout);
-}
-VOCAFADE_WATCHED int select(int count, fd_set* reading, fd_set* writing, fd_set* failing, timeval* timeout) {
-    static const auto real = Real<int (*)(int, fd_set*, fd_set*, fd_set*, timeval*)>("select");
-    NoteSleep("select");
-    return real(count, reading, writing, failing, timeout);
-}
+#define VOCAFADE_WATCH(note, version, result, name, parameters, arguments)                                   \
+    VOCAFADE_WATCHED result name parameters {                                                                \
+        static const auto real = Real<result(*) parameters>(#name, version);                                 \
+        note(#name);                                                                                         \
+        return real arguments;                                                                               \
+    }
+VOCAFADE_WATCH(NoteSleep, "GLIBC_2.3.2", int, pthread_cond_wait,
+               (pthread_cond_t * condition, pthread_mutex_t* mutex), (condition, mutex))
+VOCAFADE_WATCH(NoteSleep, nullptr, int, pthread_join, (pthread_t thread, void** result), (thread, result))
+VOCAFADE_WATCH(NoteSleep, nullptr, int, sem_wait, (sem_t * semaphore), (semaphore))
+VOCAFADE_WATCH(NoteSleep, nullptr, int, nanosleep, (const timespec* wanted, timespec* left), (wanted, left))
+VOCAFADE_WATCH(NoteSleep, "GLIBC_2.17", int, clock_nanosleep,
+               (clockid_t clock, int flags, const timespec* wanted, timespec* left),
+               (clock, flags, wanted, left))
+VOCAFADE_WATCH(NoteSleep, nullptr, int, usleep, (useconds_t microseconds), (microseconds))
+VOCAFADE_WATCH(NoteSleep, nullptr, unsigned, sleep, (unsigned seconds), (seconds))
+VOCAFADE_WATCH(NoteSleep, nullptr, int, poll, (pollfd * descriptors, nfds_t count, int timeout),
+               (descriptors, count, timeout))
+VOCAFADE_WATCH(NoteSleep, nullptr, int, select,
+               (int count, fd_set* reading, fd_set* writing, fd_set* failing, timeval* timeout),
+               (count, reading, writing, failing, timeout))
+VOCAFADE_WATCH(NoteFileCall, nullptr, ssize_t, read, (int descriptor, void* bytes, std::size_t count),
+               (descriptor, bytes, count))
+VOCAFADE_WATCH(NoteFileCall, nullptr, ssize_t, write, (int descriptor, const void* bytes, std::size_t count),
+               (descriptor, bytes, count))
+VOCAFADE_WATCH(NoteFileCall, "GLIBC_2.2.5", std::FILE*, fopen, (const char* path, const char* mode),
+               (path, mode))
+VOCAFADE_WATCH(NoteFileCall, nullptr, std::size_t, fwrite,
+               (const void* bytes, std::size_t size, std::size_t count, std::FILE* file),
+               (bytes, size, count, file))
+VOCAFADE_WATCH(NoteFileCall, nullptr, int, fputs, (const char* text, std::FILE* file), (text, file))
+VOCAFADE_WATCH(NoteFileCall, nullptr, int, puts, (const char* text), (text))
+VOCAFADE_WATCH(NoteFileCall, nullptr, int, vfprintf,
+               (std::FILE * file, const char* format, std::va_list arguments), (file, format, arguments))
 
 VOCAFADE_WATCHED int open(const char* path, int flags, ...) {
     static const auto real = Real<int (*)(const char*, int, ...)>("open");
@@ -275,55 +227,17 @@ VOCAFADE_WATCHED int open(const char* path, int flags, ...) {
     va_end(rest);
     return real(path, flags, mode);
 }
-VOCAFADE_WATCHED ssize_t read(int descriptor, void* bytes, std::size_t count) {
-    static const auto real = Real<ssize_t (*)(int, void*, std::size_t)>("read");
-    NoteFileCall("read");
-    return real(descriptor, bytes, count);
-}
-VOCAFADE_WATCHED ssize_t write(int descriptor, const void* bytes, std::size_t count) {
-    static const auto real = Real<ssize_t (*)(int, const void*, std::size_t)>("write");
-    NoteFileCall("write");
-    return real(descriptor, bytes, count);
-}
-VOCAFADE_WATCHED std::FILE* fopen(const char* path, const char* mode) {
-    static const auto real = Real<std::FILE* (*)(const char*, const char*)>("fopen", "GLIBC_2.2.5");
-    NoteFileCall("fopen");
-    return real(path, mode);
-}
-VOCAFADE_WATCHED std::size_t fwrite(const void* bytes, std::size_t size, std::size_t count, std::FILE* file) {
-    static const auto real =
-        Real<std::size_t (*)(const void*, std::size_t, std::size_t, std::FILE*)>("fwrite");
-    NoteFileCall("fwrite");
-    return real(bytes, size, count, file);
-}
-VOCAFADE_WATCHED int fputs(const char* text, std::FILE* file) {
-    static const auto real = Real<int (*)(const char*, std::FILE*)>("fputs");
-    NoteFileCall("fputs");
-    return real(text, file);
-}
-VOCAFADE_WATCHED int puts(const char* text) {
-    static const auto real = Real<int (*)(const char*)>("puts");
-    NoteFileCall("puts");
-    return real(text);
-}
-VOCAFADE_WATCHED int vfprintf(std::FILE* file, const char* format, std::va_list arguments) {
-    static const auto real = Real<int (*)(std::FILE*, const char*, std::va_list)>("vfprintf");
-    NoteFileCall("vfprintf");
-    return real(file, format, arguments);
-}
 VOCAFADE_WATCHED int fprintf(std::FILE* file, const char* format, ...) {
-    NoteFileCall("fprintf");
     std::va_list rest;
     va_start(rest, format);
-    const int answer = std::vfprintf(file, format, rest);
+    const int answer = vfprintf(file, format, rest); // which notes the call
     va_end(rest);
     return answer;
 }
 VOCAFADE_WATCHED int printf(const char* format, ...) {
-    NoteFileCall("printf");
     std::va_list rest;
     va_start(rest, format);
-    const int answer = std::vfprintf(stdout, format, rest);
+    const int answer = vfprintf(stdout, format, rest);
     va_end(rest);
     return answer;
 }

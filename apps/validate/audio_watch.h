@@ -1,23 +1,24 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <array>
 #include <cstdint>
-#include <string>
 
 namespace vocafade::validate {
 
 /// What the calling thread did, between the construction and `Stop`, that an audio thread should not do: it
-/// went to the heap, waited for a lock, slept or called the system for files. The runner stands under the C
-/// library's own functions for it, so a shared object that it loads is counted too.
+/// used the heap, waited for a lock, slept or called the system for files. The program defines these
+/// functions in front of the C library's, so what a shared object calls is counted too. The sanitizers do the
+/// same, so with them everything stays 0.
 class AudioWatch {
   public:
+    static constexpr double kLongLockWait = 0.05; ///< seconds
     struct Counts {
         int allocations = 0;
         int frees = 0;
-        int locks = 0;     ///< taken, whether free or not
-        int lockWaits = 0; ///< of those, how many were not free
-        int sleeps = 0;    ///< asked to sleep, or to wait for something other than a lock
+        int locks = 0;         ///< taken, whether free or not
+        int lockWaits = 0;     ///< of those, how many were not free
+        int longLockWaits = 0; ///< of those, how many took more than `kLongLockWait`
+        int sleeps = 0;        ///< asked to sleep, or to wait for something other than a lock
         int fileCalls = 0;
         double longestLockWait = 0.0; ///< seconds
         const char* lastSleep = "";   ///< the function's name
@@ -25,9 +26,6 @@ class AudioWatch {
 
         Counts& operator+=(const Counts& other);
     };
-
-    /// False where the sanitizers have taken these functions themselves: then only the heap is counted.
-    static bool CountsCalls();
 
     AudioWatch();
     ~AudioWatch();
@@ -37,7 +35,8 @@ class AudioWatch {
 };
 
 /// [any-thread] Bytes of memory that have been asked for and not given back, by whatever library, to the
-/// byte: what the C library keeps for later (up to 200 kB a thread) is not among them.
+/// byte: what the C library keeps for later (up to 200 kB a thread) is not among them. 0 under
+/// the sanitizers.
 std::int64_t LiveBytes();
 
 } // namespace vocafade::validate

@@ -36,7 +36,7 @@ class Channels {
     }
     std::size_t count() const { return storage_.size(); }
     std::vector<Sample>& operator[](std::size_t channel) { return storage_[channel]; }
-    const std::vector<Sample>& operator[](std::size_t channel) const { return storage_[channel]; }
+    bool operator==(const Channels& other) const { return storage_ == other.storage_; }
 
     void FillWithNoise(std::mt19937& random, Sample amplitude) {
         std::uniform_real_distribution<Sample> sample(-amplitude, amplitude);
@@ -48,7 +48,7 @@ class Channels {
         for (std::vector<Sample>& channel : storage_)
             std::fill(channel.begin(), channel.end(), value);
     }
-    /// True when the first `frames` samples of every channel are numbers.
+    /// True when the first `frames` samples of every channel are neither NaN nor infinite.
     bool AreFinite(std::int32_t frames) const {
         for (const std::vector<Sample>& channel : storage_)
             if (!std::all_of(channel.begin(), channel.begin() + frames,

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "apps/validate/guarded_memory.h"
 
-#include "apps/validate/protocol.h"
-
 #include <algorithm>
 #include <array>
 #include <atomic>
@@ -26,7 +24,7 @@ struct Slot {
     std::array<char, 80> what;
 };
 std::array<Slot, 1024> slots;
-int findings = -1;
+Notes* crashNotes = nullptr;
 
 std::size_t PageBytes() {
     static const auto bytes = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
@@ -41,7 +39,7 @@ std::size_t ClaimSlot() {
     throw std::bad_alloc();
 }
 
-/// Gathers a line without the heap and writes it in one go.
+/// Gathers a line without the heap.
 class Line {
   public:
     void Add(std::string_view text) {
@@ -49,9 +47,7 @@ class Line {
         std::memcpy(bytes_.data() + length_, text.data(), count);
         length_ += count;
     }
-    void Write(int descriptor) const {
-        [[maybe_unused]] const ssize_t written = ::write(descriptor, bytes_.data(), length_);
-    }
+    std::string_view text() const { return {bytes_.data(), length_}; }
 
   private:
     std::array<char, 256> bytes_;
@@ -61,15 +57,15 @@ class Line {
 const char* NameOf(int signal) {
     switch (signal) {
     case SIGSEGV:
-        return "SIGSEGV, memory that is not there";
+        return "SIGSEGV, invalid memory";
     case SIGBUS:
-        return "SIGBUS, memory that cannot be reached";
+        return "SIGBUS, unreachable memory";
     case SIGFPE:
         return "SIGFPE, arithmetic";
     case SIGILL:
-        return "SIGILL, an instruction that is none";
+        return "SIGILL, invalid instruction";
     case SIGABRT:
-        return "SIGABRT, it gave up";
+        return "SIGABRT, aborted by itself";
     default:
         return "a signal";
     }
@@ -78,7 +74,7 @@ const char* NameOf(int signal) {
 extern "C" void OnFatalSignal(int signal, siginfo_t* info, void*) {
     const auto touched = reinterpret_cast<std::uintptr_t>(info->si_addr);
     Line line;
-    line.Add("F crashed (");
+    line.Add("Fcrashed (");
     line.Add(NameOf(signal));
     line.Add(")");
     for (const Slot& slot : slots) {
@@ -87,8 +83,8 @@ extern "C" void OnFatalSignal(int signal, siginfo_t* info, void*) {
         line.Add(slot.what.data());
     }
     line.Add("\n");
-    line.Write(findings);
-    ::raise(signal); // the old way of dying is back in force
+    crashNotes->Add(line.text());
+    ::raise(signal); // now with the default action
 }
 
 } // namespace
@@ -118,8 +114,8 @@ GuardedMemory::~GuardedMemory() {
     slots[slot_].used = false;
 }
 
-void InstallCrashReport(int descriptor) {
-    findings = descriptor;
+void InstallCrashReport(Notes& notes) {
+    crashNotes = &notes;
     static std::array<char, 65536> stack; // a handler's own, for a plug-in that ran out of stack
     stack_t alternate{};
     alternate.ss_sp = stack.data();

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "apps/validate/notes.h"
+
 #include <cstddef>
 #include <string>
 
@@ -32,8 +34,8 @@ class GuardedMemory {
     std::size_t slot_;
 };
 
-/// From now on a fatal signal first writes a finding into `descriptor`: which signal, and which guard page
-/// was touched if it was one. The process then dies as it would have.
-void InstallCrashReport(int descriptor);
+/// From now on a fatal signal first adds a finding to `notes`: which signal, and which guard page was touched
+/// if it was one. The process then dies as it would have.
+void InstallCrashReport(Notes& notes);
 
 } // namespace vocafade::validate

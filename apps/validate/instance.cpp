@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "apps/validate/instance.h"
 
+#include "apps/validate/guarded_memory.h"
 #include "apps/validate/report.h"
 
+#include <algorithm>
 #include <array>
 #include <cstring>
+#include <fmt/format.h>
 #include <utility>
 
 namespace vocafade::validate {
@@ -14,6 +17,7 @@ constexpr double kRate = 44100.0;
 constexpr std::int32_t kBlock = 512;
 constexpr std::int32_t kMostChannels = 256;
 constexpr std::int32_t kMostPrograms = 65536;
+constexpr VstIntPtr kMostStateBytes = VstIntPtr{64} << 20;
 
 const char* WhatIsWrong(const AEffect* effect) {
     if (effect == nullptr) return "the entry point answers null";
@@ -21,12 +25,12 @@ const char* WhatIsWrong(const AEffect* effect) {
     if (effect->dispatcher == nullptr) return "the descriptor has no dispatcher";
     const auto sane = [](std::int32_t count, std::int32_t most) { return count >= 0 && count <= most; };
     if (!sane(effect->numInputs, kMostChannels) || !sane(effect->numOutputs, kMostChannels))
-        return "the number of channels makes no sense";
+        return "the number of channels is negative or above 256";
     if (!sane(effect->numParams, kMostPrograms) || !sane(effect->numPrograms, kMostPrograms))
-        return "the number of parameters or programs makes no sense";
+        return "the number of parameters or programs is negative or above 65536";
     if (effect->numParams > 0 && (effect->getParameter == nullptr || effect->setParameter == nullptr))
-        return "there are parameters but no way to reach them";
-    if (effect->processReplacing == nullptr) return "there is no way to process";
+        return "there are parameters but no entries to get and set them";
+    if (effect->processReplacing == nullptr) return "there is no processReplacing";
     return nullptr;
 }
 
@@ -51,6 +55,30 @@ std::string Instance::Text(std::int32_t opcode, std::int32_t index) {
     std::array<char, 1024> text{};
     Ask(opcode, index, 0, text.data());
     return {text.data(), ::strnlen(text.data(), text.size() - 1)};
+}
+
+std::vector<std::int32_t> Instance::Settable() {
+    std::vector<std::int32_t> parameters;
+    for (std::int32_t i = 0; i < effect_->numParams; ++i)
+        if (Ask(effCanBeAutomated, i) != 0) parameters.push_back(i);
+    return parameters;
+}
+
+std::vector<char> Instance::SaveState(bool programOnly) {
+    void* data = nullptr;
+    const VstIntPtr size = Ask(effGetChunk, programOnly ? 1 : 0, 0, static_cast<void*>(&data));
+    if (size < 0 || size > kMostStateBytes)
+        throw Hopeless(fmt::format("it says that its state has {} bytes", size));
+    if (size > 0 && data == nullptr)
+        throw Hopeless(fmt::format("it says that its state has {} bytes, at address null", size));
+    const auto* bytes = static_cast<const char*>(data);
+    return {bytes, bytes + size};
+}
+
+void Instance::RestoreState(const std::vector<char>& state, bool programOnly) {
+    const GuardedMemory memory(state.size(), GuardedMemory::Against::end, "the saved state");
+    std::copy(state.begin(), state.end(), memory.as<char>());
+    Ask(effSetChunk, programOnly ? 1 : 0, static_cast<VstIntPtr>(state.size()), memory.data());
 }
 
 void Instance::Close() {

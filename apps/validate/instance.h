@@ -9,11 +9,12 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace vocafade::validate {
 
-/// One effect without a host's good manners: nothing is called that the check does not call itself, in
-/// whatever order, except that what is still alive is closed at the end.
+/// One effect. Nothing is called that the check does not call itself, in whatever order, except that it is
+/// closed at the end if it is not yet.
 class Instance {
   public:
     /// [main-thread] Makes the effect and looks at its descriptor. Throws `Hopeless` when it makes no sense.
@@ -31,12 +32,18 @@ class Instance {
                   float opt = 0.0F);
     float parameter(std::int32_t index) { return effect_->getParameter(effect_, index); }
     void setParameter(std::int32_t index, float value) { effect_->setParameter(effect_, index, value); }
-    /// False for what the effect itself says cannot be automated: meters and the like.
-    bool IsSettable(std::int32_t index) { return Ask(effCanBeAutomated, index) != 0; }
+    /// The parameters that can be automated, by the effect's own answer: no meters and the like.
+    std::vector<std::int32_t> Settable();
     std::string Text(std::int32_t opcode, std::int32_t index = 0);
+
+    /// A copy of its state. Throws `Hopeless` when the effect answers with bytes that cannot be there.
+    std::vector<char> SaveState(bool programOnly);
+    /// Hands a state over with a guard page behind its last byte, as a host may that maps a file.
+    void RestoreState(const std::vector<char>& state, bool programOnly);
 
     void Open() { Ask(effOpen); }
     void Close();
+    bool isClosed() const { return effect_ == nullptr; }
     /// The usual way to get ready: opens, tells rate (Hz) and largest block (samples), switches on.
     void Start(double rate, std::int32_t block);
     void Configure(double rate, std::int32_t block);

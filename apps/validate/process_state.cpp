@@ -20,7 +20,16 @@ int EntriesIn(const char* folder) {
     return static_cast<int>(std::distance(begin(entries), end(entries)));
 }
 
-/// The keys that are left cannot be asked for, only taken.
+/// One line of /proc/self/maps each.
+std::vector<std::string> Mappings() {
+    std::vector<std::string> mappings;
+    std::ifstream maps("/proc/self/maps");
+    for (std::string line; std::getline(maps, line);)
+        mappings.push_back(line);
+    return mappings;
+}
+
+/// The system does not tell, so all free keys are taken and given back.
 int TakenThreadKeys() {
     std::vector<pthread_key_t> free;
     for (pthread_key_t key = 0; ::pthread_key_create(&key, nullptr) == 0;)
@@ -30,9 +39,7 @@ int TakenThreadKeys() {
     return PTHREAD_KEYS_MAX - static_cast<int>(free.size());
 }
 
-} // namespace
-
-ProcessState ReadProcessState(const std::string& plugin) {
+ProcessState Look() {
     ProcessState state;
     state.heapBytes = LiveBytes();
     state.threadKeys = TakenThreadKeys();
@@ -42,25 +49,36 @@ ProcessState ReadProcessState(const std::string& plugin) {
     state.residentBytes = resident * ::sysconf(_SC_PAGESIZE);
     state.threads = EntriesIn("/proc/self/task");
     state.descriptors = EntriesIn("/proc/self/fd");
-    std::ifstream maps("/proc/self/maps");
-    for (std::string line; std::getline(maps, line);) {
-        ++state.mappings;
-        if (line.ends_with(plugin)) state.mapsThePlugin = true;
-    }
+    state.mappings = static_cast<int>(Mappings().size());
     return state;
 }
 
+} // namespace
+
+bool IsMapped(const std::string& file) {
+    const std::vector<std::string> mappings = Mappings();
+    return std::any_of(mappings.begin(), mappings.end(),
+                       [&](const std::string& m) { return m.ends_with(file); });
+}
+
 bool HasGraphicsDriver() {
-    std::ifstream maps("/proc/self/maps");
-    for (std::string line; std::getline(maps, line);)
+    for (const std::string& mapping : Mappings())
         for (const char* library : {"/libGLX.so", "/libGL.so", "/libEGL.so", "/libvulkan.so"})
-            if (line.find(library) != std::string::npos) return true;
+            if (mapping.find(library) != std::string::npos) return true;
     return false;
 }
 
-void ReportLeftovers(const std::array<ProcessState, 3>& looks, int rounds, std::string_view what,
-                     bool graphicsDriver, Report& report) {
-    const auto& [before, middle, after] = looks;
+void ReportLeftovers(int warm, int rounds, std::string_view what, const std::function<bool(int)>& round,
+                     Report& report) {
+    bool graphicsDriver = false;
+    const auto repeat = [&](int from, int to) {
+        for (int i = from; i < to; ++i)
+            graphicsDriver = round(i) || graphicsDriver;
+        return Look();
+    };
+    const ProcessState before = repeat(0, warm);
+    const ProcessState middle = repeat(warm, warm + rounds / 2);
+    const ProcessState after = repeat(warm + rounds / 2, warm + rounds);
     const std::int64_t resident = (after.residentBytes - before.residentBytes) / 1024;
     report.Measured(
         "{} times {}: heap {:+} bytes, then {:+}, resident {:+} kB, {:+} threads, {:+} thread-local "
@@ -76,11 +94,7 @@ void ReportLeftovers(const std::array<ProcessState, 3>& looks, int rounds, std::
     tell(after.descriptors - before.descriptors, "file descriptors");
 
     std::vector<std::string> memory;
-#ifdef VOCAFADE_SANITIZED // of which one notes something for good with every destructor of a library
-    constexpr std::int64_t kLeastLeak = 1024;
-#else
-    constexpr std::int64_t kLeastLeak = 64; // bytes a round
-    // The sanitizers map memory for records of their own.
+#ifndef VOCAFADE_SANITIZED // the sanitizers map memory for records of their own, and find leaks themselves
     if (after.mappings > before.mappings + 8)
         memory.push_back(fmt::format("after {} times {} {} mappings of memory are left over", rounds, what,
                                      after.mappings - before.mappings));
@@ -88,6 +102,7 @@ void ReportLeftovers(const std::array<ProcessState, 3>& looks, int rounds, std::
         memory.push_back(
             fmt::format("after {} times {} the process has grown by {} kB", rounds, what, resident));
 #endif
+    constexpr std::int64_t kLeastLeak = 64; // bytes a round
     const std::int64_t lost =
         std::min(middle.heapBytes - before.heapBytes, after.heapBytes - middle.heapBytes) / (rounds / 2);
     if (lost > kLeastLeak)

@@ -3,8 +3,8 @@
 
 #include "apps/validate/report.h"
 
-#include <array>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -18,20 +18,20 @@ struct ProcessState {
     int descriptors = 0;
     int mappings = 0;
     int threadKeys = 0; ///< taken, of those that `pthread_key_create` gives out
-    bool mapsThePlugin = false;
 };
 
-/// `plugin`: its absolute path.
-ProcessState ReadProcessState(const std::string& plugin);
+/// True while this process maps the file, an absolute path.
+bool IsMapped(const std::string& file);
 
-/// True while the system's library for accelerated drawing is loaded. What it keeps and loses for an editor
-/// that draws through it cannot be told apart from what the editor does.
+/// True while a graphics driver (OpenGL, Vulkan) is loaded. What it loses of an editor's memory cannot be
+/// told apart from what the editor itself loses.
 bool HasGraphicsDriver();
 
-/// Reports what `rounds` of the same left behind each time. `looks`: at the process before them, half way and
-/// after them, because caches fill up, but leaks go on; `what`: done in a round, as "it is loaded". With a
-/// graphics driver, memory that was lost is a remark only.
-void ReportLeftovers(const std::array<ProcessState, 3>& looks, int rounds, std::string_view what,
-                     bool graphicsDriver, Report& report);
+/// Does `round` over and over, with the number of the round, and reports what the process holds more than
+/// before. It looks after `warm` rounds that fill caches, after half of `rounds` and at the end, because
+/// caches fill up, but leaks go on. `what` is done in a round, as "it is loaded". Where a round answers that
+/// a graphics driver was at work, lost memory is only a remark.
+void ReportLeftovers(int warm, int rounds, std::string_view what, const std::function<bool(int)>& round,
+                     Report& report);
 
 } // namespace vocafade::validate

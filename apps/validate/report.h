@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "apps/validate/protocol.h"
+#include "apps/validate/notes.h"
 
+#include <array>
 #include <fmt/format.h>
 #include <mutex>
 #include <set>
 #include <stdexcept>
 #include <string>
-#include <string_view>
 
 namespace vocafade::validate {
 
@@ -18,52 +18,38 @@ class Hopeless : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// What one check has to say, in the runner.
+/// What one check has to say.
 class Report {
   public:
-    /// Takes over the two descriptors of the protocol. Without them (the runner was started by hand) findings
-    /// go to the standard output.
-    Report();
-    ~Report();
-    Report(const Report&) = delete;
-    Report& operator=(const Report&) = delete;
+    explicit Report(Notes& notes) : notes_(notes) {}
 
-    /// [main-thread] Says what comes next; it is what a crash or a hang is reported with. Counts as an
-    /// attempt.
+    /// [main-thread] Says what comes next, which a crash or a hang is reported with. Counts as an attempt.
     template <typename... Args>
     void Trying(fmt::format_string<Args...> format, Args&&... args) {
         Try(fmt::format(format, std::forward<Args>(args)...));
     }
-    /// [any-thread] Each sentence is told once, and not more than a handful of each kind.
+    /// [any-thread] Each sentence is told once, and at most a dozen of each kind.
     template <typename... Args>
     void Fault(fmt::format_string<Args...> format, Args&&... args) {
-        Tell(kFaultLetter, fmt::format(format, std::forward<Args>(args)...));
+        Tell(Kind::fault, fmt::format(format, std::forward<Args>(args)...));
     }
     template <typename... Args>
     void Remark(fmt::format_string<Args...> format, Args&&... args) {
-        Tell(kRemarkLetter, fmt::format(format, std::forward<Args>(args)...));
-    }
-    template <typename... Args>
-    void Skipped(fmt::format_string<Args...> format, Args&&... args) {
-        Tell(kSkippedLetter, fmt::format(format, std::forward<Args>(args)...));
+        Tell(Kind::remark, fmt::format(format, std::forward<Args>(args)...));
     }
     template <typename... Args>
     void Measured(fmt::format_string<Args...> format, Args&&... args) {
-        Tell(kMeasureLetter, fmt::format(format, std::forward<Args>(args)...));
+        Tell(Kind::figure, fmt::format(format, std::forward<Args>(args)...));
     }
-
-    int findingsDescriptor() const { return descriptor_; }
+    void Tell(Kind kind, const std::string& sentence);
 
   private:
     void Try(const std::string& what);
-    void Tell(char letter, const std::string& sentence);
 
+    Notes& notes_;
     std::mutex mutex_;
-    int descriptor_;
-    Progress* progress_ = nullptr;
     std::set<std::string> told_;
-    std::size_t faults_ = 0;
-    std::size_t others_ = 0;
+    std::array<int, 128> counts_{}; ///< by the letter of the kind
 };
 
 } // namespace vocafade::validate

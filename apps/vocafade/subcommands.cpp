@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "apps/vocafade/subcommands.h"
 
-#include "apps/validate/validate_command.h"
 #include "apps/vocafade/edit/edit_command.h"
 #include "apps/vocafade/formants/formants_command.h"
 #include "apps/vocafade/older_formats/chunks_command.h"
@@ -18,7 +17,6 @@ std::span<const Subcommand> Subcommands() {
         {"convert", "turn an older program list into a bank", RunConvert},
         {"chunks", "list, read and write the user chunks of an AIFF file", RunChunks},
         {"settings", "show and change stored settings", RunSettings},
-        {"validate", "try a VST 2.4 plug-in in every way that hosts and faults know", RunValidate},
     };
     return subcommands;
 }

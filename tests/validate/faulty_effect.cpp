@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// A small effect that halves the sound, with one fault that FAULT_* picks at compile time (none: it is sound
-// in every way). The validator must find each of them, and nothing in the one without.
+// A small effect that halves the sound, with one fault that VOCAFADE_FAULT picks at compile time (none: it is
+// sound in every way). The validator must find each of them, and nothing in the one without.
 #include "vst/aeffect.h"
 #include "vst/opcodes.h"
 
@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <fcntl.h>
 #include <pthread.h>
 #include <string>
@@ -32,7 +33,7 @@ struct State {
 struct Faulty {
     AEffect effect{};
     State state;
-    float memory = 0.0F; ///< of a filter, for the fault that keeps what is no number
+    float memory = 0.0F; ///< of a filter, for the fault that keeps NaN
 };
 
 float sharedGain = 0.5F;
@@ -40,6 +41,12 @@ float sharedGain = 0.5F;
 Faulty& Self(AEffect* effect) { return *static_cast<Faulty*>(effect->object); }
 
 void OnSignal(int) {}
+
+double ThreadSeconds() {
+    timespec time{};
+    ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+}
 
 void Put(void* buffer, const char* text) { std::memcpy(buffer, text, std::strlen(text) + 1); }
 
@@ -133,17 +140,17 @@ void Process(AEffect* effect, float** in, float** out, std::int32_t frames) {
         const float right = in[1][i];
         out[0][i] = left * gain;
         out[1][i] = right * gain;
-        if (Has("keeps-no-number")) {
+        if (Has("keeps-nan")) {
             self.memory = 0.9F * self.memory + 0.1F * left;
             out[0][i] = self.memory;
         } else if (!std::isfinite(left) || !std::isfinite(right)) {
             out[0][i] = out[1][i] = 0.0F;
         }
     }
-    if (Has("slow")) {
-        volatile float sink = 0.0F;
-        for (int i = 0; i < frames * 5000; ++i)
-            sink = sink + 1.0F;
+    if (Has("slow")) { // at any rate: ten times as long as the block lasts at 48 kHz
+        const double end = ThreadSeconds() + 10.0 * frames / 48000.0;
+        while (ThreadSeconds() < end) {
+        }
     }
 }
 

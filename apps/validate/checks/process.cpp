@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: MIT
-#include "apps/validate/channels.h"
 #include "apps/validate/check.h"
-#include "apps/validate/parent_window.h"
+#include "apps/validate/player.h"
 #include "apps/validate/process_state.h"
+#include "apps/validate/shown_editor.h"
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <chrono>
 #include <clocale>
 #include <csignal>
 #include <cstring>
@@ -23,82 +22,23 @@
 namespace vocafade::validate {
 namespace {
 
-constexpr std::int32_t kBlock = 512;
-
-void PlaySome(Instance& effect, int blocks = 30) {
-    Channels<float> in(effect->numInputs, kBlock);
-    Channels<float> out(effect->numOutputs, kBlock);
-    std::mt19937 random(1);
-    in.FillWithNoise(random, 0.5F);
-    for (int i = 0; i < blocks; ++i)
-        effect.Process(in.pointers(), out.pointers(), kBlock);
-}
-
-/// Opens the editor in a window of our own, lets it paint and closes it.
-void ShowEditor(Instance& effect) {
-    const std::unique_ptr<ParentWindow> parent = ParentWindow::Make(800, 600);
-    if (!parent) throw Hopeless("the display went away");
-    effect.Ask(effEditOpen, 0, 0, parent->handle());
-    for (int i = 0; i < 3; ++i) {
-        effect.Ask(effEditIdle);
-        parent->Refresh();
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
-    }
-    effect.Ask(effEditClose);
-}
-
-/// One life of the shared object, with sound on a thread of its own, so that what is kept a thread shows.
+/// Loads, plays and unloads, with sound on a thread of its own, so that what is kept for each thread shows.
 /// True when its editor drew through the graphics driver.
 bool LoadUseAndUnload(const std::filesystem::path& path, bool editor) {
     const host::SharedObject object(path);
     Instance effect(object);
     effect.Start(48000.0, kBlock);
-    std::thread audio([&] { PlaySome(effect, 10); });
+    std::thread audio([&] { Player<float>(effect, kBlock, 1).Play(10); });
     audio.join();
     for (std::int32_t i = 0; i < effect->numParams; ++i)
         effect.Text(effGetParamName, i);
     const bool shown = editor && effect.has(effFlagsHasEditor);
-    if (shown) ShowEditor(effect);
+    if (shown) ShownEditor(effect).Idle(3);
     effect.Off();
     return shown && HasGraphicsDriver();
 }
 
-std::string OutputSoFar(int descriptor) {
-    std::string text(4096, '\0');
-    const ssize_t count = ::pread(descriptor, text.data(), text.size(), 0);
-    text.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
-    return text;
-}
-
-/// Standard output and error go into a file for as long as this lives.
-class OutputCapture {
-  public:
-    OutputCapture() : file_(std::tmpfile()), out_(::dup(STDOUT_FILENO)), error_(::dup(STDERR_FILENO)) {
-        ::dup2(::fileno(file_), STDOUT_FILENO);
-        ::dup2(::fileno(file_), STDERR_FILENO);
-    }
-    ~OutputCapture() {
-        std::fflush(stdout);
-        ::dup2(out_, STDOUT_FILENO);
-        ::dup2(error_, STDERR_FILENO);
-        ::close(out_);
-        ::close(error_);
-        std::fclose(file_);
-    }
-    OutputCapture(const OutputCapture&) = delete;
-    OutputCapture& operator=(const OutputCapture&) = delete;
-    std::string Text() const {
-        std::fflush(stdout);
-        return OutputSoFar(::fileno(file_));
-    }
-
-  private:
-    std::FILE* file_;
-    int out_;
-    int error_;
-};
-
-/// Everything about the process that a plug-in may not take over.
+/// What belongs to the whole process, and what a plug-in must therefore leave as it is.
 struct Manners {
     std::array<struct sigaction, 65> actions{};
     sigset_t blocked{};
@@ -121,7 +61,7 @@ struct Manners {
         now.mask = ::umask(0);
         ::umask(now.mask);
 #if defined(__x86_64__)
-        now.floatMode = _mm_getcsr() & ~0x3FU; // without the marks of what has happened
+        now.floatMode = _mm_getcsr() & ~0x3FU; // without the flags of past exceptions
 #endif
         for (char** variable = environ; *variable != nullptr; ++variable)
             now.environment.emplace_back(*variable);
@@ -142,53 +82,45 @@ void Compare(const Manners& before, const Manners& after, const char* when, Repo
 #if defined(__x86_64__)
     constexpr unsigned kDenormals = 0x8040; // flush to zero, denormals are zero
     if (((before.floatMode ^ after.floatMode) & ~kDenormals) != 0)
-        report.Fault("{} rounding or exceptions of floating point are others", when);
+        report.Fault("{} the rounding or the exceptions of floating point have changed", when);
     else if (before.floatMode != after.floatMode)
-        report.Remark("{} denormal numbers are treated otherwise", when);
+        report.Remark("{} the treatment of denormals has changed", when);
 #endif
 }
 
-} // namespace
-
-void CheckLoading(Subject& subject, Report& report) {
-    constexpr int kWarm = 20; // the system's own caches fill up meanwhile
-    constexpr int kRounds = 100;
-    const std::filesystem::path& path = subject.path();
+void Loading(Subject& subject, Report& report) {
     const std::string file = subject.Object().file().string();
     // One window stands all the while, because a display without any may start anew.
-    const std::unique_ptr<ParentWindow> anchor = ParentWindow::Make(10, 10);
+    const auto anchor = host::ParentWindow::Make(10, 10);
     if (!anchor) report.Remark("without its editor: there is no display");
     subject.Unload(); // it would keep it in memory
     for (const bool editor : {false, true}) {
         if (editor && !anchor) break;
-        std::array<ProcessState, 3> looks;
-        bool graphicsDriver = false;
-        for (int i = 0; i < kWarm + kRounds; ++i) {
-            report.Trying("loading, using and unloading it {}its editor, round {}",
-                          editor ? "with " : "without ", i);
-            if (i == kWarm) looks[0] = ReadProcessState(file);
-            if (i == kWarm + kRounds / 2) looks[1] = ReadProcessState(file);
-            if (LoadUseAndUnload(path, editor)) graphicsDriver = true;
-        }
-        looks[2] = ReadProcessState(file);
-        ReportLeftovers(looks, kRounds,
-                        editor ? "it is loaded, shown and unloaded" : "it is loaded and unloaded",
-                        graphicsDriver, report);
-        if (looks[2].mapsThePlugin) report.Remark("it stays in memory after it was unloaded");
+        ReportLeftovers(
+            20, 100, editor ? "it is loaded, shown and unloaded" : "it is loaded and unloaded",
+            [&](int round) {
+                report.Trying("loading, using and unloading it {} its editor, round {}",
+                              editor ? "with" : "without", round);
+                return LoadUseAndUnload(subject.path(), editor);
+            },
+            report);
+        if (IsMapped(file)) report.Remark("it stays in memory after it was unloaded");
     }
 }
+const Check kLoading{"loading", 10, 120, kPlain, "loaded and unloaded a hundred times, and nothing is left",
+                     Loading};
 
-void CheckFork(Subject& subject, Report& report) {
+void Fork(Subject& subject, Report& report) {
     Instance effect(subject.Object());
     effect.Start(48000.0, kBlock);
-    PlaySome(effect);
+    PlayFinite(effect, report, "before a fork");
     for (const bool uses : {false, true}) {
         report.Trying("forking; the child {}", uses ? "plays on and closes" : "leaves at once");
         const pid_t child = ::fork();
         if (child == 0) {
-            ::alarm(20); // a lock that nobody in the child holds would otherwise be waited for without end
+            ::alarm(20); // a lock that nobody in the child holds would otherwise be waited for forever
             if (uses) {
-                PlaySome(effect);
+                Player<float>(effect, kBlock, 1).Play(30);
                 effect.Text(effGetEffectName);
                 effect.Close();
             }
@@ -197,44 +129,47 @@ void CheckFork(Subject& subject, Report& report) {
         int status = 0;
         while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
         }
+        const char* what = uses ? "uses the effect" : "leaves at once";
         if (WIFSIGNALED(status))
-            report.Fault("a child of the host that {} dies of signal {}{}",
-                         uses ? "uses the effect" : "leaves at once", WTERMSIG(status),
+            report.Fault("a child of the host that {} dies of signal {}{}", what, WTERMSIG(status),
                          WTERMSIG(status) == SIGALRM ? ": it hung" : "");
         else if (WEXITSTATUS(status) != 0)
-            report.Fault("a child of the host ends with {}", WEXITSTATUS(status));
-        PlaySome(effect);
+            report.Fault("a child of the host that {} ends with {}", what, WEXITSTATUS(status));
+        PlayFinite(effect, report, "after a fork");
     }
     effect.Off();
 }
+const Check kFork{"fork", 10, 60, kPlain, "the host forks, and its child uses the effect or leaves", Fork};
 
-void CheckManners(Subject& subject, Report& report) {
+void UnchangedProcess(Subject& subject, Report& report) {
     subject.Unload();
-    const std::unique_ptr<ParentWindow> anchor = ParentWindow::Make(10, 10);
+    const auto anchor = host::ParentWindow::Make(10, 10);
     const Manners before = Manners::Read();
-    std::string said;
     {
-        const OutputCapture capture;
         report.Trying("using it and watching the process");
         const host::SharedObject object(subject.path());
         Compare(before, Manners::Read(), "after it was loaded", report);
         Instance effect(object);
         effect.Start(48000.0, kBlock);
         Compare(before, Manners::Read(), "after it was opened", report);
-        PlaySome(effect);
+        PlayFinite(effect, report, "while the process is watched");
         Compare(before, Manners::Read(), "after it processed", report);
         if (anchor && effect.has(effFlagsHasEditor)) {
             report.Trying("showing its editor and watching the process");
-            ShowEditor(effect);
+            ShownEditor(effect).Idle(3);
             Compare(before, Manners::Read(), "after its editor was shown", report);
         }
         effect.Off();
         effect.Close();
-        said = capture.Text();
     }
     Compare(before, Manners::Read(), "after it was unloaded", report);
-    said.resize(std::min({said.find('\n'), said.size(), std::size_t{120}}));
-    if (!said.empty()) report.Remark("it writes to its host's output: {}", said);
 }
+const Check kManners{"manners",
+                     10,
+                     30,
+                     kPlain,
+                     "the process stays as it was: signals, locale, folder, environment, floating-point mode",
+                     UnchangedProcess};
 
+} // namespace
 } // namespace vocafade::validate

@@ -7,11 +7,7 @@
 namespace vocafade::validate {
 namespace {
 
-constexpr std::int32_t kBlock = 256;
-
-} // namespace
-
-void CheckThreads(Subject& subject, Report& report) {
+void Threads(Subject& subject, Report& report) {
     constexpr std::size_t kCount = 8;
     for (int round = 0; round < 3; ++round) {
         report.Trying("{} instances on a thread each, round {}", kCount, round);
@@ -25,7 +21,6 @@ void CheckThreads(Subject& subject, Report& report) {
         for (const auto& effect : effects)
             runners.push_back(std::make_unique<AudioRunner>(*effect, kBlock, subject.seed()));
         runners.back()->LetPass(100);
-        // Others come and go meanwhile.
         for (int i = 0; i < 10; ++i) {
             report.Trying("another instance comes and goes while {} play, round {}", kCount, round);
             Instance passing(subject.Object());
@@ -34,21 +29,23 @@ void CheckThreads(Subject& subject, Report& report) {
         }
         for (const auto& runner : runners) {
             runner->Stop();
-            if (!runner->wasFinite()) report.Fault("on one of several threads its output is no number");
+            if (!runner->wasFinite()) report.Fault("on one of several threads its output is NaN or infinite");
         }
     }
 }
+const Check kThreads{"threads", 7, 60, kSeveralThreads, "many instances on many threads", Threads};
 
-void CheckCallsWhileAudio(Subject& subject, Report& report) {
+void CallsWhileAudio(Subject& subject, Report& report) {
+    constexpr int kRounds = 150;
     Instance effect(subject.Object());
     effect.Start(48000.0, kBlock);
     AudioRunner audio(effect, kBlock, subject.seed());
     std::mt19937 random(subject.seed());
     std::uniform_real_distribution<float> value(0.0F, 1.0F);
-    for (int round = 0; round < 150; ++round) {
-        report.Trying("turning and reading parameters while audio runs, round {}", round);
-        for (std::int32_t i = 0; i < effect->numParams; ++i) {
-            if (effect.IsSettable(i)) effect.setParameter(i, value(random));
+    for (int round = 0; round < kRounds; ++round) {
+        report.Trying("setting and reading parameters while audio runs, round {}", round);
+        for (const std::int32_t i : effect.Settable()) {
+            effect.setParameter(i, value(random));
             effect.parameter(i);
             effect.Text(effGetParamDisplay, i);
         }
@@ -61,22 +58,27 @@ void CheckCallsWhileAudio(Subject& subject, Report& report) {
         audio.LetPass(1);
         if (!effect.has(effFlagsProgramChunks)) continue;
         report.Trying("saving and restoring its state while audio runs, round {}", round);
-        void* data = nullptr;
-        const VstIntPtr size = effect.Ask(effGetChunk, round % 2, 0, static_cast<void*>(&data));
-        if (size <= 0 || data == nullptr) continue;
-        std::vector<char> copy(static_cast<const char*>(data), static_cast<const char*>(data) + size);
+        const bool programOnly = round % 2 == 1;
+        const std::vector<char> state = effect.SaveState(programOnly);
         audio.LetPass(1);
-        effect.Ask(effSetChunk, round % 2, size, copy.data());
+        effect.RestoreState(state, programOnly);
     }
     audio.Stop();
-    if (!audio.wasFinite()) report.Fault("while the main thread was busy with it, its output was no number");
+    if (!audio.wasFinite()) report.Fault("while the main thread called its output was NaN or infinite");
     const AudioWatch::Counts& counts = audio.counts();
-    if (AudioWatch::CountsCalls())
-        report.Measured("the audio thread took {} locks in {} blocks, {} were not free; the longest wait was "
-                        "{:.0f} microseconds",
-                        counts.locks, audio.blocks(), counts.lockWaits, counts.longestLockWait * 1e6);
-    if (counts.longestLockWait > 0.05)
-        report.Fault("the audio thread waited {:.0f} ms for a lock", counts.longestLockWait * 1e3);
+    report.Measured(
+        "the audio thread took {} locks in {} blocks, {} were not free; the longest wait was {:.0f} "
+        "microseconds",
+        counts.locks, audio.blocks(), counts.lockWaits, counts.longestLockWait * 1e6);
+    // On a busy machine the main thread may lose the processor while it holds a lock, but not in every tenth
+    // round.
+    if (counts.longLockWaits > kRounds / 10)
+        report.Fault("the audio thread waited {} times for more than {:.0f} ms for a lock",
+                     counts.longLockWaits, AudioWatch::kLongLockWait * 1e3);
 }
+const Check kCallsWhileAudio{
+    "calls-while-audio", 7, 60, kSeveralThreads, "the main thread sets, reads and saves while audio runs",
+    CallsWhileAudio};
 
+} // namespace
 } // namespace vocafade::validate

@@ -2,7 +2,6 @@
 #include "apps/validate/check.h"
 #include "apps/validate/guarded_memory.h"
 
-#include <algorithm>
 #include <array>
 #include <cstring>
 #include <limits>
@@ -10,14 +9,8 @@
 namespace vocafade::validate {
 namespace {
 
-/// Where a host keeps what an opcode's pointer means.
+/// Bytes behind an opcode's pointer.
 constexpr std::size_t kRoom = 4096;
-
-/// Opcodes with a check of their own, or whose pointers cannot be made up: the life's end, the editor,
-/// states.
-constexpr std::int32_t kElsewhere[] = {
-    effClose,    effEditGetRect, effEditOpen,  effEditClose, effEditDraw, effEditMouse,   effEditKey,
-    effEditIdle, effEditTop,     effEditSleep, effGetChunk,  effSetChunk, effEditKeyDown, effEditKeyUp};
 
 /// An arrangement of speakers as hosts pass it: a type, the number of channels and eight records of them.
 struct Arrangement {
@@ -26,30 +19,37 @@ struct Arrangement {
     std::array<char, 8 * 112> speakers;
 };
 
-bool IsElsewhere(std::int32_t opcode) {
-    return std::find(std::begin(kElsewhere), std::end(kElsewhere), opcode) != std::end(kElsewhere);
+template <typename... Others>
+constexpr bool IsOneOf(std::int32_t opcode, Others... others) {
+    return ((opcode == others) || ...);
 }
 
-/// A rate or a block that is none is no slip of a host: they are asked for with values that exist.
+/// Opcodes with a check of their own, or whose pointers cannot be made up: closing, the editor, states.
+bool IsElsewhere(std::int32_t opcode) {
+    return IsOneOf(opcode, effClose, effEditGetRect, effEditOpen, effEditClose, effEditDraw, effEditMouse,
+                   effEditKey, effEditIdle, effEditTop, effEditSleep, effGetChunk, effSetChunk,
+                   effEditKeyDown, effEditKeyUp);
+}
+
+/// Hosts do not send rates and block sizes that cannot be, so these get sensible values only.
 bool TakesFormat(std::int32_t opcode) {
-    return opcode == effSetSampleRate || opcode == effSetBlockSize || opcode == effSetBlockSizeAndSampleRate;
+    return IsOneOf(opcode, effSetSampleRate, effSetBlockSize, effSetBlockSizeAndSampleRate);
 }
 
 bool TakesIndexOfItsOwn(std::int32_t opcode) {
-    switch (opcode) {
-    case effGetParamLabel:
-    case effGetParamDisplay:
-    case effGetParamName:
-    case effCanBeAutomated:
-    case effString2Parameter:
-    case effGetProgramNameIndexed:
-    case effGetInputProperties:
-    case effGetOutputProperties:
-    case effGetParameterProperties:
-        return true;
-    default:
-        return false;
-    }
+    return IsOneOf(opcode, effGetParamLabel, effGetParamDisplay, effGetParamName, effCanBeAutomated,
+                   effString2Parameter, effGetProgramNameIndexed, effGetInputProperties,
+                   effGetOutputProperties, effGetParameterProperties);
+}
+
+bool TakesNoPointer(std::int32_t opcode) {
+    return IsOneOf(opcode, effGetProgram, effGetVu, effIdentify, effCanBeAutomated,
+                   effGetNumProgramCategories, effConnectInput, effConnectOutput, effGetPlugCategory,
+                   effGetCurrentPosition, effSetBypass, effGetVendorVersion, effGetTailSize, effIdle,
+                   effKeysRequired, effGetVstVersion, effSetEditKnobMode, effBeginSetProgram,
+                   effEndSetProgram, effStartProcess, effStopProcess, effSetPanLaw,
+                   effSetTotalSampleToProcess, effSetProcessPrecision, effGetNumMidiInputChannels,
+                   effGetNumMidiOutputChannels, effHasMidiProgramsChanged);
 }
 
 class Asker {
@@ -66,12 +66,6 @@ class Asker {
         report_.Trying("opcode {} with index {}, value {}, opt {}", opcode, index, value, opt);
         std::memset(room_.data(), 0, kRoom);
         effect_.Ask(opcode, index, value, room_.data(), opt);
-    }
-
-    /// Opcodes that have no use for a pointer get none; so does one that asks by it.
-    void AskWithoutPointer(std::int32_t opcode) {
-        report_.Trying("opcode {} without a pointer", opcode);
-        effect_.Ask(opcode);
     }
 
   private:
@@ -98,36 +92,7 @@ class Asker {
     GuardedMemory arrangement_;
 };
 
-constexpr std::int32_t kWithoutPointer[] = {effGetProgram,
-                                            effGetVu,
-                                            effIdentify,
-                                            effCanBeAutomated,
-                                            effGetNumProgramCategories,
-                                            effConnectInput,
-                                            effConnectOutput,
-                                            effGetPlugCategory,
-                                            effGetCurrentPosition,
-                                            effSetBypass,
-                                            effGetVendorVersion,
-                                            effGetTailSize,
-                                            effIdle,
-                                            effKeysRequired,
-                                            effGetVstVersion,
-                                            effSetEditKnobMode,
-                                            effBeginSetProgram,
-                                            effEndSetProgram,
-                                            effStartProcess,
-                                            effStopProcess,
-                                            effSetPanLaw,
-                                            effSetTotalSampleToProcess,
-                                            effSetProcessPrecision,
-                                            effGetNumMidiInputChannels,
-                                            effGetNumMidiOutputChannels,
-                                            effHasMidiProgramsChanged};
-
-} // namespace
-
-void CheckOpcodes(Subject& subject, Report& report) {
+void Opcodes(Subject& subject, Report& report) {
     constexpr std::int32_t kHighest = std::numeric_limits<std::int32_t>::max();
     constexpr std::int32_t kLowest = std::numeric_limits<std::int32_t>::min();
     for (const bool running : {false, true}) {
@@ -140,7 +105,6 @@ void CheckOpcodes(Subject& subject, Report& report) {
             const bool isKnown = opcode >= 0 && opcode <= effGetNumMidiOutputChannels;
             for (const std::int32_t index :
                  {0, 1, -1, effect->numParams, effect->numPrograms, kHighest, kLowest}) {
-                // Hosts ask for programs by -1; other numbers that an effect does not have come by mistake.
                 for (const VstIntPtr value :
                      {VstIntPtr{0}, VstIntPtr{1}, VstIntPtr{-1}, VstIntPtr{kHighest}}) {
                     if (opcode == effOpen && (index != 0 || value != 0)) continue;
@@ -157,14 +121,19 @@ void CheckOpcodes(Subject& subject, Report& report) {
             for (const float opt : {-1.0F, 1.0F, 44100.0F, std::numeric_limits<float>::quiet_NaN()})
                 if (isKnown || opt == 1.0F) asker.Ask(opcode, 0, 0, opt);
         }
-        for (const std::int32_t opcode : kWithoutPointer)
-            asker.AskWithoutPointer(opcode);
+        for (std::int32_t opcode = 0; opcode <= effGetNumMidiOutputChannels; ++opcode) {
+            if (!TakesNoPointer(opcode)) continue;
+            report.Trying("opcode {} without a pointer", opcode);
+            effect.Ask(opcode);
+        }
         effect.Off();
     }
-    report.Trying("refusing a host that is too old");
+    report.Trying("making it for a host that answers 0 to everything");
     const AEffect* effect = subject.Object().entry()(
         [](AEffect*, std::int32_t, std::int32_t, VstIntPtr, void*, float) -> VstIntPtr { return 0; });
     if (effect != nullptr) effect->dispatcher(const_cast<AEffect*>(effect), effClose, 0, 0, nullptr, 0.0F);
 }
+const Check kOpcodes{"opcodes", 9, 60, kPlain, "every opcode, with odd arguments", Opcodes};
 
+} // namespace
 } // namespace vocafade::validate

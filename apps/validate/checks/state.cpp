@@ -1,50 +1,15 @@
 // SPDX-License-Identifier: MIT
-#include "apps/validate/channels.h"
 #include "apps/validate/check.h"
+#include "apps/validate/player.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
-#include <cstring>
-#include <limits>
 
 namespace vocafade::validate {
 namespace {
 
-constexpr std::int32_t kBlock = 512;
-constexpr std::size_t kMostChunk = std::size_t{64} << 20;
-
-std::vector<char> TakeChunk(Instance& effect, bool programOnly, Report& report) {
-    void* data = nullptr;
-    report.Trying("taking its {} state", programOnly ? "program's" : "whole");
-    const VstIntPtr size = effect.Ask(effGetChunk, programOnly ? 1 : 0, 0, static_cast<void*>(&data));
-    if (size < 0 || static_cast<std::size_t>(size) > kMostChunk) {
-        report.Fault("its state is said to have {} bytes", size);
-        return {};
-    }
-    if (size > 0 && data == nullptr) {
-        report.Fault("its state of {} bytes is nowhere", size);
-        return {};
-    }
-    const auto* bytes = static_cast<const char*>(data);
-    return {bytes, bytes + size};
-}
-
-/// Hands a state over with nothing behind its last byte, as a host may that maps a file.
-void GiveChunk(Instance& effect, const std::vector<char>& chunk, bool programOnly) {
-    const GuardedMemory memory(chunk.size(), GuardedMemory::Against::end, "the saved state");
-    if (!chunk.empty()) std::memcpy(memory.data(), chunk.data(), chunk.size());
-    effect.Ask(effSetChunk, programOnly ? 1 : 0, static_cast<VstIntPtr>(chunk.size()), memory.data());
-}
-
-void PlayFinite(Instance& effect, Report& report, const char* situation) {
-    Channels<float> in(effect->numInputs, kBlock);
-    Channels<float> out(effect->numOutputs, kBlock);
-    std::mt19937 random(1);
-    in.FillWithNoise(random, 0.5F);
-    for (int i = 0; i < 20; ++i)
-        effect.Process(in.pointers(), out.pointers(), kBlock);
-    if (!out.AreFinite(kBlock)) report.Fault("{}: its output is no number", situation);
-}
+const char* NameOf(bool programOnly) { return programOnly ? "program" : "bank"; }
 
 std::vector<char> Damaged(const std::vector<char>& good, int round, std::mt19937& random) {
     std::vector<char> bytes = good;
@@ -66,7 +31,7 @@ std::vector<char> Damaged(const std::vector<char>& good, int round, std::mt19937
     case 3: // too much
         bytes.resize(good.size() * 2 + any(1000), '\x7f');
         break;
-    default: { // a run of the bits that make numbers infinite, or none
+    default: { // a run of bytes that read as NaN
         const std::size_t begin = any(bytes.size());
         const std::size_t count = std::min<std::size_t>(bytes.size() - begin, 64);
         std::fill_n(bytes.begin() + static_cast<std::ptrdiff_t>(begin), count, '\xff');
@@ -76,9 +41,7 @@ std::vector<char> Damaged(const std::vector<char>& good, int round, std::mt19937
     return bytes;
 }
 
-} // namespace
-
-void CheckPrograms(Subject& subject, Report& report) {
+void Programs(Subject& subject, Report& report) {
     Instance effect(subject.Object());
     effect.Start(48000.0, kBlock);
     for (std::int32_t i = 0; i < effect->numPrograms; ++i) {
@@ -87,15 +50,14 @@ void CheckPrograms(Subject& subject, Report& report) {
         effect.Ask(effSetProgram, 0, i);
         effect.Ask(effEndSetProgram);
         const VstIntPtr now = effect.Ask(effGetProgram);
-        if (now != i) report.Fault("after program {} was selected it says {}", i, now);
+        if (now != i) report.Fault("after program {} was selected effGetProgram answers {}", i, now);
         PlayFinite(effect, report, "at one of its programs");
     }
     if (effect->numPrograms == 0) return;
     effect.Ask(effSetProgram, 0, 0);
     const std::string before = effect.Text(effGetProgramName);
     // With room behind it: effects copy as many bytes as a name may have.
-    std::array<char, 256> name{};
-    std::memcpy(name.data(), "Named", sizeof "Named");
+    std::array<char, 256> name{"Named"};
     report.Trying("naming a program");
     effect.Ask(effSetProgramName, 0, 0, name.data());
     const std::string now = effect.Text(effGetProgramName);
@@ -107,41 +69,34 @@ void CheckPrograms(Subject& subject, Report& report) {
     effect.Text(effGetProgramName);
     effect.Off();
 }
+const Check kPrograms{"programs", 2, 30, kPlain, "every program can be selected, named and used", Programs};
 
-void CheckStateRoundTrip(Subject& subject, Report& report) {
+void State(Subject& subject, Report& report) {
     Instance first(subject.Object());
     first.Open();
-    if (!first.has(effFlagsProgramChunks)) {
-        report.Skipped("it keeps no state of its own form; its parameters are its state");
-        return;
-    }
     std::mt19937 random(subject.seed());
     std::uniform_real_distribution<float> value(0.0F, 1.0F);
     for (const bool programOnly : {false, true}) {
         for (int round = 0; round < 10; ++round) {
-            for (std::int32_t i = 0; i < first->numParams; ++i)
-                if (first.IsSettable(i)) first.setParameter(i, value(random));
+            for (const std::int32_t i : first.Settable())
+                first.setParameter(i, value(random));
             if (first->numPrograms > 0 && !programOnly)
                 first.Ask(effSetProgram, 0,
                           static_cast<VstIntPtr>(random() % static_cast<unsigned>(first->numPrograms)));
-            const std::vector<char> chunk = TakeChunk(first, programOnly, report);
-            if (chunk.empty()) {
-                report.Fault("its {} state is empty", programOnly ? "program's" : "whole");
-                return;
-            }
+            report.Trying("saving a {}", NameOf(programOnly));
+            const std::vector<char> state = first.SaveState(programOnly);
+            if (state.empty()) throw Hopeless(fmt::format("the saved {} is empty", NameOf(programOnly)));
             Instance second(subject.Object());
             second.Open();
-            report.Trying("restoring its {} state of {} bytes", programOnly ? "program's" : "whole",
-                          chunk.size());
-            GiveChunk(second, chunk, programOnly);
-            for (std::int32_t i = 0; i < first->numParams; ++i) {
+            report.Trying("restoring a {} of {} bytes", NameOf(programOnly), state.size());
+            second.RestoreState(state, programOnly);
+            for (const std::int32_t i : first.Settable()) {
                 const float saved = first.parameter(i);
                 const float restored = second.parameter(i);
-                // A switch may keep the number that it was given and restore the one that it means: what it
+                // A switch may keep the value that it was given and restore the one that it means: what it
                 // shows tells whether something was lost.
-                const bool sameValue = std::fabs(saved - restored) < 1e-3F;
-                const bool sameText = first.Text(effGetParamDisplay, i) == second.Text(effGetParamDisplay, i);
-                if (first.IsSettable(i) && !sameValue && !sameText)
+                if (std::fabs(saved - restored) >= 1e-3F &&
+                    first.Text(effGetParamDisplay, i) != second.Text(effGetParamDisplay, i))
                     report.Fault("parameter {} was {} when its state was saved, and {} after it was restored",
                                  i, saved, restored);
             }
@@ -150,24 +105,21 @@ void CheckStateRoundTrip(Subject& subject, Report& report) {
         }
     }
 }
+const Check kState{"state", 3, 30, kNeedsState, "what one instance saves, another one restores", State};
 
-void CheckDamagedState(Subject& subject, Report& report) {
+void DamagedState(Subject& subject, Report& report) {
     Instance effect(subject.Object());
     effect.Start(48000.0, kBlock);
-    if (!effect.has(effFlagsProgramChunks)) {
-        report.Skipped("it keeps no state of its own form");
-        return;
-    }
-    const std::vector<char> whole = TakeChunk(effect, false, report);
-    const std::vector<char> program = TakeChunk(effect, true, report);
-    if (whole.empty() || program.empty()) return;
+    const std::vector<char> bank = effect.SaveState(false);
+    const std::vector<char> program = effect.SaveState(true);
+    if (bank.empty() || program.empty()) return; // which the check of states tells
     std::mt19937 random(subject.seed());
     for (int round = 0; round < 1000; ++round) {
         const bool programOnly = round % 2 == 1;
-        const std::vector<char> bytes = Damaged(programOnly ? program : whole, round / 2, random);
-        report.Trying("restoring a damaged {} state of {} bytes, round {} of seed {}",
-                      programOnly ? "program's" : "whole", bytes.size(), round, subject.seed());
-        GiveChunk(effect, bytes, programOnly);
+        const std::vector<char> bytes = Damaged(programOnly ? program : bank, round / 2, random);
+        report.Trying("restoring a damaged {} of {} bytes, round {} of seed {}", NameOf(programOnly),
+                      bytes.size(), round, subject.seed());
+        effect.RestoreState(bytes, programOnly);
         for (std::int32_t i = 0; i < effect->numParams; ++i) {
             effect.parameter(i);
             effect.Text(effGetParamDisplay, i);
@@ -176,11 +128,14 @@ void CheckDamagedState(Subject& subject, Report& report) {
         PlayFinite(effect, report, "after a damaged state");
     }
     report.Trying("restoring the good state after all the damaged ones");
-    GiveChunk(effect, whole, false);
-    if (TakeChunk(effect, false, report).size() != whole.size())
+    effect.RestoreState(bank, false);
+    if (effect.SaveState(false).size() != bank.size())
         report.Remark("its state has another size after damaged ones were restored");
-    PlayFinite(effect, report, "after its good state came back");
+    PlayFinite(effect, report, "after its good state was restored");
     effect.Off();
 }
+const Check kDamagedState{
+    "damaged-state", 9, 90, kNeedsState, "saved states that were cut, damaged or made up", DamagedState};
 
+} // namespace
 } // namespace vocafade::validate
