@@ -1,199 +1,144 @@
 // SPDX-License-Identifier: MIT
 #include "apps/demo/instruments.h"
 
-#include "apps/demo/filters.h"
-#include "apps/demo/noise.h"
 #include "apps/demo/score.h"
+#include "apps/demo/sound.h"
 
 #include <algorithm>
-#include <cmath>
-#include <numbers>
 
 namespace vocafade {
 namespace {
 
-constexpr double kTurn = 2.0 * std::numbers::pi;
-
 /// Where an instrument stands: the gain of each channel.
 struct Place {
-    float left;
-    float right;
+    float left, right;
 };
 
-std::size_t SampleAt(double beat, int rate) {
-    return static_cast<std::size_t>(std::max(beat, 0.0) * kSecondsPerBeat * rate);
-}
+/// One stroke of an instrument in a bar: when, how long, which note of the chord, how loud.
+struct Stroke {
+    double beat, beats;
+    std::size_t note;
+    double level;
+};
 
-/// Adds one note to the mix: `sound(seconds since its start)` for `seconds`.
-template <typename Sound>
-void AddNote(StereoSound& mix, int rate, double beat, double seconds, Place place, Sound sound) {
-    const std::size_t start = SampleAt(beat, rate);
-    const std::size_t end = std::min(mix.size(), start + static_cast<std::size_t>(seconds * rate));
-    for (std::size_t i = start; i < end; ++i) {
-        const auto sample = static_cast<float>(sound(static_cast<double>(i - start) / rate));
-        mix[i].left += sample * place.left;
-        mix[i].right += sample * place.right;
-    }
-}
-
-/// Rises within `attack` seconds and goes out within the last `release` of `length`.
-double Envelope(double t, double length, double attack, double release) {
-    return std::clamp(t / attack, 0.0, 1.0) * std::clamp((length - t) / release, 0.0, 1.0);
-}
-
-void Pluck(StereoSound& mix, int rate, double beat, double frequency, float level, std::uint32_t seed) {
-    const double period = rate / frequency - 0.5; // the averaging below adds half a sample
-    const auto whole = static_cast<std::size_t>(period);
-    const auto fraction = static_cast<float>(period - static_cast<double>(whole));
-    std::vector<float> string(whole + 1);
-    Noise noise(seed);
-    OnePole finger(4200.0, rate);
-    for (float& sample : string)
-        sample = finger.LowPass(noise.Next());
-    // Plucked a fifth from the bridge: the overtones with a node there are missing.
-    const std::size_t pick = string.size() / 5;
-    std::vector<float> plucked(string.size());
-    for (std::size_t i = 0; i < string.size(); ++i)
-        plucked[i] = string[i] - string[(i + string.size() - pick) % string.size()];
-    string = plucked;
-
-    const double seconds = 2.2;
-    std::size_t at = 0;
-    float previous = 0.0F;
-    AddNote(mix, rate, beat, seconds, {level, 0.10F * level}, [&](double t) {
-        const std::size_t following = (at + 1) % string.size();
-        const float out = string[at] + (string[following] - string[at]) * (1.0F - fraction);
-        string[at] = 0.9975F * (0.5F * out + 0.5F * previous);
-        previous = out;
-        at = following;
-        return static_cast<double>(out) * Envelope(t, seconds, 0.002, 0.4);
-    });
-}
-
-} // namespace
-
-void PlayGuitar(StereoSound& mix, int rate) {
-    constexpr int kPattern[] = {0, 2, 3, 1, 2, 3, 1, 2};
-    constexpr float kAccent[] = {1.0F, 0.7F, 0.8F, 0.65F, 0.9F, 0.7F, 0.75F, 0.65F};
-    const std::vector<Chord>& chords = Chords();
-    for (std::size_t bar = 0; bar < chords.size(); ++bar) {
-        const bool last = bar + 1 == chords.size();
-        for (int eighth = 0; eighth < (last ? 4 : 8); ++eighth) {
-            const double beat = static_cast<double>(bar) * kBeatsPerBar + 0.5 * eighth;
-            const int note = chords[bar].notes[static_cast<std::size_t>(kPattern[eighth])];
-            Pluck(mix, rate, beat, NoteFrequency(note), 0.30F * kAccent[eighth],
-                  static_cast<std::uint32_t>(bar * 8 + static_cast<std::size_t>(eighth) + 1));
-        }
-    }
-}
-
-void PlayElectricPiano(StereoSound& mix, int rate) {
-    const auto strike = [&](double beat, double beats, int note, double level) {
-        const double frequency = NoteFrequency(note);
-        const double seconds = beats * kSecondsPerBeat + 0.25;
-        AddNote(mix, rate, beat, seconds, {0.12F, 1.0F}, [=](double t) {
-            const double body =
-                std::sin(kTurn * frequency * t + 1.3 * std::exp(-t * 2.2) * std::sin(kTurn * frequency * t));
-            const double tine = std::sin(kTurn * frequency * 2.0 * t +
-                                         0.9 * std::exp(-t * 9.0) * std::sin(kTurn * frequency * 9.0 * t));
-            return level * (body * std::exp(-t * 1.6) + 0.35 * tine * std::exp(-t * 3.5)) *
-                   Envelope(t, seconds, 0.003, 0.2);
-        });
-    };
-    const std::vector<Chord>& chords = Chords();
-    for (std::size_t bar = 0; bar < chords.size(); ++bar) {
-        const double beat = static_cast<double>(bar) * kBeatsPerBar;
-        const bool last = bar + 1 == chords.size();
-        for (const int note : chords[bar].notes) {
-            strike(beat + 0.02, last ? 4.0 : 1.4, note, 0.075);
-            if (last) continue;
-            strike(beat + 1.5, 0.4, note, 0.055);
-            strike(beat + 2.5, 1.4, note + (note < 67 ? 12 : 0), 0.060);
-        }
-    }
-}
-
-void PlayPad(StereoSound& mix, int rate) {
-    constexpr double kDetune[2][2] = {{-0.06, 0.05}, {0.08, -0.04}}; // semitones: a channel, a voice
-    const std::vector<Chord>& chords = Chords();
-    for (std::size_t bar = 0; bar < chords.size(); ++bar) {
-        const double seconds = kBeatsPerBar * kSecondsPerBeat + 0.5;
-        for (std::size_t which = 0; which < chords[bar].notes.size(); ++which) {
-            const int note = chords[bar].notes[which];
-            {
-                const int channel = which % 2 == 0 ? 0 : 1; // every other note on the other side
-                for (int voice = 0; voice < 2; ++voice) {
-                    const double frequency = NoteFrequency(note + kDetune[channel][voice]);
-                    const double start = 0.37 * note + 0.61 * voice + 0.29 * channel; // no common phase
-                    const Place place{channel == 0 ? 1.0F : 0.0F, channel == 0 ? 0.0F : 1.0F};
-                    AddNote(mix, rate, static_cast<double>(bar) * kBeatsPerBar, seconds, place,
-                            [=](double t) {
-                                double sum = 0.0;
-                                for (int overtone = 1; overtone <= 6; ++overtone)
-                                    sum += std::sin(kTurn * (overtone * frequency * t + start * overtone)) /
-                                           (overtone * overtone);
-                                return 0.020 * sum * Envelope(t, seconds, 0.35, 0.5);
-                            });
-                }
+/// Plays a pattern in every bar, and its first stroke for the whole of the last bar. `sound(chord, stroke)`
+/// makes what is heard: a function from the seconds since the stroke to a sample.
+template <std::size_t count, typename Sound>
+void Play(StereoSound& mix, int rate, Place place, const Stroke (&pattern)[count], Sound sound) {
+    constexpr double kAttack = 0.004, kRelease = 0.2; // seconds, so that nothing clicks
+    for (std::size_t bar = 0; bar < kChords.size(); ++bar) {
+        const bool last = bar + 1 == kChords.size();
+        for (std::size_t i = 0; i < (last ? 1 : count); ++i) {
+            const double beat = static_cast<double>(bar) * kBeatsPerBar + pattern[i].beat;
+            const double seconds = (last ? kBeatsPerBar : pattern[i].beats) * kSecondsPerBeat + kRelease;
+            auto note = sound(kChords[bar], pattern[i]);
+            const auto start = static_cast<std::size_t>(beat * kSecondsPerBeat * rate);
+            for (std::size_t at = start; at < mix.size(); ++at) {
+                const double t = static_cast<double>(at - start) / rate;
+                if (t >= seconds) break;
+                const double shape = std::min({t / kAttack, (seconds - t) / kRelease, 1.0});
+                const auto sample = static_cast<float>(pattern[i].level * shape * note(t));
+                mix[at].left += sample * place.left;
+                mix[at].right += sample * place.right;
             }
         }
     }
 }
 
-void PlayShaker(StereoSound& mix, int rate) {
+/// A plucked string: a delay line that loses its brightness as it rings (Karplus and Strong's method).
+class PluckedString {
+  public:
+    PluckedString(double frequency, int rate, Noise& noise) {
+        const double period = rate / frequency - 0.5; // the averaging below adds half a sample
+        std::vector<double> finger(static_cast<std::size_t>(period) + 1);
+        fraction_ = period - std::floor(period);
+        OnePole soft(4200.0, rate);
+        for (double& sample : finger)
+            sample = soft.LowPass(noise.Next());
+        // Plucked a fifth from the bridge: the overtones with a node there are missing.
+        for (std::size_t i = 0; i < finger.size(); ++i)
+            string_.push_back(finger[i] - finger[(i + finger.size() * 4 / 5) % finger.size()]);
+    }
+    double Next() {
+        const std::size_t following = (at_ + 1) % string_.size();
+        const double out = string_[at_] + (string_[following] - string_[at_]) * (1.0 - fraction_);
+        string_[at_] = 0.9975 * 0.5 * (out + previous_);
+        at_ = following;
+        return previous_ = out;
+    }
+
+  private:
+    std::vector<double> string_;
+    double fraction_;
+    double previous_ = 0.0;
+    std::size_t at_ = 0;
+};
+
+} // namespace
+
+void PlaySides(StereoSound& mix, int rate) {
     Noise noise(11);
-    OnePole bright(6000.0, rate);
-    const int eighths = 2 * kBeatsPerBar * static_cast<int>(Chords().size() - 1);
-    for (int eighth = 0; eighth < eighths; ++eighth) {
-        const double beat = 0.5 * eighth;
-        const bool backbeat = eighth % 4 == 2;
-        const double level = backbeat ? 0.16 : 0.06;
-        const double fall = backbeat ? 22.0 : 45.0;
-        AddNote(mix, rate, beat, 0.2, {0.35F, 1.0F}, [&](double t) {
-            return level * bright.HighPass(noise.Next()) * std::exp(-t * fall) *
-                   Envelope(t, 0.2, 0.012, 0.02);
+    constexpr Stroke kGuitar[] = {{0.0, 3, 0, 0.30}, {0.5, 3, 2, 0.21}, {1.0, 3, 3, 0.24}, {1.5, 3, 1, 0.20},
+                                  {2.0, 3, 2, 0.27}, {2.5, 3, 3, 0.21}, {3.0, 3, 1, 0.23}, {3.5, 3, 2, 0.20}};
+    Play(mix, rate, {1.0f, 0.1f}, kGuitar, [&](const Chord& chord, const Stroke& stroke) {
+        return [string = PluckedString(NoteFrequency(chord.notes[stroke.note]), rate, noise)](
+                   double) mutable { return string.Next(); };
+    });
+    for (std::size_t note = 0; note < 4; ++note) {
+        // An electric piano: two pairs of sines, one bending the other's phase.
+        const Stroke piano[] = {{0.02, 1.4, note, 0.075}, {1.5, 0.4, note, 0.055}, {2.5, 1.4, note, 0.060}};
+        Play(mix, rate, {0.12f, 1.0f}, piano, [](const Chord& chord, const Stroke& stroke) {
+            return [turn = kTurn * NoteFrequency(chord.notes[stroke.note])](double t) {
+                const double body = std::sin(turn * t + 1.3 * std::exp(-t * 2.2) * std::sin(turn * t));
+                const double tine =
+                    std::sin(2.0 * turn * t + 0.9 * std::exp(-t * 9.0) * std::sin(9.0 * turn * t));
+                return body * std::exp(-t * 1.6) + 0.35 * tine * std::exp(-t * 3.5);
+            };
         });
-    }
-}
-
-void PlayBass(StereoSound& mix, int rate) {
-    const auto pluck = [&](double beat, double beats, double note, double level) {
-        const double frequency = NoteFrequency(note);
-        const double seconds = beats * kSecondsPerBeat;
-        AddNote(mix, rate, beat, seconds, {1.0F, 1.0F}, [=](double t) {
-            const double tone = std::sin(kTurn * frequency * t) +
-                                0.5 * std::exp(-t * 3.0) * std::sin(kTurn * 2.0 * frequency * t) +
-                                0.2 * std::exp(-t * 6.0) * std::sin(kTurn * 3.0 * frequency * t);
-            return level * tone * std::exp(-t * 0.9) * Envelope(t, seconds, 0.012, 0.06);
-        });
-    };
-    const std::vector<Chord>& chords = Chords();
-    for (std::size_t bar = 0; bar < chords.size(); ++bar) {
-        const double beat = static_cast<double>(bar) * kBeatsPerBar;
-        const int note = chords[bar].bass;
-        if (bar + 1 == chords.size()) {
-            pluck(beat, 4.0, note, 0.26);
-            continue;
-        }
-        pluck(beat, 1.45, note, 0.26);
-        pluck(beat + 1.5, 0.9, note, 0.20);
-        pluck(beat + 2.5, 0.95, note + 7, 0.20);
-        pluck(beat + 3.5, 0.45, note, 0.18);
-    }
-}
-
-void PlayDrum(StereoSound& mix, int rate) {
-    const int bars = static_cast<int>(Chords().size() - 1);
-    for (int bar = 0; bar < bars; ++bar) {
-        for (const double beat : {0.0, 1.5, 2.0}) {
-            const double level = beat == 1.5 ? 0.22 : 0.38;
-            AddNote(mix, rate, bar * kBeatsPerBar + beat, 0.4, {1.0F, 1.0F}, [=](double t) {
-                // The pitch falls from 120 to 48 Hz; the phase is its integral.
-                const double phase = 48.0 * t + 72.0 / 28.0 * (1.0 - std::exp(-t * 28.0));
-                return level * std::sin(kTurn * phase) * std::exp(-t * 9.0) * Envelope(t, 0.4, 0.006, 0.08);
+        // A pad: every other note on the other side, each of two voices a little out of tune.
+        const Stroke pad[] = {{0.0, kBeatsPerBar, note, 0.020}};
+        const Place side = note % 2 == 0 ? Place{1.0f, 0.0f} : Place{0.0f, 1.0f};
+        for (const double detune : {-0.06, 0.05}) {
+            Play(mix, rate, side, pad, [detune](const Chord& chord, const Stroke& stroke) {
+                const double turn = kTurn * NoteFrequency(chord.notes[stroke.note] + detune);
+                return [turn, detune](double t) {
+                    double sum = 0.0;
+                    for (int overtone = 1; overtone <= 6; ++overtone)
+                        sum += std::sin(overtone * (turn * t + 40.0 * detune)) / (overtone * overtone);
+                    return sum * std::min(t / 0.35, 1.0);
+                };
             });
         }
     }
+    OnePole bright(6000.0, rate);
+    constexpr Stroke kShaker[] = {{0.0, 0.1, 0, 0.06}, {0.5, 0.1, 0, 0.06}, {1.0, 0.1, 0, 0.16},
+                                  {1.5, 0.1, 0, 0.06}, {2.0, 0.1, 0, 0.06}, {2.5, 0.1, 0, 0.06},
+                                  {3.0, 0.1, 0, 0.16}, {3.5, 0.1, 0, 0.06}};
+    Play(mix, rate, {0.35f, 1.0f}, kShaker, [&](const Chord&, const Stroke& stroke) {
+        return [&, fall = stroke.level > 0.1 ? 22.0 : 45.0](double t) {
+            return bright.HighPass(noise.Next()) * std::exp(-t * fall) * std::min(t / 0.012, 1.0);
+        };
+    });
+}
+
+void PlayMiddle(StereoSound& mix, int rate) {
+    constexpr Stroke kBass[] = {
+        {0.0, 1.4, 0, 0.26}, {1.5, 0.8, 0, 0.20}, {2.5, 0.8, 7, 0.20}, {3.5, 0.3, 0, 0.18}};
+    Play(mix, rate, {1.0f, 1.0f}, kBass, [](const Chord& chord, const Stroke& stroke) {
+        const double turn = kTurn * NoteFrequency(chord.bass + static_cast<int>(stroke.note));
+        return [turn](double t) {
+            return std::exp(-t * 0.9) * std::min(t / 0.012, 1.0) *
+                   (std::sin(turn * t) + 0.5 * std::exp(-t * 3.0) * std::sin(2.0 * turn * t) +
+                    0.2 * std::exp(-t * 6.0) * std::sin(3.0 * turn * t));
+        };
+    });
+    constexpr Stroke kDrum[] = {{0.0, 0.4, 0, 0.38}, {1.5, 0.4, 0, 0.22}, {2.0, 0.4, 0, 0.38}};
+    Play(mix, rate, {1.0f, 1.0f}, kDrum, [](const Chord&, const Stroke&) {
+        return [](double t) { // the pitch falls from 120 to 48 Hz; the phase is its integral
+            const double turns = 48.0 * t + 72.0 / 28.0 * (1.0 - std::exp(-t * 28.0));
+            return std::sin(kTurn * turns) * std::exp(-t * 9.0) * std::min(t / 0.006, 1.0);
+        };
+    });
 }
 
 } // namespace vocafade

@@ -1,15 +1,14 @@
 // SPDX-License-Identifier: MIT
+// The demonstration's song: one bar of introduction, four lines of two bars, one bar to end.
 #pragma once
 
 #include <array>
-#include <cstddef>
+#include <cmath>
 #include <string_view>
-#include <vector>
 
 namespace vocafade {
 
-constexpr double kBeatsPerMinute = 92.0;
-constexpr double kSecondsPerBeat = 60.0 / kBeatsPerMinute;
+constexpr double kSecondsPerBeat = 60.0 / 92.0;
 constexpr int kBeatsPerBar = 4;
 
 /// One bar's harmony, as MIDI note numbers (69 is the A of 440 Hz).
@@ -18,8 +17,12 @@ struct Chord {
     std::array<int, 4> notes;
 };
 
+constexpr Chord kD{38, {62, 66, 69, 74}}, kAOverCSharp{37, {61, 64, 69, 73}}, kBm{35, {62, 66, 71, 74}},
+    kG{31, {62, 67, 71, 74}}, kEm{40, {64, 67, 71, 76}}, kA{33, {61, 64, 69, 76}};
+inline constexpr std::array kChords{kD, kD, kAOverCSharp, kBm, kG, kD, kEm, kG, kA, kD};
+
 /// A sung syllable: when, how long and how high, and what is pronounced, as phoneme names parted by spaces
-/// (see singer.cpp); the vowel takes the time that the consonants leave.
+/// (see singer.cpp). One of them is a vowel; it begins on the beat and takes the time that the others leave.
 struct Syllable {
     double beat;
     double beats;
@@ -27,13 +30,26 @@ struct Syllable {
     std::string_view phonemes;
 };
 
-/// The song: one bar of introduction, four lines of two bars, one bar to end.
-const std::vector<Chord>& Chords();
-/// The melody with its words, in order of time.
-const std::vector<Syllable>& Melody();
+// The band takes the middle from 400 Hz up; the tune stays above it, so that all of the voice is inside.
+inline constexpr std::array kMelody{
+    // Low moon on my lawn,
+    Syllable{4.0, 0.9, 74, "L OH U"}, Syllable{5.0, 0.5, 73, "M UW N"}, Syllable{5.5, 1.0, 74, "AO N"},
+    Syllable{6.5, 0.5, 76, "M AA I"}, Syllable{7.0, 3.2, 69, "L AO N"},
+    // in a lonely room,
+    Syllable{11.0, 1.0, 71, "IH N"}, Syllable{12.0, 0.5, 73, "AX"}, Syllable{12.5, 0.75, 74, "L OH N"},
+    Syllable{13.25, 0.75, 73, "L IY"}, Syllable{14.0, 4.2, 71, "R UW M"},
+    // when you're all alone
+    Syllable{19.0, 1.0, 76, "W EH N"}, Syllable{20.0, 0.5, 76, "Y ER"}, Syllable{20.5, 1.0, 78, "AO L"},
+    Syllable{21.5, 0.5, 76, "AX"}, Syllable{22.0, 4.0, 74, "L OH U N"},
+    // we all roam in morning rain.
+    Syllable{27.0, 0.5, 76, "W IY"}, Syllable{27.5, 0.5, 74, "AO L"}, Syllable{28.0, 0.75, 76, "R OH U M"},
+    Syllable{28.75, 0.75, 78, "IH N"}, Syllable{29.5, 1.25, 74, "M AO R"},
+    Syllable{30.75, 0.5, 73, "N IH NG"}, Syllable{31.25, 4.5, 74, "R EH I N"}};
+
 /// Seconds from the first beat to the last sound's fading.
-double SongSeconds();
+constexpr double kSongSeconds = kChords.size() * kBeatsPerBar * kSecondsPerBeat + 1.5;
+
 /// The frequency of a MIDI note number, in Hz; fractions are parts of a semitone.
-double NoteFrequency(double note);
+inline double NoteFrequency(double note) { return 440.0 * std::exp2((note - 69.0) / 12.0); }
 
 } // namespace vocafade

@@ -2,58 +2,71 @@
 #include "apps/demo/song.h"
 
 #include "apps/demo/instruments.h"
-#include "apps/demo/reverb.h"
-#include "apps/demo/score.h"
 #include "apps/demo/singer.h"
+#include "apps/demo/sound.h"
 
 #include <algorithm>
-#include <cmath>
+#include <array>
 
 namespace vocafade {
 namespace {
 
-float Peak(const StereoSound& sound) {
-    float peak = 0.0F;
-    for (const StereoSample& sample : sound)
-        peak = std::max({peak, std::abs(sample.left), std::abs(sample.right)});
-    return peak;
-}
-
-void Scale(StereoSound& sound, float gain) {
-    for (StereoSample& sample : sound)
-        sample = {sample.left * gain, sample.right * gain};
+/// Adds a room that loses 60 dB in `seconds`: eight delay lines that feed each other (a feedback delay
+/// network with a Householder matrix), every other one the left channel's and the right channel's.
+void AddRoom(StereoSound& sound, int rate, double seconds, double level) {
+    struct Line {
+        std::vector<double> samples;
+        double gain;
+        OnePole damping;
+        std::size_t at = 0;
+    };
+    std::vector<Line> lines;
+    for (const double delay : {0.0297, 0.0353, 0.0371, 0.0411, 0.0437, 0.0473, 0.0531, 0.0571})
+        lines.push_back({std::vector<double>(static_cast<std::size_t>(delay * rate)),
+                         std::pow(10.0, -3.0 * delay / seconds), OnePole(4500.0, rate)});
+    for (StereoSample& sample : sound) {
+        std::array<double, 8> out{};
+        double sum = 0.0;
+        for (std::size_t i = 0; i < lines.size(); ++i)
+            sum += out[i] = lines[i].damping.LowPass(lines[i].samples[lines[i].at]) * lines[i].gain;
+        for (std::size_t i = 0; i < lines.size(); ++i) {
+            Line& line = lines[i];
+            line.samples[line.at] = out[i] - 0.25 * sum + (i % 2 == 0 ? sample.left : sample.right);
+            line.at = (line.at + 1) % line.samples.size();
+        }
+        sample.left += static_cast<float>(level * (out[0] + out[2] - out[4] - out[6]));
+        sample.right += static_cast<float>(level * (out[1] + out[3] - out[5] - out[7]));
+    }
 }
 
 } // namespace
 
 Song MakeSong(int rate) {
-    constexpr float kVoiceLevel = 1.35F;
-    constexpr float kPeak = 0.7F;
-
-    std::vector<float> sung = Sing(rate);
-    AddMonoRoom(sung, rate, 1.1, 0.10F);
+    constexpr float kVoiceLevel = 1.0f;
+    constexpr float kPeak = 0.7f;
 
     Song song;
     song.rate = rate;
-    song.rest.resize(sung.size());
-    PlayGuitar(song.rest, rate);
-    PlayElectricPiano(song.rest, rate);
-    PlayPad(song.rest, rate);
-    PlayShaker(song.rest, rate);
-    AddRoom(song.rest, rate, 1.3, 0.08F);
-    PlayBass(song.rest, rate); // below the band and dry: its room would not stay in the middle
-    PlayDrum(song.rest, rate);
+    for (const float sample : Sing(rate))
+        song.voice.push_back({sample * kVoiceLevel, sample * kVoiceLevel});
+    AddRoom(song.voice, rate, 1.1, 0.10);
+    for (StereoSample& sample : song.voice)
+        sample.right = sample.left;
 
-    song.voice.resize(sung.size());
-    song.mix.resize(sung.size());
-    for (std::size_t i = 0; i < sung.size(); ++i) {
-        const float voice = sung[i] * kVoiceLevel;
-        song.voice[i] = {voice, voice};
-        song.mix[i] = {voice + song.rest[i].left, voice + song.rest[i].right};
+    song.rest.resize(song.voice.size());
+    PlaySides(song.rest, rate);
+    AddRoom(song.rest, rate, 1.3, 0.08);
+    PlayMiddle(song.rest, rate); // below the band and dry: its room would not stay in the middle
+
+    float peak = 0.0f;
+    for (std::size_t i = 0; i < song.voice.size(); ++i) {
+        song.mix.push_back(
+            {song.voice[i].left + song.rest[i].left, song.voice[i].right + song.rest[i].right});
+        peak = std::max({peak, std::abs(song.mix[i].left), std::abs(song.mix[i].right)});
     }
-    const float gain = kPeak / Peak(song.mix);
     for (StereoSound* part : {&song.mix, &song.voice, &song.rest})
-        Scale(*part, gain);
+        for (StereoSample& sample : *part)
+            sample = {sample.left * kPeak / peak, sample.right * kPeak / peak};
     return song;
 }
 

@@ -39,8 +39,7 @@ TEST(Song, KeepsBassAndDrumBelowTheBand) {
     // take it, and the demonstration would count it as the effect's damage.
     const TemporaryFolder folder;
     StereoSound middle(TheSong().mix.size());
-    PlayBass(middle, 44100);
-    PlayDrum(middle, 44100);
+    PlayMiddle(middle, 44100);
     WriteWave(folder / "middle.wav", middle, 44100);
     SpectrumStream stream(folder / "middle.wav", 4096, 2048);
     StereoSpectrum spectrum;
