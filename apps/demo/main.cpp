@@ -2,8 +2,8 @@
 //
 // vocafade-demo: lets Vocafade take the voice out of a song, its own or the user's, and says what became of
 // it.
+#include "apps/demo/before_after.h"
 #include "apps/demo/measure.h"
-#include "apps/demo/picture.h"
 #include "apps/demo/run_program.h"
 #include "apps/demo/song.h"
 #include "apps/demo/stereo_file.h"
@@ -136,25 +136,25 @@ void Report(const Files& files, const Band& band, const Measurement& result, dou
             "  voice, everything else as the rest; trust your ears before these numbers.\n");
 }
 
-PictureText Captions(const Files& files, const Band& band, const Measurement& result) {
-    PictureText text;
-    text.before = files.song.filename().string();
-    text.after = files.rendered.filename().string();
+Captions MakeCaptions(const Files& files, const Band& band, const Measurement& result) {
+    Captions captions;
+    captions.before = files.song.filename().string();
+    captions.after = files.rendered.filename().string();
     if (files.stems) {
-        text.title = "A song before and after Vocafade";
-        text.before =
+        captions.title = "A song before and after Vocafade";
+        captions.before =
             "the voice in the middle, guitar left, electric piano right, bass and drum below the band";
-        text.after =
+        captions.after =
             fmt::format("the voice is {:.0f} dB quieter {}; {} of the rest has stayed (levels matched)",
                         result.voiceLossDb, BandName(band), Percent(result.restKept));
     } else {
-        text.title = files.song.stem().string();
+        captions.title = files.song.stem().string();
         if (result.hasVoice)
-            text.after =
+            captions.after =
                 fmt::format("the middle is {:.0f} dB quieter {}; {} of the rest has stayed (levels matched)",
                             result.voiceLossDb, BandName(band), Percent(result.restKept));
     }
-    return text;
+    return captions;
 }
 
 void Demonstrate(const Options& options) {
@@ -177,7 +177,7 @@ void Demonstrate(const Options& options) {
     const std::string before = files.song.string();
     const std::string after = files.rendered.string();
     const Measurement result = Measure(before, after, band, PassThroughGain(), files.stems);
-    DrawBeforeAfter(before, after, band, PassThroughGain(), Captions(files, band, result),
+    DrawBeforeAfter(before, after, band, PassThroughGain(), MakeCaptions(files, band, result),
                     files.picture.string());
     const StereoReader song(before);
     Report(files, band, result, static_cast<double>(song.length()) / song.rate(), renderSeconds);

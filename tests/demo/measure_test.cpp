@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "apps/demo/measure.h"
 #include "apps/demo/stereo_file.h"
-#include "tests/demo/temporary_folder.h"
+#include "tests/support/temp_folder.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
 #include <numbers>
 
-namespace vocafade {
+namespace vocafade::test {
 namespace {
 
 constexpr int kRate = 44100;
@@ -49,7 +49,7 @@ class MeasureTest : public ::testing::Test {
                        withStems ? std::optional<Stems>(stems()) : std::nullopt);
     }
 
-    TemporaryFolder folder_;
+    TempFolder folder_;
     StereoSound voice_ = Tone(1000, 1, 1);
     StereoSound rest_;
 };
@@ -115,4 +115,4 @@ TEST_F(MeasureTest, RefusesWhatCannotBeCompared) {
 }
 
 } // namespace
-} // namespace vocafade
+} // namespace vocafade::test

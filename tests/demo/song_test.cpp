@@ -3,13 +3,13 @@
 #include "apps/demo/measure.h"
 #include "apps/demo/song.h"
 #include "apps/demo/spectrum_stream.h"
-#include "tests/demo/temporary_folder.h"
+#include "tests/support/temp_folder.h"
 
 #include <algorithm>
 #include <cmath>
 #include <gtest/gtest.h>
 
-namespace vocafade {
+namespace vocafade::test {
 namespace {
 
 const Song& TheSong() {
@@ -37,7 +37,7 @@ TEST(Song, IsTheSumOfItsPartsAndHasHeadroom) {
 TEST(Song, KeepsBassAndDrumBelowTheBand) {
     // What of the accompaniment stands in the middle must lie below the band: if it did not, the effect would
     // take it, and the demonstration would count it as the effect's damage.
-    const TemporaryFolder folder;
+    const TempFolder folder;
     StereoSound middle(TheSong().mix.size());
     PlayMiddle(middle, 44100);
     WriteWave(folder / "middle.wav", middle, 44100);
@@ -57,4 +57,4 @@ TEST(Song, KeepsBassAndDrumBelowTheBand) {
 }
 
 } // namespace
-} // namespace vocafade
+} // namespace vocafade::test

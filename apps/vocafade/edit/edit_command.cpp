@@ -9,9 +9,6 @@
 #include "apps/vocafade/shared/subcommand_line.h"
 #include "apps/vocafade/shared/target_check.h"
 
-#include <fmt/format.h>
-#include <png.h>
-
 namespace vocafade::command {
 namespace {
 
@@ -19,22 +16,6 @@ namespace {
 constexpr int kIdleMilliseconds = 33;
 /// Idles before a picture is taken, so that everything has been painted.
 constexpr int kIdlesToPaint = 5;
-
-std::string EncodePng(const Picture& picture) {
-    png_image image{};
-    image.version = PNG_IMAGE_VERSION;
-    image.width = static_cast<png_uint_32>(picture.width);
-    image.height = static_cast<png_uint_32>(picture.height);
-    image.format = PNG_FORMAT_RGB;
-    png_alloc_size_t size = 0;
-    std::string bytes;
-    if (png_image_write_to_memory(&image, nullptr, &size, 0, picture.pixels.data(), 0, nullptr) != 0) {
-        bytes.resize(size);
-        if (png_image_write_to_memory(&image, bytes.data(), &size, 0, picture.pixels.data(), 0, nullptr) != 0)
-            return bytes;
-    }
-    throw Failure(fmt::format("the picture cannot be encoded: {}", image.message));
-}
 
 } // namespace
 

@@ -96,7 +96,7 @@ bool EditorWindow::Run(int milliseconds) {
     return HandleEvents();
 }
 
-Picture EditorWindow::Photograph() {
+Image EditorWindow::Photograph() {
     const auto image = Own(::xcb_get_image_reply(
         window_->connection(),
         ::xcb_get_image(window_->connection(), XCB_IMAGE_FORMAT_Z_PIXMAP, window_->id(), 0, 0,
@@ -106,13 +106,8 @@ Picture EditorWindow::Photograph() {
     if (image == nullptr || image->depth < 24 ||
         static_cast<std::size_t>(::xcb_get_image_data_length(image.get())) < pixels * 4)
         throw Failure("the window cannot be read: the display must show true colours");
-    Picture picture{width_, height_, {}};
-    picture.pixels.reserve(pixels * 3);
     const auto* shown = reinterpret_cast<const std::uint32_t*>(::xcb_get_image_data(image.get()));
-    for (std::size_t i = 0; i < pixels; ++i)
-        for (const int shift : {16, 8, 0})
-            picture.pixels.push_back(static_cast<std::uint8_t>(shown[i] >> shift));
-    return picture;
+    return {width_, height_, {shown, shown + pixels}};
 }
 
 } // namespace vocafade::command

@@ -1,22 +1,15 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "apps/chart/image.h"
 #include "host/effect.h"
 #include "host/parent_window.h"
 
 #include <cstdint>
 #include <memory>
 #include <string>
-#include <vector>
 
 namespace vocafade::command {
-
-/// A picture, 8 bits red, green and blue a pixel, row by row.
-struct Picture {
-    int width = 0;
-    int height = 0;
-    std::vector<std::uint8_t> pixels;
-};
 
 /// A window of the screen with an effect's editor in it, as large as that and of fixed size. Everything is
 /// [main-thread].
@@ -37,7 +30,7 @@ class EditorWindow {
     /// the user has closed the window or the display has gone away.
     bool Run(int milliseconds);
     /// What the window shows. Throws `Failure` when it cannot be read.
-    Picture Photograph();
+    Image Photograph();
 
   private:
     void Describe(const std::string& title);

@@ -2,7 +2,7 @@
 #include "apps/vocafade/formants/formants_command.h"
 
 #include "apps/vocafade/formants/formant_analysis.h"
-#include "apps/vocafade/formants/formant_picture.h"
+#include "apps/vocafade/formants/formant_chart.h"
 #include "apps/vocafade/shared/failures.h"
 #include "apps/vocafade/shared/printing.h"
 #include "apps/vocafade/shared/subcommand_line.h"

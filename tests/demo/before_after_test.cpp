@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: MIT
+#include "apps/demo/before_after.h"
 #include "apps/demo/color_map.h"
-#include "apps/demo/picture.h"
 #include "apps/demo/spectrogram.h"
 #include "apps/demo/stereo_file.h"
-#include "tests/demo/temporary_folder.h"
+#include "tests/support/temp_folder.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
 #include <numbers>
 
-namespace vocafade {
+namespace vocafade::test {
 namespace {
 
 constexpr int kRate = 44100;
@@ -26,7 +26,7 @@ StereoSound SilenceThenTone() {
 }
 
 TEST(Spectrogram, ShowsAToneAtItsTimeHeightAndLevel) {
-    const TemporaryFolder folder;
+    const TempFolder folder;
     WriteWave(folder / "tone.wav", SilenceThenTone(), kRate);
     constexpr int kColumns = 200;
     constexpr int kRows = 100;
@@ -41,7 +41,7 @@ TEST(Spectrogram, ShowsAToneAtItsTimeHeightAndLevel) {
 }
 
 TEST(Spectrogram, OfAShortFileFillsEveryColumn) {
-    const TemporaryFolder folder;
+    const TempFolder folder;
     StereoSound sound = SilenceThenTone();
     sound.erase(sound.begin(), sound.begin() + kRate);
     sound.resize(4000);
@@ -63,8 +63,8 @@ TEST(LevelColor, GrowsLighterEvenly) {
     EXPECT_EQ(LevelColor(7.0), LevelColor(1.0));
 }
 
-TEST(Picture, IsWrittenWholeOrNotAtAll) {
-    const TemporaryFolder folder;
+TEST(BeforeAfter, IsWrittenWholeOrNotAtAll) {
+    const TempFolder folder;
     WriteWave(folder / "tone.wav", SilenceThenTone(), kRate);
     const std::string picture = folder / "picture.png";
     // A name that is no valid text must not stop it.
@@ -76,4 +76,4 @@ TEST(Picture, IsWrittenWholeOrNotAtAll) {
 }
 
 } // namespace
-} // namespace vocafade
+} // namespace vocafade::test

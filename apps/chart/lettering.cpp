@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "apps/lettering/lettering.h"
+#include "apps/chart/lettering.h"
 
 #include <memory>
 #include <pango/pangocairo.h>

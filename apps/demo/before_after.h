@@ -7,8 +7,8 @@
 
 namespace vocafade {
 
-/// What the before/after picture shows.
-struct PictureText {
+/// What the before/after chart says.
+struct Captions {
     std::string title;
     std::string before; ///< beside the upper panel's name
     std::string after;  ///< beside the lower panel's name
@@ -19,6 +19,6 @@ struct PictureText {
 /// PNG. The second sound is shown as if it were louder by `1 / gain`. Throws std::runtime_error when a sound
 /// cannot be read or the picture cannot be written.
 void DrawBeforeAfter(const std::string& beforePath, const std::string& afterPath, const Band& band,
-                     double gain, const PictureText& text, const std::string& picturePath);
+                     double gain, const Captions& captions, const std::string& path);
 
 } // namespace vocafade

@@ -16,7 +16,7 @@ struct Rgb {
 
 enum class Align { left, center, right };
 
-/// Sets single lines of text in a picture, in any script that the machine has letters for. It has a font map
+/// Sets single lines of text in a chart, in any script that the machine has letters for. It has a font map
 /// of its own, so that nothing stays behind it.
 class Lettering {
   public:
