@@ -37,6 +37,13 @@ __m256 JoinFloats(__m256d low, __m256d high) {
 __m256d LowDoubles(__m256 v) { return _mm256_cvtps_pd(_mm256_castps256_ps128(v)); }
 __m256d HighDoubles(__m256 v) { return _mm256_cvtps_pd(_mm256_extractf128_ps(v, 1)); }
 
+__m256 Folded(__m256 phase) {
+    const __m256 twoPi = _mm256_set1_ps(kTwoPi);
+    const __m256 turns =
+        _mm256_round_ps(_mm256_div_ps(phase, twoPi), _MM_FROUND_TO_NEAREST_INT | _MM_FROUND_NO_EXC);
+    return _mm256_sub_ps(phase, _mm256_mul_ps(turns, twoPi));
+}
+
 class LibraryEngine final : public StreamingEngine {
   public:
     LibraryEngine() {
@@ -66,7 +73,7 @@ class LibraryEngine final : public StreamingEngine {
     struct Channel {
         AlignedFloats frame{kFrameSize};
         AlignedFloats bins{static_cast<std::size_t>(2 * (kBins + 1))};
-        AlignedFloats previousPhase{kBins};
+        AlignedFloats phase{kBins};
         AlignedFloats magnitude{kBins};
         AlignedFloats trueFrequency{kBins};
         AlignedFloats phaseSum{kBins};
@@ -101,8 +108,8 @@ class LibraryEngine final : public StreamingEngine {
             const __m256 phase = JoinFloats(Sleef_atan2d4_u35avx2(LowDoubles(im), LowDoubles(re)),
                                             Sleef_atan2d4_u35avx2(HighDoubles(im), HighDoubles(re)));
             const __m256 bin = _mm256_load_ps(bin_.get() + k);
-            __m256 d = _mm256_sub_ps(phase, _mm256_load_ps(c.previousPhase.get() + k));
-            _mm256_store_ps(c.previousPhase.get() + k, phase);
+            __m256 d = _mm256_sub_ps(phase, _mm256_load_ps(c.phase.get() + k));
+            _mm256_store_ps(c.phase.get() + k, phase);
             d = _mm256_sub_ps(d, _mm256_mul_ps(bin, _mm256_set1_ps(kExpectedAdvance)));
             const __m256 turns = _mm256_div_ps(d, pi);
             const __m256i whole = _mm256_cvttps_epi32(_mm256_andnot_ps(sign, turns));
@@ -140,10 +147,9 @@ class LibraryEngine final : public StreamingEngine {
             const __m256 advance =
                 _mm256_add_ps(_mm256_div_ps(_mm256_mul_ps(deviation, twoPi), _mm256_set1_ps(kOverlap)),
                               _mm256_mul_ps(bin, _mm256_set1_ps(kExpectedAdvance)));
-            __m256 sum = _mm256_add_ps(_mm256_load_ps(c.phaseSum.get() + k), advance);
-            const __m256 turns =
-                _mm256_round_ps(_mm256_div_ps(sum, twoPi), _MM_FROUND_TO_NEAREST_INT | _MM_FROUND_NO_EXC);
-            sum = _mm256_sub_ps(sum, _mm256_mul_ps(turns, twoPi));
+            __m256 sum = Folded(_mm256_add_ps(_mm256_load_ps(c.phaseSum.get() + k), advance));
+            const __m256 apart = Folded(_mm256_sub_ps(_mm256_load_ps(c.phase.get() + k), sum));
+            sum = _mm256_add_ps(sum, _mm256_mul_ps(apart, _mm256_set1_ps(1.0f / 16.0f)));
             _mm256_store_ps(c.phaseSum.get() + k, sum);
             const auto low = Sleef_sincosd4_u35avx2(LowDoubles(sum));
             const auto high = Sleef_sincosd4_u35avx2(HighDoubles(sum));

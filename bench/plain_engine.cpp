@@ -15,6 +15,8 @@ constexpr float kSampleRate = 44100.0f;
 constexpr float kBinWidth = kSampleRate / kFrameSize;
 constexpr float kExpectedAdvance = static_cast<float>(kHop) * kTwoPi / kFrameSize;
 
+float Folded(float phase) { return phase - std::nearbyint(phase / kTwoPi) * kTwoPi; }
+
 class PlainEngine final : public StreamingEngine {
   public:
     PlainEngine() {
@@ -29,7 +31,7 @@ class PlainEngine final : public StreamingEngine {
         CFFT forward;
         CFFT inverse;
         float spectrum[2 * kFrameSize] = {};
-        float previousPhase[kBins] = {};
+        float phase[kBins] = {};
         float magnitude[kBins] = {};
         float trueFrequency[kBins] = {};
         float phaseSum[kBins] = {};
@@ -62,10 +64,10 @@ class PlainEngine final : public StreamingEngine {
             const float im = c.spectrum[2 * k + 1];
             const float bin = static_cast<float>(k);
             c.magnitude[k] = std::sqrt(im * im + re * re);
-            const float phase =
+            const float angle =
                 static_cast<float>(std::atan2(static_cast<double>(im), static_cast<double>(re)));
-            float d = phase - c.previousPhase[k];
-            c.previousPhase[k] = phase;
+            float d = angle - c.phase[k];
+            c.phase[k] = angle;
             d = d - bin * kExpectedAdvance;
             int q = static_cast<int>(d / kPi);
             q = q >= 0 ? q + (q & 1) : q - (q & 1);
@@ -81,7 +83,8 @@ class PlainEngine final : public StreamingEngine {
             const float deviation = (c.trueFrequency[k] - bin * kBinWidth) / kBinWidth;
             float sum = c.phaseSum[k];
             sum += deviation * kTwoPi / kOverlap + bin * kExpectedAdvance;
-            sum -= std::nearbyint(sum / kTwoPi) * kTwoPi;
+            sum = Folded(sum);
+            sum += Folded(c.phase[k] - sum) / 16.0f;
             c.phaseSum[k] = sum;
             const double phase = sum;
             c.spectrum[2 * k] = static_cast<float>(std::cos(phase)) * c.magnitude[k];

@@ -59,7 +59,7 @@ void CVocafadeUnit::Channel::Init(int frameSize) {
     input.Assign(n + kernels::kPadding);
     spectrumRe.Assign(bins);
     spectrumIm.Assign(bins);
-    previousPhase.Assign(bins);
+    phase.Assign(bins);
     magnitude.Assign(bins);
     trueFrequency.Assign(bins);
     phaseSum.Assign(bins);
@@ -138,7 +138,7 @@ void CVocafadeUnit::GetTrueSpectra() {
     for (Channel* c : {&left_, &right_}) {
         kernels_.forward(plan_.Tables(), c->input.data(), window_.data(), work_.data(), c->spectrumRe.data(),
                          c->spectrumIm.data());
-        kernels_.analyse(vocoder_, c->spectrumRe.data(), c->spectrumIm.data(), c->previousPhase.data(),
+        kernels_.analyse(vocoder_, c->spectrumRe.data(), c->spectrumIm.data(), c->phase.data(),
                          c->magnitude.data(), c->trueFrequency.data());
     }
 }
@@ -146,8 +146,8 @@ void CVocafadeUnit::GetTrueSpectra() {
 void CVocafadeUnit::CreateShiftedVector() {
     kernels_.remove(RemovalOfBand(), vocoder_.bins, left_.magnitude.data(), right_.magnitude.data());
     for (Channel* c : {&left_, &right_}) {
-        kernels_.resynthesise(vocoder_, c->magnitude.data(), c->trueFrequency.data(), c->phaseSum.data(),
-                              c->spectrumRe.data(), c->spectrumIm.data());
+        kernels_.resynthesise(vocoder_, c->magnitude.data(), c->trueFrequency.data(), c->phase.data(),
+                              c->phaseSum.data(), c->spectrumRe.data(), c->spectrumIm.data());
     }
 }
 

@@ -77,7 +77,7 @@ class CVocafadeUnit {
         AlignedFloats input;      ///< frame size
         AlignedFloats spectrumRe; ///< half the frame size, as the next five
         AlignedFloats spectrumIm;
-        AlignedFloats previousPhase;
+        AlignedFloats phase; ///< of the frame that was analysed last
         AlignedFloats magnitude;
         AlignedFloats trueFrequency;
         AlignedFloats phaseSum;

@@ -15,7 +15,7 @@
 namespace vocafade::kernels {
 namespace {
 
-void Analyse(const VocoderConstants& constants, const float* re, const float* im, float* previousPhase,
+void Analyse(const VocoderConstants& constants, const float* re, const float* im, float* phase,
              float* magnitude, float* trueFrequency) {
     const Floats advance = Broadcast(constants.expectedPhaseAdvance);
     const Floats binWidth = Broadcast(constants.binWidth);
@@ -30,9 +30,9 @@ void Analyse(const VocoderConstants& constants, const float* re, const float* im
     Angles(im, re, constants.bins, trueFrequency);
     for (int k = 0; k < constants.bins; k += Floats::kLanes) {
         const Floats bin = Broadcast(static_cast<float>(k)) + LaneNumbers();
-        const Floats phase = Load(trueFrequency + k);
-        Floats d = phase - Load(previousPhase + k);
-        Store(previousPhase + k, phase);
+        const Floats angle = Load(trueFrequency + k);
+        Floats d = angle - Load(phase + k);
+        Store(phase + k, angle);
         d = d - bin * advance;
         d = d - EvenWhole(d / pi) * pi;
         Store(trueFrequency + k, (d * overlap / twoPi + bin) * binWidth);

@@ -66,9 +66,9 @@ struct VectorLevel {
     void (*forward)(const TransformTables& tables, const float* input, const float* window, float* work,
                     float* re, float* im);
 
-    /// Phase-vocoder analysis of one channel's bins: magnitude and true frequency (Hz) of each; the phase of
-    /// the previous frame is replaced by this one's, in [-pi, pi].
-    void (*analyse)(const VocoderConstants& constants, const float* re, const float* im, float* previousPhase,
+    /// Phase-vocoder analysis of one channel's bins: magnitude and true frequency (Hz) of each; in `phase`
+    /// that of the previous frame is replaced by this one's, in [-pi, pi].
+    void (*analyse)(const VocoderConstants& constants, const float* re, const float* im, float* phase,
                     float* magnitude, float* trueFrequency);
 
     /// Turns both channels' magnitudes into what remains of them: in the band left becomes left minus right
@@ -77,9 +77,11 @@ struct VectorLevel {
 
     /// Lets each bin's phase run on by its true frequency for one hop and writes re + i im of the given
     /// amplitude at that phase. The sums are kept within half a turn by taking off whole turns of the
-    /// single-precision 2 pi, so that they stay as precise after hours as in the first second.
+    /// single-precision 2 pi, and are pulled towards the analysed `phase`, from which only rounding parts
+    /// them: they stay as precise after hours as in the first second.
     void (*resynthesise)(const VocoderConstants& constants, const float* amplitude,
-                         const float* trueFrequency, float* phaseSum, float* re, float* im);
+                         const float* trueFrequency, const float* phase, float* phaseSum, float* re,
+                         float* im);
 
     /// frame = the real part of the transform (positive exponent, unscaled) of a spectrum whose first half is
     /// re + i im and whose second half is zero. `work` holds 4 * size floats.

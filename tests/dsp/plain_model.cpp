@@ -39,7 +39,7 @@ std::vector<Complex> Transform(const std::vector<Complex>& x, double sign) {
 double Window(int i) { return 0.5 - 0.5 * std::cos(kTurn * i / kFrame); }
 
 struct Voice {
-    std::vector<double> previousPhase = std::vector<double>(kBins);
+    std::vector<double> phase = std::vector<double>(kBins);
     std::vector<double> phaseSum = std::vector<double>(kBins);
     std::vector<double> magnitude = std::vector<double>(kBins);
     std::vector<double> advance = std::vector<double>(kBins); ///< radians from this frame to the next
@@ -54,10 +54,10 @@ struct Voice {
         const std::vector<Complex> spectrum = Transform(frame, -1.0);
         for (std::size_t k = 0; k < kBins; ++k) {
             magnitude[k] = std::abs(spectrum[k]);
-            const double phase = std::arg(spectrum[k]);
+            const double angle = std::arg(spectrum[k]);
             const double expected = kTurn * static_cast<double>(k) * kHop / kFrame;
-            const double deviation = std::remainder(phase - previousPhase[k] - expected, kTurn);
-            previousPhase[k] = phase;
+            const double deviation = std::remainder(angle - phase[k] - expected, kTurn);
+            phase[k] = angle;
             // The frequency deviation is scaled by the overlap factor both ways, so it is the advance itself.
             advance[k] = expected + deviation;
         }
@@ -67,6 +67,7 @@ struct Voice {
         std::vector<Complex> spectrum(kFrame);
         for (std::size_t k = 0; k < kBins; ++k) {
             phaseSum[k] = std::remainder(phaseSum[k] + advance[k], kTurn);
+            phaseSum[k] += std::remainder(phase[k] - phaseSum[k], kTurn) / 16.0;
             spectrum[k] = magnitude[k] * std::polar(1.0, phaseSum[k]);
         }
         const std::vector<Complex> frame = Transform(spectrum, 1.0);

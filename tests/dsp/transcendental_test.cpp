@@ -64,12 +64,12 @@ class Batch {
         }
     }
 
-    /// Runs the resynthesis for its cosines and sines only: with amplitudes of 1 and true frequencies equal
-    /// to the bins' own, the phases stay where they are.
+    /// Runs the resynthesis for its cosines and sines only: with amplitudes of 1, true frequencies equal to
+    /// the bins' own and sums that are the analysed phases, the sums stay where they are.
     void SineAndCosine() {
         ForEveryLevel([this](const VectorLevel& level, Samples& cosines, Samples& sines) {
             Samples phases = x;
-            level.resynthesise(kIdle, ones_.data(), bins_.data(), phases.data(), cosines.data(),
+            level.resynthesise(kIdle, ones_.data(), bins_.data(), x.data(), phases.data(), cosines.data(),
                                sines.data());
             ASSERT_EQ(phases, x) << level.name;
         });

@@ -30,6 +30,20 @@ inline Samples Sine(std::size_t count, double hertz, double rate, float amplitud
     return samples;
 }
 
+/// One second of thirteen steady tones of 55 Hz to 15 kHz, evenly spaced in pitch. Their frequencies are
+/// whole, so seconds joined to each other make no edge. `start` in radians sets the tones' phases.
+inline Samples Chord(double rate, double start) {
+    Samples samples(static_cast<std::size_t>(rate));
+    for (int tone = 0; tone < 13; ++tone) {
+        const double hertz = std::round(55.0 * std::pow(15000.0 / 55.0, tone / 12.0));
+        for (std::size_t i = 0; i < samples.size(); ++i) {
+            const double turn = 2.0 * std::numbers::pi * hertz * static_cast<double>(i) / rate;
+            samples[i] += 0.06f * static_cast<float>(std::sin(turn + start * (tone + 1)));
+        }
+    }
+    return samples;
+}
+
 /// Mean square of samples `from` to the end.
 inline double Power(const Samples& samples, std::size_t from = 0) {
     double sum = 0.0;
