@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "dsp/fft.h"
 
+#include <bit>
 #include <cmath>
 #include <utility>
 
@@ -173,27 +174,19 @@ void RadixFourPass(int n, int l, float* a, const float* w) {
 
 } // namespace
 
-void CFFT::Init(int n, bool complex, bool forward) {
-    if (n == n_ && complex == complex_ && !w_.empty()) {
-        forward_ = forward; // the tables serve both directions
-        return;
-    }
-    n_ = n;
-    complex_ = complex;
-    forward_ = forward;
-    const double half = complex ? n : n * 0.5;
-    ip_.assign(static_cast<std::size_t>(std::sqrt(half)) + 2, 0);
-    w_.assign(static_cast<std::size_t>(n / 2), 0.0f);
-    std::vector<float> scratch(static_cast<std::size_t>(complex ? 2 * n : n), 0.0f);
-    const int sign = forward ? -1 : 1;
-    if (complex) {
-        cdft(2 * n, sign, scratch.data(), ip_.data(), w_.data());
-    } else {
-        rdft(n, sign, scratch.data(), ip_.data(), w_.data());
-    }
+void CFFT::Init(int n, bool /*complex*/, bool forward) {
+    forward_ = forward; // the tables serve both directions
+    if (n == n_) return;
+    n_ = n >= 2 && n <= 1 << 29 && std::has_single_bit(static_cast<unsigned>(n)) ? n : 0;
+    if (n_ == 0) return;
+    ip_.assign(static_cast<std::size_t>(std::sqrt(n)) + 2, 0);
+    w_.assign(static_cast<std::size_t>(n / 2 + n / 4), 0.0f);
+    makewt(n / 2, ip_.data(), w_.data());
+    makect(n / 4, ip_.data(), w_.data() + n / 2);
 }
 
 void CFFT::ComplexFFT(float* a) {
+    if (n_ == 0) return;
     cdft(2 * n_, forward_ ? -1 : 1, a, ip_.data(), w_.data());
     if (forward_) return;
     const float scale = 1.0f / static_cast<float>(n_);
@@ -202,7 +195,9 @@ void CFFT::ComplexFFT(float* a) {
     }
 }
 
-void CFFT::RealFFT(float* a) { rdft(n_, 1, a, ip_.data(), w_.data()); }
+void CFFT::RealFFT(float* a) {
+    if (n_ != 0) rdft(n_, 1, a, ip_.data(), w_.data());
+}
 
 void CFFT::cdft(int n, int sign, float* a, int* ip, float* w) {
     if (n > (ip[0] << 2)) makewt(n >> 2, ip, w);

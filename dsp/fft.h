@@ -17,9 +17,10 @@ class CFFT {
     CFFT() = default;
     virtual ~CFFT() = default;
 
-    /// Builds the tables for `n` points, a power of two of at least 2 (complex points, or real samples when
-    /// `complex` is false). May be called again with other arguments; with the same ones it allocates
-    /// nothing.
+    /// Builds the tables for `n` points, a power of two of 2 to 2^29: complex points, or real samples when
+    /// `complex` is false, which is for the reader only, since the tables serve both. With another `n` there
+    /// are none, and transforms leave their data alone, as before the first call. May be called again; for
+    /// the same length it allocates nothing.
     void Init(int n, bool complex, bool forward);
 
     /// Transforms `n` complex values, interleaved (real, imaginary), 2n floats in natural order both ways.
@@ -27,12 +28,12 @@ class CFFT {
     /// 1/n, so that a forward and an inverse object undo each other.
     void ComplexFFT(float* a);
 
-    /// Transforms `n` real samples, unscaled, whatever the direction given to `Init`: a[0] = R[0],
+    /// Transforms `n` real samples, unscaled, whatever the kind and direction given to `Init`: a[0] = R[0],
     /// a[1] = R[n/2], a[2k] = R[k], a[2k+1] = I[k] with R[k] = sum a[j] cos(2 pi j k / n) and
     /// I[k] = sum a[j] sin(2 pi j k / n) (the positive sine).
     void RealFFT(float* a);
 
-    /// Number of points given to `Init`, 0 before it.
+    /// Number of points that there are tables for, 0 without any.
     int Points() const { return n_; }
     /// The twiddle table in bit-reversed order, for kernels that run the same transform their own way.
     const float* Twiddles() const { return w_.data(); }
@@ -55,9 +56,8 @@ class CFFT {
     static void rftbsub(int n, float* a, int nc, const float* c);
 
     std::vector<int> ip_;  ///< table lengths in the first two, then the bit-reversal work area
-    std::vector<float> w_; ///< cosines and sines
+    std::vector<float> w_; ///< cosines and sines: of the complex transform, then those that a real one adds
     int n_ = 0;
-    bool complex_ = false;
     bool forward_ = false;
 };
 

@@ -70,41 +70,11 @@ bool CVocafadeManager::CreateFilter(int channels, int sampleRate) {
     return true;
 }
 
-bool CVocafadeManager::SetSampleSize(unsigned count) {
-    {
-        const CSingleLock hold(lock_);
-        if (count <= workLeft_.size()) return true;
-    }
-    std::vector<float> left(count);
-    std::vector<float> right(count);
-    // The audio thread waits for the exchange at most; what was there is freed when the lock is back.
-    const CSingleLock hold(lock_);
-    if (count <= workLeft_.size()) return true;
-    workLeft_.swap(left);
-    workRight_.swap(right);
-    return true;
-}
-
-bool CVocafadeManager::FreeWorkArea() {
-    const CSingleLock hold(lock_);
-    workLeft_ = {};
-    workRight_ = {};
-    return true;
-}
-
 bool CVocafadeManager::Transform(float** in, int count, float** out, int* produced) {
     *produced = count;
     if (count < 1) return true;
     const CSingleLock hold(lock_);
-    if (!active_ || workLeft_.empty()) return true;
-    const int part = static_cast<int>(workLeft_.size());
-    for (int done = 0; done < count; done += part) {
-        const int now = std::min(part, count - done);
-        int made = 0;
-        unit_.Operate(in[0] + done, in[1] + done, now, workLeft_.data(), workRight_.data(), &made);
-        std::copy_n(workLeft_.data(), made, out[0] + done);
-        std::copy_n(workRight_.data(), made, out[1] + done);
-    }
+    if (active_) unit_.Operate(in[0], in[1], count, out[0], out[1], produced);
     return true;
 }
 

@@ -6,7 +6,6 @@
 #include "dsp/vocafade_unit.h"
 
 #include <cstdint>
-#include <vector>
 
 namespace vocafade {
 
@@ -44,15 +43,15 @@ class CVocafadeManager {
     bool SetMediaType(const tWAVEFORMATEX* format);
     /// [main-thread] Starts the engine for another rate without the lock; only while no audio runs.
     bool CreateFilter(int channels, int sampleRate);
-    /// [main-thread] Prepares the work arrays for blocks of up to `count` samples. They only grow, so that
-    /// changing block sizes never allocate on the audio thread.
-    bool SetSampleSize(unsigned count);
-    /// [main-thread] Gives the work arrays back; `Transform` then leaves its outputs alone.
-    bool FreeWorkArea();
+    /// [any-thread] Takes the size of blocks to come. Nothing depends on it: the unit writes straight into
+    /// the outputs, so there are no work arrays to make or to free.
+    bool SetSampleSize(unsigned /*count*/) { return true; }
+    /// [any-thread] See `SetSampleSize`.
+    bool FreeWorkArea() { return true; }
 
     /// [audio-thread] Processes one block: in[0], in[1] left and right input, out[0], out[1] the outputs,
     /// which may be the inputs. `produced` receives `count`. The outputs are not written while processing is
-    /// off. Allocates nothing; a block larger than was prepared is processed in parts.
+    /// off. Silence before the first `SetMediaType`. Allocates nothing, whatever the size of the block.
     bool Transform(float** in, int count, float** out, int* produced);
 
   private:
@@ -67,8 +66,6 @@ class CVocafadeManager {
     float lrRate_ = 1.0f;
     tWAVEFORMATEX mediaType_{};
     CVocafadeUnit unit_;
-    std::vector<float> workLeft_; ///< the unit's output before it is copied to the caller's
-    std::vector<float> workRight_;
 };
 
 } // namespace vocafade

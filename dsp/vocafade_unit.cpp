@@ -4,6 +4,7 @@
 #include "dsp/constants.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstring>
 
@@ -67,31 +68,32 @@ void CVocafadeUnit::Channel::Init(int frameSize) {
 }
 
 void CVocafadeUnit::Init(int frameSize, int sampleRate, int overlap, CCriticalSection* lock) {
+    if (frameSize < 2 || !std::has_single_bit(static_cast<unsigned>(frameSize))) frameSize = 0;
     lock_ = lock;
     sampleRate_ = static_cast<float>(std::max(sampleRate, 1));
-    overlap_ = overlap;
+    overlap_ = std::max(overlap, 1);
     frameSize_ = frameSize;
     frameBits_ = BinaryLogarithm(frameSize);
     over_ = false;
     balance_ = 1.0f;
-    hop_ = frameSize / overlap;
+    hop_ = std::min(std::max(frameSize / overlap_, 1), frameSize);
+    silentLead_ = Latency();
+    if (frameSize == 0) return;
+
     const float n = static_cast<float>(frameSize);
     vocoder_.bins = frameSize / 2;
     vocoder_.binWidth = sampleRate_ / n;
     vocoder_.expectedPhaseAdvance = static_cast<float>(hop_) * kTwoPi / n;
-    vocoder_.overlap = static_cast<float>(overlap);
+    vocoder_.overlap = static_cast<float>(overlap_);
 
     const auto size = static_cast<std::size_t>(frameSize);
     const bool sameWindow = window_.size() == size + kernels::kPadding;
-    plan_.Init(frameSize);
+    transform_.Init(frameSize);
     left_.Init(frameSize);
     right_.Init(frameSize);
-    work_.Assign(4 * size);
     frame_.Assign(size + kernels::kPadding);
     readPosition_ = 0;
     writePosition_ = frameSize - hop_;
-    silentLead_ = Latency();
-
     if (sameWindow) return;
     // A periodic Hann window: the division is by the frame size.
     window_.Assign(size + kernels::kPadding);
@@ -104,6 +106,11 @@ void CVocafadeUnit::Init(int frameSize, int sampleRate, int overlap, CCriticalSe
 void CVocafadeUnit::Operate(const float* inL, const float* inR, int count, float* outL, float* outR,
                             int* produced) {
     *produced = count;
+    if (frameSize_ == 0 && count > 0) {
+        std::fill_n(outL, count, 0.0f);
+        std::fill_n(outR, count, 0.0f);
+        return;
+    }
     int done = 0;
     while (done < count) {
         // Run up to the sample that completes the next frame. Both inputs are read before an output is
@@ -136,8 +143,8 @@ void CVocafadeUnit::ProcessFrame() {
 
 void CVocafadeUnit::GetTrueSpectra() {
     for (Channel* c : {&left_, &right_}) {
-        kernels_.forward(plan_.Tables(), c->input.data(), window_.data(), work_.data(), c->spectrumRe.data(),
-                         c->spectrumIm.data());
+        transform_.Forward(kernels_, c->input.data(), window_.data(), c->spectrumRe.data(),
+                           c->spectrumIm.data());
         kernels_.analyse(vocoder_, c->spectrumRe.data(), c->spectrumIm.data(), c->phase.data(),
                          c->magnitude.data(), c->trueFrequency.data());
     }
@@ -152,8 +159,7 @@ void CVocafadeUnit::CreateShiftedVector() {
 }
 
 void CVocafadeUnit::AddFrame(Channel& channel) {
-    kernels_.inverse(plan_.Tables(), channel.spectrumRe.data(), channel.spectrumIm.data(), work_.data(),
-                     frame_.data());
+    transform_.Inverse(kernels_, channel.spectrumRe.data(), channel.spectrumIm.data(), frame_.data());
     // A modified frame spreads over its whole length, its first part included, which for the first frames
     // stands for time before the first output sample: nothing may sound there.
     kernels_.overlapAdd(frame_.data(), window_.data(), hop_, silentLead_, frameSize_, vocoder_.overlap,

@@ -3,7 +3,7 @@
 
 #include "base/critical_section.h"
 #include "dsp/aligned_floats.h"
-#include "dsp/kernels/frame_plan.h"
+#include "dsp/kernels/frame_transform.h"
 #include "dsp/kernels/level.h"
 
 #include <cstdint>
@@ -36,8 +36,9 @@ class CVocafadeUnit {
     CVocafadeUnit& operator=(const CVocafadeUnit&) = delete;
 
     /// Starts anew: all audio in flight is dropped, phases return to zero, balance to 1 (the centre). Levels
-    /// and band limits stay. `frameSize` is a power of two of at least 64, `sampleRate` in Hz (below 1 counts
-    /// as 1), `overlap` at least 1 and below the frame size. Allocates only when `frameSize` changes.
+    /// and band limits stay. `frameSize` is a power of two; below 2, and for any other number, the unit gives
+    /// silence, as it does before the first `Init`. `sampleRate` is in Hz; it and `overlap` count as 1 below
+    /// that, and a hop is one sample at least. Allocates only when `frameSize` changes.
     void Init(int frameSize, int sampleRate, int overlap, CCriticalSection* lock);
 
     /// [audio-thread] Consumes `count` samples of both inputs, writes as many to both outputs (which may be
@@ -105,14 +106,13 @@ class CVocafadeUnit {
     float sampleRate_ = 0.0f;
     int overlap_ = 0;
     kernels::VocoderConstants vocoder_{};
-    kernels::FramePlan plan_;
+    kernels::FrameTransform transform_;
     float balance_ = 1.0f;
     std::uint32_t lowHertz_ = 0;
     std::uint32_t highHertz_ = 0;
     Channel left_;
     Channel right_;
     AlignedFloats window_;
-    AlignedFloats work_;  ///< of the transforms, which serve one channel after the other
     AlignedFloats frame_; ///< a resynthesised frame on its way to the accumulator
     int readPosition_ = 0;
     int writePosition_ = 0;

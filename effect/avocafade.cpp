@@ -26,9 +26,11 @@ AVocafade::AVocafade(audioMasterCallback master, EditorFactory makeEditor)
     mediaType_.format.nBlockAlign = 8;
     mediaType_.format.wBitsPerSample = 32;
     mediaType_.blockSize = kInitialBlockSize;
-    // A host that processes before it announces anything finds a working engine.
+    // A host that processes before it announces anything finds an engine that does what the parameters show.
     engine_.SetMediaType(&mediaType_.format);
-    PrepareBlocks(getBlockSize());
+    for (std::int32_t i = kParameterOutput; i < kParameterCount; ++i) {
+        TellEngine(i, normalized_[static_cast<std::size_t>(i)]);
+    }
 
     setNumInputs(2);
     setNumOutputs(2);

@@ -149,7 +149,6 @@ class AVocafade : public AudioEffectX {
     void TellListener(std::int32_t index, float value);
     void TellModified();
     void SelectCurrentAgain();
-    void PrepareBlocks(std::int32_t samples);
     // Steps of a block, with the audio lock held.
     void StartBlock();
     void MeasureInput(const float* const* inputs, std::int32_t sampleFrames);

@@ -10,9 +10,6 @@
 namespace vocafade {
 namespace {
 
-/// Largest block that work arrays are kept for; a longer one is processed in parts.
-constexpr std::int32_t kLargestPreparedBlock = 65536;
-
 /// Factor that shows a level of `db` on a meter. A boost is not shown.
 float MeterGain(float db) {
     const float gain = static_cast<float>(std::exp2(db / 6.0));
@@ -32,29 +29,20 @@ void AVocafade::open() {
 }
 
 void AVocafade::setSampleRate(float rate) {
-    if (!(rate >= 1.0f && rate < 4294967040.0f)) return; // no stream has such a rate
-    AudioEffectX::setSampleRate(rate);
-    tWAVEFORMATEX& format = mediaType_.format;
-    format.wFormatTag = kWaveFormatIeeeFloat;
-    format.nChannels = 2;
-    format.nSamplesPerSec = static_cast<std::uint32_t>(rate);
-    format.nAvgBytesPerSec = format.nSamplesPerSec * 8;
-    format.nBlockAlign = 8;
-    format.wBitsPerSample = 32;
-    format.cbSize = 0;
-    engine_.SetMediaType(&format);
-}
-
-void AVocafade::setBlockSize(std::int32_t samples) {
-    if (samples < 1) return;
-    AudioEffectX::setBlockSize(samples);
-    mediaType_.blockSize = static_cast<std::uint32_t>(samples);
-    PrepareBlocks(samples);
+    if (rate >= 1.0f && rate < 4294967040.0f) { // else no stream has such a rate: the last one stays
+        AudioEffectX::setSampleRate(rate);
+        mediaType_.format.nSamplesPerSec = static_cast<std::uint32_t>(rate);
+        mediaType_.format.nAvgBytesPerSec = mediaType_.format.nSamplesPerSec * 8;
+    }
     engine_.SetMediaType(&mediaType_.format);
 }
 
-void AVocafade::PrepareBlocks(std::int32_t samples) {
-    engine_.SetSampleSize(static_cast<unsigned>(std::min(samples, kLargestPreparedBlock)));
+void AVocafade::setBlockSize(std::int32_t samples) {
+    if (samples >= 1) {
+        AudioEffectX::setBlockSize(samples);
+        mediaType_.blockSize = static_cast<std::uint32_t>(samples);
+    }
+    engine_.SetMediaType(&mediaType_.format);
 }
 
 void AVocafade::resume() {

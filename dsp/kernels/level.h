@@ -14,7 +14,7 @@ namespace vocafade::kernels {
 /// a last vector need not be cut to size.
 inline constexpr int kPadding = 16;
 
-/// The shortest frame that every level can transform.
+/// The shortest frame that the transforms of every level take.
 inline constexpr int kSmallestFrame = 64;
 
 /// The twiddles of one radix-4 pass: for group p of `groups`, the factors exp(2 pi i r p / (4 groups)) of
@@ -29,7 +29,7 @@ struct PassTwiddles {
     const float* w3i;
 };
 
-/// What the transforms of one frame size need; `FramePlan` owns the memory behind it.
+/// What the transforms of one frame size need; `FrameTransform` owns the memory behind it.
 struct TransformTables {
     static constexpr int kMostPasses = 15;
 

@@ -23,7 +23,6 @@ constexpr double kPassGain = 1.27; ///< of the untouched signal, about
 class Engine {
   public:
     explicit Engine(double rate = kRate, unsigned low = 0, unsigned high = 30000) {
-        manager.SetSampleSize(4096);
         SetRate(rate);
         manager.set_VocafadeLoFS(low);
         manager.set_VocafadeHiFS(high);
@@ -227,6 +226,46 @@ TEST(Engine, ForgetsItsBalanceButNotItsBandAtANewFormat) {
     engine.manager.set_LRate(20);
     engine.SetRate(kRate);
     EXPECT_EQ(engine.Run(input).left, Engine(kRate, 400, 9000).Run(input).left);
+}
+
+TEST(Engine, WritesItsOutputWhateverWasCalledBefore) {
+    const StereoSamples input = StereoNoise(8000);
+    const StereoSamples expected = Engine().Run(input);
+    Engine engine;
+    engine.manager.SetSampleSize(100);
+    engine.manager.FreeWorkArea();
+    EXPECT_EQ(engine.Run(input).left, expected.left);
+
+    CVocafadeManager unprepared; // no format yet
+    StereoSamples output{Samples(100, 7.0f), Samples(100, 7.0f)};
+    float* in[] = {const_cast<float*>(input.left.data()), const_cast<float*>(input.right.data())};
+    float* out[] = {output.left.data(), output.right.data()};
+    int produced = 0;
+    unprepared.Transform(in, 100, out, &produced);
+    EXPECT_EQ(produced, 100);
+    EXPECT_EQ(output.left, Samples(100));
+    EXPECT_EQ(output.right, Samples(100));
+}
+
+TEST(Engine, IsSilentWithFramesThatAreNoPowerOfTwo) {
+    const StereoSamples input = StereoNoise(500);
+    CCriticalSection lock;
+    CVocafadeUnit unit;
+    unit.SetOutputLevel(1.0f);
+    for (const int size : {1, 0, -2048, 3, 100, 2049}) {
+        unit.Init(64, 44100, 6, &lock); // what was there before does not sound
+        StereoSamples output{Samples(500, 7.0f), Samples(500, 7.0f)};
+        int produced = 0;
+        unit.Operate(input.left.data(), input.right.data(), 500, output.left.data(), output.right.data(),
+                     &produced);
+        EXPECT_GT(Power(output.left), 0.0);
+        unit.Init(size, 44100, size, &lock);
+        unit.Operate(input.left.data(), input.right.data(), 500, output.left.data(), output.right.data(),
+                     &produced);
+        EXPECT_EQ(output.left, Samples(500)) << size;
+        EXPECT_EQ(output.right, Samples(500)) << size;
+        EXPECT_EQ(produced, 500);
+    }
 }
 
 TEST(Engine, LeavesOutputsAloneWhileOffAndPlaysTheOldTailOutFirst) {

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <complex>
 #include <gtest/gtest.h>
+#include <limits>
 
 namespace vocafade::test {
 namespace {
@@ -119,6 +120,43 @@ TEST(Fft, WorksAtANewLengthAfterASecondInit) {
         value /= 64.0;
     }
     EXPECT_LT(LargestError(ToComplex(data), expected), 1e-6);
+}
+
+TEST(Fft, ServesBothKindsWhicheverItWasMadeFor) {
+    constexpr std::size_t n = 512;
+    const Samples real = Noise(n, 5);
+    const Samples complex = Noise(2 * n, 6);
+    const auto results = [&](bool kind, bool realFirst) {
+        CFFT fft;
+        fft.Init(n, kind, true);
+        Samples a = real;
+        Samples b = complex;
+        if (realFirst) fft.RealFFT(a.data());
+        fft.ComplexFFT(b.data());
+        if (!realFirst) fft.RealFFT(a.data());
+        a.insert(a.end(), b.begin(), b.end());
+        return a;
+    };
+    const Samples expected = results(true, true);
+    EXPECT_NEAR(expected[2], PlainTransform({real.begin(), real.end()}, 1.0)[1].real(), 2e-5);
+    EXPECT_EQ(results(true, false), expected);
+    EXPECT_EQ(results(false, true), expected);
+    EXPECT_EQ(results(false, false), expected);
+}
+
+TEST(Fft, LeavesTheDataAloneWithoutAPowerOfTwo) {
+    CFFT fft;
+    const Samples input = Noise(200, 7);
+    Samples data = input;
+    fft.ComplexFFT(data.data());
+    for (const int n : {100, 0, 1, 3, -64, std::numeric_limits<int>::min(), 1 << 30}) {
+        fft.Init(64, true, true);
+        fft.Init(n, n % 2 == 0, true);
+        fft.ComplexFFT(data.data());
+        fft.RealFFT(data.data());
+        EXPECT_EQ(data, input) << n;
+        EXPECT_EQ(fft.Points(), 0);
+    }
 }
 
 } // namespace

@@ -116,7 +116,6 @@ TEST_F(Audio, RemovesTheVoiceButNotTheBass) {
 
 TEST_F(Audio, EveryParameterReachesTheEngine) {
     CVocafadeManager engine;
-    engine.SetSampleSize(kBlock);
     tWAVEFORMATEX format{};
     format.nChannels = 2;
     format.nSamplesPerSec = 44100;
@@ -152,10 +151,10 @@ TEST_F(Audio, EveryParameterReachesTheEngine) {
     effect.setParameterFromDiaplay(3, 150.0f);
     effect.setParameterFormUI(5, 1.0f);
     expectEngineWith(0.75f, 0.25f, 150, 10010, 127);
-    // What the display shows as the minimum sounds so, too.
-    effect.setParameter(1, std::numeric_limits<float>::infinity());
+    // Levels are held between 0 and 1; NaN, which the display shows as the minimum, sounds so, too.
+    effect.setParameter(1, -std::numeric_limits<float>::infinity());
     expectEngineWith(0.0f, 0.25f, 150, 10010, 127);
-    effect.setParameter(1, 7.0f);
+    effect.setParameter(1, std::numeric_limits<float>::infinity());
     effect.setParameter(2, std::numeric_limits<float>::quiet_NaN());
     expectEngineWith(1.0f, 0.0f, 150, 10010, 127);
 }
@@ -169,6 +168,7 @@ TEST_F(Audio, RunsInAHostThatNeverResumesIt) {
     float* out[] = {outL.data(), outR.data()};
     bare.processReplacing(in, out, static_cast<std::int32_t>(voice.size()));
     EXPECT_EQ(outL[1000], 0.0f) << "the delay, not a copy of the input";
+    EXPECT_LT(Power(outL, 4096), 1e-9) << "what its parameters show is what it does";
 }
 
 TEST_F(Audio, SuspendAndResumeOverrideTheProgramsSwitch) {
@@ -189,7 +189,9 @@ TEST_F(Audio, ReturnsToTheCentreAtEveryNewFormatUntilPositionIsSentAgain) {
         return Power(outL, 4096);
     };
     const auto restarts = {+[](AVocafade& e) { e.setSampleRate(44100.0f); },
+                           +[](AVocafade& e) { e.setSampleRate(0.0f); }, // refused, but a call like any other
                            +[](AVocafade& e) { e.setBlockSize(kBlock); },
+                           +[](AVocafade& e) { e.setBlockSize(-1); },
                            +[](AVocafade& e) {
                                e.suspend();
                                e.resume();

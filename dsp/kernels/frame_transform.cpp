@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "dsp/kernels/frame_plan.h"
+#include "dsp/kernels/frame_transform.h"
 
-#include "dsp/fft.h"
+#include <algorithm>
 
 namespace vocafade::kernels {
 namespace {
@@ -34,17 +34,60 @@ void FillGroup(const float* w, int reversed, int p, float* const (&to)[6]) {
 
 } // namespace
 
-void FramePlan::Init(int size) {
+void FrameTransform::Init(int size) {
     if (size == tables_.size) return;
-    CFFT scalar;
-    scalar.Init(size, true, true);
-    const float* w = scalar.Twiddles();
+    tables_.size = size;
+    work_.Assign(4 * static_cast<std::size_t>(size));
+    forward_.Init(size, true, true);
+    if (IsShort()) {
+        inverse_.Init(size, true, false);
+    } else {
+        InitTwiddles();
+    }
+}
 
+void FrameTransform::Forward(const VectorLevel& level, const float* input, const float* window, float* re,
+                             float* im) {
+    float* work = work_.data();
+    if (!IsShort()) {
+        level.forward(tables_, input, window, work, re, im);
+        return;
+    }
+    for (int i = 0; i < tables_.size; ++i) {
+        work[2 * i] = input[i] * window[i];
+        work[2 * i + 1] = 0.0f;
+    }
+    forward_.ComplexFFT(work);
+    for (int k = 0; k < tables_.size / 2; ++k) {
+        re[k] = work[2 * k];
+        im[k] = work[2 * k + 1];
+    }
+}
+
+void FrameTransform::Inverse(const VectorLevel& level, const float* re, const float* im, float* frame) {
+    float* work = work_.data();
+    if (!IsShort()) {
+        level.inverse(tables_, re, im, work, frame);
+        return;
+    }
+    std::fill_n(work, 2 * tables_.size, 0.0f);
+    for (int k = 0; k < tables_.size / 2; ++k) {
+        work[2 * k] = re[k];
+        work[2 * k + 1] = im[k];
+    }
+    inverse_.ComplexFFT(work);
+    for (int i = 0; i < tables_.size; ++i) {
+        frame[i] = work[2 * i] * static_cast<float>(tables_.size); // CFFT has scaled it
+    }
+}
+
+void FrameTransform::InitTwiddles() {
+    const float* w = forward_.Twiddles();
+    const int size = tables_.size;
     int bits = 0;
     while ((1 << bits) < size) {
         ++bits;
     }
-    tables_.size = size;
     tables_.passes = bits / 2 - 1;
     tables_.lastIs8 = bits % 2 != 0;
     tables_.eighth = w[2];
