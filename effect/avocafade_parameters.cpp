@@ -12,14 +12,13 @@
 namespace vocafade {
 namespace {
 
-/// Room for any name, unit or value that the editor accepts, with its terminator. The interface names 8
+/// Room for any name, unit or value, the greatest float included, with its terminator. The interface names 8
 /// bytes, which everything within the parameters' ranges keeps to; hosts give far more.
-constexpr std::size_t kShownTextSize = 24;
+constexpr std::size_t kShownTextSize = 48;
 
-/// The engine takes levels as the host's 0 to 1: NaN and the infinities count as the minimum, as they do for
-/// the display.
+/// What the engine gets of a level; see docs/compatibility.md. NaN counts as the minimum, as in the display.
 float SafeLevel(float normalised) {
-    return std::isfinite(normalised) ? std::clamp(normalised, 0.0f, 1.0f) : 0.0f;
+    return std::isnan(normalised) ? 0.0f : std::clamp(normalised, 0.0f, 1.0f);
 }
 
 } // namespace

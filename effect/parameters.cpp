@@ -30,7 +30,7 @@ double LevelDb(const ParameterRange& row, double gain) {
 /// The internal value in double precision.
 double InternalValue(const ParameterRange& row, float normalised) {
     const double range = row.maximum - row.minimum;
-    if (!std::isfinite(normalised)) normalised = 0.0f;
+    if (std::isnan(normalised)) normalised = 0.0f;
     if (row.taper == Taper::step) {
         return std::clamp(std::floor(normalised / (1.0 / range) + 0.5), row.minimum, row.maximum);
     }
@@ -56,7 +56,7 @@ float ValToNormalizeValue(std::int32_t index, float value) {
     if (!IsParameter(index)) return 0.0f;
     const ParameterRange& row = ParameterRow(index);
     const double range = row.maximum - row.minimum;
-    if (!std::isfinite(value)) value = static_cast<float>(row.minimum);
+    if (std::isnan(value)) value = static_cast<float>(row.minimum);
     if (row.taper == Taper::step) return static_cast<float>(value * (1.0 / range));
     return static_cast<float>(std::clamp((value - row.minimum) / range, 0.0, 1.0));
 }

@@ -48,8 +48,7 @@ struct ShownRange {
 ShownRange ShownRangeOf(std::int32_t index);
 
 /// [any-thread] A value in the parameter's own unit (for the levels: the linear gain) as the host's 0 to 1.
-/// Stepped parameters are not clamped. 0 for an index without a parameter; NaN and the infinities count as
-/// the minimum.
+/// Stepped parameters are not clamped. 0 for an index without a parameter; NaN counts as the minimum.
 float ValToNormalizeValue(std::int32_t index, float value);
 
 /// [any-thread] A value as the display shows it (on/off, dB, Hz, position) as the host's 0 to 1. Levels are
@@ -61,8 +60,8 @@ float NormalizeDisplayValue(std::int32_t index, float display);
 float NormalizeWholeDisplayValue(std::int32_t index, float display);
 
 /// [any-thread] The host's value in the parameter's internal unit: on/off, dB (6 log2 of the gain, so exactly
-/// 6 dB a doubling), Hz, position 0 to 127. Clamped to the parameter's range; NaN and the infinities count as
-/// its minimum. 0 for an index without a parameter.
+/// 6 dB a doubling), Hz, position 0 to 127. Clamped to the parameter's range; NaN counts as its minimum. 0
+/// for an index without a parameter.
 float NormalizeValToInternalVal(std::int32_t index, float normalised);
 
 /// [any-thread] The same as a whole number: steps as they are, the others in 16.16 fixed point, of which a

@@ -99,7 +99,7 @@ TEST(ParameterConversions, KeepWhatIsTypedWhole) {
             ASSERT_EQ(static_cast<int>(span * normalised + least), value);
         }
         EXPECT_EQ(NormalizeWholeDisplayValue(index, kNan), 0.0f);
-        EXPECT_EQ(NormalizeWholeDisplayValue(index, kInfinity), 0.0f);
+        EXPECT_EQ(NormalizeWholeDisplayValue(index, kInfinity), 1.0f);
         EXPECT_EQ(NormalizeWholeDisplayValue(index, 1e9f), 1.0f);
         EXPECT_EQ(NormalizeWholeDisplayValue(index, -1e9f), 0.0f);
     }
@@ -224,6 +224,8 @@ TEST_F(Parameters, TypedValuesAreShownAsTypedAndLimitedInEffect) {
     effect.setParameter(1, 1.0f);
     EXPECT_EQ(Display(1), "6.0") << "until the host sets it again";
 
+    effect.setParameterFromDiaplay(3, 1e30f);
+    EXPECT_EQ(Display(3), "1000000015047466219876688855040.0");
     effect.setParameterFromDiaplay(2, -6.0f);
     EXPECT_FLOAT_EQ(effect.getParameter(2), (0.5f - 0.001f) / 0.999f);
     effect.setParameterFromDiaplay(3, 400.0f);
@@ -234,8 +236,8 @@ TEST_F(Parameters, TypedValuesAreShownAsTypedAndLimitedInEffect) {
                                                             {audioMasterEndEdit, 9, 0.0f}}));
 }
 
-TEST_F(Parameters, WhatIsNoNumberCountsAsTheMinimum) {
-    for (const float bad : {kNan, kInfinity, -kInfinity}) {
+TEST_F(Parameters, NanCountsAsTheMinimumAndInfinityIsClamped) {
+    for (const float bad : {kNan, -kInfinity}) {
         EXPECT_FLOAT_EQ(Internal(1, bad), -59.8f) << bad;
         EXPECT_FLOAT_EQ(Internal(3, bad), 20.0f) << bad;
         EXPECT_FLOAT_EQ(Internal(5, bad), 0.0f) << bad;
@@ -244,6 +246,13 @@ TEST_F(Parameters, WhatIsNoNumberCountsAsTheMinimum) {
         effect.setParameterFromDiaplay(4, bad);
         effect.setParameterFormUI(2, bad);
     }
+    EXPECT_EQ(Internal(1, kInfinity), 6.0f);
+    EXPECT_EQ(Internal(4, kInfinity), 20000.0f);
+    EXPECT_EQ(Internal(5, kInfinity), 127.0f);
+    EXPECT_EQ(ValToNormalizeValue(3, kInfinity), 1.0f);
+    EXPECT_EQ(NormalizeValToDWValue(3, kInfinity), 20000u * 65536u);
+    effect.setParameterFromDiaplay(1, kInfinity);
+    EXPECT_EQ(effect.getParameter(1), 1.0f);
     EXPECT_FLOAT_EQ(Internal(5, -3.0f), 0.0f);
     EXPECT_FLOAT_EQ(Internal(3, 1e30f), 20000.0f);
     EXPECT_FLOAT_EQ(Internal(3, -1e30f), 20.0f);
