@@ -52,17 +52,25 @@ CFile::~CFile() {
 
 bool CFile::Open(const char* path, unsigned flags) {
     Close();
+    const std::string name = PathFromUrlOrPath(path);
+    struct stat status {};
     int access = O_RDONLY;
     if ((flags & modeReadWrite) != 0) {
         access = O_RDWR;
     } else if ((flags & modeWrite) != 0) {
         access = O_WRONLY;
     }
-    if ((flags & modeCreate) != 0) access |= O_CREAT | ((flags & modeNoTruncate) != 0 ? 0 : O_TRUNC);
+    if ((flags & modeCreate) != 0) {
+        access |= O_CREAT;
+        if ((flags & modeNoTruncate) == 0) {
+            access |= O_TRUNC; // where the file cannot be removed
+            // Other names of the file keep its content. Devices and links are nobody's to remove.
+            if (::lstat(name.c_str(), &status) == 0 && S_ISREG(status.st_mode)) ::unlink(name.c_str());
+        }
+    }
     // Without O_NONBLOCK a pipe under that name would hold up the caller until somebody writes to it.
-    const int descriptor = ::open(PathFromUrlOrPath(path).c_str(), access | O_CLOEXEC | O_NONBLOCK, 0666);
+    const int descriptor = ::open(name.c_str(), access | O_CLOEXEC | O_NONBLOCK, 0666);
     if (descriptor < 0) return false;
-    struct stat status {};
     const bool known = ::fstat(descriptor, &status) == 0;
     if (!known || S_ISDIR(status.st_mode) || S_ISFIFO(status.st_mode) || S_ISSOCK(status.st_mode)) {
         ::close(descriptor);

@@ -13,6 +13,13 @@ namespace {
 /// Longest folder that is taken from a host, without its terminator.
 constexpr std::size_t kLongestFolder = 2047;
 
+/// The bytes of a bank's chunk to use: all that it declares or, where the file ends before that, the records
+/// that it holds whole.
+std::size_t UsableBytes(const BankFile& bank) {
+    return bank.complete ? bank.chunk.size()
+                         : bank.chunk.size() - bank.chunk.size() % sizeof(AVocafadeProgram);
+}
+
 } // namespace
 
 std::uint32_t AVocafade::getDWordFile(CFile* file) { return vocafade::getDWordFile(file); }
@@ -42,12 +49,9 @@ void AVocafade::LoadBank() {
     case BankContent::notABank:
     case BankContent::foreign:
         return; // the built-in programs stay
-    case BankContent::chunk: {
-        // A file that ends early gives the programs that it holds whole.
-        const std::size_t whole = bank.chunk.size() - bank.chunk.size() % sizeof(AVocafadeProgram);
-        setChunk(bank.chunk.data(), static_cast<std::int32_t>(whole), false);
+    case BankContent::chunk:
+        setChunk(bank.chunk.data(), static_cast<std::int32_t>(UsableBytes(bank)), false);
         break;
-    }
     case BankContent::otherKind:
         break;
     }
@@ -63,8 +67,7 @@ void AVocafade::SetFactoryProgram() {
     if (bank.content != BankContent::chunk || bank.chunk.empty()) return;
     ProgramSet programs;
     CopyPrograms(programs, factory_);
-    const std::size_t whole = bank.chunk.size() - bank.chunk.size() % sizeof(AVocafadeProgram);
-    std::memcpy(programs.data(), bank.chunk.data(), whole);
+    std::memcpy(programs.data(), bank.chunk.data(), UsableBytes(bank));
     CopyPrograms(factory_, programs);
 }
 

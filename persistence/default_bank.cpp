@@ -64,8 +64,10 @@ BankFile ReadBankFile(const std::string& path, std::int32_t uniqueId, std::size_
     if (!file.Open(path.c_str(), CFile::modeRead)) return bank;
     bank.content = ReadHeader(file, uniqueId);
     if (bank.content != BankContent::chunk) return bank;
-    bank.chunk.resize(std::min<std::size_t>(getDWordFile(&file), maximumChunk));
+    const std::size_t declared = getDWordFile(&file);
+    bank.chunk.resize(std::min(declared, maximumChunk));
     bank.chunk.resize(file.Read(bank.chunk.data(), bank.chunk.size()));
+    bank.complete = bank.chunk.size() == declared;
     return bank;
 }
 

@@ -26,6 +26,7 @@ enum class BankContent {
 struct BankFile {
     BankContent content = BankContent::unreadable;
     std::vector<std::byte> chunk; ///< as many bytes as the file really holds, at most those asked for
+    bool complete = false;        ///< the chunk has the size that the file declares
 };
 
 /// [main-thread] Reads a standard bank file of the plug-in `uniqueId`. The declared chunk size is bounded by

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The bank file that survives restarts.
+#include "base/file.h"
 #include "effect/avocafade.h"
 #include "persistence/settings_folder.h"
 #include "tests/support/recording_host.h"
@@ -157,6 +158,11 @@ TEST_F(Bank, IgnoresWhatIsNotItsOwn) {
         << "sizes and versions are not looked at";
     EXPECT_EQ(namesAfter(changed(156, "\xff\xff\xff\xff")), "My song,Empty") << "a declared size is bounded";
     EXPECT_EQ(namesAfter(good + std::string(100000, 'x')), "My song,Empty");
+    const std::string ofRecordsAndABit = good.substr(0, 160 + 7 * 52 + 24 + 4);
+    EXPECT_EQ(namesAfter(ofRecordsAndABit), "Empty,Empty") << "the rest of the declared chunk is missing";
+    EXPECT_EQ(namesAfter(std::string(ofRecordsAndABit).replace(156, 4, std::string("\0\0\1\x88", 4))),
+              "My sy,Empty")
+        << "a chunk that is complete counts to its last byte";
     EXPECT_EQ(namesAfter(good.substr(0, 160 + 8 * 52 + 30)), "My song,Empty")
         << "whole records of a short file";
     for (std::size_t length = 0; length < 160; length += 13) {
@@ -215,6 +221,17 @@ TEST_F(Bank, ReplacesWhatALinkPointsTo) {
     effect.SaveProgram(2, "linked");
     EXPECT_TRUE(std::filesystem::is_symlink(BankPath()));
     EXPECT_NE(ReadFile(settings / "dotfiles/bank").find("linked"), std::string::npos);
+}
+
+TEST_F(Bank, CreatingAFileLeavesItsOtherNamesTheirContent) {
+    WriteFile(settings / "one", "old");
+    std::filesystem::create_hard_link(settings / "one", settings / "other");
+    CFile file;
+    ASSERT_TRUE(file.Open((settings / "one").c_str(), CFile::modeCreate | CFile::modeWrite));
+    file.Write("new", 3);
+    file.Close();
+    EXPECT_EQ(ReadFile(settings / "one"), "new");
+    EXPECT_EQ(ReadFile(settings / "other"), "old");
 }
 
 TEST_F(Bank, IsWholeWheneverItsWriterIsKilled) {
