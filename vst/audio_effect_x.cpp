@@ -84,7 +84,6 @@ VstIntPtr AudioEffectX::dispatcher(std::int32_t opcode, std::int32_t index, VstI
     case effGetMidiKeyName:
     case effBeginSetProgram:
     case effEndSetProgram:
-    case effGetSpeakerArrangement:
     case effShellGetNextPlugin:
     case effSetPanLaw:
     case effBeginLoadBank:
@@ -94,6 +93,10 @@ VstIntPtr AudioEffectX::dispatcher(std::int32_t opcode, std::int32_t index, VstI
         return 0;
     case effGetCurrentMidiProgram:
         return -1;
+    case effGetSpeakerArrangement: // refused, but a host that does not look at the answer finds null pointers
+        if (value != 0) *reinterpret_cast<void**>(value) = nullptr;
+        if (ptr != nullptr) *static_cast<void**>(ptr) = nullptr;
+        return 0;
     case effSetTotalSampleToProcess:
         return value;
     default:

@@ -118,6 +118,11 @@ TEST_F(Plugin, AnswersEveryOpcodeAsTheInterfacesBaseDoes) {
     EXPECT_EQ(Ask(effGetParameterProperties, 3, 0, &properties), 1);
     VstPinProperties pin;
     EXPECT_EQ(Ask(effGetInputProperties, 0, 0, &pin), 0);
+    void* in = &pin;
+    void* out = &pin;
+    EXPECT_EQ(Ask(effGetSpeakerArrangement, 0, reinterpret_cast<VstIntPtr>(&in), &out), 0);
+    EXPECT_EQ(in, nullptr);
+    EXPECT_EQ(out, nullptr);
     Ask(effSetProgram, 0, VstIntPtr{1} << 32);
     Ask(effSetProgram, 0, 70);
     EXPECT_EQ(Ask(effGetProgram), 0);
