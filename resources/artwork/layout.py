@@ -45,7 +45,6 @@ METER_HEIGHT = 133
 # the track's end by one pixel at the bottom of the travel; that row carries nothing but shadow.
 THUMB_WIDTH = 14
 THUMB_HEIGHT = 25
-THUMB_LEFT = 1  # in the track
 
 FADER_TOP = INPUT_FADER[1]
 FADER_HEIGHT = INPUT_FADER[3] - INPUT_FADER[1]
