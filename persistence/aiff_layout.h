@@ -79,13 +79,11 @@ struct AiffLayout {
 ///   byte between. A zero cannot begin an ID, so it is skipped; other bytes are taken as the ID when they
 ///   make a chunk that fits into the file, and else the same is tried one byte further.
 /// - sizes of sounds above 4 GiB have wrapped, and those of a recording that was never finished are zero.
-/// Where
-///   frame count and sound size agree, modulo 4 GiB, they are believed. Otherwise the sound's end is the
+///   Where frame count and sound size agree, modulo 4 GiB, they are believed. Otherwise the sound's end is the
 ///   first place, in steps of 4 GiB from what the header says, from which whole chunks lead exactly to the
 ///   end of the form or file; failing that, one that looks like a chunk; failing that, the end of the file.
 /// - a user chunk that was replaced by a shorter one, or taken away, leaves bytes behind the end of the form.
-/// They
-///   are no chunks. But a form size that would leave out the sound, or what others appended, is not believed.
+///   They are no chunks. But a form size that would leave out the sound, or what others appended, is not believed.
 AiffLayout ReadAiffLayout(CFile& file);
 
 /// [main-thread] Reads exactly `count` bytes at `position`; false when they are not all there.

@@ -26,8 +26,7 @@ struct Stems {
 ///
 /// Voice and rest are told apart cell by cell:
 ///  - with the stems, a cell is the voice's where the voice is at least 20 dB above the rest, and the rest's
-///  the
-///    other way round; cells where both sound are nobody's. The 20 dB are there because what is left in a
+///    the other way round; cells where both sound are nobody's. The 20 dB are there because what is left in a
 ///    voice cell may be the rest that shone through; a deeper cut than the stems differ by could not be seen.
 ///  - without them nobody can know what is sung. A cell is then the middle's where the difference of the
 ///    channels is at least 10 dB below their sum (only inside the band: below it the middle is bass and
@@ -51,9 +50,8 @@ struct Measurement {
 /// The amplitude by which the effect passes on what it does not remove, at its factory levels: about 0.634,
 /// or -4.0 dB. Two factors make it up:
 ///  - the engine's, 1.269: frames of 2048 samples under a Hann window, twice, a hop of a sixth, five frames
-///  of
-///    six reaching the output, half of the spectrum put together again, times 4 / 6 and 1.7; averaged over a
-///    hop;
+///    of six reaching the output, half of the spectrum put together again, times 4 / 6 and 1.7; averaged over
+///    a hop;
 ///  - the Output level's: the engine is given it as its place between the least gain (0.001) and the greatest
 ///    (2.0), which for 0 dB, a gain of 1, is 0.49975.
 double PassThroughGain();
