@@ -19,6 +19,9 @@ IDENTIFIER = 0x56666451  # 'VfdQ'
 NAMES = ("ON/OFF", "Output", "Input", "LoFreq", "HiFreq", "Position")
 TRACK = (40, 344)  # where its name stands in the main window
 PLUGIN_ENTRY = (55, 190)  # the plug-in's name in the strip of the track's mixer
+# Ardour's own controls of a plug-in: the y of a parameter's bar, and from where to where it is dragged.
+OWN_BARS = {3: (206, 90, 190), 4: (225, 150, 110), 5: (244, 170, 90)}
+OWN_BAR_WIDTH = 195
 CONFIG = """<?xml version="1.0" encoding="UTF-8"?>
 <Ardour>
  <Config>
@@ -194,8 +197,9 @@ class Ardour(HostTest):
 
         return self.start_up("Ardour", start)
 
-    def open_editor(self, window):
-        """Opens the panel from the strip of the track's mixer. What comes before the windows stand is lost."""
+    def open_editor(self, window, opened, *modifier):
+        """Opens a window of the plug-in's from the strip of the track's mixer: the panel, or with Alt the controls that
+        Ardour makes for every plug-in. What comes before the windows stand is lost. The value of `opened`."""
         for attempt in range(6):
             time.sleep(2)
             if attempt % 2 == 0:
@@ -203,19 +207,48 @@ class Ardour(HostTest):
                 time.sleep(1)
                 self.xdotool("windowfocus", window, "key", "shift+e")  # shows the strip, or hides it
                 time.sleep(2)
-            self.xdotool("mousemove", *PLUGIN_ENTRY, "click", "--repeat", 2, "--delay", 80, 1)
+            hold, let_go = [[f"key{way}", *modifier] if modifier else [] for way in ("down", "up")]
+            self.xdotool("mousemove", *PLUGIN_ENTRY, *hold, "click", "--repeat", 2, "--delay", 80, 1, *let_go)
             try:
-                return self.wait_for("the plug-in's window", self.panel_window, timeout=8)
+                return self.wait_for("the plug-in's window", opened, timeout=8)
             except HostStuck as reason:
                 print(f"    {reason}; again", file=sys.stderr)
         return self.fail("Ardour does not open the plug-in's window")
+
+    def save(self, process, window):
+        """Has the window save its session, and ends it."""
+        text = self.file.read_bytes()
+        self.xdotool("windowfocus", window, "key", "ctrl+s")
+        self.wait_for("the saved session", lambda: self.file.read_bytes() not in (text, b""), process=process)
+        end_all(folders_too=False)
+
+    def test_its_own_controls_span_the_whole_range(self):
+        self.make_session()
+        self.lay_song()
+        process, window = self.start_window()
+        self.open_editor(window, lambda: self.windows("Vocafade"), "alt")
+        was = self.chunk()[0]
+        for place, start, end in OWN_BARS.values():
+            time.sleep(2)  # or it is a double click
+            self.xdotool("mousemove", start, place, "mousedown", 1)
+            for i in range(1, 11):
+                self.xdotool("mousemove", start + (end - start) * i // 10, place)
+                time.sleep(0.05)
+            self.xdotool("mouseup", 1)
+        self.screenshot("ardour-own-controls.png")
+        self.save(process, window)
+        now = self.chunk()[0]
+        print(f"    from {was[:6]} to {now[:6]}", file=sys.stderr)
+        for number in range(6):
+            _, start, end = OWN_BARS.get(number, (0, 0, 0))
+            self.assertAlmostEqual(now[number], was[number] + (end - start) / OWN_BAR_WIDTH, delta=0.03)
 
     @unittest.skipUnless(has_editor(), "this build's editor has no window")
     def test_drag_in_the_editor_changes_the_sound(self):
         self.make_session()
         path = self.lay_song()
         process, window = self.start_window()
-        editor = self.open_editor(window)
+        editor = self.open_editor(window, self.panel_window)
         before = self.wait_for_picture(editor, OUTPUT_FADER)
         self.screenshot("ardour-before.png")
         self.drag(editor, OUTPUT_FADER, 40, 80)
@@ -223,10 +256,7 @@ class Ardour(HostTest):
         self.screenshot("ardour.png")
 
         was = self.chunk()[0]
-        text = self.file.read_bytes()
-        self.xdotool("windowfocus", window, "key", "ctrl+s")
-        self.wait_for("the saved session", lambda: self.file.read_bytes() not in (text, b""), process=process)
-        end_all(folders_too=False)
+        self.save(process, window)
         now = self.chunk()[0]
         self.assertLess(now[1], 0.8 * was[1])
         self.assertEqual((now[0], *now[2:]), (was[0], *was[2:]))
