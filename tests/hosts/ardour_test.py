@@ -9,14 +9,13 @@ import unittest
 import xml.etree.ElementTree as xml
 from pathlib import Path
 
-from support import (OUTPUT_FADER, PERIOD, RATE, RECORD, HostStuck, HostTest, end_all, has_editor, main, read_wav, song,
-                     to_normalised, write_wav)
+from support import (NAMES, OUTPUT_FADER, PERIOD, RATE, RECORD, HostStuck, HostTest, end_all, has_editor, main,
+                     read_wav, song, to_normalised, write_wav)
 
 LIBRARY = "/usr/lib/ardour7"
 FRAMES = 4 * RATE  # of the song
 SUPERCLOCK = 282240000  # Ardour's ticks a second
 IDENTIFIER = 0x56666451  # 'VfdQ'
-NAMES = ("ON/OFF", "Output", "Input", "LoFreq", "HiFreq", "Position")
 TRACK = (40, 344)  # where its name stands in the main window
 PLUGIN_ENTRY = (55, 190)  # the plug-in's name in the strip of the track's mixer
 # Ardour's own controls of a plug-in: the y of a parameter's bar, and from where to where it is dragged.

@@ -15,8 +15,8 @@ import wave
 import zlib
 from pathlib import Path
 
-from support import (OUTPUT_FADER, PERIOD, RATE, RECORD, HostStuck, HostTest, end_all, has_editor, main, peak, read_wav, song,
-                     to_normalised, write_wav)
+from support import (CURRENT, OUTPUT_FADER, PERIOD, PROGRAMS, RATE, RECORD, HostStuck, HostTest, end_all, has_editor, main,
+                     peak, read_wav, song, to_normalised, write_wav)
 
 SCANNER = "/usr/lib/x86_64-linux-gnu/qtractor/qtractor_plugin_scan"
 NO_SEQUENCER = Path(os.environ.get("VOCAFADE_NO_SEQUENCER", "build/release/tests/vocafade-no-sequencer.so")).resolve()
@@ -80,10 +80,6 @@ SESSION = """<!DOCTYPE qtractorSession>
 """
 
 
-CURRENT = 37
-PROGRAMS = [(1.0, 0.2 + n / 100, 1 - n / 64, n / 640, 0.5 + n / 200, n / 63, f"Program {n}".encode(), 0)
-            for n in range(64)]
-PROGRAMS[0] = (*PROGRAMS[0][:7], CURRENT)
 ROUNDING = 1e-9  # what is recorded are whole numbers of 32 bits
 
 

@@ -30,7 +30,12 @@ RATE = 44100
 PERIOD = 1024  # samples of JACK's block
 SERVER = f"vocafade-hosts-{os.getuid()}"  # JACK's, apart from the user's own
 RECORD = struct.Struct("=6f24si")  # a program as chunks hold it
-
+NAMES = ("ON/OFF", "Output", "Input", "LoFreq", "HiFreq", "Position")
+# A bank in which every program differs.
+CURRENT = 37
+PROGRAMS = [(1.0, 0.2 + n / 100, 1 - n / 64, n / 640, 0.5 + n / 200, n / 63, f"Program {n}".encode(), 0)
+            for n in range(64)]
+PROGRAMS[0] = (*PROGRAMS[0][:7], CURRENT)
 
 # The Output fader on the panel: x, the y of its upper end, the y of its lower end.
 OUTPUT_FADER = (421, 45, 178)

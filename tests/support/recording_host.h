@@ -41,7 +41,8 @@ class RecordingHost {
         if (opcode == audioMasterVersion) return active->version;
         if (opcode == audioMasterGetDirectory) return reinterpret_cast<VstIntPtr>(active->directory.c_str());
         if (opcode == audioMasterGetProductString)
-            std::strcpy(static_cast<char*>(ptr), active->product.c_str());
+
+            std::memcpy(ptr, active->product.c_str(), active->product.size() + 1);
         return 0;
     }
 
