@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "base/file.h"
 
+#include <cerrno>
 #include <cstring>
 #include <fcntl.h>
 #include <string_view>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -74,6 +76,7 @@ bool CFile::Open(const char* path, unsigned flags) {
     const bool known = ::fstat(descriptor, &status) == 0;
     if (!known || S_ISDIR(status.st_mode) || S_ISFIFO(status.st_mode) || S_ISSOCK(status.st_mode)) {
         ::close(descriptor);
+        errno = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
         return false;
     }
     return Attach(descriptor, flags);
@@ -86,6 +89,15 @@ bool CFile::Attach(int descriptor, unsigned flags) {
     last_ = Last::none;
     if (stream_ == nullptr) ::close(descriptor);
     return stream_ != nullptr;
+}
+
+bool CFile::Lock() {
+    if (stream_ == nullptr) return false;
+    while (::flock(::fileno(stream_), LOCK_EX) != 0) {
+        if (errno == ENOLCK || errno == EOPNOTSUPP) return true;
+        if (errno != EINTR) return false;
+    }
+    return true;
 }
 
 void CFile::Close() {

@@ -33,6 +33,9 @@ class CFile {
     virtual bool Open(const char* path, unsigned flags);
     /// Takes over an open descriptor, closing it with this object.
     bool Attach(int descriptor, unsigned flags);
+    /// Waits until no other process or object holds the file by this call, and holds it until it is closed.
+    /// True also where the file system has no locks.
+    bool Lock();
     virtual void Close();
     bool IsOpen() const { return stream_ != nullptr; }
 

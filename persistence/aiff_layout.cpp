@@ -38,7 +38,7 @@ class Walk {
             layout_.end = position;
             if (IsFormEnd(position)) chunksInForm_ = layout_.chunks.size();
         }
-        CutBehindFormEnd();
+        ClassifyBehindForm();
         return std::move(layout_);
     }
 
@@ -84,18 +84,23 @@ class Walk {
 
     /// Zeros behind the last chunk are padding that may be written over; anything else is somebody's.
     bool EndAtStrangeBytes(std::int64_t position) {
+        if (!OnlyZeros(position, length_)) layout_.tail = AiffLayout::Tail::strangeBytes;
+        return false;
+    }
+
+    bool OnlyZeros(std::int64_t position, std::int64_t end) {
         std::array<unsigned char, 4096> bytes{};
-        while (position < length_) {
+        while (position < end) {
             const auto count = static_cast<std::size_t>(
-                std::min<std::int64_t>(length_ - position, static_cast<std::int64_t>(bytes.size())));
+                std::min<std::int64_t>(end - position, static_cast<std::int64_t>(bytes.size())));
             if (!ReadAt(file_, position, bytes.data(), count) ||
                 std::any_of(bytes.data(), bytes.data() + count,
                             [](unsigned char byte) { return byte != 0; })) {
-                return End(AiffLayout::Tail::strangeBytes);
+                return false;
             }
             position += static_cast<std::int64_t>(count);
         }
-        return false;
+        return true;
     }
 
     bool ReadCommon(const AiffChunk& chunk) {
@@ -131,7 +136,7 @@ class Walk {
     }
 
     std::int64_t SoundEnd(std::int64_t firstEnd, std::uint32_t size) {
-        if (const std::int64_t end = EndByFrames(firstEnd); end != 0) return end;
+        if (const std::int64_t end = EndByFrames(firstEnd, size); end != 0) return end;
         // A recorder that never came back to fill in the sizes left a form that ends where the sound begins.
         const bool neverFilledIn = size <= 8 && layout_.common.frames == 0;
         for (std::int64_t end = firstEnd; end <= length_; end += kSizeWrap) {
@@ -146,14 +151,21 @@ class Walk {
         return length_;
     }
 
-    /// The sound's end when frame count and sound size agree, modulo 4 GiB; 0 when they do not.
-    std::int64_t EndByFrames(std::int64_t firstEnd) const {
+    /// The sound's end when frame count and sound size agree, modulo 4 GiB; 0 when they do not. The count
+    /// itself wraps at 2^32 frames.
+    std::int64_t EndByFrames(std::int64_t firstEnd, std::uint32_t size) {
         const AiffCommon& common = layout_.common;
-        const std::int64_t frameBytes = std::int64_t{common.channels} * ((common.bits + 7) / 8);
-        const std::int64_t end =
-            layout_.soundPosition + static_cast<std::int64_t>(common.frames) * frameBytes;
-        const bool agree = common.frames != 0 && frameBytes != 0 && (end - firstEnd) % kSizeWrap == 0;
-        return agree && end >= firstEnd && end <= length_ ? end : 0;
+        const std::int64_t frameBytes = std::int64_t{common.channels} * common.sampleBytes();
+        if (common.frames == 0 || frameBytes == 0) return 0;
+        std::int64_t end = layout_.soundPosition + static_cast<std::int64_t>(common.frames) * frameBytes;
+        if ((end - firstEnd) % kSizeWrap != 0) return 0;
+        std::int64_t last = 0;
+        for (; end <= length_; end += frameBytes * kSizeWrap) {
+            if (end < firstEnd) continue;
+            last = end;
+            if (LeadsToEnd(Behind(end, size), end)) break;
+        }
+        return last;
     }
 
     /// True when whole chunks lead from `position` exactly to the end of the form or of the file.
@@ -193,18 +205,32 @@ class Walk {
 
     bool IsFormEnd(std::int64_t position) const { return position == formEnd_; }
 
-    void CutBehindFormEnd() {
+    /// Tells what old user chunks left behind the end of the form from what others appended there.
+    void ClassifyBehindForm() {
         if (chunksInForm_ == 0 || formEnd_ >= length_) return;
         const auto inForm = layout_.chunks.begin() + static_cast<std::ptrdiff_t>(chunksInForm_);
         if (!layout_.hasSound || layout_.sound.position >= formEnd_) return;
-        const std::uint32_t lastId = layout_.chunks[chunksInForm_ - 1].id;
-        const bool userChunkLast = lastId == kUserChunk || lastId == kFillerChunk; // now, or once
+        AiffChunk& last = layout_.chunks[chunksInForm_ - 1];
+        const bool userChunkLast = last.id == kUserChunk || last.id == kFillerChunk; // now, or once
         const bool userChunkRemoved = inForm != layout_.chunks.end() && inForm->id == kUserChunk;
         // Only what old user chunks left is given up; other bytes are somebody's, whether chunks or not.
         if (!userChunkLast && !userChunkRemoved) return;
         layout_.chunks.erase(inForm, layout_.chunks.end());
         layout_.end = formEnd_;
         layout_.tail = AiffLayout::Tail::clean;
+        std::int64_t position = ChunksBehindForm(file_, formEnd_);
+        if (!OnlyZeros(formEnd_, position)) layout_.leftover = position - formEnd_;
+        if (position == length_) return;
+        // Chunks follow, so the gap before them becomes part of a chunk that can be written over.
+        if (last.id == kFillerChunk) {
+            last.size = position - last.dataPosition();
+            last.headerIsStale = true;
+        } else if (userChunkRemoved && last.id != kUserChunk) {
+            const std::int64_t size = position - formEnd_ - kChunkHeaderSize;
+            layout_.chunks.push_back({kFillerChunk, formEnd_, 0, size, true});
+        }
+        while (position < length_ && Step(position))
+            layout_.end = position;
     }
 
     CFile& file_;
@@ -223,6 +249,44 @@ const AiffChunk* AiffLayout::Find(std::uint32_t id) const {
 }
 
 AiffLayout ReadAiffLayout(CFile& file) { return Walk(file).Run(); }
+
+std::int64_t ChunksBehindForm(CFile& file, std::int64_t formEnd) {
+    constexpr std::int64_t mostSearched = 64 << 20;
+    const std::int64_t length = file.GetLength();
+    for (std::array<unsigned char, kChunkHeaderSize> header{};
+         ReadAt(file, formEnd, header.data(), header.size()) && LoadBigEndian32(header.data()) == kUserChunk;)
+        formEnd += kChunkHeaderSize + LoadBigEndian32(header.data() + 4);
+    const std::int64_t start = std::max(formEnd, length - mostSearched);
+    if (start >= length) return length;
+    const auto size = static_cast<std::size_t>(length - start);
+    std::vector<unsigned char> bytes(size);
+    if (!ReadAt(file, start, bytes.data(), size)) return length;
+    std::vector<bool> leads(size + 1); // from here to the end of the file; found from behind
+    leads[size] = true;
+    std::size_t first = size;
+    for (std::size_t at = size; at-- > 0;) {
+        if (size - at < kChunkHeaderSize) continue;
+        const std::uint32_t id = LoadBigEndian32(&bytes[at]), declared = LoadBigEndian32(&bytes[at + 4]);
+        if (!IsChunkId(id) || id == kUserChunk || declared > size - at - kChunkHeaderSize) continue;
+        const std::size_t next = at + kChunkHeaderSize + declared;
+        const bool padded = declared % 2 != 0 && next < size && bytes[next] == 0;
+        leads[at] = leads[next + (padded ? 1 : 0)];
+        if (leads[at]) first = at;
+    }
+    return start + static_cast<std::int64_t>(first);
+}
+
+std::optional<std::vector<unsigned char>> ReadPayload(CFile& file, const AiffLayout& layout,
+                                                      std::uint32_t id) {
+    const auto chunk = std::find_if(layout.chunks.rbegin(), layout.chunks.rend(),
+                                    [id](const AiffChunk& candidate) { return candidate.id == id; });
+    std::vector<unsigned char> payload;
+    if (chunk == layout.chunks.rend()) return payload;
+    if (chunk->size > kMostPayload) return std::nullopt;
+    payload.resize(static_cast<std::size_t>(chunk->size));
+    if (!ReadAt(file, chunk->dataPosition(), payload.data(), payload.size())) return std::nullopt;
+    return payload;
+}
 
 bool ReadAt(CFile& file, std::int64_t position, void* buffer, std::size_t count) {
     return file.Seek(position, CFile::begin) && file.Read(buffer, count) == count;

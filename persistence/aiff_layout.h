@@ -5,6 +5,7 @@
 #include "base/file.h"
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 namespace vocafade {
@@ -22,6 +23,8 @@ inline constexpr std::uint32_t kFillerChunk = FourCharacterCode("FLLR");
 inline constexpr std::int64_t kFormHeaderSize = 12;
 inline constexpr std::int64_t kChunkHeaderSize = 8;
 inline constexpr std::uint32_t kCommonSize = 18;
+/// The largest payload that is read or written as a whole, in bytes: what the file layer's `int` can count.
+inline constexpr std::int64_t kMostPayload = 0x7FFFFFFF;
 
 /// One chunk of an AIFF file, as it lies in the file; positions in bytes from the start of the file.
 struct AiffChunk {
@@ -29,6 +32,7 @@ struct AiffChunk {
     std::int64_t position = 0;      ///< of the 8-byte chunk header
     std::uint32_t declaredSize = 0; ///< what the header says
     std::int64_t size = 0;          ///< bytes behind the header that are really there
+    bool headerIsStale = false;     ///< ID and size are not those in the file, and must be written
 
     std::int64_t dataPosition() const { return position + kChunkHeaderSize; }
     std::int64_t end() const { return dataPosition() + size; }
@@ -39,6 +43,8 @@ struct AiffCommon {
     std::uint16_t channels = 0;
     std::uint32_t frames = 0; ///< sample frames
     std::uint16_t bits = 0;   ///< of one sample point
+    /// Bytes that a sample point takes: 12 bits take two.
+    int sampleBytes() const { return (bits + 7) / 8; }
 };
 
 /// The map of an AIFF file, with nothing in it that lies outside the file, whatever its sizes say.
@@ -60,7 +66,8 @@ struct AiffLayout {
     Form form = Form::none;
     Tail tail = Tail::clean;
     std::vector<AiffChunk> chunks;
-    std::int64_t end = 0;                          ///< where a further chunk goes
+    std::int64_t end = 0;      ///< where a further chunk goes
+    std::int64_t leftover = 0; ///< bytes behind the end of the form that an old user chunk left: no chunks
     const AiffChunk* Find(std::uint32_t id) const; ///< the first chunk with that ID, or null
 
     bool hasCommon = false; ///< `common` was read
@@ -78,13 +85,25 @@ struct AiffLayout {
 /// - those of our own family put a chunk directly behind an odd-sized one, those of everybody else put a zero
 ///   byte between. A zero cannot begin an ID, so it is skipped; other bytes are taken as the ID when they
 ///   make a chunk that fits into the file, and else the same is tried one byte further.
-/// - sizes of sounds above 4 GiB have wrapped, and those of a recording that was never finished are zero.
-///   Where frame count and sound size agree, modulo 4 GiB, they are believed. Otherwise the sound's end is the
-///   first place, in steps of 4 GiB from what the header says, from which whole chunks lead exactly to the
-///   end of the form or file; failing that, one that looks like a chunk; failing that, the end of the file.
+/// - sizes of sounds above 4 GiB have wrapped, frame counts at 2^32, and those of a recording that was never
+///   finished are zero. Of the ends at which frame count and size agree, as often as both may have wrapped,
+///   the first is taken from which whole chunks lead exactly to the end of the form or file; where none
+///   does, the last. Where the two never agree it is the first such place in steps of 4 GiB from what the
+///   header says; failing that, one that looks like a chunk; failing that, the end of the file.
 /// - a user chunk that was replaced by a shorter one, or taken away, leaves bytes behind the end of the form.
-///   They are no chunks. But a form size that would leave out the sound, or what others appended, is not believed.
+///   They are no chunks; but what others appended behind them is: see `ChunksBehindForm`. A form size that
+///   would leave out the sound is not believed.
 AiffLayout ReadAiffLayout(CFile& file);
+
+/// [main-thread] The first place behind the form, which ends at `formEnd`, from which whole chunks lead
+/// exactly to the end of the file, user chunks that were taken away aside; the length of the file when there
+/// is none. Only the last 64 MiB are searched.
+std::int64_t ChunksBehindForm(CFile& file, std::int64_t formEnd);
+
+/// [main-thread] The payload of the last chunk with that ID, which stands for all before it; empty when there
+/// is no such chunk; nothing when it cannot be read or holds more than `kMostPayload` bytes.
+std::optional<std::vector<unsigned char>> ReadPayload(CFile& file, const AiffLayout& layout,
+                                                      std::uint32_t id);
 
 /// [main-thread] Reads exactly `count` bytes at `position`; false when they are not all there.
 bool ReadAt(CFile& file, std::int64_t position, void* buffer, std::size_t count);

@@ -12,13 +12,15 @@ bool Write32At(CFile& file, std::int64_t position, std::uint32_t value) {
     return file.Seek(position, CFile::begin) && file.Write(bytes.data(), bytes.size());
 }
 
-/// The number of frames in the sound: the header's own where it can be right. Files of 12-bit samples, which
-/// take two bytes each, are the reason not to compute it always.
+/// The number of frames in the sound, modulo 2^32: the header's own where the sound has that size. (It is not
+/// always computed, since samples of 12 bits take two bytes each.)
 std::uint32_t Frames(const AiffLayout& layout) {
-    const std::uint32_t frameBytes = std::uint32_t{layout.common.channels} * layout.common.bits / 8;
-    if (frameBytes == 0 || (layout.soundSizeDeclared && layout.common.frames != 0))
-        return layout.common.frames;
-    return static_cast<std::uint32_t>(layout.soundSize / frameBytes);
+    const AiffCommon& common = layout.common;
+    const std::int64_t padded = std::int64_t{common.channels} * common.sampleBytes();
+    if (padded == 0 || static_cast<std::uint32_t>(layout.soundSize / padded) == common.frames)
+        return common.frames;
+    const std::int64_t packed = std::int64_t{common.channels} * common.bits / 8;
+    return packed == 0 ? common.frames : static_cast<std::uint32_t>(layout.soundSize / packed);
 }
 
 } // namespace

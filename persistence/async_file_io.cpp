@@ -5,23 +5,12 @@
 
 #include <algorithm>
 #include <cstring>
-#include <limits>
 
 namespace vocafade {
 namespace {
 
 /// 44100 as an 80-bit extended float: exponent 2^15, mantissa 0xAC44 at the top.
 constexpr std::array<unsigned char, 10> kRate44100 = {0x40, 0x0E, 0xAC, 0x44, 0, 0, 0, 0, 0, 0};
-
-/// The payload of the last chunk with that ID, which stands for all before it.
-std::vector<unsigned char> LastPayload(CFile& file, const AiffLayout& layout, std::uint32_t id) {
-    const auto chunk = std::find_if(layout.chunks.rbegin(), layout.chunks.rend(),
-                                    [id](const AiffChunk& candidate) { return candidate.id == id; });
-    if (chunk == layout.chunks.rend() || chunk->size > std::numeric_limits<int>::max()) return {};
-    std::vector<unsigned char> payload(static_cast<std::size_t>(chunk->size));
-    if (!ReadAt(file, chunk->dataPosition(), payload.data(), payload.size())) return {};
-    return payload;
-}
 
 } // namespace
 
@@ -110,8 +99,8 @@ int CAsyncFileIO::Seek64(int from, long long offset) {
 long long CAsyncFileIO::GetLength() const { return layout_.soundSize; }
 
 void CAsyncFileIO::CacheChunks() {
-    user_ = LastPayload(file_, layout_, kUserChunk);
-    id3_ = LastPayload(file_, layout_, kId3Chunk);
+    user_ = ReadPayload(file_, layout_, kUserChunk).value_or(std::vector<unsigned char>());
+    id3_ = ReadPayload(file_, layout_, kId3Chunk).value_or(std::vector<unsigned char>());
     id3Length_ = static_cast<int>(id3_.size());
 }
 

@@ -21,25 +21,20 @@ void AppendHeader(Bytes& bytes, std::uint32_t id, std::uint32_t size) {
 }
 
 /// The whole chunk with its header; empty when there are no sub-chunks, nothing when it cannot be stored.
-std::optional<Bytes> Assemble(std::span<const KVBFILECHUNKINFO> first,
-                              std::span<const KVBFILECHUNKINFO> second) {
-    std::uint64_t total = 0;
-    for (const auto& list : {first, second}) {
-        for (const KVBFILECHUNKINFO& sub : list) {
-            if (sub.data == nullptr && sub.size != 0) return std::nullopt;
-            total += kChunkHeaderSize + std::uint64_t{sub.size};
-        }
+std::optional<Bytes> Assemble(std::span<const KVBFILECHUNKINFO> subs) {
+    std::int64_t total = 0;
+    for (const KVBFILECHUNKINFO& sub : subs) {
+        if (sub.data == nullptr && sub.size != 0) return std::nullopt;
+        total += kChunkHeaderSize + std::int64_t{sub.size};
+        if (total > kMostPayload) return std::nullopt;
     }
-    if (total > 0xFFFFFFFFu) return std::nullopt;
     Bytes bytes;
     if (total == 0) return bytes;
-    bytes.reserve(kChunkHeaderSize + total);
+    bytes.reserve(static_cast<std::size_t>(kChunkHeaderSize + total));
     AppendHeader(bytes, kUserChunk, static_cast<std::uint32_t>(total));
-    for (const auto& list : {first, second}) {
-        for (const KVBFILECHUNKINFO& sub : list) {
-            AppendHeader(bytes, sub.id, sub.size);
-            bytes.insert(bytes.end(), sub.data, sub.data + sub.size);
-        }
+    for (const KVBFILECHUNKINFO& sub : subs) {
+        AppendHeader(bytes, sub.id, sub.size);
+        bytes.insert(bytes.end(), sub.data, sub.data + sub.size);
     }
     return bytes;
 }
@@ -59,69 +54,110 @@ bool WriteGrowing(CFile& file, std::int64_t position, std::span<const unsigned c
 
 /// Where the new chunk goes and what becomes of the old ones.
 struct Plan {
+    struct Filler {
+        std::int64_t position;
+        std::int64_t size; ///< behind its header
+    };
     std::int64_t position = 0;
     std::int64_t formEnd = 0;
-    std::vector<std::int64_t> fillers; ///< chunks whose ID becomes that of a filler
+    std::vector<Filler> fillers;
 };
 
 Plan MakePlan(const AiffLayout& layout, Bytes& bytes) {
     const auto needed = static_cast<std::int64_t>(bytes.size());
-    // Before a chunk of another program stands the zero byte that it expects behind an odd size.
-    const std::int64_t padded = needed + needed % 2;
     Plan plan{layout.end, layout.end + needed, {}};
     bool placed = false;
     for (std::size_t i = 0; i < layout.chunks.size(); ++i) {
         const AiffChunk& chunk = layout.chunks[i];
-        if (chunk.id != kUserChunk) continue;
+        if (chunk.id != kUserChunk && !chunk.headerIsStale) continue;
         const bool last = i + 1 == layout.chunks.size();
         // In a form without a sound the form's end is not believed, so nothing may be left behind it.
         const bool open = last && layout.hasSound;
         const std::int64_t room = (last ? layout.end : layout.chunks[i + 1].position) - chunk.position;
+        // Between chunks only an even size will do: behind an odd one our own family expects the next chunk
+        // at once, and everybody else a zero byte.
+        const bool fits =
+            needed != 0 && needed % 2 == 0 && (needed == room || needed + kChunkHeaderSize <= room);
         if (!placed && open) {
             plan.position = chunk.position;
             plan.formEnd = chunk.position + needed;
             placed = true;
-        } else if (!placed && needed != 0 && (padded == room || padded + kChunkHeaderSize <= room)) {
+        } else if (!placed && fits) {
             plan.position = chunk.position;
             plan.formEnd = layout.end;
             placed = true;
-            bytes.resize(static_cast<std::size_t>(padded), 0);
             // What is left becomes a filler whose header is written together with the chunk.
-            if (padded < room) {
+            if (needed < room)
                 AppendHeader(bytes, kFillerChunk,
-                             static_cast<std::uint32_t>(room - padded - kChunkHeaderSize));
-            }
+                             static_cast<std::uint32_t>(room - needed - kChunkHeaderSize));
         } else {
-            plan.fillers.push_back(chunk.position);
+            plan.fillers.push_back({chunk.position, room - kChunkHeaderSize});
         }
     }
     return plan;
 }
 
+/// What the old chunk leaves behind the end of the form must not be taken for chunks that lead to the end of
+/// the file. Bytes that are none then stand there.
+bool SetLeftoverApart(CFile& file, const Plan& plan) {
+    constexpr std::array<unsigned char, 2> mark{0xFF, 0xFF};
+    const std::int64_t length = file.GetLength();
+    if (ChunksBehindForm(file, plan.formEnd) == length) return true;
+    return WriteAt(file, length, mark) && file.FlushToDisk();
+}
+
 bool Carry(CFile& file, const AiffLayout& layout, const Plan& plan, const Bytes& bytes) {
+    const bool leavesSome = plan.formEnd < layout.end;
+    if (leavesSome && !SetLeftoverApart(file, plan)) return false;
     if (!WriteGrowing(file, plan.position, bytes)) return false;
-    std::array<unsigned char, 4> filler{};
-    StoreBigEndian32(filler.data(), kFillerChunk);
-    for (const std::int64_t position : plan.fillers) {
-        if (!WriteAt(file, position, filler)) return false;
+    for (const Plan::Filler& filler : plan.fillers) {
+        Bytes header;
+        AppendHeader(header, kFillerChunk, static_cast<std::uint32_t>(filler.size));
+        if (!WriteAt(file, filler.position, header)) return false;
     }
     return WriteAiffSizes(file, layout, plan.formEnd);
+}
+
+/// Opens `path` and holds it alone while `subChunks` tells what the user chunk is to hold.
+template <typename SubChunks>
+UserChunkResult Replace(const char* path, SubChunks subChunks) {
+    CFile file;
+    if (!file.Open(path, CFile::modeReadWrite) || !file.Lock()) return UserChunkResult::cannotOpen;
+    const AiffLayout layout = ReadAiffLayout(file);
+    if (layout.form != AiffLayout::Form::plain) return UserChunkResult::notAiff;
+    // A sound that is cut short gets the size of what is there; any other damage leaves no safe place.
+    if (layout.tail != AiffLayout::Tail::clean) return UserChunkResult::damaged;
+    const std::optional<std::vector<KVBFILECHUNKINFO>> subs = subChunks(file, layout);
+    if (!subs) return UserChunkResult::unreadable;
+    std::optional<Bytes> bytes = Assemble(*subs);
+    if (!bytes) return UserChunkResult::tooLarge;
+    const Plan plan = MakePlan(layout, *bytes);
+    return Carry(file, layout, plan, *bytes) ? UserChunkResult::done : UserChunkResult::writeFailed;
 }
 
 } // namespace
 
 UserChunkResult PutUserChunk(const char* path, std::span<const KVBFILECHUNKINFO> first,
                              std::span<const KVBFILECHUNKINFO> second) {
-    CFile file;
-    if (!file.Open(path, CFile::modeReadWrite)) return UserChunkResult::cannotOpen;
-    const AiffLayout layout = ReadAiffLayout(file);
-    if (layout.form != AiffLayout::Form::plain) return UserChunkResult::notAiff;
-    // A sound that is cut short gets the size of what is there; any other damage leaves no safe place.
-    if (layout.tail != AiffLayout::Tail::clean) return UserChunkResult::damaged;
-    std::optional<Bytes> bytes = Assemble(first, second);
-    if (!bytes) return UserChunkResult::tooLarge;
-    const Plan plan = MakePlan(layout, *bytes);
-    return Carry(file, layout, plan, *bytes) ? UserChunkResult::done : UserChunkResult::writeFailed;
+    return Replace(path, [&](CFile&, const AiffLayout&) {
+        std::optional subs(std::vector(first.begin(), first.end()));
+        subs->insert(subs->end(), second.begin(), second.end());
+        return subs;
+    });
+}
+
+UserChunkResult ChangeUserChunk(const char* path,
+                                const std::function<void(std::vector<KVBFILECHUNKINFO>&)>& change) {
+    Bytes payload; // the sub-chunks point into it
+    return Replace(path, [&](CFile& file, const AiffLayout& layout) {
+        std::optional<std::vector<KVBFILECHUNKINFO>> subs;
+        if (std::optional<Bytes> old = ReadPayload(file, layout, kUserChunk)) {
+            payload = *std::move(old);
+            subs = ParseUserChunk(payload);
+        }
+        if (subs) change(*subs);
+        return subs;
+    });
 }
 
 bool WriteUserChunk(const char* path, KVBFILECHUNKINFO* list1, int count1, KVBFILECHUNKINFO* list2,

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <span>
 #include <vector>
@@ -21,7 +22,8 @@ enum class UserChunkResult {
     cannotOpen, ///< there is no such file, or it may not be written to
     notAiff,    ///< it is not a plain (uncompressed) AIFF file
     damaged,    ///< its chunks do not lead to its end, so there is no safe place for a further one
-    tooLarge,   ///< the sub-chunks together need 4 GiB or more, or one of them has no data
+    unreadable, ///< the sub-chunks that are to be changed are damaged, or take more than 2 GiB
+    tooLarge,   ///< the sub-chunks together take more than 2 GiB, or one of them has no data
     writeFailed ///< the disk took only a part; the sizes in the file still leave that part out
 };
 
@@ -30,9 +32,17 @@ enum class UserChunkResult {
 /// afterwards. Works in place, so a file of any length costs only the chunk itself, and never touches the
 /// sound or other chunks: a user chunk that has others behind it and does not fit where it was goes to the
 /// end of the file, and its old place becomes a filler ("FLLR"). The sizes in the headers of form and sound,
-/// and the frame count of a recording that was never finished, are put right.
+/// and a frame count that the sound does not have, are put right. What is left of a longer user chunk stays
+/// behind the end of the form; where it could be taken for other chunks, two bytes are appended that tell it
+/// from them. The file is locked from the first look at it to the last byte, and other changes wait.
 UserChunkResult PutUserChunk(const char* path, std::span<const KVBFILECHUNKINFO> first,
                              std::span<const KVBFILECHUNKINFO> second);
+
+/// [main-thread] The same with the sub-chunks that `change` makes of those in the file, so that of two
+/// programs that change the same file neither loses what the other stored. The data of what it adds outlive
+/// the call. Whatever it throws leaves the file as it was.
+UserChunkResult ChangeUserChunk(const char* path,
+                                const std::function<void(std::vector<KVBFILECHUNKINFO>&)>& change);
 
 /// [main-thread] `PutUserChunk` for two lists of `count1` and `count2` entries. True when the file could be
 /// opened, whatever came of it.

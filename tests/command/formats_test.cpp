@@ -215,10 +215,22 @@ TEST_F(FormatsCommand, ChunkCommandsThatMakeNoSenseChangeNothing) {
         }
         EXPECT_EQ(Content(At(name)), bytes);
     }
-    EXPECT_EQ(Run({"chunks", "missing.aiff"}).exitCode, 1);
-    EXPECT_EQ(Run({"chunks"}).exitCode, 2);
+    const RunResult missing = Run({"chunks", "missing.aiff"});
+    EXPECT_EQ(missing.exitCode, 1);
+    EXPECT_NE(missing.err.find("No such file or directory"), std::string::npos) << missing.err;
     EXPECT_EQ(Run({"chunks", song, "-o", "x"}).exitCode, 2);
     EXPECT_EQ(Run({"chunks", "cut.aiff"}).exitCode, 1);
+    // More than can be taken in is not taken for nothing.
+    std::string large = Content(At(song)) + "WVL4\x90";
+    large.append(3, '\0');
+    StoreBigEndian32(reinterpret_cast<unsigned char*>(&large[4]),
+                     static_cast<std::uint32_t>(large.size() - 8 + 0x90000000u));
+    Text("large.aiff", large);
+    std::filesystem::resize_file(At("large.aiff"), large.size() + 0x90000000u);
+    const RunResult refused = Run({"chunks", "large.aiff", "--put", "KEY=value"});
+    EXPECT_EQ(refused.exitCode, 1);
+    EXPECT_NE(refused.err.find("nothing was written"), std::string::npos) << refused.err;
+    EXPECT_EQ(std::filesystem::file_size(At("large.aiff")), large.size() + 0x90000000u);
 }
 
 /// A vowel in the middle: pulses through resonances at 700, 1300 and 2600 Hz; faint noise at the sides.

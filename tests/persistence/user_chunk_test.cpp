@@ -11,6 +11,8 @@
 #include <random>
 #include <sndfile.h>
 #include <string>
+#include <sys/wait.h>
+#include <unistd.h>
 #include <vector>
 
 namespace vocafade {
@@ -31,8 +33,8 @@ std::string Chunk(const std::string& id, const std::string& data) {
     return id + Big32(static_cast<std::uint32_t>(data.size())) + data;
 }
 
-std::string Common(std::uint32_t frames, std::uint16_t bits = 16) {
-    return Chunk("COMM", std::string("\0\2", 2) + Big32(frames) + Big32(bits).substr(2) +
+std::string Common(std::uint32_t frames, std::uint16_t bits = 16, char channels = 2) {
+    return Chunk("COMM", std::string{'\0', channels} + Big32(frames) + Big32(bits).substr(2) +
                              std::string("\x40\x0E\xAC\x44\0\0\0\0\0\0", 10));
 }
 
@@ -101,12 +103,15 @@ TEST(UserChunk, TheFamilysFileGetsChunkSizesAndFramesByteForByte) {
     EXPECT_EQ(ReadFile(path), Form(Common(100) + Sound(samples) + Chunk("WVL4", payload)));
     EXPECT_EQ(Payload(path), payload);
 
-    // Shorter: the rest of the old one stays where it was, outside the form, and is not taken for chunks.
+    // Shorter: the rest of the old one stays where it was, outside the form. It would make a chunk that leads
+    // to the end of the file, so the file gets another end.
     EXPECT_TRUE(WriteUserChunk(path.c_str(), first, 2, nullptr, 0));
     const std::string shorter =
         Form(Common(100) + Sound(samples) + Chunk("WVL4", Chunk("one ", a) + Chunk("two ", "")));
-    EXPECT_EQ(ReadFile(path), shorter + Chunk("tri ", b));
+    EXPECT_EQ(ReadFile(path), shorter + Chunk("tri ", b) + "\xFF\xFF");
     EXPECT_EQ(Payload(path), Chunk("one ", a) + Chunk("two ", ""));
+    EXPECT_EQ(Ids(path), "COMM SSND WVL4");
+    EXPECT_EQ(LayoutOf(path).leftover, 15);
 
     // None: the form ends behind the sound.
     EXPECT_TRUE(WriteUserChunk(path.c_str(), nullptr, 0, nullptr, 0));
@@ -134,15 +139,28 @@ TEST(UserChunk, OddSizesAreFollowedWithAndWithoutPadByte) {
     EXPECT_EQ(Ids(path), "COMM ANNO SSND");
 }
 
+/// The IDs as our own family finds them: it steps over no pad bytes.
+std::string FamilyIds(const std::string& path) {
+    const std::string file = ReadFile(path);
+    std::string ids;
+    for (std::size_t at = 12; at + 8 <= file.size();) {
+        ids += (ids.empty() ? "" : " ") + file.substr(at, 4);
+        at += 8 + LoadBigEndian32(reinterpret_cast<const unsigned char*>(&file[at + 4]));
+    }
+    return ids;
+}
+
 TEST(UserChunk, ChunksBehindTheUserChunkSurviveEveryPut) {
     TempFolder folder;
     const std::string path = folder / "song.aif";
     const std::string samples = Noise(4000), tail = Chunk("NAME", "song") + Chunk("ID3 ", "tags");
     const std::string head = Common(1000) + Sound(samples);
     const std::string old = Chunk("WVL4", Chunk("KEY ", Noise(32)));
-    const std::string sizes[] = {Noise(32, 2), Noise(15, 3), Noise(31, 4), Noise(25, 5), Noise(500, 6), ""};
-    for (const std::string& data : sizes) {
-        WriteFile(path, Form(head + old + tail));
+    const std::string oldPadded = Chunk("WVL4", Chunk("KEY ", Noise(31))) + std::string(1, '\0');
+    const std::string sizes[] = {Noise(32, 2), Noise(15, 3), Noise(31, 4), Noise(24, 5), Noise(500, 6), ""};
+    for (int i = 0; i < 12; ++i) {
+        const std::string& data = sizes[i / 2];
+        WriteFile(path, Form(head + (i % 2 == 0 ? old : oldPadded) + tail));
         ASSERT_EQ(Put(path, {Sub("KEY ", data)}), Result::done) << data.size();
         EXPECT_EQ(Payload(path), Chunk("KEY ", data)) << data.size();
         const AiffLayout layout = LayoutOf(path);
@@ -153,12 +171,94 @@ TEST(UserChunk, ChunksBehindTheUserChunkSurviveEveryPut) {
         for (const AiffChunk& chunk : layout.chunks) {
             EXPECT_EQ(chunk.position % 2, 0) << data.size();
         }
+        EXPECT_NE(FamilyIds(path).find("NAME ID3 "), std::string::npos) << FamilyIds(path) << data.size();
         const auto name = static_cast<std::size_t>(layout.Find(FourCharacterCode("NAME"))->position);
         EXPECT_EQ(file.substr(name, tail.size()), tail);
         EXPECT_EQ(Put(path, {}), Result::done);
         EXPECT_EQ(Payload(path), "");
         EXPECT_NE(Ids(path).find("NAME ID3 "), std::string::npos);
     }
+}
+
+TEST(UserChunk, ChunksThatOthersAppendedBehindTheFormAreKept) {
+    TempFolder folder;
+    const std::string path = folder / "song.aif";
+    const std::string head = Common(16) + Sound(Noise(64)), tags = Chunk("ID3 ", "tags!") + Chunk("XTRA", "");
+    const std::string first = Noise(100, 2), second = Noise(30, 3), key = "key";
+    const auto user = [](const std::string& data) { return Chunk("WVL4", Chunk("KEY ", data)); };
+    const std::string begun[] = {
+        Form(head + user(first)) + tags,                                     // behind a user chunk,
+        Form(head + user(second)) + user(first).substr(46) + tags,           // behind what a longer one left,
+        Form(head) + user(first) + tags,                                     // behind one that was removed,
+        Form(head + Chunk("FLLR", second)) + user(first).substr(46) + tags}; // behind what once was one
+    for (const std::string& bytes : begun) {
+        for (const std::size_t size : {0u, 2u, 22u, 30u, 100u, 101u, 300u}) {
+            WriteFile(path, bytes);
+            EXPECT_NE(Ids(path).find("ID3  XTRA"), std::string::npos) << Ids(path);
+            const std::string data(size, 'd');
+            for (int i = 0; i < 2; ++i) { // the second finds what the first made of it
+                ASSERT_EQ(Put(path, {Sub("KEY ", data)}), Result::done) << size;
+                EXPECT_EQ(Payload(path), Chunk("KEY ", data)) << size;
+                const std::string now = ReadFile(path);
+                EXPECT_EQ(now.substr(12, head.size()), head);
+                EXPECT_NE(now.find(tags), std::string::npos) << size;
+                EXPECT_NE(Ids(path).find("ID3  XTRA"), std::string::npos) << size << Ids(path);
+                EXPECT_NE(FamilyIds(path).find("WVL4"), std::string::npos) << size << FamilyIds(path);
+                EXPECT_EQ(LayoutOf(path).tail, AiffLayout::Tail::clean);
+            }
+        }
+    }
+    // A sub-chunk that was removed does not come back as a chunk, and what is appended then is kept too.
+    WriteFile(path, Form(head));
+    ASSERT_EQ(Put(path, {Sub("KEY ", key), Sub("GONE", first)}), Result::done);
+    ASSERT_EQ(Put(path, {Sub("KEY ", key)}), Result::done);
+    EXPECT_EQ(Ids(path), "COMM SSND WVL4");
+    WriteFile(path, ReadFile(path) + tags);
+    EXPECT_EQ(Ids(path), "COMM SSND WVL4 ID3  XTRA");
+    EXPECT_EQ(LayoutOf(path).leftover, 110);
+}
+
+TEST(UserChunk, ChangesAtOnceLoseNothing) {
+    TempFolder folder;
+    const std::string path = folder / "song.aif";
+    WriteFile(path, Form(Common(16) + Sound(Noise(64)) + Chunk("NAME", "song")));
+    constexpr std::uint32_t processes = 4, changes = 25;
+    for (std::uint32_t process = 0; process < processes; ++process) {
+        if (::fork() != 0) continue;
+        for (std::uint32_t i = 0; i < changes; ++i) {
+            const std::string value(i, 'v');
+            const KVBFILECHUNKINFO sub{process << 8 | i, i,
+                                       reinterpret_cast<const unsigned char*>(value.data())};
+            const auto add = [&](std::vector<KVBFILECHUNKINFO>& subs) { subs.push_back(sub); };
+            if (ChangeUserChunk(path.c_str(), add) != Result::done) ::_exit(1);
+        }
+        ::_exit(0);
+    }
+    for (std::uint32_t process = 0; process < processes; ++process) {
+        int status = 1;
+        ::wait(&status);
+        EXPECT_EQ(status, 0);
+    }
+    const std::string payload = Payload(path);
+    const auto subs =
+        ParseUserChunk({reinterpret_cast<const unsigned char*>(payload.data()), payload.size()});
+    ASSERT_TRUE(subs.has_value());
+    EXPECT_EQ(subs->size(), processes * changes);
+    EXPECT_NE(Ids(path).find("NAME"), std::string::npos);
+}
+
+TEST(UserChunk, FrameCountsThatTheSoundDoesNotHaveAreComputed) {
+    TempFolder folder;
+    const std::string path = folder / "song.aif", key = "key", samples = Noise(400);
+    const std::string user = Chunk("WVL4", Chunk("KEY ", key));
+    for (const std::uint32_t frames : {0u, 1u, 99u, 101u, 4000u}) {
+        WriteFile(path, Form(Common(frames) + Sound(samples)));
+        ASSERT_EQ(Put(path, {Sub("KEY ", key)}), Result::done);
+        EXPECT_EQ(ReadFile(path), Form(Common(100) + Sound(samples) + user)) << frames;
+    }
+    WriteFile(path, Form(Common(100, 12) + Sound(samples))); // 12 bits take two bytes
+    ASSERT_EQ(Put(path, {Sub("KEY ", key)}), Result::done);
+    EXPECT_EQ(ReadFile(path), Form(Common(100, 12) + Sound(samples) + user));
 }
 
 TEST(UserChunk, ReadingGivesPartsAndCarriesTheId3LengthOneWay) {
@@ -318,6 +418,13 @@ TEST(UserChunk, EveryTruncationAndEveryWrongSizeKeepsTheSound) {
     }
 }
 
+/// Makes the file longer without taking room on the disk; false where that cannot be done.
+bool Lengthen(const std::string& path, std::int64_t size) {
+    std::error_code error;
+    std::filesystem::resize_file(path, static_cast<std::uintmax_t>(size), error);
+    return !error;
+}
+
 TEST(UserChunk, SoundsAboveFourGibibytesAreWalked) {
     TempFolder folder;
     const std::string path = folder / "long.aif";
@@ -326,9 +433,7 @@ TEST(UserChunk, SoundsAboveFourGibibytesAreWalked) {
     WriteFile(path, "FORM" + Big32(static_cast<std::uint32_t>(soundSize + 46)) + "AIFF" +
                         Common(static_cast<std::uint32_t>(soundSize / 4)) + "SSND" +
                         Big32(static_cast<std::uint32_t>(soundSize + 8)) + std::string(8, '\0'));
-    std::error_code error;
-    std::filesystem::resize_file(path, static_cast<std::uintmax_t>(54 + soundSize), error);
-    if (error) GTEST_SKIP() << "no sparse files here";
+    if (!Lengthen(path, 54 + soundSize)) GTEST_SKIP() << "no sparse files here";
     ASSERT_EQ(Put(path, {Sub("KEY ", value)}), Result::done);
     EXPECT_EQ(std::filesystem::file_size(path), static_cast<std::uintmax_t>(54 + soundSize + 8 + 13));
     EXPECT_EQ(Payload(path), Chunk("KEY ", value));
@@ -351,6 +456,52 @@ TEST(UserChunk, SoundsAboveFourGibibytesAreWalked) {
     EXPECT_EQ(raw.GetPosition(), 54 + soundSize);
     EXPECT_EQ(Analyze64(&raw, 60), raw.GetLength()); // nothing there, and nothing 4 GiB further
     EXPECT_EQ(Analyze64(&raw, raw.GetLength() + 5), raw.GetLength() + 5);
+}
+
+TEST(UserChunk, FrameCountsThatWrapLikeTheSizeAreSeenThrough) {
+    TempFolder folder;
+    const std::string path = folder / "long.aif", value = "value", tags = Chunk("ID3 ", "tags");
+    const struct {
+        std::int64_t bytes;
+        std::uint16_t bits;
+        char channels;
+    } sounds[] = {{kSizeWrap + 100, 8, 1}, {4 * kSizeWrap + 400, 16, 2}, {8 * kSizeWrap + 400, 16, 2}};
+    for (const auto& sound : sounds) {
+        for (const std::string& behind : {std::string(), tags}) {
+            const std::int64_t length = 54 + sound.bytes + static_cast<std::int64_t>(behind.size());
+            WriteFile(path, "FORM" + Big32(static_cast<std::uint32_t>(length - 8)) + "AIFF" +
+                                Common(100, sound.bits, sound.channels) + "SSND" +
+                                Big32(static_cast<std::uint32_t>(sound.bytes + 8)) + std::string(8, '\0'));
+            if (!Lengthen(path, 54 + sound.bytes)) GTEST_SKIP() << "no sparse files here";
+            std::ofstream(path, std::ios::app | std::ios::binary) << behind;
+            EXPECT_EQ(LayoutOf(path).soundSize, sound.bytes);
+            ASSERT_EQ(Put(path, {Sub("KEY ", value)}), Result::done);
+            EXPECT_EQ(std::filesystem::file_size(path), static_cast<std::uintmax_t>(length + 21));
+            EXPECT_EQ(Payload(path), Chunk("KEY ", value));
+            EXPECT_EQ(Ids(path), behind.empty() ? "COMM SSND WVL4" : "COMM SSND ID3  WVL4");
+        }
+    }
+}
+
+TEST(UserChunk, UserChunksAboveTwoGibibytesAreNotChanged) {
+    TempFolder folder;
+    const std::string path = folder / "long.aif", value = "value";
+    const std::string begun = "FORM" + Big32(0x90000000u + 54) + "AIFF" + Common(1) + Sound("abcd") + "WVL4" +
+                              Big32(0x90000000u) + "KEY " + Big32(0x90000000u - 8);
+    WriteFile(path, begun);
+    if (!Lengthen(path, 66 + 0x90000000LL)) GTEST_SKIP() << "no sparse files here";
+    const auto add = [&](std::vector<KVBFILECHUNKINFO>& subs) { subs.push_back(Sub("NEW ", value)); };
+    EXPECT_EQ(ChangeUserChunk(path.c_str(), add), Result::unreadable);
+    EXPECT_EQ(std::filesystem::file_size(path), 66 + 0x90000000u);
+    CFile file;
+    std::string now(begun.size(), '\0');
+    ASSERT_TRUE(file.Open(path.c_str(), CFile::modeRead) && ReadAt(file, 0, now.data(), now.size()));
+    EXPECT_EQ(now, begun);
+    file.Close();
+    // And none is made that could not be read again.
+    WriteFile(path, Form(Common(1) + Sound("abcd")));
+    const KVBFILECHUNKINFO large{1, 0x7FFFFFFFu, reinterpret_cast<const unsigned char*>(value.data())};
+    EXPECT_EQ(Put(path, {large}), Result::tooLarge);
 }
 
 TEST(UserChunk, DecimalsCoverAllSixtyFourBits) {

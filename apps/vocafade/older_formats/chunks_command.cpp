@@ -7,21 +7,19 @@
 #include "apps/vocafade/shared/target_check.h"
 #include "apps/vocafade/shared/text.h"
 #include "base/big_endian.h"
-#include "persistence/async_file_io.h"
+#include "persistence/aiff_layout.h"
 #include "persistence/large_sound.h"
 #include "persistence/user_chunk.h"
 
 #include <algorithm>
 #include <charconv>
 #include <fmt/format.h>
-#include <limits>
-#include <memory>
 #include <optional>
 
 namespace vocafade::command {
 namespace {
 
-constexpr std::size_t kLargestValue = 0xFFFFFFFF - 16;
+using SubChunks = std::vector<KVBFILECHUNKINFO>;
 
 struct ChunkOptions {
     std::string file;
@@ -60,21 +58,14 @@ std::string Decimal(std::int64_t value) {
 }
 
 AiffLayout LayoutOf(const std::string& path, CFile& file) {
-    if (!file.Open(path.c_str(), CFile::modeRead)) throw Failure(Printable(path) + " cannot be read");
+    if (!file.Open(path.c_str(), CFile::modeRead))
+        throw Failure(fmt::format("{} cannot be read: {}", Printable(path), SystemReason()));
     AiffLayout layout = ReadAiffLayout(file);
     if (layout.form == AiffLayout::Form::none) throw Failure(Printable(path) + " is not an AIFF file");
     return layout;
 }
 
-std::vector<unsigned char> UserPayload(const std::string& path) {
-    CAsyncFileIO file;
-    if (file.Open(path.c_str(), CAsyncFileIO::read) != 0) return {};
-    int none = 0;
-    std::vector<unsigned char> payload(
-        static_cast<std::size_t>(file.ReadUserChunk(nullptr, 0, nullptr, none)));
-    file.ReadUserChunk(payload.data(), static_cast<int>(payload.size()), nullptr, none);
-    return payload;
-}
+constexpr char kUnreadable[] = "the user chunk cannot be read, or is larger than 2 GiB";
 
 std::string Note(const AiffLayout& layout, const AiffChunk& chunk) {
     if (layout.hasSound && chunk.position == layout.sound.position) {
@@ -104,6 +95,11 @@ std::string TailNote(AiffLayout::Tail tail) {
     return {};
 }
 
+std::string LeftoverNote(const AiffLayout& layout) {
+    return fmt::format("{} bytes behind the end of the form, left of an older user chunk, are given up",
+                       Decimal(layout.leftover));
+}
+
 int List(const ChunkOptions& options) {
     CFile file;
     const AiffLayout layout = LayoutOf(options.file, file);
@@ -112,10 +108,12 @@ int List(const ChunkOptions& options) {
         Print("{:>14}  {:>14}  {}  {}\n", Decimal(chunk.position), Decimal(chunk.size), IdText(chunk.id),
               Note(layout, chunk));
     }
-    const std::vector<unsigned char> payload = UserPayload(options.file);
-    const auto subs = ParseUserChunk(payload);
-    if (!payload.empty()) Print("\nIn the user chunk:\n");
-    for (const KVBFILECHUNKINFO& sub : subs.value_or(std::vector<KVBFILECHUNKINFO>()))
+    if (layout.leftover != 0) Print("{}\n", LeftoverNote(layout));
+    const auto payload = ReadPayload(file, layout, kUserChunk);
+    if (!payload) throw Failure(kUnreadable);
+    const auto subs = ParseUserChunk(*payload);
+    if (!payload->empty()) Print("\nIn the user chunk:\n");
+    for (const KVBFILECHUNKINFO& sub : subs.value_or(SubChunks()))
         Print("{:>14}  {:>14}  {}\n", "", Decimal(sub.size), IdText(sub.id));
     if (!subs) PrintError("vocafade: the user chunk is damaged: its sub-chunks do not fill it\n");
     const std::string tail = TailNote(layout.tail);
@@ -128,8 +126,8 @@ int Get(const ChunkOptions& options) {
     const std::uint32_t id = ParseId(options.get);
     CFile file;
     const AiffLayout layout = LayoutOf(options.file, file);
-    const std::vector<unsigned char> payload = UserPayload(options.file);
-    const auto subs = ParseUserChunk(payload).value_or(std::vector<KVBFILECHUNKINFO>());
+    const auto payload = ReadPayload(file, layout, kUserChunk);
+    const auto subs = payload ? ParseUserChunk(*payload).value_or(SubChunks()) : SubChunks();
     const auto sub =
         std::find_if(subs.begin(), subs.end(), [id](const auto& entry) { return entry.id == id; });
     if (sub != subs.end()) {
@@ -137,13 +135,14 @@ int Get(const ChunkOptions& options) {
         return kExitFine;
     }
     const AiffChunk* chunk = layout.Find(id);
+    if (chunk == nullptr && !payload) throw Failure(kUnreadable);
     if (chunk == nullptr)
         throw Failure(fmt::format("{} has no chunk '{}'", Printable(options.file), IdText(id)));
-    if (chunk->size > std::numeric_limits<int>::max())
+    if (chunk->size > kMostPayload)
         throw Failure(fmt::format("'{}' is too large to be taken out", IdText(id)));
     std::string bytes(static_cast<std::size_t>(chunk->size), '\0');
     if (!ReadAt(file, chunk->dataPosition(), bytes.data(), bytes.size()))
-        throw Failure(Printable(options.file) + " cannot be read");
+        throw Failure(fmt::format("{} cannot be read: {}", Printable(options.file), SystemReason()));
     WriteWhole(options.out, bytes);
     return kExitFine;
 }
@@ -160,74 +159,72 @@ ChunkAssignment ParseAssignment(const std::string& assignment) {
     return {ParseId(assignment.substr(0, equals)), assignment.substr(equals + 1)};
 }
 
-/// The sub-chunks that the user chunk is to hold, and their bytes.
-class NewSubChunks {
-  public:
-    explicit NewSubChunks(const std::string& path) : payload_(UserPayload(path)) {
-        auto subs = ParseUserChunk(payload_);
-        if (!subs)
-            throw Failure(Printable(path) +
-                          " has a damaged user chunk; nothing was written, so that nothing of it is lost");
-        subs_ = *std::move(subs);
+/// A value that is to be put, and the sub-chunk that it becomes.
+struct NewValue {
+    std::uint32_t id;
+    std::string bytes;
+    KVBFILECHUNKINFO sub() const {
+        return {id, static_cast<std::uint32_t>(bytes.size()),
+                reinterpret_cast<const unsigned char*>(bytes.data())};
     }
-
-    void Remove(std::uint32_t id) {
-        if (std::erase_if(subs_, [id](const auto& entry) { return entry.id == id; }) == 0)
-            throw Failure(fmt::format("there is no sub-chunk '{}'", IdText(id)));
-    }
-
-    /// Replaces the first one of that ID, or adds it behind the others.
-    void Put(const ChunkAssignment& assignment) {
-        const std::uint32_t id = assignment.id;
-        values_.push_back(std::make_unique<std::string>(ReadWholeFile(assignment.file, kLargestValue)));
-        const std::string& value = *values_.back();
-        const KVBFILECHUNKINFO sub{id, static_cast<std::uint32_t>(value.size()),
-                                   reinterpret_cast<const unsigned char*>(value.data())};
-        const auto old =
-            std::find_if(subs_.begin(), subs_.end(), [id](const auto& entry) { return entry.id == id; });
-        if (old != subs_.end()) {
-            *old = sub;
-        } else {
-            subs_.push_back(sub);
-        }
-    }
-
-    const std::vector<KVBFILECHUNKINFO>& list() const { return subs_; }
-
-  private:
-    std::vector<unsigned char> payload_;
-    std::vector<std::unique_ptr<std::string>> values_;
-    std::vector<KVBFILECHUNKINFO> subs_;
 };
+
+void Remove(SubChunks& subs, std::uint32_t id) {
+    if (std::erase_if(subs, [id](const auto& entry) { return entry.id == id; }) == 0)
+        throw Failure(fmt::format("there is no sub-chunk '{}'", IdText(id)));
+}
+
+/// Replaces the first one of that ID, or adds it behind the others.
+void Put(SubChunks& subs, const NewValue& value) {
+    const auto old =
+        std::find_if(subs.begin(), subs.end(), [&](const auto& entry) { return entry.id == value.id; });
+    if (old != subs.end()) {
+        *old = value.sub();
+    } else {
+        subs.push_back(value.sub());
+    }
+}
 
 int Change(const ChunkOptions& options) {
     CFile file;
     const AiffLayout layout = LayoutOf(options.file, file);
     file.Close();
-    if (layout.form == AiffLayout::Form::compressed)
-        throw Failure(Printable(options.file) +
-                      " is a compressed AIFF file (AIFF-C); user chunks are kept in plain ones");
-    for (const std::string& assignment : options.put)
-        CheckTarget(options.file, {ParseAssignment(assignment).file});
-    NewSubChunks subs(options.file);
-    for (const std::string& id : options.remove)
-        subs.Remove(ParseId(id));
-    for (const std::string& assignment : options.put)
-        subs.Put(ParseAssignment(assignment));
     const std::string name = Printable(options.file);
-    switch (PutUserChunk(options.file.c_str(), subs.list(), {})) {
+    if (layout.form == AiffLayout::Form::compressed)
+        throw Failure(name + " is a compressed AIFF file (AIFF-C); user chunks are kept in plain ones");
+    std::vector<std::uint32_t> removed;
+    for (const std::string& id : options.remove)
+        removed.push_back(ParseId(id));
+    std::vector<NewValue> values;
+    for (const std::string& text : options.put) {
+        const ChunkAssignment assignment = ParseAssignment(text);
+        CheckTarget(options.file, {assignment.file});
+        values.push_back({assignment.id, ReadWholeFile(assignment.file, kMostPayload - kChunkHeaderSize)});
+    }
+    const UserChunkResult result = ChangeUserChunk(options.file.c_str(), [&](SubChunks& subs) {
+        for (const std::uint32_t id : removed)
+            Remove(subs, id);
+        for (const NewValue& value : values)
+            Put(subs, value);
+    });
+    switch (result) {
     case UserChunkResult::done:
+        if (layout.leftover != 0) PrintError(fmt::format("vocafade: {}: {}\n", name, LeftoverNote(layout)));
         return kExitFine;
     case UserChunkResult::cannotOpen:
-        throw Failure(name + " cannot be written");
+        throw Failure(fmt::format("{} cannot be written: {}", name, SystemReason()));
     case UserChunkResult::notAiff:
         throw Failure(name + " is not an AIFF file");
     case UserChunkResult::damaged:
         throw Failure(fmt::format("{} is damaged ({}); nothing was written", name, TailNote(layout.tail)));
+    case UserChunkResult::unreadable:
+        throw Failure(name +
+                      " has a user chunk that is damaged or larger than 2 GiB; nothing was written, so "
+                      "that nothing of it is lost");
     case UserChunkResult::tooLarge:
-        throw Failure("the sub-chunks together take 4 GB or more; nothing was written");
+        throw Failure("the sub-chunks together take more than 2 GiB; nothing was written");
     case UserChunkResult::writeFailed:
-        throw Failure(name + " could not be written to the end; is the disk full?");
+        throw Failure(fmt::format("{} could not be written to the end: {}", name, SystemReason()));
     }
     return kExitFailed;
 }

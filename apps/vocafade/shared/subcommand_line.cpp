@@ -6,17 +6,9 @@
 #include "apps/vocafade/shared/text.h"
 #include "base/file_replacement.h"
 
-#include <cerrno>
 #include <fmt/format.h>
-#include <system_error>
 
 namespace vocafade::command {
-namespace {
-
-std::string SystemReason() { return std::generic_category().message(errno); }
-
-} // namespace
-
 bool ParseSubcommand(CLI::App& app, int argumentCount, char** arguments) {
     app.set_help_flag("-h,--help", "show this help and end");
     app.get_formatter()->column_width(30);

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <fmt/format.h>
 #include <numeric>
+#include <system_error>
 #include <vector>
 
 namespace vocafade::command {
@@ -52,6 +53,8 @@ std::string Printable(std::string_view text) {
         if (static_cast<unsigned char>(letter) < 0x20 || letter == 0x7F) letter = '?';
     return safe;
 }
+
+std::string SystemReason(int error) { return std::generic_category().message(error); }
 
 std::string LowerCase(std::string_view text) {
     std::string lower(text);

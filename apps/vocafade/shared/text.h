@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cerrno>
 #include <span>
 #include <string>
 #include <string_view>
@@ -15,6 +16,9 @@ std::string ByteCount(double bytes);
 
 /// The text with control characters shown as "?", so that a file's name cannot steer the terminal.
 std::string Printable(std::string_view text);
+
+/// What the system says of an error number, by default of the last that it gave.
+std::string SystemReason(int error = errno);
 
 /// ASCII lower case.
 std::string LowerCase(std::string_view text);
