@@ -146,9 +146,11 @@ bool FileReplacement::Commit() {
 }
 
 bool MakeFolders(const std::string& folder) {
-    std::error_code error;
+    std::error_code error, ignored;
     std::filesystem::create_directories(folder, error);
-    return std::filesystem::is_directory(folder, error);
+    if (std::filesystem::is_directory(folder, ignored)) return true;
+    errno = error ? error.value() : ENOTDIR;
+    return false;
 }
 
 } // namespace vocafade

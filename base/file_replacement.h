@@ -38,7 +38,8 @@ class FileReplacement {
     CFile file_;
 };
 
-/// Makes `folder` and the folders above it that are missing; true when it exists afterwards.
+/// Makes `folder` and the folders above it that are missing; false, with `errno` set, when it does not exist
+/// afterwards.
 bool MakeFolders(const std::string& folder);
 
 } // namespace vocafade

@@ -25,6 +25,11 @@ std::optional<SettingsStore> StoreOf(const char* file) {
     return SettingsStore(*std::move(application));
 }
 
+/// What these calls see of a scope: they report no failure.
+SettingsDocument Read(const SettingsStore& store, Scope scope) {
+    return store.Read(scope).value_or(SettingsDocument());
+}
+
 /// The caller's buffer.
 class Output {
   public:
@@ -73,7 +78,7 @@ void Deliver(const SettingsSection& section, const char* entry, Output& output) 
 void ReadEntry(const SettingsStore& store, std::span<const Scope> scopes, const char* section,
                const char* entry, Output& output) {
     for (const Scope scope : scopes) {
-        const SettingsDocument document = store.Read(scope);
+        const SettingsDocument document = Read(store, scope);
         const SettingsSection* found = document.FindSection(section);
         if (found == nullptr) continue;
         Deliver(*found, entry, output);
@@ -93,7 +98,7 @@ int ReadString(std::span<const Scope> scopes, const char* section, const char* e
 std::optional<SettingsValue> ReadUserValue(const char* section, const char* entry, const char* file) {
     const std::optional<SettingsStore> store = StoreOf(file);
     if (!store || section == nullptr || entry == nullptr) return std::nullopt;
-    const SettingsDocument document = store->Read(Scope::userAnyHost);
+    const SettingsDocument document = Read(*store, Scope::userAnyHost);
     const SettingsSection* found = document.FindSection(section);
     const SettingsValue* value = found != nullptr ? found->Find(entry) : nullptr;
     return value != nullptr ? std::optional(*value) : std::nullopt;
@@ -198,7 +203,7 @@ int GetSystemProfileStringRoot(const char* name, const char* defaultText, char* 
     const std::optional<SettingsStore> store = StoreOf(nullptr);
     if (!store || name == nullptr) return output.Length();
     const auto read = [&](Scope scope) -> std::optional<SettingsValue> {
-        const SettingsDocument document = store->Read(scope);
+        const SettingsDocument document = Read(*store, scope);
         const SettingsValue* value = document.roots().Find(name);
         return value != nullptr && !value->binary ? std::optional(*value) : std::nullopt;
     };

@@ -14,7 +14,7 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
-#include <sys/file.h>
+#include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
 
@@ -80,33 +80,42 @@ std::optional<SettingsDocument> ReadDocument(const std::string& path) {
         return std::nullopt;
     }
     const std::int64_t length = file.GetLength();
+    errno = EFBIG;
     if (length > kLargestFile) return std::nullopt;
     std::string text(static_cast<std::size_t>(length), '\0');
+    errno = EIO; // when the file ends early, which is no error to the system
     if (file.Read(text.data(), text.size()) != text.size()) return std::nullopt;
     return SettingsDocument(text);
 }
 
-/// Held by one process and thread at a time; given back even by a process that is killed.
-class FileLock {
-  public:
-    explicit FileLock(const std::string& path)
-        : descriptor_(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0644)) {
-        while (descriptor_ >= 0 && ::flock(descriptor_, LOCK_EX) != 0) {
-            if (errno == EINTR) continue;
-            ::close(descriptor_);
-            descriptor_ = -1;
-        }
-    }
-    ~FileLock() {
-        if (descriptor_ >= 0) ::close(descriptor_);
-    }
-    FileLock(const FileLock&) = delete;
-    FileLock& operator=(const FileLock&) = delete;
-    bool held() const { return descriptor_ >= 0; }
+/// Opens a lock file, which need not be ours: one that an administrator's program made in the user's folder
+/// can be read at least, or else taken away. Negative when there is no way.
+int OpenLockFile(const std::string& path) {
+    constexpr int flags = O_CREAT | O_CLOEXEC | O_NOFOLLOW;
+    int descriptor = ::open(path.c_str(), O_RDWR | flags, 0644); // networks lock only what can be written
+    if (descriptor < 0 && errno == EACCES) descriptor = ::open(path.c_str(), O_RDONLY | flags, 0644);
+    if (descriptor < 0 && errno == EACCES && ::unlink(path.c_str()) == 0)
+        descriptor = ::open(path.c_str(), O_RDWR | flags, 0644);
+    return descriptor;
+}
 
-  private:
-    int descriptor_;
-};
+/// True when `path` still names the open file: another process may have taken it away meanwhile.
+bool StillNames(const std::string& path, int descriptor) {
+    struct stat named {
+    }, held{};
+    return ::stat(path.c_str(), &named) == 0 && ::fstat(descriptor, &held) == 0 &&
+           named.st_dev == held.st_dev && named.st_ino == held.st_ino;
+}
+
+/// Opens the lock file `path` as `file` and waits until nobody else holds it. It is given back when `file` is
+/// closed, even by a process that is killed.
+bool HoldLock(CFile& file, const std::string& path) {
+    for (;;) {
+        const int descriptor = OpenLockFile(path);
+        if (descriptor < 0 || !file.Attach(descriptor, CFile::modeRead) || !file.Lock()) return false;
+        if (StillNames(path, descriptor)) return true;
+    }
+}
 
 } // namespace
 
@@ -129,17 +138,17 @@ std::string SettingsStore::Path(SettingsScope scope) const {
     return root + "/vocafade/settings/" + host + SafeFileName(application_) + ".settings";
 }
 
-SettingsDocument SettingsStore::Read(SettingsScope scope) const {
+std::optional<SettingsDocument> SettingsStore::Read(SettingsScope scope) const {
     const std::string path = Path(scope);
-    if (path.empty()) return {};
-    return ReadDocument(path).value_or(SettingsDocument());
+    return path.empty() ? SettingsDocument() : ReadDocument(path);
 }
 
 bool SettingsStore::Change(SettingsScope scope, const std::function<void(SettingsDocument&)>& change) const {
     const std::string path = Path(scope);
+    errno = ENOENT; // without a place for it
     if (path.empty() || !MakeFolders(fs::path(path).parent_path().string())) return false;
-    const FileLock lock(path + ".lock");
-    if (!lock.held()) return false;
+    CFile lock;
+    if (!HoldLock(lock, path + ".lock")) return false;
     std::optional<SettingsDocument> document = ReadDocument(path);
     if (!document) return false;
     change(*document);

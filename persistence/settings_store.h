@@ -34,10 +34,11 @@ class SettingsStore {
   public:
     explicit SettingsStore(std::string application) : application_(std::move(application)) {}
 
-    /// [main-thread] What is stored in `scope`; empty when nothing is, or when it cannot be read.
-    SettingsDocument Read(SettingsScope scope) const;
+    /// [main-thread] What is stored in `scope`, empty when nothing is; without a value, and with `errno` set,
+    /// when there is a file that cannot be read.
+    std::optional<SettingsDocument> Read(SettingsScope scope) const;
     /// [main-thread] Lets `change` change what is stored in `scope`, and stores it. Waits while another
-    /// process does the same. False, with everything as it was, when it cannot be stored.
+    /// process does the same. False, with `errno` set and everything as it was, when it cannot be stored.
     bool Change(SettingsScope scope, const std::function<void(SettingsDocument&)>& change) const;
     /// [main-thread] The file that holds `scope`, whether or not it is there; empty when there is no place
     /// for it.

@@ -2,6 +2,7 @@
 // The subcommands for older formats, user chunks, settings and formants, run as a user runs them.
 #include "base/big_endian.h"
 #include "tests/command/command_fixture.h"
+#include "tests/support/environment.h"
 #include "tests/support/temp_folder.h"
 
 #include <cmath>
@@ -314,13 +315,39 @@ TEST_F(FormatsCommand, FormantsTakeAnySoundAndRefuseNonsense) {
 TEST_F(FormatsCommand, SettingsAreShownAndChanged) {
     EXPECT_EQ(Run({"settings", "--app", "../host", "Window", "title", "two words"}).exitCode, 0);
     EXPECT_EQ(Run({"settings", "--app", "../host", "Window", "title"}).out, "two words\n");
-    EXPECT_EQ(Run({"settings", "--app", "../host"}).out, "[Window]\ntitle = two words\n");
-    const std::string path = Run({"settings", "--app", "../host", "--path"}).out;
+    const std::string line = Run({"settings", "--app", "../host", "--path"}).out;
+    const std::string path = line.substr(0, line.size() - 1);
     EXPECT_TRUE(path.starts_with(preferences_.string() + "/vocafade/settings/")) << path;
-    EXPECT_EQ(Content(path.substr(0, path.size() - 1)), "[Window]\ntitle=two words\n");
+    EXPECT_EQ(Content(path), "[Window]\ntitle=two words\n");
+    const std::string mine = "# this user's, on every machine: " + path + "\n[Window]\ntitle = two words\n";
+    EXPECT_EQ(Run({"settings", "--app", "../host"}).out, mine);
+    // What is everybody's is shown too; the nearest section counts.
+    const std::string everybodys = At("system/vocafade/settings/" + path.substr(path.rfind('/') + 1));
+    std::filesystem::create_directories(At("system/vocafade/settings"));
+    WriteFile(everybodys, "root=1\n[Window]\ntitle=theirs\n[Other]\nx=2\n");
+    test::SetVariable("XDG_CONFIG_DIRS", At("system"));
+    EXPECT_EQ(Run({"settings", "--app", "../host"}).out,
+              mine + "# everybody's, on every machine: " + everybodys +
+                  "\nroot = 1\n[Window]\ntitle = theirs\n[Other]\nx = 2\n");
+    EXPECT_EQ(Run({"settings", "--app", "../host", "Window", "title"}).out, "two words\n");
+    EXPECT_EQ(Run({"settings", "--app", "../host", "Other", "x"}).out, "2\n");
+    EXPECT_EQ(Run({"settings", "--app", "../host", "Other", "y"}).exitCode, 1);
     EXPECT_EQ(Run({"settings", "--app", "../host", "Window", "--remove"}).exitCode, 0);
+    EXPECT_EQ(Run({"settings", "--app", "../host", "Window", "title"}).out, "theirs\n");
+    test::UnsetVariable("XDG_CONFIG_DIRS");
     EXPECT_EQ(Run({"settings", "--app", "../host", "Window"}).exitCode, 1);
     EXPECT_EQ(Run({"settings", "Window"}).exitCode, 2);
+    EXPECT_EQ(Run({"settings", "--app", "../host", "--path", "Window"}).exitCode, 2);
+    // A file that cannot be read is no empty one.
+    std::filesystem::remove(path);
+    std::filesystem::create_directory(path);
+    for (const std::vector<std::string>& words : {std::vector<std::string>{}, {"Window", "title", "new"}}) {
+        std::vector<std::string> all{"settings", "--app", "../host"};
+        all.insert(all.end(), words.begin(), words.end());
+        const RunResult refused = Run(all);
+        EXPECT_EQ(refused.exitCode, 1);
+        EXPECT_NE(refused.err.find(": Is a directory"), std::string::npos) << refused.err;
+    }
 }
 
 } // namespace

@@ -5,12 +5,14 @@
 #include "persistence/settings_store.h"
 #include "tests/support/temp_folder.h"
 
+#include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <cstring>
 #include <gtest/gtest.h>
 #include <random>
 #include <string>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -80,7 +82,7 @@ TEST_F(Settings, NullsFollowTheirOwnRules) {
     WritePrivateProfileString("S", "a", nullptr, "app");
     EXPECT_EQ(Private("S", "a"), "1") << "a null value changes nothing";
     WritePrivateProfileString("empty", "a", nullptr, "app");
-    EXPECT_NE(SettingsStore("app").Read(SettingsScope::userAnyHost).FindSection("empty"), nullptr);
+    EXPECT_NE(SettingsStore("app").Read(SettingsScope::userAnyHost)->FindSection("empty"), nullptr);
     EXPECT_EQ(Private("empty", nullptr), "") << "an empty section lists as nothing, not as the default";
     EXPECT_EQ(Private("missing", nullptr), "default");
     testing::internal::CaptureStdout();
@@ -246,6 +248,35 @@ TEST_F(Settings, WhatPeopleWroteByHandIsKept) {
     std::filesystem::create_directory(path);
     EXPECT_FALSE(store.Change(SettingsScope::userAnyHost, [](SettingsDocument&) {}));
     EXPECT_TRUE(std::filesystem::is_directory(path));
+    EXPECT_FALSE(store.Read(SettingsScope::userAnyHost)) << "and is not shown as empty";
+    EXPECT_EQ(errno, EISDIR);
+    EXPECT_TRUE(store.Read(SettingsScope::userThisHost)) << "where there is none, nothing is stored";
+    EXPECT_EQ(Private("S", "a"), "default");
+}
+
+TEST_F(Settings, ALockFileOfAnotherUserShutsNobodyOut) {
+    WritePrivateProfileString("S", "a", "1", "app");
+    const std::string lock = SettingsStore("app").Path(SettingsScope::userAnyHost) + ".lock";
+    constexpr uid_t nobody = 65534;
+    for (const mode_t mode : {0444, 0000}) {
+        ASSERT_EQ(::chmod(lock.c_str(), mode), 0);
+        const pid_t user = ::fork();
+        if (user == 0) {
+            if (::geteuid() == 0) { // as the user whose folder it is, the lock file being root's
+                for (const auto& entry : std::filesystem::recursive_directory_iterator(folder_.path()))
+                    if (entry.path() != lock && ::chown(entry.path().c_str(), nobody, nobody) != 0)
+                        ::_exit(2);
+                if (::chown(folder_.path().c_str(), nobody, nobody) != 0 || ::setuid(nobody) != 0) ::_exit(2);
+            }
+            const std::string value = std::to_string(mode);
+            const auto change = [&](SettingsDocument& document) { document.Section("S").Set("a", {value}); };
+            ::_exit(SettingsStore("app").Change(SettingsScope::userAnyHost, change) ? 0 : 1);
+        }
+        int status = 1;
+        ::waitpid(user, &status, 0);
+        EXPECT_EQ(status, 0) << mode;
+        EXPECT_EQ(Private("S", "a"), std::to_string(mode));
+    }
 }
 
 TEST_F(Settings, ProcessesThatWriteAtOnceLoseNothing) {
@@ -264,7 +295,7 @@ TEST_F(Settings, ProcessesThatWriteAtOnceLoseNothing) {
         ::wait(&status);
         EXPECT_EQ(status, 0);
     }
-    const SettingsDocument document = SettingsStore("shared").Read(SettingsScope::userAnyHost);
+    const SettingsDocument document = *SettingsStore("shared").Read(SettingsScope::userAnyHost);
     ASSERT_NE(document.FindSection("S"), nullptr);
     EXPECT_EQ(document.FindSection("S")->Names().size(), static_cast<std::size_t>(processes * entries));
 }
@@ -281,7 +312,7 @@ TEST_F(Settings, AProcessKilledWhileWritingLeavesOneWholeState) {
         std::this_thread::sleep_for(std::chrono::milliseconds(5 + 7 * round));
         ::kill(writer, SIGKILL);
         ::waitpid(writer, nullptr, 0);
-        const SettingsDocument document = SettingsStore("killed").Read(SettingsScope::userAnyHost);
+        const SettingsDocument document = *SettingsStore("killed").Read(SettingsScope::userAnyHost);
         if (const SettingsSection* section = document.FindSection("S")) {
             const SettingsValue* value = section->Find("long");
             ASSERT_NE(value, nullptr);
