@@ -2,11 +2,11 @@
 #include "effect/program_list.h"
 
 #include "base/decimal.h"
-#include "persistence/program_file.h"
 #include "persistence/text_streams.h"
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstring>
 
 namespace vocafade {
@@ -75,7 +75,8 @@ ProgramListImport ImportProgramList(ProgramSet& programs, const std::string& lis
         if (name.size() > kProgramNameBytes) import.cutNames.push_back(name);
         const std::string path = ProgramFilePath(folder, name);
         import.files.push_back(path);
-        if (!LoadPGMFileBody(path.c_str(), body.data())) import.unread.push_back(path);
+        const ProgramFileContent content = LoadPGMFileBody(path.c_str(), body.data());
+        if (content != ProgramFileContent::body) import.unread.push_back({name, content, errno});
         ApplyProgramBody(program, body.data());
     }
     return import;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "effect/program.h"
+#include "persistence/program_file.h"
 
 #include <string>
 #include <vector>
@@ -11,6 +12,13 @@ namespace vocafade {
 /// Where the tools that made the older formats kept them.
 inline constexpr char kProgramListPath[] = "D:\\VSTEFX\\EFX\\Delay\\PROGRAM.LST";
 inline constexpr char kProgramFileFolder[] = "D:\\VSTEFX\\EFX\\Delay\\";
+
+/// A program of a list without a program file as it should be.
+struct UnreadProgram {
+    std::string name; ///< Shift-JIS, as the list has it
+    ProgramFileContent content = ProgramFileContent::noFile;
+    int error = 0; ///< the system's, when there is no file
+};
 
 /// What an import met, for whoever wants to tell the user.
 struct ProgramListImport {
@@ -24,7 +32,7 @@ struct ProgramListImport {
     int listed = 0;                    ///< programs that the list says it has
     int imported = 0;                  ///< programs that were filled, at most 64
     std::vector<std::string> files;    ///< the program file of each program that was filled
-    std::vector<std::string> unread;   ///< program files without a body, missing ones included
+    std::vector<UnreadProgram> unread; ///< those whose values are not from a body of their own
     std::vector<std::string> cutNames; ///< names longer than a record's 23 bytes
     bool listEndedEarly = false;       ///< the last name stands for those that are missing
 };

@@ -37,13 +37,14 @@ bool SameButForCase(std::string_view a, std::string_view b) {
 
 } // namespace
 
-bool LoadPGMFileBody(const char* path, char* body) {
+ProgramFileContent LoadPGMFileBody(const char* path, char* body) {
     Myifstream stream;
     stream.open(path);
-    if (stream.fail()) return false;
-    if (!ReadLine(stream, body, kLineLimit)) return false;
-    if (std::strncmp(body, kProgramFileHeader, sizeof kProgramFileHeader - 1) != 0) return false;
-    return ReadLine(stream, body, kBodyLimit);
+    if (stream.fail()) return ProgramFileContent::noFile;
+    if (!ReadLine(stream, body, kLineLimit) ||
+        std::strncmp(body, kProgramFileHeader, sizeof kProgramFileHeader - 1) != 0)
+        return ProgramFileContent::noHeader;
+    return ReadLine(stream, body, kBodyLimit) ? ProgramFileContent::body : ProgramFileContent::noBody;
 }
 
 int StrTerminateTab(const char* src, int pos, char* dst) {

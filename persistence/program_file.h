@@ -12,10 +12,18 @@ inline constexpr char kProgramFileHeader[] = "KVB5.0 EFFECT PRG FILE";
 inline constexpr unsigned kLineLimit = 80;
 inline constexpr unsigned kBodyLimit = 500;
 
+/// What a program file turned out to be.
+enum class ProgramFileContent {
+    body,     ///< a program file with a body
+    noFile,   ///< missing or not to be opened; `errno` says why
+    noHeader, ///< its first line is not that of a program file
+    noBody,   ///< its first line is all there is
+};
+
 /// [main-thread] Reads a program file's body, its second line, into `body`, which holds at least `kBodyLimit`
-/// + 1 bytes. When the file cannot be opened `body` stays as it was; when its first line is not that of a
-/// program file, or is all there is, `body` is that line. Returns whether a body was read.
-bool LoadPGMFileBody(const char* path, char* body);
+/// + 1 bytes. When the file cannot be opened, or is empty, `body` stays as it was; when its first line is not
+/// that of a program file, or is all there is, `body` is that line.
+ProgramFileContent LoadPGMFileBody(const char* path, char* body);
 
 /// Most bytes that `StrTerminateTab` looks at, from the start of the field.
 inline constexpr std::size_t kFieldLimit = 4100;

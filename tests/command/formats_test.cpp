@@ -47,12 +47,33 @@ TEST_F(FormatsCommand, WhatCannotBeConvertedIsSaid) {
     Text("PROGRAM.LST", kList + "70\nHall\nA name that is longer than its place\n");
     const RunResult lossy = Run({"convert", "PROGRAM.LST", "-o", "new.fxb"});
     EXPECT_EQ(lossy.exitCode, 1);
-    for (const char* part : {"70 programs", "ends early", "is cut to 23 bytes", "Hall.PGM has no program"})
+    for (const char* part : {"70 programs", "ends early", "is cut to 23 bytes"})
         EXPECT_NE(lossy.err.find(part), std::string::npos) << part << "\n" << lossy.err;
     EXPECT_TRUE(Exists("new.fxb"));
+    Text("Hall.PGM", kFile + "0\t65536\t65536\t65536\n");
+    Text("Bare.PGM", "0\t65536\t65536\t65536\n");
+    Text("Head.PGM", kFile);
+    Text("odd.LST", kList + "4\nHall\nBare\nHead\n\x83\x5C\n");
+    const RunResult odd = Run({"convert", "odd.LST", "-o", "new.fxb"});
+    EXPECT_EQ(odd.exitCode, 1);
+    EXPECT_EQ(odd.err.find("'Hall'"), std::string::npos) << odd.err;
+    for (const char* part : {"'Bare' does not begin", "'Head' holds no values",
+                             "'\xE3\x82\xBD' cannot be read: No such file or directory"})
+        EXPECT_NE(odd.err.find(part), std::string::npos) << part << "\n" << odd.err;
+    // Programs that are left out or made up show in the exit status too.
+    std::string names;
+    for (int i = 0; i < 65; ++i)
+        names += "Hall\n";
+    for (const auto& [list, exitCode] :
+         {std::pair("64\n" + names, 0), {"65\n" + names, 1}, {"2\nHall\n", 1}}) {
+        Text("many.LST", kList + list);
+        EXPECT_EQ(Run({"convert", "many.LST", "-o", "new.fxb"}).exitCode, exitCode) << list;
+    }
     Text("not.LST", "something else\n");
     EXPECT_EQ(Run({"convert", "not.LST", "-o", "none.fxb"}).exitCode, 1);
-    EXPECT_EQ(Run({"convert", "missing.LST", "-o", "none.fxb"}).exitCode, 1);
+    const RunResult missing = Run({"convert", "missing.LST", "-o", "none.fxb"});
+    EXPECT_EQ(missing.exitCode, 1);
+    EXPECT_NE(missing.err.find("missing.LST cannot be read: No such file"), std::string::npos) << missing.err;
     EXPECT_EQ(Run({"convert", "not.LST"}).exitCode, 2);
     EXPECT_FALSE(Exists("none.fxb"));
 }

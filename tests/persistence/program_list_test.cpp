@@ -83,14 +83,16 @@ TEST_F(ProgramList, AMissingFileGetsTheValuesOfTheProgramBefore) {
     Program("Hall.PGM", "0\t" + Fixed(400) + "\n");
     const ProgramListImport import = Import();
     EXPECT_EQ(import.outcome, Outcome::imported);
-    EXPECT_EQ(import.unread.size(), 2u);
+    ASSERT_EQ(import.unread.size(), 2u);
+    EXPECT_EQ(import.unread[0].name, "Missing");
+    EXPECT_EQ(import.unread[0].content, ProgramFileContent::noFile);
     EXPECT_STREQ(programs_[0].name, "Missing");
     EXPECT_EQ(Value(2, kParameterLoFreq), kLoFreq400);
     EXPECT_STREQ(programs_[2].name, "Gone");
     // A file without the header is a body itself, even when it is only the one line.
     List(kList + "1\nBare\n");
     WriteFile(folder_ / "Bare.PGM", "0\t\t" + Fixed(9000) + "\t" + Fixed(6400));
-    Import();
+    EXPECT_EQ(Import().unread.at(0).content, ProgramFileContent::noHeader);
     EXPECT_EQ(Value(0, kParameterPosition), ValToNormalizeValue(kParameterPosition, 64.0f));
     EXPECT_EQ(Value(0, kParameterHiFreq), ValToNormalizeValue(kParameterHiFreq, 90.0f));
 }

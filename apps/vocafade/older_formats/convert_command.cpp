@@ -11,11 +11,9 @@
 #include "effect/program_list.h"
 #include "persistence/default_bank.h"
 
-#include <cerrno>
 #include <filesystem>
 #include <fmt/format.h>
 #include <span>
-#include <system_error>
 
 namespace vocafade::command {
 namespace {
@@ -29,12 +27,33 @@ struct ConvertOptions {
 void RefuseUnlessImported(const ProgramListImport& import, const std::string& list) {
     using Outcome = ProgramListImport::Outcome;
     const std::string name = Printable(list);
-    if (import.outcome == Outcome::noList) throw Failure(name + " cannot be read");
+    if (import.outcome == Outcome::noList) throw Failure(name + " cannot be read: " + SystemReason());
     if (import.outcome == Outcome::notAList) throw Failure(name + " is not a program list");
     if (import.outcome == Outcome::noPrograms) throw Failure(name + " lists no programs");
 }
 
 void Warn(const std::string& sentence) { PrintError(fmt::format("vocafade: {}\n", sentence)); }
+
+/// A name of a list for the terminal.
+std::string NameText(const std::string& shiftJis) {
+    return Printable(CheckSJISAndToUFT8(shiftJis.c_str()).str());
+}
+
+/// What is wrong with a program file, and what becomes of the program.
+std::string Trouble(const UnreadProgram& program) {
+    switch (program.content) {
+    case ProgramFileContent::noFile:
+        return fmt::format("cannot be read: {}; it gets the values of the program before it",
+                           SystemReason(program.error));
+    case ProgramFileContent::noHeader:
+        return "does not begin as one; its first line is taken for the values";
+    case ProgramFileContent::noBody:
+        return "holds no values; it gets the default ones";
+    case ProgramFileContent::body:
+        break;
+    }
+    return {};
+}
 
 /// What did not come over as it stood.
 void ReportLosses(const ProgramListImport& import) {
@@ -43,10 +62,14 @@ void ReportLosses(const ProgramListImport& import) {
     if (import.listEndedEarly)
         Warn("the list ends early: its last name stands for the programs that are missing");
     for (const std::string& name : import.cutNames)
-        Warn(fmt::format("'{}' is cut to {} bytes", Printable(CheckSJISAndToUFT8(name.c_str()).str()),
-                         kProgramNameBytes));
-    for (const std::string& path : import.unread)
-        Warn(fmt::format("{} has no program: it gets the values of the program before it", Printable(path)));
+        Warn(fmt::format("'{}' is cut to {} bytes", NameText(name), kProgramNameBytes));
+    for (const UnreadProgram& program : import.unread)
+        Warn(fmt::format("the program file of '{}' {}", NameText(program.name), Trouble(program)));
+}
+
+/// True when the bank lacks a program of the list or has values that are in none of its files.
+bool IsIncomplete(const ProgramListImport& import) {
+    return import.listed > import.imported || import.listEndedEarly || !import.unread.empty();
 }
 
 } // namespace
@@ -56,7 +79,8 @@ int RunConvert(int argumentCount, char** arguments) {
     CLI::App app(
         "Turns a program list of the older text format, with its program files, into a bank (.fxb)\n"
         "that any VST host opens. Names stay as they are (Shift-JIS). A program whose file is missing\n"
-        "gets the values of the one before it; that is told, and the exit status is then 1.",
+        "gets the values of the one before it. Programs that are left out or whose values are not\n"
+        "their own are told of, and the exit status is then 1.",
         "vocafade convert");
     app.add_option("LIST", options.list, "the program list, for example PROGRAM.LST")->required();
     app.add_option("-o,--out", options.bank, "the bank to write")->type_name("BANK.fxb")->required();
@@ -74,11 +98,10 @@ int RunConvert(int argumentCount, char** arguments) {
         CheckTarget(options.bank, {file});
     if (!WriteBankFile(options.bank, kVocafadeId, kProgramCount, std::as_bytes(std::span(programs)),
                        BankSizeField::filledIn))
-        throw Failure(fmt::format("{} cannot be written: {}", Printable(options.bank),
-                                  std::generic_category().message(errno)));
+        throw Failure(fmt::format("{} cannot be written: {}", Printable(options.bank), SystemReason()));
     ReportLosses(import);
     Print("{}: {} program{}\n", Printable(options.bank), import.imported, import.imported == 1 ? "" : "s");
-    return import.unread.empty() ? kExitFine : kExitFailed;
+    return IsIncomplete(import) ? kExitFailed : kExitFine;
 }
 
 } // namespace vocafade::command
