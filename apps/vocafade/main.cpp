@@ -13,11 +13,12 @@ namespace {
 
 using namespace vocafade::command;
 
-int Run(int argumentCount, char** arguments) {
+/// The subcommand that the command line begins with; null when songs are to be rendered.
+const Subcommand* FindSubcommand(int argumentCount, char** arguments) {
     if (argumentCount > 1)
         for (const Subcommand& subcommand : Subcommands())
-            if (subcommand.name == arguments[1]) return subcommand.run(argumentCount - 1, arguments + 1);
-    return RunRender(argumentCount, arguments);
+            if (subcommand.name == arguments[1]) return &subcommand;
+    return nullptr;
 }
 
 int Complain(const std::string& sentence, ExitCode code) {
@@ -26,11 +27,14 @@ int Complain(const std::string& sentence, ExitCode code) {
 }
 
 int RunAndTell(int argumentCount, char** arguments) {
+    const Subcommand* subcommand = FindSubcommand(argumentCount, arguments);
     try {
-        return Run(argumentCount, arguments);
+        return subcommand != nullptr ? subcommand->run(argumentCount - 1, arguments + 1)
+                                     : RunRender(argumentCount, arguments);
     } catch (const UsageError& error) {
         const int code = Complain(error.what(), kExitUsage);
-        PrintError("Try 'vocafade --help'.\n");
+        PrintError(fmt::format("Try 'vocafade {}--help'.\n",
+                               subcommand != nullptr ? std::string(subcommand->name) + " " : ""));
         return code;
     } catch (const Interrupted&) {
         DieOfSignal();

@@ -5,6 +5,7 @@
 #include "tests/support/environment.h"
 #include "tests/support/temp_folder.h"
 
+#include <array>
 #include <cmath>
 #include <numbers>
 #include <sstream>
@@ -255,12 +256,38 @@ TEST_F(FormatsCommand, ChunkCommandsThatMakeNoSenseChangeNothing) {
     EXPECT_EQ(std::filesystem::file_size(At("large.aiff")), large.size() + 0x90000000u);
 }
 
-/// A vowel in the middle: pulses through resonances at 700, 1300 and 2600 Hz; faint noise at the sides.
-std::vector<float> Vowel(int rate, int frames) {
+TEST_F(FormatsCommand, UsageErrorsNameTheHelpThatHelps) {
+    for (const char* name : {"chunks", "convert", "edit", "formants", "screenshot", "settings"}) {
+        const RunResult run = Run({name, "--no-such-option"});
+        EXPECT_EQ(run.exitCode, 2);
+        EXPECT_NE(run.err.find("Try 'vocafade " + std::string(name) + " --help'."), std::string::npos)
+            << run.err;
+    }
+    EXPECT_NE(Run({"--no-such-option"}).err.find("Try 'vocafade --help'."), std::string::npos);
+}
+
+TEST_F(FormatsCommand, PicturesAreWrittenInTheFormatOfTheirName) {
+    const std::string song = Write("song.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, Noise(4000));
+    for (const std::vector<std::string>& arguments :
+         {std::vector<std::string>{"formants", song, "--plot"}, {"screenshot"}})
+        for (const char* name : {"picture.jpg", "picture", "picture.png.svg"}) {
+            std::vector<std::string> all = arguments;
+            all.emplace_back(name);
+            const RunResult run = Run(all);
+            EXPECT_EQ(run.exitCode, 2) << run.err;
+            EXPECT_NE(run.err.find("ends in .png"), std::string::npos) << run.err;
+            EXPECT_FALSE(Exists(name));
+        }
+    EXPECT_EQ(Run({"formants", song, "--plot", "picture.PNG"}).exitCode, 0);
+    EXPECT_TRUE(Exists("picture.PNG"));
+}
+
+/// A vowel in the middle: pulses through three resonances; faint noise at the sides.
+std::vector<float> Vowel(int rate, int frames, const std::array<double, 3>& formants) {
     std::vector<double> sound(static_cast<std::size_t>(frames));
     for (int i = 0; i < frames; i += rate / 110)
         sound[static_cast<std::size_t>(i)] = 1.0;
-    for (const double hz : {700.0, 1300.0, 2600.0}) {
+    for (const double hz : formants) {
         const double radius = std::exp(-std::numbers::pi * 90.0 / rate);
         const double first = 2.0 * radius * std::cos(2.0 * std::numbers::pi * hz / rate);
         double last = 0.0, older = 0.0;
@@ -281,16 +308,23 @@ std::vector<float> Vowel(int rate, int frames) {
 }
 
 TEST_F(FormatsCommand, TheFormantsOfAVowelAreFoundAndDrawn) {
-    for (const int rate : {44100, 96000}) {
+    const struct {
+        int rate;
+        std::array<double, 3> formants;
+    } vowels[] = {{44100, {700, 1300, 2600}},
+                  {96000, {700, 1300, 2600}},
+                  {44100, {730, 1200, 2440}},
+                  {48000, {270, 2290, 3010}}}; // /a/ and /i/ of a man
+    for (const auto& [rate, formants] : vowels) {
         const std::string song =
-            Write("vowel.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_24, Vowel(rate, rate), rate);
+            Write("vowel.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_24, Vowel(rate, rate, formants), rate);
         const RunResult run = Run({"formants", song, "--at", "0.5", "--plot", "vowel.png"});
         ASSERT_EQ(run.exitCode, 0) << run.err;
         std::istringstream lines(run.out);
         std::string line;
         std::getline(lines, line);
         std::getline(lines, line);
-        for (const double expected : {700.0, 1300.0, 2600.0}) {
+        for (const double expected : formants) {
             std::getline(lines, line);
             int number = 0;
             double hz = 0.0;

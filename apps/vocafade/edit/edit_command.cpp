@@ -46,7 +46,7 @@ int RunScreenshot(int argumentCount, char** arguments) {
     AddEditorOptions(app, options);
     if (ParseSubcommand(app, argumentCount, arguments)) return kExitFine;
     host::Effect effect(FindPlugin(options.plugin));
-    CheckTarget(output, {effect.file()});
+    CheckPictureTarget(output, effect.file());
     PrepareEffect(effect, options);
     EditorWindow window(effect, "Vocafade", EditorWindow::Kind::bare);
     for (int i = 0; i < kIdlesToPaint; ++i)

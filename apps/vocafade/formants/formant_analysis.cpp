@@ -21,9 +21,9 @@ namespace {
 constexpr int kHighestRate = 768000;       // twice what any studio uses; memory grows with it
 constexpr std::int64_t kPortion = 1 << 18; // samples of all channels read at once, about
 constexpr double kFrameSeconds = 0.08;     // two periods of the lowest voice in a window's core
-constexpr double kLifterSeconds = 0.0015; // longer than a formant rings, shorter than a singer's pitch period
-constexpr int kFrames = 3;                // overlapping by half, whose powers are averaged
-constexpr float kFloor = 1e-7f;           // -140 dB; the analyser takes a zero for a one
+constexpr double kLifterSeconds = 0.002;   // parts formants 500 Hz apart; shorter than most pitch periods
+constexpr int kFrames = 3;                 // overlapping by half, whose powers are averaged
+constexpr float kFloor = 1e-7f;            // -140 dB; the analyser takes a zero for a one
 constexpr double kLowestHz = 50.0;
 constexpr double kHighestHz = 16000.0;
 constexpr double kLeastProminence = 2.0; // dB above the higher of the two valleys
@@ -43,10 +43,11 @@ struct MiddleSide {
 class Song {
   public:
     explicit Song(const std::string& path) {
-        sound_.reset(sf_open(path.c_str(), SFM_READ, &info_));
-        if (!sound_)
-            throw Failure(
-                fmt::format("{} cannot be read as a sound file ({})", Printable(path), sf_strerror(nullptr)));
+        try {
+            sound_ = OpenSound(path, info_);
+        } catch (const Failure& failure) {
+            throw Failure(Printable(path) + ": " + failure.what());
+        }
         if (info_.samplerate > kHighestRate)
             throw Failure(
                 fmt::format("{} is damaged: it claims a rate of {} Hz; formants are found up to {} Hz",

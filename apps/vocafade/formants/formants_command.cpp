@@ -60,12 +60,12 @@ int RunFormants(int argumentCount, char** arguments) {
     app.add_option("--at", seconds, "the moment, from the beginning (default: where the middle is loudest)")
         ->type_name("SECONDS");
     app.add_option("--order", order,
-                   "how fine the envelope is: cepstral coefficients (default: 1.5 ms of them)")
+                   "how fine the envelope is: cepstral coefficients (default: 2 ms of them)")
         ->type_name("N");
     app.add_option("--plot", plot, "draw a picture too")->type_name("OUT.png");
     if (ParseSubcommand(app, argumentCount, arguments)) return kExitFine;
 
-    if (!plot.empty()) CheckTarget(plot, {file});
+    if (!plot.empty()) CheckPictureTarget(plot, file);
     const FormantAnalysis analysis = AnalyzeFormants(file, seconds, order);
     const std::string name = Printable(std::filesystem::path(file).filename().string());
     PrintTable(analysis, name);

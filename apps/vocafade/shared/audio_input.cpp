@@ -4,7 +4,6 @@
 #include "apps/vocafade/shared/failures.h"
 #include "apps/vocafade/shared/text.h"
 
-#include <cerrno>
 #include <fmt/format.h>
 #include <system_error>
 #include <unistd.h>
@@ -21,8 +20,7 @@ void CheckFile(const fs::path& path) {
     if (error) throw Failure("cannot be read: " + error.message());
     if (fs::is_directory(status)) throw Failure("is a folder, not a sound file");
     if (!fs::is_regular_file(status)) throw Failure("is a device or a pipe, not a file");
-    if (::access(path.c_str(), R_OK) != 0)
-        throw Failure("cannot be read: " + std::generic_category().message(errno));
+    if (::access(path.c_str(), R_OK) != 0) throw Failure("cannot be read: " + SystemReason());
     if (fs::file_size(path, error) == 0) throw Failure("is empty");
 }
 
@@ -41,11 +39,15 @@ void CheckChannels(int channels) {
 
 } // namespace
 
-AudioInput::AudioInput(const fs::path& path) : path_(path) {
+Sound OpenSound(const fs::path& path, SF_INFO& info) {
     CheckFile(path);
-    sound_.reset(sf_open(path.c_str(), SFM_READ, &info_));
-    if (!sound_)
-        throw Failure(fmt::format("is not a sound file that can be read ({})", sf_strerror(nullptr)));
+    Sound sound(sf_open(path.c_str(), SFM_READ, &info));
+    if (!sound) throw Failure(fmt::format("is not a sound file that can be read ({})", sf_strerror(nullptr)));
+    return sound;
+}
+
+AudioInput::AudioInput(const fs::path& path) : path_(path) {
+    sound_ = OpenSound(path, info_);
     CheckChannels(info_.channels);
     if (info_.samplerate <= 0) throw Failure("is damaged: its sample rate makes no sense");
     if (info_.frames == 0) throw Failure("holds no sound: it is 0 samples long");

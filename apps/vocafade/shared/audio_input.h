@@ -14,6 +14,10 @@ struct CloseSound {
 };
 using Sound = std::unique_ptr<SNDFILE, CloseSound>;
 
+/// Opens `path` for reading. Throws `Failure`, without the name, for what is missing, not readable, not audio
+/// or empty.
+Sound OpenSound(const std::filesystem::path& path, SF_INFO& info);
+
 /// A stereo sound file that is read from front to back.
 class AudioInput {
   public:

@@ -39,4 +39,11 @@ void CheckTarget(const fs::path& target, std::initializer_list<fs::path> inputs)
     }
 }
 
+void CheckPictureTarget(const fs::path& target, const fs::path& input) {
+    CheckTarget(target, {input});
+    if (LowerCase(target.extension().string()) != ".png")
+        throw UsageError(fmt::format("'{}': pictures are written as PNG; give a name that ends in .png",
+                                     Printable(target.string())));
+}
+
 } // namespace vocafade::command

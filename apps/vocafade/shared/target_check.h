@@ -19,4 +19,8 @@ std::optional<std::pair<dev_t, ino_t>> IdentityOf(const std::filesystem::path& p
 /// Empty inputs are left out.
 void CheckTarget(const std::filesystem::path& target, std::initializer_list<std::filesystem::path> inputs);
 
+/// [any-thread] `CheckTarget` for a picture, whose name must end in ".png" (any case), the format in which
+/// pictures are written.
+void CheckPictureTarget(const std::filesystem::path& target, const std::filesystem::path& input);
+
 } // namespace vocafade::command
