@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "tests/command/command_fixture.h"
 
-#include "tests/support/environment.h"
-
 #include <algorithm>
 #include <cerrno>
 #include <cmath>
@@ -13,7 +11,6 @@
 #include <fstream>
 #include <pty.h>
 #include <random>
-#include <sstream>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -45,17 +42,8 @@ constexpr unsigned long kCapabilityDacOverride = 1; // root's right to write whe
 } // namespace
 
 CommandTest::CommandTest() {
-    std::string pattern = (fs::temp_directory_path() / "vocafade-command-XXXXXX").string();
-    root_ = ::mkdtemp(pattern.data());
-    folder_ = root_ / "songs";
-    preferences_ = root_ / "config";
     fs::create_directories(folder_);
     fs::create_directories(preferences_);
-}
-
-CommandTest::~CommandTest() {
-    std::error_code error;
-    fs::remove_all(root_, error);
 }
 
 pid_t CommandTest::Start(const std::vector<std::string>& arguments, const RunLimits& limits, int terminal) {
@@ -63,7 +51,7 @@ pid_t CommandTest::Start(const std::vector<std::string>& arguments, const RunLim
     const std::string err = root_ / "err";
     const pid_t process = ::fork();
     if (process != 0) return process;
-    test::SetVariable("HOME", root_);
+    test::SetVariable("HOME", root_.path());
     test::SetVariable("XDG_CONFIG_HOME", preferences_);
     test::SetVariable("TERM", "xterm");
     test::UnsetVariable("VST_PATH");
@@ -102,13 +90,6 @@ RunResult CommandTest::Run(const std::vector<std::string>& arguments, const RunL
     RunResult result = Finish(process);
     result.err = seen;
     return result;
-}
-
-std::string CommandTest::Content(const fs::path& path) const {
-    std::ifstream stream(path, std::ios::binary);
-    std::ostringstream content;
-    content << stream.rdbuf();
-    return content.str();
 }
 
 std::vector<std::string> CommandTest::Names(const std::string& subfolder) const {

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "tests/support/temp_folder.h"
+
 #include <cstdint>
 #include <filesystem>
 #include <gtest/gtest.h>
@@ -38,7 +40,6 @@ struct Song {
 class CommandTest : public ::testing::Test {
   protected:
     CommandTest();
-    ~CommandTest() override;
 
     RunResult Run(const std::vector<std::string>& arguments, const RunLimits& limits = {});
     pid_t Start(const std::vector<std::string>& arguments, const RunLimits& limits = {}, int terminal = -1);
@@ -46,7 +47,7 @@ class CommandTest : public ::testing::Test {
 
     std::filesystem::path At(const std::string& name) const { return folder_ / name; }
     bool Exists(const std::string& name) const { return std::filesystem::exists(At(name)); }
-    std::string Content(const std::filesystem::path& path) const;
+    static std::string Content(const std::filesystem::path& path) { return test::ReadFile(path); }
     /// The names in the folder, sorted, hidden ones too.
     std::vector<std::string> Names(const std::string& subfolder = "") const;
 
@@ -57,11 +58,12 @@ class CommandTest : public ::testing::Test {
     /// A silent 8-bit WAV of `seconds` that takes no room on the disk.
     std::string WriteSilence(const std::string& name, int seconds);
 
-    std::filesystem::path folder_;      ///< where the songs are and the command runs
-    std::filesystem::path preferences_; ///< XDG_CONFIG_HOME
-
   private:
-    std::filesystem::path root_;
+    test::TempFolder root_;
+
+  protected:
+    std::filesystem::path folder_ = root_ / "songs";       ///< where the command runs
+    std::filesystem::path preferences_ = root_ / "config"; ///< XDG_CONFIG_HOME
 };
 
 /// `frames` of stereo noise, reproducible, left and right independent.

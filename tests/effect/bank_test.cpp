@@ -10,7 +10,6 @@
 #include <cstring>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 
 namespace vocafade::test {
 namespace {
@@ -232,53 +231,6 @@ TEST_F(Bank, CreatingAFileLeavesItsOtherNamesTheirContent) {
     file.Close();
     EXPECT_EQ(ReadFile(settings / "one"), "new");
     EXPECT_EQ(ReadFile(settings / "other"), "old");
-}
-
-TEST_F(Bank, IsWholeWheneverItsWriterIsKilled) {
-    SavedBank();
-    int oldOnes = 0;
-    int newOnes = 0;
-    for (int attempt = 0; attempt < 150; ++attempt) {
-        int started[2];
-        ASSERT_EQ(::pipe(started), 0);
-        const pid_t child = ::fork();
-        if (child == 0) {
-            AVocafade effect(SilentHost);
-            effect.open();
-            effect.setProgram(30);
-            const char go = 1;
-            [[maybe_unused]] const auto told = ::write(started[1], &go, 1);
-            for (int i = 0; i < 1000; ++i) {
-                effect.setParameter(4, static_cast<float>(i) / 1000.0f);
-                effect.SaveProgram(30, ("save " + std::to_string(i)).c_str());
-            }
-            ::_exit(0);
-        }
-        char go = 0;
-        ASSERT_EQ(::read(started[0], &go, 1), 1);
-        ::usleep(static_cast<useconds_t>(attempt * 37));
-        ::kill(child, SIGKILL);
-        ::waitpid(child, nullptr, 0);
-        ::close(started[0]);
-        ::close(started[1]);
-
-        const std::string bytes = ReadFile(BankPath());
-        ASSERT_EQ(bytes.size(), 3488u) << attempt;
-        ASSERT_EQ(bytes.substr(0, 4), "CcnK");
-        const std::string name = bytes.c_str() + 160 + 30 * 52 + 24;
-        if (name == "Empty") {
-            ++oldOnes;
-        } else {
-            ASSERT_EQ(name.substr(0, 5), "save ");
-            float value = 0.0f;
-            std::memcpy(&value, bytes.data() + 160 + 30 * 52 + 16, 4);
-            ASSERT_EQ(value, static_cast<float>(std::stoi(name.substr(5))) / 1000.0f)
-                << "name and values belong together";
-            ++newOnes;
-        }
-    }
-    EXPECT_GT(newOnes, 0);
-    EXPECT_EQ(oldOnes + newOnes, 150);
 }
 
 TEST_F(Bank, LivesInTheUsersConfigurationFolder) {

@@ -2,6 +2,7 @@
 #include "host/effect.h"
 #include "host/host_error.h"
 #include "tests/host/fake_effect.h"
+#include "tests/support/temp_folder.h"
 #include "vst/opcodes.h"
 
 #include <algorithm>
@@ -109,16 +110,15 @@ TEST(Effect, ToldThingsReachItsListenerOnly) {
 TEST(Effect, OlderEntryAndBundlesLoad) {
     const Effect old(FakePath(1));
     EXPECT_EQ(old.uniqueId(), fake::kId);
-    const fs::path bundle =
-        fs::temp_directory_path() / ("host-test-" + std::to_string(::getpid())) / "Some.vst";
-    fs::create_directories(bundle);
+    const test::TempFolder folder;
+    const fs::path bundle = folder / "Some.vst";
+    fs::create_directory(bundle);
     fs::copy_file(FakePath(0), bundle / "Some.so");
     const Effect bundled(bundle.string() + "/");
     EXPECT_EQ(bundled.file(), bundle / "Some.so");
     fs::copy_file(FakePath(0), bundle / "Two.so");
     fs::rename(bundle / "Some.so", bundle / "One.so");
     EXPECT_NE(LoadError(bundle).find("no 'Some.so'"), std::string::npos);
-    fs::remove_all(bundle.parent_path());
 }
 
 TEST(Effect, WhatIsNoEffectIsRefusedWithAReason) {

@@ -19,7 +19,8 @@ class TempFolder {
   public:
     TempFolder() {
         std::string name = (std::filesystem::temp_directory_path() / "vocafade-test-XXXXXX").string();
-        path_ = ::mkdtemp(name.data());
+        if (::mkdtemp(name.data()) == nullptr) std::abort();
+        path_ = name;
     }
     ~TempFolder() {
         std::error_code ignored;
