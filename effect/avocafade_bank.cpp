@@ -15,7 +15,7 @@ constexpr std::size_t kLongestFolder = 2047;
 
 /// The bytes of a bank's chunk to use: all that it declares or, where the file ends before that, the records
 /// that it holds whole.
-std::size_t UsableBytes(const BankFile& bank) {
+std::size_t UsableBytes(const ChunkBank& bank) {
     return bank.complete ? bank.chunk.size()
                          : bank.chunk.size() - bank.chunk.size() % sizeof(AVocafadeProgram);
 }
@@ -43,7 +43,7 @@ void AVocafade::LoadBank() {
         pluginFolder_ = FolderOfPlugin();
         path = pluginFolder_ + kDefaultBankName;
     }
-    BankFile bank = ReadBankFile(path, kVocafadeId, sizeof(ProgramSet));
+    ChunkBank bank = ReadChunkBank(path, kVocafadeId, sizeof(ProgramSet));
     switch (bank.content) {
     case BankContent::unreadable:
     case BankContent::notABank:
@@ -63,7 +63,7 @@ void AVocafade::SetFactoryProgram() {
     getDirectory(); // some hosts note who asks; the answer that counts is the one `open` kept
     // The folder is empty when the user's own bank was found: the factory programs then come from a bank in
     // the current directory, if there is one, and otherwise stay as they are built in.
-    const BankFile bank = ReadBankFile(pluginFolder_ + kDefaultBankName, kVocafadeId, sizeof(ProgramSet));
+    const ChunkBank bank = ReadChunkBank(pluginFolder_ + kDefaultBankName, kVocafadeId, sizeof(ProgramSet));
     if (bank.content != BankContent::chunk || bank.chunk.empty()) return;
     ProgramSet programs;
     CopyPrograms(programs, factory_);
@@ -86,7 +86,7 @@ void AVocafade::SaveProgram(std::int32_t index, const CString& name) {
     ProgramSet chunk;
     CopyPrograms(chunk, programs_);
     const std::string path = SettingsFolder() + kDefaultBankName;
-    const bool saved = WriteBankFile(path, kVocafadeId, kProgramCount, std::as_bytes(std::span(chunk)));
+    const bool saved = WriteChunkBank(path, kVocafadeId, kProgramCount, std::as_bytes(std::span(chunk)));
     if (!saved && messageHook_) messageHook_(kSaveFailedString, path);
     updateDisplay();
 }

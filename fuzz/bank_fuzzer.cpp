@@ -29,7 +29,7 @@ const std::string& Folder() {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string path = Folder() + "/" + kDefaultBankName;
     fuzz::WriteFile(path, {reinterpret_cast<const char*>(data), size});
-    const BankFile bank = ReadBankFile(path, kVocafadeId, sizeof(ProgramSet));
+    const ChunkBank bank = ReadChunkBank(path, kVocafadeId, sizeof(ProgramSet));
     fuzz::Require(bank.chunk.size() <= sizeof(ProgramSet), "the chunk is bounded");
     fuzz::Require(bank.content == BankContent::chunk || bank.chunk.empty(), "only a bank gives a chunk");
 

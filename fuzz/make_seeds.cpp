@@ -38,7 +38,7 @@ void Banks() {
     const std::span<const std::byte> chunk = std::as_bytes(std::span(programs));
     const std::string path = folder + "/bank_fuzzer/default";
     std::filesystem::create_directories(folder + "/bank_fuzzer");
-    fuzz::Require(WriteBankFile(path, kVocafadeId, kProgramCount, chunk), "writing a bank");
+    fuzz::Require(WriteChunkBank(path, kVocafadeId, kProgramCount, chunk), "writing a bank");
     const std::string bank = "CcnK" + Big32(0) + "FBCh" + Big32(1) + "VfdQ" + Big32(1) + Big32(64);
     Seed("bank_fuzzer", "header", bank);
     Seed("bank_fuzzer", "programs", "CcnK" + Big32(0) + "FxBk" + Big32(1) + "VfdQ");

@@ -2,8 +2,10 @@
 #include "host/bank_file.h"
 
 #include "host/host_error.h"
+#include "vst/bank_header.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cmath>
 #include <cstring>
@@ -14,9 +16,6 @@ namespace vocafade::host {
 namespace {
 
 constexpr std::uintmax_t kMostFileBytes = std::uintmax_t{64} << 20;
-constexpr std::size_t kBankReserved = 128;
-constexpr std::size_t kProgramNameBytes = 28;
-constexpr std::int32_t kMagic = VstId('C', 'c', 'n', 'K');
 
 /// Reads big-endian fields one after the other and refuses to leave the bytes.
 class Reader {
@@ -29,13 +28,14 @@ class Reader {
         rest_ = rest_.subspan(count);
         return taken;
     }
-    std::uint32_t Number() {
-        std::uint32_t number = 0;
-        for (const std::byte byte : Take(4))
-            number = (number << 8) | std::to_integer<std::uint32_t>(byte);
-        return number;
+    std::uint32_t Number() { return LoadBigEndian32(reinterpret_cast<const unsigned char*>(Take(4).data())); }
+    BankHeader Header() {
+        std::array<unsigned char, BankHeader::kBytes> bytes;
+        std::memcpy(bytes.data(), Take(bytes.size()).data(), bytes.size());
+        const BankHeader header = ReadBankHeader(bytes);
+        if (header.magic != kBankMagic) throw HostError("it does not begin with CcnK");
+        return header;
     }
-    std::int32_t Id() { return static_cast<std::int32_t>(Number()); }
     std::string Name(std::size_t bytes) {
         const auto* text = reinterpret_cast<const char*>(Take(bytes).data());
         return {text, ::strnlen(text, bytes - 1)};
@@ -45,17 +45,6 @@ class Reader {
   private:
     std::span<const std::byte> rest_;
 };
-
-/// The fields that every kind begins with; answers the kind.
-std::int32_t ReadHead(Reader& reader, std::int32_t& uniqueId) {
-    if (reader.Id() != kMagic) throw HostError("it does not begin with CcnK");
-    reader.Number(); // byte size: often wrong in the wild, and not needed
-    const std::int32_t kind = reader.Id();
-    reader.Number(); // format version
-    uniqueId = reader.Id();
-    reader.Number(); // the effect's version
-    return kind;
-}
 
 std::vector<std::byte> ReadChunk(Reader& reader) {
     const std::uint32_t size = reader.Number();
@@ -67,7 +56,7 @@ std::vector<std::byte> ReadChunk(Reader& reader) {
 ProgramValues ReadValues(Reader& reader, std::uint32_t count) {
     if (count > reader.left() / 4) throw HostError("it ends too early");
     ProgramValues program;
-    program.name = reader.Name(kProgramNameBytes);
+    program.name = reader.Name(kProgramFileNameBytes);
     program.values.reserve(count);
     for (std::uint32_t i = 0; i < count; ++i) {
         const float value = std::bit_cast<float>(reader.Number());
@@ -79,10 +68,10 @@ ProgramValues ReadValues(Reader& reader, std::uint32_t count) {
 std::vector<ProgramValues> ReadPrograms(Reader& reader, std::uint32_t count, std::int32_t bankId) {
     std::vector<ProgramValues> programs;
     while (programs.size() < count) {
-        std::int32_t id = 0;
-        if (ReadHead(reader, id) != VstId('F', 'x', 'C', 'k') || id != bankId)
+        const BankHeader header = reader.Header();
+        if (header.kind != kValueProgramKind || header.uniqueId != bankId)
             throw HostError("its program " + std::to_string(programs.size() + 1) + " is damaged");
-        programs.push_back(ReadValues(reader, reader.Number()));
+        programs.push_back(ReadValues(reader, header.count));
     }
     return programs;
 }
@@ -97,26 +86,26 @@ void ApplyValues(Effect& effect, const ProgramValues& program) {
 
 BankFile ParseBankFile(std::span<const std::byte> bytes) {
     Reader reader(bytes);
+    const BankHeader header = reader.Header();
     BankFile file;
-    const std::int32_t kind = ReadHead(reader, file.uniqueId);
-    const std::uint32_t count = reader.Number(); // programs of a bank, parameters of a program
-    switch (kind) {
-    case VstId('F', 'B', 'C', 'h'):
-        reader.Take(kBankReserved);
+    file.uniqueId = header.uniqueId;
+    switch (header.kind) {
+    case kChunkBankKind:
+        reader.Take(kBankReservedBytes);
         file.isBank = true;
         file.content = ReadChunk(reader);
         return file;
-    case VstId('F', 'P', 'C', 'h'):
-        reader.Take(kProgramNameBytes);
+    case kChunkProgramKind:
+        reader.Take(kProgramFileNameBytes);
         file.content = ReadChunk(reader);
         return file;
-    case VstId('F', 'x', 'B', 'k'):
-        reader.Take(kBankReserved);
+    case kValueBankKind:
+        reader.Take(kBankReservedBytes);
         file.isBank = true;
-        file.content = ReadPrograms(reader, count, file.uniqueId);
+        file.content = ReadPrograms(reader, header.count, file.uniqueId);
         return file;
-    case VstId('F', 'x', 'C', 'k'):
-        file.content = std::vector{ReadValues(reader, count)};
+    case kValueProgramKind:
+        file.content = std::vector{ReadValues(reader, header.count)};
         return file;
     default:
         throw HostError("it is no kind of bank or program that is known here");

@@ -3,36 +3,26 @@
 
 #include "base/file.h"
 #include "base/file_replacement.h"
+#include "vst/bank_header.h"
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 
 namespace vocafade {
 namespace {
 
-constexpr char kChunkMagic[] = "CcnK";
-constexpr char kOpaqueBankMagic[] = "FBCh";
 constexpr std::uint32_t kFormatVersion = 1;
 constexpr std::uint32_t kPluginVersion = 1;
-constexpr std::int64_t kReservedBytes = 128;
 
-bool ReadMagic(CFile& file, const char* magic) {
-    std::array<char, 4> bytes{};
-    return file.Read(bytes.data(), bytes.size()) == bytes.size() &&
-           std::memcmp(bytes.data(), magic, bytes.size()) == 0;
-}
-
-/// Everything up to the chunk; the position is then at its size.
+/// Reads everything up to the chunk's size. What a short file lacks counts as zero.
 BankContent ReadHeader(CFile& file, std::int32_t uniqueId) {
-    if (!ReadMagic(file, kChunkMagic)) return BankContent::notABank;
-    getDWordFile(&file); // byte size, which writers leave zero
-    if (!ReadMagic(file, kOpaqueBankMagic)) return BankContent::otherKind;
-    getDWordFile(&file); // format version
-    if (getDWordFile(&file) != static_cast<std::uint32_t>(uniqueId)) return BankContent::foreign;
-    getDWordFile(&file); // plug-in version
-    getDWordFile(&file); // number of programs
-    file.Seek(kReservedBytes, CFile::current);
+    std::array<unsigned char, BankHeader::kBytes> bytes{};
+    file.Read(bytes.data(), bytes.size());
+    const BankHeader header = ReadBankHeader(bytes);
+    if (header.magic != kBankMagic) return BankContent::notABank;
+    if (header.kind != kChunkBankKind) return BankContent::otherKind;
+    if (header.uniqueId != uniqueId) return BankContent::foreign;
+    file.Seek(kBankReservedBytes, CFile::current);
     return BankContent::chunk;
 }
 
@@ -58,8 +48,8 @@ void putDWordFile(CFile* file, std::uint32_t value) {
     }
 }
 
-BankFile ReadBankFile(const std::string& path, std::int32_t uniqueId, std::size_t maximumChunk) {
-    BankFile bank;
+ChunkBank ReadChunkBank(const std::string& path, std::int32_t uniqueId, std::size_t maximumChunk) {
+    ChunkBank bank;
     CFile file;
     if (!file.Open(path.c_str(), CFile::modeRead)) return bank;
     bank.content = ReadHeader(file, uniqueId);
@@ -71,24 +61,24 @@ BankFile ReadBankFile(const std::string& path, std::int32_t uniqueId, std::size_
     return bank;
 }
 
-bool WriteBankFile(const std::string& path, std::int32_t uniqueId, std::int32_t programs,
-                   std::span<const std::byte> chunk, BankSizeField sizeField) {
+bool WriteChunkBank(const std::string& path, std::int32_t uniqueId, std::int32_t programs,
+                    std::span<const std::byte> chunk, BankSizeField sizeField) {
     const std::size_t slash = path.rfind('/');
     if (slash != std::string::npos) MakeFolders(path.substr(0, slash + 1));
     FileReplacement replacement;
     if (!replacement.Begin(path)) return false;
     CFile& file = replacement.file();
-    file.Write(kChunkMagic, 4);
-    constexpr std::size_t headerBehindSize = 24 + kReservedBytes; // from the bank magic to the chunk
+    putDWordFile(&file, kBankMagic);
+    constexpr std::size_t headerBehindSize = 24 + kBankReservedBytes; // from the bank magic to the chunk
     putDWordFile(&file, sizeField == BankSizeField::filledIn
                             ? static_cast<std::uint32_t>(headerBehindSize + chunk.size())
                             : 0);
-    file.Write(kOpaqueBankMagic, 4);
+    putDWordFile(&file, kChunkBankKind);
     putDWordFile(&file, kFormatVersion);
     putDWordFile(&file, static_cast<std::uint32_t>(uniqueId));
     putDWordFile(&file, kPluginVersion);
     putDWordFile(&file, static_cast<std::uint32_t>(programs));
-    constexpr std::array<char, kReservedBytes> reserved{};
+    constexpr std::array<char, kBankReservedBytes> reserved{};
     file.Write(reserved.data(), reserved.size());
     putDWordFile(&file, static_cast<std::uint32_t>(chunk.size()));
     file.Write(chunk.data(), chunk.size());

@@ -23,7 +23,8 @@ enum class BankContent {
     chunk,      ///< this plug-in's bank; its chunk was read
 };
 
-struct BankFile {
+/// A bank of the opaque-chunk kind, as far as it could be read.
+struct ChunkBank {
     BankContent content = BankContent::unreadable;
     std::vector<std::byte> chunk; ///< as many bytes as the file really holds, at most those asked for
     bool complete = false;        ///< the chunk has the size that the file declares
@@ -31,7 +32,7 @@ struct BankFile {
 
 /// [main-thread] Reads a standard bank file of the plug-in `uniqueId`. The declared chunk size is bounded by
 /// `maximumChunk` before anything is allocated; a short file gives a shorter chunk.
-BankFile ReadBankFile(const std::string& path, std::int32_t uniqueId, std::size_t maximumChunk);
+ChunkBank ReadChunkBank(const std::string& path, std::int32_t uniqueId, std::size_t maximumChunk);
 
 /// What stands in a bank file's byte-size field. The effect's own file has always left it zero; hosts that
 /// check it want the number of bytes behind it.
@@ -40,8 +41,8 @@ enum class BankSizeField { zero, filledIn };
 /// [main-thread] Writes a standard bank file with `programs` programs: a new file beside the old one, flushed
 /// to the disk, then renamed, so that a process that dies on the way leaves a whole file. The folder is made
 /// when it is missing. False, with `errno` set and the old file untouched, when it cannot be written.
-bool WriteBankFile(const std::string& path, std::int32_t uniqueId, std::int32_t programs,
-                   std::span<const std::byte> chunk, BankSizeField sizeField = BankSizeField::zero);
+bool WriteChunkBank(const std::string& path, std::int32_t uniqueId, std::int32_t programs,
+                    std::span<const std::byte> chunk, BankSizeField sizeField = BankSizeField::zero);
 
 /// Reads four bytes, the most significant first; bytes past the end count as 0.
 std::uint32_t getDWordFile(CFile* file);

@@ -96,8 +96,8 @@ int RunConvert(int argumentCount, char** arguments) {
     RefuseUnlessImported(import, options.list);
     for (const std::string& file : import.files)
         CheckTarget(options.bank, {file});
-    if (!WriteBankFile(options.bank, kVocafadeId, kProgramCount, std::as_bytes(std::span(programs)),
-                       BankSizeField::filledIn))
+    if (!WriteChunkBank(options.bank, kVocafadeId, kProgramCount, std::as_bytes(std::span(programs)),
+                        BankSizeField::filledIn))
         throw Failure(fmt::format("{} cannot be written: {}", Printable(options.bank), SystemReason()));
     ReportLosses(import);
     Print("{}: {} program{}\n", Printable(options.bank), import.imported, import.imported == 1 ? "" : "s");
