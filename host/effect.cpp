@@ -75,9 +75,9 @@ Effect::~Effect() {
 void Effect::Configure(double sampleRate, std::int32_t blockSize, Precision precision) {
     if (!(sampleRate > 0.0) || !std::isfinite(sampleRate)) throw HostError("the sample rate makes no sense");
     if (blockSize <= 0) throw HostError("the block size makes no sense");
-    if (precision == Precision::single && effect_->processReplacing == nullptr)
+    if (precision == Precision::float32 && effect_->processReplacing == nullptr)
         throw HostError("the plug-in cannot process in single precision");
-    if (precision == Precision::twofold && !hasDoubleEntry())
+    if (precision == Precision::float64 && !hasDoubleEntry())
         throw HostError("the plug-in cannot process in double precision");
     Stop();
     context_->setSampleRate(sampleRate);
@@ -85,7 +85,7 @@ void Effect::Configure(double sampleRate, std::int32_t blockSize, Precision prec
     precision_ = precision;
     Dispatch(effSetSampleRate, 0, 0, nullptr, static_cast<float>(sampleRate));
     Dispatch(effSetBlockSize, 0, blockSize);
-    Dispatch(effSetProcessPrecision, 0, precision == Precision::twofold ? 1 : 0);
+    Dispatch(effSetProcessPrecision, 0, precision == Precision::float64 ? 1 : 0);
     configured_ = true;
 }
 

@@ -17,7 +17,7 @@
 namespace vocafade::host {
 
 /// The sample format that an effect is told to expect.
-enum class Precision { single, twofold };
+enum class Precision { float32, float64 };
 
 /// One effect out of a shared object, from its construction to its end. Its life goes in one order: loaded
 /// and opened, configured, started, processed, stopped, closed; what was started is stopped and closed on
@@ -36,7 +36,7 @@ class Effect {
     /// [main-thread] Tells the rate in Hz, the largest block in samples and the precision. Stops a running
     /// effect first. Throws `HostError` when the values make no sense or the precision has no entry in the
     /// effect.
-    void Configure(double sampleRate, std::int32_t blockSize, Precision precision = Precision::single);
+    void Configure(double sampleRate, std::int32_t blockSize, Precision precision = Precision::float32);
     /// [main-thread] Switches on: audio may flow. `Configure` must have been called. Effects may reset
     /// parameters here, so set them afterwards.
     void Start();
@@ -111,7 +111,7 @@ class Effect {
     std::unique_ptr<SharedObject> object_;
     std::unique_ptr<HostContext> context_;
     AEffect* effect_ = nullptr;
-    Precision precision_ = Precision::single;
+    Precision precision_ = Precision::float32;
     bool configured_ = false;
     bool running_ = false;
     bool editorOpen_ = false;

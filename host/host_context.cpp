@@ -41,8 +41,8 @@ VstIntPtr CanDo(const void* text) {
     return 0;
 }
 
-/// The answers that need no effect, for calls that come from nowhere we know.
-VstIntPtr AnswerForNobody(std::int32_t opcode, void* ptr) {
+/// The answers that need no context, for calls without a known effect.
+VstIntPtr AnswerWithoutContext(std::int32_t opcode, void* ptr) {
     switch (opcode) {
     case audioMasterVersion:
         return kVstVersion;
@@ -95,7 +95,7 @@ VstIntPtr HostContext::Callback(AEffect* effect, std::int32_t opcode, std::int32
     if (context == nullptr && effect != nullptr)
         // The field is the host's own, and a number is its only form.
         context = reinterpret_cast<HostContext*>(effect->resvd1);
-    if (context == nullptr) return AnswerForNobody(opcode, ptr);
+    if (context == nullptr) return AnswerWithoutContext(opcode, ptr);
     return context->Answer(opcode, index, value, ptr, opt);
 }
 
@@ -129,7 +129,7 @@ VstIntPtr HostContext::Answer(std::int32_t opcode, std::int32_t index, VstIntPtr
     case audioMasterGetDirectory:
         return reinterpret_cast<VstIntPtr>(directory_.c_str());
     default:
-        return AnswerForNobody(opcode, ptr);
+        return AnswerWithoutContext(opcode, ptr);
     }
 }
 

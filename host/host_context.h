@@ -15,16 +15,13 @@ class HostListener {
   public:
     virtual ~HostListener() = default;
     /// The effect (its editor, as a rule) moved parameter `index` to the normalised `value`.
-    virtual void ParameterAutomated(std::int32_t index, float value) { (void)index, (void)value; }
-    virtual void EditBegun(std::int32_t index) { (void)index; }
-    virtual void EditEnded(std::int32_t index) { (void)index; }
+    virtual void ParameterAutomated(std::int32_t /*index*/, float /*value*/) {}
+    virtual void EditBegun(std::int32_t /*index*/) {}
+    virtual void EditEnded(std::int32_t /*index*/) {}
     /// Names, programs or values may have changed: read them again.
     virtual void DisplayChanged() {}
     /// The editor wants `width` by `height` pixels; true when it gets them.
-    virtual bool ResizeEditor(std::int32_t width, std::int32_t height) {
-        (void)width, (void)height;
-        return false;
-    }
+    virtual bool ResizeEditor(std::int32_t /*width*/, std::int32_t /*height*/) { return false; }
     /// The effect waits inside one of its calls and wants events handled meanwhile.
     virtual void Idle() {}
 };

@@ -82,7 +82,7 @@ class Walk {
         return false;
     }
 
-    /// Zeros behind the last chunk are padding that may be written over; anything else is somebody's.
+    /// Zeros behind the last chunk are padding that may be written over; anything else may be data.
     bool EndAtStrangeBytes(std::int64_t position) {
         if (!OnlyZeros(position, length_)) layout_.tail = AiffLayout::Tail::strangeBytes;
         return false;
@@ -213,7 +213,7 @@ class Walk {
         AiffChunk& last = layout_.chunks[chunksInForm_ - 1];
         const bool userChunkLast = last.id == kUserChunk || last.id == kFillerChunk; // now, or once
         const bool userChunkRemoved = inForm != layout_.chunks.end() && inForm->id == kUserChunk;
-        // Only what old user chunks left is given up; other bytes are somebody's, whether chunks or not.
+        // Only what old user chunks left is given up; other bytes may be data, whether chunks or not.
         if (!userChunkLast && !userChunkRemoved) return;
         layout_.chunks.erase(inForm, layout_.chunks.end());
         layout_.end = formEnd_;

@@ -10,8 +10,8 @@
 namespace vocafade {
 
 /// The sound of an AIFF file as a stream of bytes, and the user and ID3 chunks beside it. Positions and
-/// lengths count sound bytes, 0 being the first. The name is that of the product family's file layer, where
-/// reads could once be queued; here every operation is done when it returns.
+/// lengths count sound bytes, 0 being the first. Every operation, the asynchronous ones too, is done when it
+/// returns.
 class CAsyncFileIO {
   public:
     enum Mode { read = 0, create = 1, readWrite = 2 };
@@ -71,7 +71,7 @@ class CAsyncFileIO {
     int id3Length_ = 0; // what the ID3 payload counts as
 };
 
-/// The twin of `CAsyncFileIO`, for code that opens a second file beside the first.
+/// The same class under a second name.
 class CAsyncFileIO2 : public CAsyncFileIO {};
 
 } // namespace vocafade

@@ -34,8 +34,8 @@ struct ChunkBank {
 /// `maximumChunk` before anything is allocated; a short file gives a shorter chunk.
 ChunkBank ReadChunkBank(const std::string& path, std::int32_t uniqueId, std::size_t maximumChunk);
 
-/// What stands in a bank file's byte-size field. The effect's own file has always left it zero; hosts that
-/// check it want the number of bytes behind it.
+/// What stands in a bank file's byte-size field. The effect's own file leaves it zero; hosts that check it
+/// want the number of bytes behind it.
 enum class BankSizeField { zero, filledIn };
 
 /// [main-thread] Writes a standard bank file with `programs` programs: a new file beside the old one, flushed

@@ -42,8 +42,8 @@ class ProfileStruct {
     std::vector<ProfileElement> elements_;
 };
 
-/// A cache of up to 16 sections. It was meant to stand before the settings store, but nothing fills it: the
-/// calls that carry the profile vocabulary are inert, so that what is stored is always what is read.
+/// A cache of up to 16 sections. The calls that carry the profile vocabulary do nothing: what is read is
+/// always what the settings store holds.
 class Profile {
   public:
     static constexpr std::size_t kMostSections = 16;
@@ -61,7 +61,7 @@ class Profile {
     std::vector<std::unique_ptr<ProfileStruct>> sections_;
 };
 
-/// The cache needs no care: these do nothing.
+/// These do nothing.
 void InitProfileCacheSystem();
 void FlushProfileCache();
 void DisposeProfileList();

@@ -40,7 +40,7 @@ int RunAndTell(int argumentCount, char** arguments) {
         DieOfSignal();
         return kExitFailed;
     } catch (const std::system_error& error) {
-        if (error.code() == std::errc::broken_pipe) return kExitFailed; // nobody reads on
+        if (error.code() == std::errc::broken_pipe) return kExitFailed; // the reader of a pipe has gone
         return Complain(error.what(), kExitFailed);
     } catch (const std::exception& error) {
         return Complain(error.what(), kExitFailed);

@@ -88,7 +88,7 @@ TEST_F(CommandTest, ACommandLineThatMakesNoSenseEndsInTwoAndDoesNothing) {
     refuses({"--set", "Hifrek=3", "a.wav"}, "Did you mean HiFreq?");
     refuses({"a.wav", "--set", "Bass=3"}, "There are: ON/OFF, Output");
     refuses({"a.wav", "--set", "LoFreq"}, "NAME=VALUE");
-    refuses({"a.wav", "--set", "LoFreq=high"}, "is no number");
+    refuses({"a.wav", "--set", "LoFreq=high"}, "is not a number");
     refuses({"a.wav", "--set", "on/off=maybe"}, "ON or OFF");
     refuses({"a.wav", "--postion", "3"}, "Did you mean --position?");
     refuses({"a.wav", "-o", "a.wav"}, "over an input");

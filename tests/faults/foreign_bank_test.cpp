@@ -22,8 +22,8 @@ class ForeignBank : public WithSettings {
         return ReadFile(BankPath());
     }
 
-    /// Opens an effect on these bytes and lets it play at every program: it must neither crash nor give
-    /// anything but numbers, and its texts must end.
+    /// Opens an effect on these bytes and lets it play at every program: it must neither crash nor give NaN,
+    /// and its texts must end.
     void OpenAndPlay(const std::string& bytes) {
         WriteFile(BankPath(), bytes);
         AVocafade effect(SilentHost);
@@ -75,7 +75,7 @@ TEST_F(ForeignBank, OfRandomRecordsIsSafe) {
         std::string bytes = good;
         for (std::size_t i = 160; i < bytes.size(); ++i)
             if (round % 2 == 0 || random() % 16 == 0) bytes[i] = static_cast<char>(random() % 256);
-        if (round % 5 == 0) std::fill(bytes.begin() + 160, bytes.end(), '\xff'); // no numbers at all
+        if (round % 5 == 0) std::fill(bytes.begin() + 160, bytes.end(), '\xff'); // NaN everywhere
         OpenAndPlay(bytes);
     }
 }

@@ -60,7 +60,7 @@ TEST_F(Leftovers, OfTheLivingStayHoweverOld) {
     EXPECT_EQ(Names().size(), 1U);
 }
 
-TEST_F(Leftovers, OfNobodysAreLeftAlone) {
+TEST_F(Leftovers, OfOtherNamesAreLeftAlone) {
     const std::set<std::string> others = {".VocafadeDef.fxb.tmp",     ".VocafadeDef.fxb..tmp",
                                           ".VocafadeDef.fxb.1a.tmp",  ".VocafadeDef.fxb.-1.tmp",
                                           "VocafadeDef.fxb.1.tmp",    ".VocafadeDef.fxb.1.tmp~",

@@ -40,7 +40,7 @@ void Play(AEffect* effect) {
     for (int i = 0; i < 200; ++i)
         effect->processReplacing(effect, in, out, 512);
     for (const float sample : outLeft)
-        Expect(std::isfinite(sample), "its output is no number");
+        Expect(std::isfinite(sample), "its output is NaN or infinite");
 }
 
 void UseOnce(const char* plugin) {

@@ -63,7 +63,7 @@ TEST(BankFile, AllFourKindsAreRead) {
     ASSERT_EQ(std::get<1>(values.content).size(), 2U);
     EXPECT_EQ(std::get<1>(values.content)[1].name, "Second");
     const BankFile odd = ParseBankFile(ValueProgram("Odd", std::numeric_limits<float>::quiet_NaN()).bytes);
-    EXPECT_EQ(std::get<1>(odd.content)[0].values[0], 0.0F) << "what is no number is the minimum";
+    EXPECT_EQ(std::get<1>(odd.content)[0].values[0], 0.0F) << "NaN is the minimum";
 }
 
 TEST(BankFile, CutShortAnywhereIsRefused) {

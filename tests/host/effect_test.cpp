@@ -61,7 +61,7 @@ TEST(Effect, LivesInOneOrder) {
         effect.Process(buffers.pointers, buffers.pointers, 10);
         EXPECT_FLOAT_EQ(buffers.left[0], 0.25F);
         EXPECT_FLOAT_EQ(buffers.right[63], 0.5F);
-        effect.Configure(44100.0, 32, Precision::twofold); // stops by itself
+        effect.Configure(44100.0, 32, Precision::float64); // stops by itself
     }
     const std::vector<std::int32_t> order = {
         effOpen,          effSetSampleRate, effSetBlockSize,        effSetProcessPrecision,

@@ -71,15 +71,15 @@ class Song {
             const std::int64_t got =
                 sf_readf_float(sound_.get(), buffer_.data(), std::min(portion, wanted - done));
             if (got <= 0) break;
-            Part(got, result, static_cast<std::size_t>(first - start + done));
+            Split(got, result, static_cast<std::size_t>(first - start + done));
             done += got;
         }
         return result;
     }
 
   private:
-    /// Puts `count` frames that were read into `result` from `at` on.
-    void Part(std::int64_t count, MiddleSide& result, std::size_t at) const {
+    /// Puts the middle and side of `count` frames that were read into `result` from `at` on.
+    void Split(std::int64_t count, MiddleSide& result, std::size_t at) const {
         for (std::int64_t i = 0; i < count; ++i, ++at) {
             const float* frame = buffer_.data() + i * info_.channels;
             const float left = std::isfinite(frame[0]) ? frame[0] : 0.0f;

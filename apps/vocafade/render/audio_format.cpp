@@ -55,7 +55,7 @@ bool IsAmong(int rate, const std::array<int, Count>& rates) {
     return std::find(rates.begin(), rates.end(), rate) != rates.end();
 }
 
-/// What libsndfile says no earlier than at opening.
+/// What libsndfile reports only when it opens a file.
 bool IsCodeWritable(int code, int rate) {
     constexpr std::array kOpusRates = {8000, 12000, 16000, 24000, 48000};
     constexpr std::array kMp3Rates = {8000, 11025, 12000, 16000, 22050, 24000, 32000, 44100, 48000};
@@ -86,8 +86,8 @@ bool IsWavFamily(int major) {
 /// Whether files of this format are rightly called by this ending.
 bool Covers(const Ending& ending, int format) {
     const int major = Major(format);
-    const bool sameHouse = major == ending.major || (ending.text == "wav" && IsWavFamily(major));
-    if (!sameHouse) return false;
+    const bool sameMajor = major == ending.major || (ending.text == "wav" && IsWavFamily(major));
+    if (!sameMajor) return false;
     // "ogg" is also a fair name for Opus, Speex or FLAC in Ogg; "opus" and "mp3" are not for anything else.
     return ending.code == 0 || Code(format) == ending.code || ending.text == "ogg" || ending.text == "oga";
 }
@@ -95,7 +95,7 @@ bool Covers(const Ending& ending, int format) {
 /// Codings of samples to try for one depth, best first: never fewer bits while there is a coding with enough.
 std::vector<int> CodingsFor(const SampleKind& kind) {
     if (kind.isCoded) return {SF_FORMAT_PCM_16};
-    if (kind.twofold) return {SF_FORMAT_DOUBLE, SF_FORMAT_FLOAT, SF_FORMAT_PCM_32, SF_FORMAT_PCM_24};
+    if (kind.doublePrecision) return {SF_FORMAT_DOUBLE, SF_FORMAT_FLOAT, SF_FORMAT_PCM_32, SF_FORMAT_PCM_24};
     if (kind.bits == 0) return {SF_FORMAT_FLOAT, SF_FORMAT_PCM_32, SF_FORMAT_PCM_24};
     if (kind.bits <= 8) return {SF_FORMAT_PCM_U8, SF_FORMAT_PCM_S8, SF_FORMAT_PCM_16};
     if (kind.bits <= 16) return {SF_FORMAT_PCM_16};
@@ -159,7 +159,7 @@ SampleKind SampleKindOf(int format) {
     case SF_FORMAT_MPEG_LAYER_III:
         return {0, true, false};
     default:
-        return {16, false, false}; // 16-bit samples, and the codes that unfold to them
+        return {16, false, false}; // 16-bit samples, and the codings that decode to them
     }
 }
 

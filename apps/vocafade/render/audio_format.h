@@ -11,9 +11,9 @@ namespace vocafade::command {
 
 /// What a sample in a file is, as far as rounding and clipping go.
 struct SampleKind {
-    int bits = 0;         ///< of an integer sample; 0 when samples are fractions
-    bool isCoded = false; ///< a lossy code without a depth of its own (Vorbis, Opus, MP3)
-    bool twofold = false; ///< 64-bit fractions
+    int bits = 0;                 ///< of an integer sample; 0 when samples are fractions
+    bool isCoded = false;         ///< a lossy code without a depth of its own (Vorbis, Opus, MP3)
+    bool doublePrecision = false; ///< fractions of 64 bits
 };
 
 /// The kind of the samples in a libsndfile format number.

@@ -38,23 +38,22 @@ void CheckRoom(const fs::path& path, int format, std::int64_t frames) {
                                   Printable(path.string()), ByteCount(*needed), ByteCount(free)));
 }
 
-Container::Kind KindOf(int format) {
+FileChunks::Kind KindOf(int format) {
     switch (format & SF_FORMAT_TYPEMASK) {
     case SF_FORMAT_WAV:
     case SF_FORMAT_WAVEX:
     case SF_FORMAT_RF64:
-        return Container::Kind::wav;
+        return FileChunks::Kind::wav;
     case SF_FORMAT_AIFF:
-        return Container::Kind::aiff;
+        return FileChunks::Kind::aiff;
     default:
-        return Container::Kind::other;
+        return FileChunks::Kind::other;
     }
 }
 
 } // namespace
 
-AudioOutput::AudioOutput(const fs::path& path, int format, const AudioInput& input,
-                         const Container& container)
+AudioOutput::AudioOutput(const fs::path& path, int format, const AudioInput& input, const FileChunks& chunks)
     : path_(path), source_(input.path()), kind_(SampleKindOf(format)) {
     CheckRoom(path, format, input.frames());
     if (!replacement_.Begin(path.string())) {
@@ -75,9 +74,9 @@ AudioOutput::AudioOutput(const fs::path& path, int format, const AudioInput& inp
     if ((format & SF_FORMAT_TYPEMASK) == SF_FORMAT_RF64 &&
         (input.info().format & SF_FORMAT_TYPEMASK) != SF_FORMAT_RF64)
         sf_command(sound_.get(), SFC_RF64_AUTO_DOWNGRADE, nullptr, SF_TRUE);
-    if (container.kind == KindOf(format)) carried_ = container;
+    if (chunks.kind == KindOf(format)) carried_ = chunks;
     // Among the carried chunks of an AIFF file are its texts.
-    const bool withTexts = carried_.kind != Container::Kind::aiff;
+    const bool withTexts = carried_.kind != FileChunks::Kind::aiff;
     CopyMetadata(input.sound(), input.info(), sound_.get(), withTexts);
 }
 
@@ -170,10 +169,10 @@ void AudioOutput::Finish() {
     if (error != SF_ERR_NO_ERROR)
         throw Failure(
             fmt::format("cannot write '{}': {}", Printable(path_.string()), sf_error_number(error)));
-    SeeWhetherItIsPlainWav();
+    NoteDowngradeToWav();
     errno = 0;
     // libsndfile would fill such chunks up to a multiple of four bytes, which damages what ends by its size.
-    if (carried_.kind != Container::Kind::other && !AppendChunks(replacement_.file(), carried_, source_)) {
+    if (carried_.kind != FileChunks::Kind::other && !AppendChunks(replacement_.file(), carried_, source_)) {
         writeError_ = errno != 0 ? errno : EIO;
         Refuse();
     }
@@ -182,7 +181,7 @@ void AudioOutput::Finish() {
     Refuse();
 }
 
-void AudioOutput::SeeWhetherItIsPlainWav() {
+void AudioOutput::NoteDowngradeToWav() {
     char magic[4] = {};
     CFile& file = replacement_.file();
     if ((info_.format & SF_FORMAT_TYPEMASK) != SF_FORMAT_RF64 || !file.Seek(0, CFile::begin)) return;

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "apps/vocafade/render/audio_format.h"
-#include "apps/vocafade/render/container.h"
+#include "apps/vocafade/render/file_chunks.h"
 #include "apps/vocafade/shared/audio_input.h"
 #include "base/file_replacement.h"
 
@@ -17,10 +17,10 @@ namespace vocafade::command {
 /// given up, the name stays with what it had.
 class AudioOutput {
   public:
-    /// Begins `path` in `format` (see `ChooseFormat`) like `input`, whose container is `container`, with its
+    /// Begins `path` in `format` (see `ChooseFormat`) like `input`, whose chunks are `chunks`, with its
     /// tags. Throws `Failure`.
     AudioOutput(const std::filesystem::path& path, int format, const AudioInput& input,
-                const Container& container);
+                const FileChunks& chunks);
     ~AudioOutput();
     AudioOutput(const AudioOutput&) = delete;
     AudioOutput& operator=(const AudioOutput&) = delete;
@@ -44,7 +44,7 @@ class AudioOutput {
     void Quantise(const Sample* samples, std::size_t count);
     void CheckTaken(std::int64_t taken, std::int64_t frames);
     void SetQuality();
-    void SeeWhetherItIsPlainWav();
+    void NoteDowngradeToWav();
     [[noreturn]] void Refuse() const;
 
     static sf_count_t Length(void* self);
@@ -55,7 +55,7 @@ class AudioOutput {
 
     std::filesystem::path path_;
     std::filesystem::path source_; ///< the input, whose chunks are carried over at the end
-    Container carried_;
+    FileChunks carried_;
     SampleKind kind_;
     SF_INFO info_{};
     std::int64_t clipped_ = 0;

@@ -88,7 +88,7 @@ void AddProcessingOptions(CLI::App& app, RenderOptions& options) {
     app.add_option("--block", options.block, fmt::format("samples a call, 1 to {} (default 512)", kMostBlock))
         ->type_name("N")
         ->group("Processing");
-    app.add_flag("--double", options.twofold, "hand the samples over in double precision")
+    app.add_flag("--double", options.doublePrecision, "hand the samples over in double precision")
         ->group("Processing");
     app.add_flag(
            "--keep-latency", options.keepLatency,

@@ -30,7 +30,7 @@ struct RenderOptions {
 
     std::string plugin;
     std::int32_t block = 512; ///< samples
-    bool twofold = false;     ///< double precision
+    bool doublePrecision = false;
     bool keepLatency = false;
     int jobs = 0; ///< 0: as many as there are processors
     bool quiet = false;

@@ -63,16 +63,15 @@ RenderSettings MakeSettings(host::Effect& effect, const RenderOptions& options, 
     if (!options.bank.empty()) settings.bank = host::ReadBankFile(options.bank);
     settings.format = LowerCase(options.format);
     settings.block = options.block;
-    settings.twofold = options.twofold;
+    settings.doublePrecision = options.doublePrecision;
     settings.keepLatency = options.keepLatency;
     return settings;
 }
 
-/// Tries the whole set-up once on an effect of its own, so that what is wrong with it is said once and not
-/// for every song.
-void Rehearse(host::Effect& effect, const RenderSettings& settings) {
+/// Tries the set-up once, so that what is wrong with it is said once and not for every song.
+void CheckSetUp(host::Effect& effect, const RenderSettings& settings) {
     effect.Configure(44100.0, settings.block,
-                     settings.twofold ? host::Precision::twofold : host::Precision::single);
+                     settings.doublePrecision ? host::Precision::float64 : host::Precision::float32);
     effect.Start();
     SetUp(effect, settings);
 }
@@ -183,7 +182,7 @@ int RunRender(int argumentCount, char** arguments) {
     auto effect = std::make_unique<host::Effect>(plugin);
     const RenderSettings settings = MakeSettings(*effect, options, plugin);
     if (options.listPrograms || options.listParameters) return List(*effect, options, settings);
-    Rehearse(*effect, settings);
+    CheckSetUp(*effect, settings);
     const std::vector<RenderJob> jobs = PlanJobs(options);
     WatchForInterruption();
     Reporter reporter(options.quiet, Weights(jobs));

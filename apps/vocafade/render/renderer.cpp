@@ -3,7 +3,7 @@
 
 #include "apps/vocafade/render/audio_format.h"
 #include "apps/vocafade/render/audio_output.h"
-#include "apps/vocafade/render/container.h"
+#include "apps/vocafade/render/file_chunks.h"
 #include "apps/vocafade/shared/audio_input.h"
 #include "apps/vocafade/shared/failures.h"
 #include "apps/vocafade/shared/interruption.h"
@@ -154,19 +154,19 @@ RenderReport Render(const RenderJob& job, const RenderSettings& settings,
     host::Effect effect(settings.plugin);
     if (effect.numInputs() < 2 || effect.numOutputs() < 2) throw Failure("the plug-in is not stereo");
     effect.Configure(input.info().samplerate, settings.block,
-                     settings.twofold ? host::Precision::twofold : host::Precision::single);
+                     settings.doublePrecision ? host::Precision::float64 : host::Precision::float32);
     effect.Start();
     SetUp(effect, settings);
     RenderReport report;
     report.passedThrough = IsOff(effect);
     if (effect.uniqueId() == kVocafadeId) report.outputLevel = ShownNumber(effect, kParameterOutput);
-    const Container container = ReadContainer(job.input);
-    AudioOutput output(job.output, format, input, container);
-    const auto run = settings.twofold ? RunStream<double> : RunStream<float>;
+    const FileChunks chunks = ReadFileChunks(job.input);
+    AudioOutput output(job.output, format, input, chunks);
+    const auto run = settings.doublePrecision ? RunStream<double> : RunStream<float>;
     run(effect, input, output, settings, progress, report);
     output.Finish();
     report.format = FormatText(output.format());
-    report.announcedSeconds = report.songSeconds / container.soundShare;
+    report.announcedSeconds = report.songSeconds / chunks.soundShare;
     report.clipped = output.clipped();
     report.workSeconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
     return report;

@@ -22,7 +22,7 @@ struct RenderSettings {
     std::vector<Assignment> assignments; ///< on top of the program or the defaults
     std::string format;                  ///< ending of the format to write; empty: that of the output's name
     std::int32_t block = 512;            ///< samples a call
-    bool twofold = false;
+    bool doublePrecision = false;
     bool keepLatency = false;
 };
 

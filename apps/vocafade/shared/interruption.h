@@ -10,8 +10,8 @@ void WatchForInterruption();
 /// [any-thread] Throws `Interrupted` when the flag is up.
 void ThrowIfInterrupted();
 
-/// [main-thread] Ends the process by the signal that was caught, so that whoever started it sees the truth.
-/// Returns when there was none.
+/// [main-thread] Ends the process by the signal that was caught, so that whoever started it sees why it
+/// ended. Returns when there was none.
 void DieOfSignal();
 
 } // namespace vocafade::command

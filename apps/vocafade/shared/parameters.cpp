@@ -93,7 +93,7 @@ Assignment ParseAssignment(host::Effect& effect, const std::string& text) {
     if (effect.uniqueId() == kVocafadeId && index < kParameterCount) {
         const std::optional<double> display = ParseDisplay(index, value);
         if (!display && index == kParameterOnOff) throw UsageError(option + ": ON/OFF is ON or OFF");
-        if (!display) throw UsageError(fmt::format("{} is no number: {}", option, RangeText(index)));
+        if (!display) throw UsageError(fmt::format("{} is not a number: {}", option, RangeText(index)));
         return AssignDisplay(index, *display, option);
     }
     const std::optional<double> normalised = ParseNumber(value);

@@ -6,12 +6,12 @@
 
 namespace vocafade::command {
 
-/// [main-thread] To be called first. Gives what was closed of the three standard streams a place where
-/// nothing is lost and nothing is kept, since a song would get the free number else and with it all that is
-/// printed. A reader that goes away then makes a write fail instead of ending the process.
+/// [main-thread] To be called first. Opens /dev/null for each standard stream that was closed: otherwise the
+/// next file, a song, would get its number and all that is printed. From now on a reader of a pipe that goes
+/// away makes a write fail instead of ending the process.
 void PrepareStreams();
 
-/// [any-thread] Writes to the standard output. What is not taken is told by `FinishOutput`.
+/// [any-thread] Writes to the standard output. `FinishOutput` tells of failures.
 void PrintText(std::string_view text);
 
 /// [any-thread] Formats and writes to the standard output.
@@ -23,7 +23,7 @@ void Print(fmt::format_string<Arguments...> format, Arguments&&... arguments) {
 /// [any-thread] Hands what was printed to whoever reads it.
 void FlushOutput();
 
-/// [any-thread] Writes to the standard error. When that is full or closed there is nobody left to be told.
+/// [any-thread] Writes to the standard error. Failures are ignored.
 void PrintError(std::string_view text);
 
 /// [main-thread] The system's error when the standard output has not taken everything, else 0. A reader that

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "apps/vocafade/render/container.h"
+#include "apps/vocafade/render/file_chunks.h"
 
 #include "base/big_endian.h"
 #include "persistence/aiff_layout.h"
@@ -48,7 +48,7 @@ std::int64_t LittleEndian(const unsigned char* bytes, int count) {
     return static_cast<std::int64_t>(number);
 }
 
-void ReadWav(CFile& file, Container& container) {
+void ReadWav(CFile& file, FileChunks& found) {
     const std::int64_t length = file.GetLength();
     std::int64_t soundSize64 = -1;
     std::array<unsigned char, 16> bytes{};
@@ -61,26 +61,25 @@ void ReadWav(CFile& file, Container& container) {
             soundSize64 = LittleEndian(bytes.data() + 8, 8);
         if (id == kData) {
             if (size == kIn64 && soundSize64 >= 0) size = soundSize64;
-            container.soundShare = Share(length - start, size);
+            found.soundShare = Share(length - start, size);
         }
         if (size < 0 || size > length - start) return; // the file ends within it
-        if (IsAmong(id, {"iXML", "axml", "_PMX", "id3 ", "ID3 "}))
-            container.chunks.push_back({id, start, size});
+        if (IsAmong(id, {"iXML", "axml", "_PMX", "id3 ", "ID3 "})) found.carried.push_back({id, start, size});
         position = start + size + size % 2;
     }
 }
 
-void ReadAiff(const AiffLayout& layout, Container& container) {
+void ReadAiff(const AiffLayout& layout, FileChunks& found) {
     for (const AiffChunk& chunk : layout.chunks) {
         if (chunk.size != chunk.declaredSize) continue;
         if (IsAmong(chunk.id, {"NAME", "AUTH", "(c) ", "ANNO", "COMT", "APPL", "ID3 ", "id3 ", "iXML", "axml",
                                "_PMX", "WVL4"}))
-            container.chunks.push_back({chunk.id, chunk.dataPosition(), chunk.size});
+            found.carried.push_back({chunk.id, chunk.dataPosition(), chunk.size});
     }
     // Our own family's chunk has no padding behind it, so it is the last.
-    std::stable_partition(container.chunks.begin(), container.chunks.end(),
+    std::stable_partition(found.carried.begin(), found.carried.end(),
                           [](const CarriedChunk& chunk) { return chunk.id != kUserChunk; });
-    if (layout.hasSound) container.soundShare = Share(layout.sound.size - 8, layout.sound.declaredSize - 8);
+    if (layout.hasSound) found.soundShare = Share(layout.sound.size - 8, layout.sound.declaredSize - 8);
 }
 
 bool CopyBytes(CFile& target, CFile& from, const CarriedChunk& chunk) {
@@ -122,9 +121,9 @@ bool WriteFormSize(CFile& target) {
 }
 
 /// Whether the file may become so much longer: all forms but RF64 end at 4 GB.
-bool HasRoom(CFile& target, const Container& container) {
+bool HasRoom(CFile& target, const FileChunks& found) {
     std::int64_t length = target.GetLength() + 1;
-    for (const CarriedChunk& chunk : container.chunks)
+    for (const CarriedChunk& chunk : found.carried)
         length += 8 + chunk.size + 1;
     std::array<unsigned char, 4> magic{};
     return length <= kLargestSize ||
@@ -133,36 +132,35 @@ bool HasRoom(CFile& target, const Container& container) {
 
 } // namespace
 
-Container ReadContainer(const std::filesystem::path& path) {
-    Container container;
+FileChunks ReadFileChunks(const std::filesystem::path& path) {
+    FileChunks found;
     CFile file;
     std::array<unsigned char, 12> head{};
-    if (!file.Open(path.c_str(), CFile::modeRead) || !ReadAt(file, 0, head.data(), head.size()))
-        return container;
+    if (!file.Open(path.c_str(), CFile::modeRead) || !ReadAt(file, 0, head.data(), head.size())) return found;
     const std::uint32_t form = LoadBigEndian32(head.data());
     if ((form == kRiff || form == kRf64) && LoadBigEndian32(head.data() + 8) == kWave) {
-        container.kind = Container::Kind::wav;
-        ReadWav(file, container);
+        found.kind = FileChunks::Kind::wav;
+        ReadWav(file, found);
     } else if (form == kFormChunk) {
         const AiffLayout layout = ReadAiffLayout(file);
-        if (layout.form == AiffLayout::Form::none) return container;
-        container.kind = Container::Kind::aiff;
-        ReadAiff(layout, container);
+        if (layout.form == AiffLayout::Form::none) return found;
+        found.kind = FileChunks::Kind::aiff;
+        ReadAiff(layout, found);
     }
-    return container;
+    return found;
 }
 
-bool AppendChunks(CFile& target, const Container& container, const std::filesystem::path& source) {
-    if (container.chunks.empty()) return true;
+bool AppendChunks(CFile& target, const FileChunks& found, const std::filesystem::path& source) {
+    if (found.carried.empty()) return true;
     CFile from;
     if (!from.Open(source.c_str(), CFile::modeRead)) return false;
-    if (!HasRoom(target, container)) {
+    if (!HasRoom(target, found)) {
         errno = EFBIG;
         return false;
     }
-    for (const CarriedChunk& chunk : container.chunks)
-        if (!CopyChunk(target, from, chunk, container.kind == Container::Kind::aiff)) return false;
-    const bool padded = container.chunks.back().id == kUserChunk || target.GetLength() % 2 == 0;
+    for (const CarriedChunk& chunk : found.carried)
+        if (!CopyChunk(target, from, chunk, found.kind == FileChunks::Kind::aiff)) return false;
+    const bool padded = found.carried.back().id == kUserChunk || target.GetLength() % 2 == 0;
     return (padded || target.Write("", 1)) && WriteFormSize(target);
 }
 

@@ -17,23 +17,22 @@ struct CarriedChunk {
 };
 
 /// What there is to know of a WAV or AIFF file beyond what libsndfile tells.
-struct Container {
+struct FileChunks {
     enum class Kind { other, wav, aiff };
     Kind kind = Kind::other;
     /// What other programs put there that stays true when the samples change. Of AIFF files all texts are
     /// among it: a file may have several of a kind, and comments with their times.
-    std::vector<CarriedChunk> chunks;
+    std::vector<CarriedChunk> carried;
     /// How much of the sound that the file announces is there; less than 1 in a file that was cut.
     double soundShare = 1.0;
 };
 
-/// [any-thread] Reads the chunk list of `path`. Of anything else, or of a damaged file, the answer is what
-/// could be read.
-Container ReadContainer(const std::filesystem::path& path);
+/// [any-thread] Reads the chunk list of `path`; of a damaged or other file as much as can be read.
+FileChunks ReadFileChunks(const std::filesystem::path& path);
 
-/// [any-thread] Puts the chunks of `container`, read from `source`, behind everything else in `target`, a
+/// [any-thread] Puts the carried chunks of `found`, read from `source`, behind everything else in `target`, a
 /// whole file of the same kind, and makes its size true. Costs no memory, however large they are. False when
 /// they cannot be read or written, or when there is no room for them in the file's form.
-bool AppendChunks(CFile& target, const Container& container, const std::filesystem::path& source);
+bool AppendChunks(CFile& target, const FileChunks& found, const std::filesystem::path& source);
 
 } // namespace vocafade::command
