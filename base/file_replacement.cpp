@@ -51,7 +51,7 @@ bool IsTemporary(const std::string& name, const std::string& prefix) {
     return !number.empty() && number.find_first_not_of("0123456789") == std::string::npos;
 }
 
-/// True when whoever began this file will not go on with it: he has died, and with him his lock.
+/// True when the process that began this file has ended, its lock with it, and nobody else holds it.
 bool IsAbandoned(const std::string& path, std::int64_t now) {
     const int descriptor = ::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
     if (descriptor < 0) return false;

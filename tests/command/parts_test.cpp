@@ -2,7 +2,7 @@
 // The command's parts that are better tried without a process.
 #include "apps/vocafade/render/audio_format.h"
 #include "apps/vocafade/render/job_pool.h"
-#include "apps/vocafade/render/progress_bar.h"
+#include "apps/vocafade/render/reporter.h"
 #include "apps/vocafade/shared/failures.h"
 #include "apps/vocafade/shared/text.h"
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "apps/vocafade/render/reporter.h"
 
-#include "apps/vocafade/render/progress_bar.h"
 #include "apps/vocafade/shared/printing.h"
+#include "apps/vocafade/shared/text.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -18,6 +18,8 @@ namespace {
 
 constexpr std::chrono::milliseconds kRedraw{100};
 constexpr std::size_t kUsualWidth = 80;
+constexpr std::size_t kWidestBar = 40;
+constexpr double kTrustAfter = 0.5; // seconds: an earlier guess at the time left is wild
 
 bool IsTerminal() {
     const char* kind =
@@ -31,6 +33,19 @@ std::size_t TerminalWidth() {
 }
 
 } // namespace
+
+std::string ProgressLine(double done, double secondsSoFar, std::size_t songsDone, std::size_t songs,
+                         std::size_t width) {
+    done = std::clamp(done, 0.0, 1.0);
+    std::string text = fmt::format("] {:3.0f} %", done * 100.0);
+    if (secondsSoFar >= kTrustAfter && done > 0.0)
+        text += fmt::format("  {} left", ClockTime(secondsSoFar / done - secondsSoFar));
+    if (songs > 1) text += fmt::format("  {} of {} songs", songsDone, songs);
+    if (text.size() + 4 > width) return text.substr(2, width);
+    const std::size_t bar = std::min(kWidestBar, width - text.size() - 2);
+    const auto full = static_cast<std::size_t>(done * static_cast<double>(bar));
+    return fmt::format("[{}{}{}", std::string(full, '#'), std::string(bar - full, '.'), text);
+}
 
 Reporter::Reporter(bool quiet, std::vector<double> weights)
     : quiet_(quiet), bar_(!quiet && IsTerminal()), weights_(std::move(weights)), done_(weights_.size(), 0.0),

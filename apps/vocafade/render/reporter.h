@@ -9,6 +9,11 @@
 
 namespace vocafade::command {
 
+/// The line that stands on a terminal while songs are rendered, at most `width` columns: a bar, how much is
+/// done, the time left once it can be told, and how many of several songs are finished.
+std::string ProgressLine(double done, double secondsSoFar, std::size_t songsDone, std::size_t songs,
+                         std::size_t width);
+
 /// Says how a run is going: a progress bar on a terminal, a line a song on the standard output, warnings and
 /// errors on the standard error. Every function may be called on any thread.
 class Reporter {
