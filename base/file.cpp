@@ -63,12 +63,9 @@ bool CFile::Open(const char* path, unsigned flags) {
         access = O_WRONLY;
     }
     if ((flags & modeCreate) != 0) {
-        access |= O_CREAT;
-        if ((flags & modeNoTruncate) == 0) {
-            access |= O_TRUNC; // where the file cannot be removed
-            // Other names of the file keep its content. Devices and links are nobody's to remove.
-            if (::lstat(name.c_str(), &status) == 0 && S_ISREG(status.st_mode)) ::unlink(name.c_str());
-        }
+        access |= O_CREAT | O_TRUNC; // the latter where the file cannot be removed
+        // Other names of the file keep its content. Devices and links are not removed.
+        if (::lstat(name.c_str(), &status) == 0 && S_ISREG(status.st_mode)) ::unlink(name.c_str());
     }
     // Without O_NONBLOCK a pipe under that name would hold up the caller until somebody writes to it.
     const int descriptor = ::open(name.c_str(), access | O_CLOEXEC | O_NONBLOCK, 0666);

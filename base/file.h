@@ -18,8 +18,7 @@ class CFile {
         modeRead = 0x0000,
         modeWrite = 0x0001,
         modeReadWrite = 0x0002,
-        modeCreate = 0x1000,     ///< make the file anew, removing what was there
-        modeNoTruncate = 0x2000, ///< with `modeCreate`: keep what is there
+        modeCreate = 0x1000, ///< make the file anew, removing what was there
     };
     enum SeekPosition { begin = 0, current = 1, end = 2 };
 

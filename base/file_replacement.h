@@ -24,8 +24,6 @@ class FileReplacement {
     bool Begin(const std::string& path);
     /// The new file, to be written to.
     CFile& file() { return file_; }
-    /// The name of the new file while it is being written.
-    const std::string& temporaryPath() const { return temporary_; }
     /// Puts the new file in the place of the old one. False, with the old file as it was, when any byte was
     /// not written or the name could not be taken.
     bool Commit();

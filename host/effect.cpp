@@ -129,8 +129,6 @@ std::string Effect::Text(std::int32_t opcode, std::int32_t index, VstIntPtr valu
 }
 
 std::string Effect::effectName() { return Text(effGetEffectName); }
-std::string Effect::vendorName() { return Text(effGetVendorString); }
-std::string Effect::productName() { return Text(effGetProductString); }
 
 int Effect::canDo(std::string_view what) {
     std::string text(what);
@@ -153,16 +151,6 @@ std::string Effect::parameterLabel(std::int32_t index) {
 }
 std::string Effect::parameterDisplay(std::int32_t index) {
     return isParameter(index) ? Text(effGetParamDisplay, index) : std::string();
-}
-
-std::optional<VstParameterProperties> Effect::parameterProperties(std::int32_t index) {
-    VstParameterProperties properties{};
-    if (!isParameter(index) || Dispatch(effGetParameterProperties, index, 0, &properties) == 0)
-        return std::nullopt;
-    properties.label[sizeof properties.label - 1] = '\0';
-    properties.shortLabel[sizeof properties.shortLabel - 1] = '\0';
-    properties.categoryLabel[sizeof properties.categoryLabel - 1] = '\0';
-    return properties;
 }
 
 std::int32_t Effect::program() { return static_cast<std::int32_t>(Dispatch(effGetProgram)); }

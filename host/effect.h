@@ -54,17 +54,14 @@ class Effect {
     std::int32_t numPrograms() const { return effect_->numPrograms; }
     std::int32_t initialDelay() const { return effect_->initialDelay; }
     std::int32_t uniqueId() const { return effect_->uniqueID; }
-    std::int32_t version() const { return effect_->version; }
     bool has(AEffectFlags flag) const { return (effect_->flags & flag) != 0; }
     /// True when there is a double-precision entry, promised by the flag or not.
     bool hasDoubleEntry() const { return effect_->processDoubleReplacing != nullptr; }
     /// The shared object that it came from.
     const std::filesystem::path& file() const { return object_->file(); }
 
-    /// [main-thread] Texts as the effect gives them, cut at sane lengths; empty when it gives none.
+    /// [main-thread] The name as the effect gives it, cut at a sane length; empty when it gives none.
     std::string effectName();
-    std::string vendorName();
-    std::string productName();
     /// [main-thread] What `effCanDo` answers: 1 yes, -1 no, 0 not known.
     int canDo(std::string_view what);
 
@@ -76,7 +73,6 @@ class Effect {
     std::string parameterName(std::int32_t index);
     std::string parameterLabel(std::int32_t index);
     std::string parameterDisplay(std::int32_t index);
-    std::optional<VstParameterProperties> parameterProperties(std::int32_t index);
 
     /// [main-thread] Programs, counted from 0.
     std::int32_t program();
@@ -96,7 +92,6 @@ class Effect {
     bool OpenEditor(void* parent);
     void IdleEditor();
     void CloseEditor();
-    bool isEditorOpen() const { return editorOpen_; }
 
     /// [main-thread] Any opcode at all, for tools that look closer.
     VstIntPtr Dispatch(std::int32_t opcode, std::int32_t index = 0, VstIntPtr value = 0, void* ptr = nullptr,

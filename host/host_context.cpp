@@ -101,24 +101,24 @@ VstIntPtr HostContext::Callback(AEffect* effect, std::int32_t opcode, std::int32
 
 VstIntPtr HostContext::Answer(std::int32_t opcode, std::int32_t index, VstIntPtr value, void* ptr,
                               float opt) {
-    HostListener* listener = listener_;
     switch (opcode) {
     case audioMasterAutomate:
-        if (listener != nullptr) listener->ParameterAutomated(index, opt);
+        if (listener_ != nullptr) listener_->ParameterAutomated(index, opt);
         return 0;
     case audioMasterBeginEdit:
-        if (listener != nullptr) listener->EditBegun(index);
+        if (listener_ != nullptr) listener_->EditBegun(index);
         return 1;
     case audioMasterEndEdit:
-        if (listener != nullptr) listener->EditEnded(index);
+        if (listener_ != nullptr) listener_->EditEnded(index);
         return 1;
     case audioMasterUpdateDisplay:
-        if (listener != nullptr) listener->DisplayChanged();
+        if (listener_ != nullptr) listener_->DisplayChanged();
         return 1;
     case audioMasterSizeWindow:
-        return listener != nullptr && listener->ResizeEditor(index, static_cast<std::int32_t>(value)) ? 1 : 0;
+        return listener_ != nullptr && listener_->ResizeEditor(index, static_cast<std::int32_t>(value)) ? 1
+                                                                                                        : 0;
     case audioMasterIdle:
-        if (listener != nullptr) listener->Idle();
+        if (listener_ != nullptr) listener_->Idle();
         return 0;
     case audioMasterGetTime:
         return reinterpret_cast<VstIntPtr>(TimeInfo());

@@ -70,7 +70,6 @@ class HostContext {
     void setPlaying(bool playing);
     /// [audio-thread] Moves the song position on by `samples`.
     void Advance(std::int32_t samples) { position_ += samples; }
-    void setListener(HostListener* listener) { listener_ = listener; }
 
   private:
     VstIntPtr Answer(std::int32_t opcode, std::int32_t index, VstIntPtr value, void* ptr, float opt);
@@ -82,7 +81,7 @@ class HostContext {
     std::atomic<std::int64_t> position_{0}; ///< samples since the last start
     std::atomic<bool> playing_{false};
     std::atomic<bool> transportChanged_{false};
-    std::atomic<HostListener*> listener_;
+    HostListener* const listener_;
 };
 
 } // namespace vocafade::host
