@@ -17,7 +17,7 @@ constexpr std::int32_t kDefaultBlock = 512;
 constexpr std::int32_t kMostChannels = 1024;    // more is a descriptor gone wrong
 constexpr std::int32_t kMostParameters = 65536; // likewise, and for programs
 constexpr std::int64_t kMostChunkBytes = std::int64_t{256} << 20;
-// Effects write more than the interface's lengths allow; the longest seen in the wild is far below this.
+// Effects write more than the interface's lengths allow; this is many times what any is known to write.
 constexpr std::size_t kTextBytes = 1024;
 
 /// One at a time: construction, opening and closing.
@@ -189,8 +189,7 @@ std::vector<std::byte> Effect::chunk(bool programOnly) {
 
 void Effect::setChunk(std::span<const std::byte> bytes, bool programOnly) {
     if (!has(effFlagsProgramChunks)) throw HostError("the plug-in does not take a state");
-    std::vector<std::byte> copy(bytes.begin(),
-                                bytes.end()); // the interface does not promise to leave it alone
+    std::vector<std::byte> copy(bytes.begin(), bytes.end()); // effects may write into it
     Dispatch(effSetChunk, programOnly ? 1 : 0, static_cast<VstIntPtr>(copy.size()), copy.data());
 }
 

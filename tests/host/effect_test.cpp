@@ -168,23 +168,5 @@ TEST(Effect, ManyRunAtOnceOnTheirOwnThreads) {
         EXPECT_FLOAT_EQ(results[t], 0.1F * static_cast<float>(t));
 }
 
-TEST(Effect, DrivesTheRealPlugin) {
-    Effect effect(VOCAFADE_PLUGIN);
-    EXPECT_EQ(effect.effectName(), "Vocafade");
-    EXPECT_EQ(effect.numParameters(), 6);
-    EXPECT_EQ(effect.numPrograms(), 64);
-    effect.Configure(44100.0, 512);
-    effect.Start();
-    effect.setParameter(1, 1.0F);
-    EXPECT_EQ(effect.parameterDisplay(1), "6.0");
-    EXPECT_EQ(effect.parameterLabel(3), "Hz");
-    EXPECT_EQ(effect.canDo("bypass"), 1);
-    const std::vector<std::byte> chunk = effect.chunk(true);
-    effect.setParameter(1, 0.0F);
-    effect.setChunk(chunk, true);
-    EXPECT_EQ(effect.parameterDisplay(1), "6.0");
-    EXPECT_TRUE(effect.editorRect().has_value());
-}
-
 } // namespace
 } // namespace vocafade::host

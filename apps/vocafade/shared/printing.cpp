@@ -28,8 +28,8 @@ void PrepareStreams() {
         descriptor = ::dup(descriptor);
     if (descriptor >= 0) ::close(descriptor);
     struct sigaction action {};
-    action.sa_handler = [](int) {
-    }; // unlike an ignored signal it does not pass to the programs begun from here
+    // Not SIG_IGN, which programs started from here would inherit.
+    action.sa_handler = [](int) {};
     action.sa_flags = static_cast<int>(SA_RESTART);
     ::sigaction(SIGPIPE, &action, nullptr);
 }

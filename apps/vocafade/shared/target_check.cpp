@@ -28,8 +28,9 @@ std::optional<std::pair<dev_t, ino_t>> IdentityOf(const fs::path& path) {
 
 void CheckTarget(const fs::path& target, std::initializer_list<fs::path> inputs) {
     if (target == "-")
-        throw UsageError("nothing can be written to the standard output here, since files are written beside "
-                         "their name first; name a file (one that is called so is ./-)");
+        throw UsageError(
+            "the output cannot be the standard output: it is written to a new file that then takes "
+            "its name; a file of the name '-' is given as ./-");
     const auto identity = IdentityOf(target);
     for (const fs::path& input : inputs) {
         if (input.empty()) continue;
