@@ -3,11 +3,8 @@
 #include "tests/editor/panel_picture.h"
 
 #include <atomic>
-#include <dlfcn.h>
 #include <filesystem>
-#include <fstream>
 #include <thread>
-#include <unistd.h>
 
 namespace vocafade::test {
 namespace {
@@ -267,68 +264,6 @@ TEST_F(Life, DisplayMayGoAway) {
         editor.Close();
     }
     SetVariable("DISPLAY", shared);
-}
-
-TEST_F(Life, PluginMayBeUnloadedAndLoadedAgain) {
-    // In a process of its own, which has not loaded the plug-in before. A second loading that hangs is ended.
-    EXPECT_EXIT(
-        {
-            ::alarm(20);
-            const xcb_window_t window = user.MakeWindow(0, 0, 477, 214);
-            for (int i = 0; i < 3; ++i) {
-                void* library = ::dlopen(VOCAFADE_PLUGIN, RTLD_NOW | RTLD_LOCAL);
-                const auto entry =
-                    reinterpret_cast<AEffect* (*)(audioMasterCallback)>(::dlsym(library, "VSTPluginMain"));
-                AEffect* effect = entry(SilentHost);
-                void* parent = reinterpret_cast<void*>(static_cast<std::uintptr_t>(window));
-                if (effect->dispatcher(effect, effEditOpen, 0, 0, parent, 0.0f) == 0) ::_exit(1);
-                for (int idle = 0; idle < 3; ++idle) {
-                    effect->dispatcher(effect, effEditIdle, 0, 0, nullptr, 0.0f);
-                }
-                effect->dispatcher(effect, effClose, 0, 0, nullptr, 0.0f);
-                ::dlclose(library);
-            }
-            ::_exit(0);
-        },
-        ::testing::ExitedWithCode(0), "");
-}
-
-TEST_F(Life, OpensAndClosesFiveHundredTimes) {
-    HostedEditor editor(user);
-    const auto cycle = [&editor](int i) {
-        ASSERT_TRUE(editor.Open());
-        editor.Idle();
-        if (i % 10 == 0) editor.Click(i % 20 == 0 ? kSave : kCopy);
-        editor.Idle();
-        editor.Close();
-    };
-    for (int i = 0; i < 20; ++i) {
-        cycle(i);
-    }
-    const auto residentKilobytes = [] {
-        std::ifstream status("/proc/self/statm");
-        long size = 0;
-        long resident = 0;
-        status >> size >> resident;
-        return resident * 4;
-    };
-    const std::size_t files = OpenFiles();
-    const std::size_t threads = ThreadsLeft(1);
-    const std::size_t windows = user.TopLevels().size();
-    const long before = residentKilobytes();
-    for (int i = 0; i < 500; ++i) {
-        cycle(i);
-    }
-    user.Sync();
-    EXPECT_EQ(OpenFiles(), files);
-    EXPECT_EQ(ThreadsLeft(threads), threads);
-    EXPECT_EQ(user.TopLevels().size(), windows);
-    EXPECT_TRUE(user.Children(editor.parent).empty());
-#ifndef VOCAFADE_SANITIZED
-    EXPECT_LT(residentKilobytes() - before, 2048);
-#else
-    static_cast<void>(before);
-#endif
 }
 
 } // namespace

@@ -159,26 +159,5 @@ TEST_F(Plugin, ProcessesThroughTheDescriptor) {
     EXPECT_EQ(Samples(outL.begin(), outL.begin() + 256), Samples(voice.begin(), voice.begin() + 256));
 }
 
-TEST_F(Plugin, HandsItsBankToAnotherInstance) {
-    Ask(effOpen);
-    Ask(effSetProgram, 0, 33);
-    char name[] = "Thirty-four";
-    Ask(effSetProgramName, 0, 0, name);
-    effect->setParameter(effect, 4, 0.125f);
-    void* chunk = nullptr;
-    const VstIntPtr size = Ask(effGetChunk, 0, 0, &chunk);
-    ASSERT_EQ(size, 3328);
-    const std::string bytes(static_cast<const char*>(chunk), static_cast<std::size_t>(size));
-
-    AEffect* other = entry(RecordingHost::Callback);
-    other->dispatcher(other, effOpen, 0, 0, nullptr, 0.0f);
-    other->dispatcher(other, effSetChunk, 0, size, const_cast<char*>(bytes.data()), 0.0f);
-    char text[64] = {};
-    other->dispatcher(other, effGetProgramName, 0, 0, text, 0.0f);
-    EXPECT_STREQ(text, "Thirty-four");
-    EXPECT_EQ(other->getParameter(other, 4), 0.125f);
-    EXPECT_EQ(other->dispatcher(other, effClose, 0, 0, nullptr, 0.0f), 1);
-}
-
 } // namespace
 } // namespace vocafade::test
