@@ -24,7 +24,7 @@ void CheckValues(const host::BankFile& file) {
     for (const host::ProgramValues& program : *programs) {
         fuzz::Require(program.name.size() <= 27, "names end in their field");
         for (const float value : program.values)
-            fuzz::Require(value >= 0.0F && value <= 1.0F, "values are normalised");
+            fuzz::Require(value >= 0.0f && value <= 1.0f, "values are normalised");
     }
 }
 

@@ -6,6 +6,6 @@
 extern "C" __attribute__((visibility("default"))) vocafade::AEffect*
 VSTPluginMain(vocafade::audioMasterCallback host) {
     using namespace vocafade;
-    if (host(nullptr, audioMasterVersion, 0, 0, nullptr, 0.0F) == 0) return nullptr;
+    if (host(nullptr, audioMasterVersion, 0, 0, nullptr, 0.0f) == 0) return nullptr;
     return (new AVocafade(host))->getAeffect();
 }

@@ -22,7 +22,7 @@ class Myifstream : public CFile {
     void close() { Close(); } // NOLINT(bugprone-virtual-near-miss): streams spell it so
     /// [any-thread] `kFailed` after an opening that failed, else 0. Callers test it against 6.
     unsigned rdstate() const { return state_; }
-    bool fail() const { return (state_ & 6u) != 0; }
+    bool fail() const { return (state_ & 6U) != 0; }
 
     /// [main-thread] The next byte as 0 to 255, or -1 at the end.
     int get();

@@ -15,7 +15,7 @@ class Noise {
   public:
     explicit Noise(std::uint32_t seed) : state_(seed) {}
     float Next() {
-        state_ = state_ * 1664525u + 1013904223u;
+        state_ = state_ * 1664525U + 1013904223U;
         return static_cast<float>(static_cast<std::int32_t>(state_)) * 0x1p-31f;
     }
 

@@ -33,7 +33,7 @@ double PowerBetween(const std::vector<double>& power, double from, double to) {
 } // namespace
 
 float Spectrogram::Loudest() const {
-    return decibels.empty() ? 0.0F : *std::max_element(decibels.begin(), decibels.end());
+    return decibels.empty() ? 0.0f : *std::max_element(decibels.begin(), decibels.end());
 }
 
 Spectrogram MakeSpectrogram(const std::string& path, const FrequencyRange& range, int columns, int rows) {

@@ -10,8 +10,8 @@ namespace vocafade {
 
 /// One instant of a stereo sound; 1.0 is full scale.
 struct StereoSample {
-    float left = 0.0F;
-    float right = 0.0F;
+    float left = 0.0f;
+    float right = 0.0f;
 };
 
 /// A stereo sound in memory.

@@ -83,7 +83,7 @@ void Instance::RestoreState(const std::vector<char>& state, bool programOnly) {
 
 void Instance::Close() {
     if (AEffect* effect = std::exchange(effect_, nullptr))
-        effect->dispatcher(effect, effClose, 0, 0, nullptr, 0.0F);
+        effect->dispatcher(effect, effClose, 0, 0, nullptr, 0.0f);
 }
 
 void Instance::Configure(double rate, std::int32_t block) {

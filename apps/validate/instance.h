@@ -29,7 +29,7 @@ class Instance {
     bool has(AEffectFlags flag) const { return (effect_->flags & flag) != 0; }
 
     VstIntPtr Ask(std::int32_t opcode, std::int32_t index = 0, VstIntPtr value = 0, void* ptr = nullptr,
-                  float opt = 0.0F);
+                  float opt = 0.0f);
     float parameter(std::int32_t index) { return effect_->getParameter(effect_, index); }
     void setParameter(std::int32_t index, float value) { effect_->setParameter(effect_, index, value); }
     /// The parameters that can be automated, by the effect's own answer: no meters and the like.

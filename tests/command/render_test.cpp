@@ -125,7 +125,7 @@ TEST_F(CommandTest, LatencyIsTrimmedOrKeptToTheSample) {
     EXPECT_EQ(BestLag(input, trimmed, 4), 0);
     ASSERT_EQ(kept.frames(), 50000 + kVocafadeLatency);
     for (std::int64_t i = 0; i < 2 * kVocafadeLatency; ++i)
-        ASSERT_EQ(kept.samples[i], 0.0F) << i;
+        ASSERT_EQ(kept.samples[i], 0.0f) << i;
     const std::vector<float> rest(kept.samples.begin() + 2 * kVocafadeLatency, kept.samples.end());
     EXPECT_TRUE(rest == trimmed.samples) << "the same sound, tail and all";
     Write("short.wav", kWavFloat, Noise(1)); // shorter than the delay and than a block
@@ -153,11 +153,11 @@ TEST_F(CommandTest, TheVoiceGoesWhereverPositionSaysItIs) {
         EXPECT_EQ(Run({song, "--position", position, "-o", "out.wav"}).exitCode, 0);
         return LevelDb(Read("out.wav"), 0);
     };
-    const std::string middle = Write("middle.wav", kWavFloat, Tone(30000, 1000.0, 0.3F, 0.3F));
+    const std::string middle = Write("middle.wav", kWavFloat, Tone(30000, 1000.0, 0.3f, 0.3f));
     const double before = LevelDb(Read(middle), 0);
     EXPECT_LT(left(middle, "64"), before - 40.0);
     EXPECT_GT(left(middle, "20"), before - 20.0) << "Position was forgotten when the effect was started";
-    const std::string low = Write("low.wav", kWavFloat, Tone(30000, 100.0, 0.3F, 0.3F));
+    const std::string low = Write("low.wav", kWavFloat, Tone(30000, 100.0, 0.3f, 0.3f));
     EXPECT_GT(left(low, "64"), before - 5.0) << "below the band everything stays";
 }
 
@@ -184,8 +184,8 @@ std::string MakeBank() {
     host::Effect effect(VOCAFADE_PLUGIN);
     effect.setProgram(2);
     effect.setProgramName("Choir");
-    effect.setParameter(kParameterLoFreq, NormalizeWholeDisplayValue(kParameterLoFreq, 1000.0F));
-    effect.setParameter(kParameterPosition, NormalizeWholeDisplayValue(kParameterPosition, 80.0F));
+    effect.setParameter(kParameterLoFreq, NormalizeWholeDisplayValue(kParameterLoFreq, 1000.0f));
+    effect.setParameter(kParameterPosition, NormalizeWholeDisplayValue(kParameterPosition, 80.0f));
     const std::vector<std::byte> chunk = effect.chunk(false);
     std::string file = "CcnK";
     file += std::string(4, '\0') + "FBCh" + std::string("\0\0\0\1", 4) + "VfdQ" + std::string("\0\0\0\1", 4);
@@ -218,16 +218,16 @@ TEST_F(CommandTest, ProgramsAndBanksAreAStartingPointAndStayUntouched) {
 }
 
 TEST_F(CommandTest, TooLoudIsClippedCleanlyAndSaid) {
-    std::vector<float> loud = Tone(20000, 100.0, 0.99F, 0.0F);
+    std::vector<float> loud = Tone(20000, 100.0, 0.99f, 0.0f);
     Write("a.wav", kWav16, loud);
     const RunResult run = Run({"a.wav", "-o", "out.wav", "--output", "6"});
     EXPECT_EQ(run.exitCode, 0);
     EXPECT_NE(run.err.find("clipped; try --output 3"), std::string::npos) << run.err;
     const Song output = Read("out.wav");
-    float steepest = 0.0F;
+    float steepest = 0.0f;
     for (std::int64_t i = 4097; i < output.frames(); ++i)
         steepest = std::max(steepest, std::abs(output.samples[2 * i] - output.samples[2 * i - 2]));
-    EXPECT_LT(steepest, 0.1F) << "a sample ran over to the other side";
+    EXPECT_LT(steepest, 0.1f) << "a sample ran over to the other side";
     EXPECT_EQ(Run({"a.wav", "-o", "quiet.wav", "--output", "-3"}).err, "");
     const RunResult quiet = Run({"a.wav", "-o", "out.wav", "--output", "6", "--quiet"});
     EXPECT_EQ(quiet.out + quiet.err, "");

@@ -34,9 +34,9 @@ TEST(Spectrogram, ShowsAToneAtItsTimeHeightAndLevel) {
     EXPECT_NEAR(picture.seconds, 2.0, 0.001);
     const int row = kRows / 2; // 1 kHz is half way between 100 Hz and 10 kHz: on the edge of two rows
     EXPECT_NEAR(std::max(picture.At(150, row - 1), picture.At(150, row)), 0.0, 1.5);
-    EXPECT_LT(picture.At(50, row), -100.0F);
-    EXPECT_LT(picture.At(150, row - 20), -60.0F);
-    EXPECT_LT(picture.At(150, row + 20), -60.0F);
+    EXPECT_LT(picture.At(50, row), -100.0f);
+    EXPECT_LT(picture.At(150, row - 20), -60.0f);
+    EXPECT_LT(picture.At(150, row + 20), -60.0f);
     EXPECT_NEAR(picture.Loudest(), 0.0, 1.5);
 }
 
@@ -48,7 +48,7 @@ TEST(Spectrogram, OfAShortFileFillsEveryColumn) {
     WriteWave(folder / "short.wav", sound, kRate);
     const Spectrogram picture = MakeSpectrogram(folder / "short.wav", {100.0, 10000.0}, 300, 10);
     for (int column = 0; column < 300; ++column)
-        EXPECT_GT(std::max(picture.At(column, 5), picture.At(column, 4)), -20.0F) << column;
+        EXPECT_GT(std::max(picture.At(column, 5), picture.At(column, 4)), -20.0f) << column;
 }
 
 TEST(LevelColor, GrowsLighterEvenly) {

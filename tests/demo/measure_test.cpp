@@ -24,7 +24,7 @@ StereoSound Tone(double frequency, float left, float right) {
     return sound;
 }
 
-StereoSound Sum(const StereoSound& a, const StereoSound& b, float gainA = 1.0F, float gainB = 1.0F) {
+StereoSound Sum(const StereoSound& a, const StereoSound& b, float gainA = 1.0f, float gainB = 1.0f) {
     StereoSound sum(a.size());
     for (std::size_t i = 0; i < a.size(); ++i)
         sum[i] = {gainA * a[i].left + gainB * b[i].left, gainA * a[i].right + gainB * b[i].right};
@@ -74,7 +74,7 @@ TEST_F(MeasureTest, KnownCutGivesTheKnownNumber) {
 
 TEST_F(MeasureTest, LossInOnePlaceIsNotHiddenByGainInAnother) {
     // The guitar is gone, the bass twice as loud: of the rest's energy (guitar 1, bass 2) two thirds stay.
-    const StereoSound rendered = Sum(voice_, Tone(100, 2, 2), 0.0F);
+    const StereoSound rendered = Sum(voice_, Tone(100, 2, 2), 0.0f);
     for (const bool withStems : {true, false}) {
         const Measurement result = MeasureAgainst(rendered, 1.0, withStems);
         EXPECT_NEAR(result.restKept, 2.0 / 3.0, 0.01);
@@ -87,7 +87,7 @@ TEST_F(MeasureTest, VoiceOutsideTheBandCountsOnlyInTheOverallNumber) {
     const StereoSound low = Tone(200, 1, 1);
     WriteWave(folder_ / "voice.wav", Sum(voice_, low), kRate);
     WriteWave(folder_ / "song.wav", Sum(Sum(voice_, low), rest_), kRate);
-    const StereoSound rendered = Sum(Sum(voice_, low, Amplitude(-30), 1.0F), rest_);
+    const StereoSound rendered = Sum(Sum(voice_, low, Amplitude(-30), 1.0f), rest_);
     const Measurement result = MeasureAgainst(rendered, 1.0, true);
     EXPECT_NEAR(result.voiceLossDb, 30.0, 0.1);
     EXPECT_NEAR(result.voiceLossOverallDb, 3.0, 0.1); // one tone of two is left

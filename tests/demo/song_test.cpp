@@ -20,8 +20,8 @@ const Song& TheSong() {
 TEST(Song, IsTheSumOfItsPartsAndHasHeadroom) {
     const Song& song = TheSong();
     EXPECT_GE(song.mix.size(), 20U * 44100U);
-    float peak = 0.0F;
-    float difference = 0.0F;
+    float peak = 0.0f;
+    float difference = 0.0f;
     for (std::size_t i = 0; i < song.mix.size(); ++i) {
         ASSERT_TRUE(std::isfinite(song.mix[i].left) && std::isfinite(song.mix[i].right));
         ASSERT_EQ(song.voice[i].left, song.voice[i].right); // the voice stands exactly in the middle
@@ -29,9 +29,9 @@ TEST(Song, IsTheSumOfItsPartsAndHasHeadroom) {
         difference =
             std::max(difference, std::abs(song.mix[i].left - song.voice[i].left - song.rest[i].left));
     }
-    EXPECT_GT(peak, 0.4F);
-    EXPECT_LT(peak, 0.8F);
-    EXPECT_LT(difference, 1e-6F);
+    EXPECT_GT(peak, 0.4f);
+    EXPECT_LT(peak, 0.8f);
+    EXPECT_LT(difference, 1e-6f);
 }
 
 TEST(Song, KeepsBassAndDrumBelowTheBand) {

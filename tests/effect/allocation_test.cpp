@@ -60,7 +60,7 @@ using Allocations = WithSettings;
 TEST_F(Allocations, AreCountedAtAll) {
     std::vector<float> kept;
     EXPECT_EQ(AllocationsOf([&] {
-                  for (const std::size_t size : {10u, 1000u, 100000u}) {
+                  for (const std::size_t size : {10U, 1000U, 100000U}) {
                       kept.reserve(size);
                   }
               }),

@@ -298,7 +298,7 @@ TEST_F(Audio, IsIndifferentToTheHostsFloatingPointModeAndRestoresIt) {
     effect.startProcess();
     _mm_setcsr(odd);
     Process(left, right);
-    EXPECT_EQ(_mm_getcsr() & ~0x3Fu, odd);
+    EXPECT_EQ(_mm_getcsr() & ~0x3FU, odd);
     _mm_setcsr(normal);
     EXPECT_EQ(outL, expected);
 }

@@ -54,7 +54,7 @@ TEST_F(TwoWriters, LeaveAWholeBankAndNoScraps) {
         if (current < 3) {
             const std::string name = bytes.c_str() + 160 + current * 52 + 24;
             ASSERT_EQ(name.substr(0, 8), "writer " + std::to_string(current));
-            float value = 0.0F;
+            float value = 0.0f;
             std::memcpy(&value, bytes.data() + 160 + current * 52 + 16, sizeof value);
             ASSERT_EQ(value, static_cast<float>(std::stoi(name.substr(name.rfind(' ')))) / kSaves);
         }

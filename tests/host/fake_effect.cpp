@@ -22,7 +22,7 @@ Log theLog;
 struct Fake {
     AEffect effect{};
     audioMasterCallback host = nullptr;
-    float gain = 0.5F;
+    float gain = 0.5f;
     bool writesLog = false;
 };
 
@@ -54,11 +54,11 @@ VstIntPtr Dispatch(AEffect* effect, std::int32_t opcode, std::int32_t index, Vst
         if (value == sizeof self->gain) std::memcpy(&self->gain, ptr, sizeof self->gain);
         return 0;
     case effVendorSpecific: // does what an editor would
-        self->host(effect, audioMasterBeginEdit, index, 0, nullptr, 0.0F);
-        self->host(effect, audioMasterAutomate, index, 0, nullptr, 0.75F);
-        self->host(effect, audioMasterEndEdit, index, 0, nullptr, 0.0F);
-        self->host(effect, audioMasterUpdateDisplay, 0, 0, nullptr, 0.0F);
-        return self->host(effect, audioMasterSizeWindow, 320, 200, nullptr, 0.0F);
+        self->host(effect, audioMasterBeginEdit, index, 0, nullptr, 0.0f);
+        self->host(effect, audioMasterAutomate, index, 0, nullptr, 0.75f);
+        self->host(effect, audioMasterEndEdit, index, 0, nullptr, 0.0f);
+        self->host(effect, audioMasterUpdateDisplay, 0, 0, nullptr, 0.0f);
+        return self->host(effect, audioMasterSizeWindow, 320, 200, nullptr, 0.0f);
     default:
         return 0;
     }
@@ -71,8 +71,8 @@ void Process(AEffect* effect, Sample** in, Sample** out, std::int32_t frames) {
         for (std::int32_t i = 0; i < frames; ++i)
             out[c][i] = in[c][i] * static_cast<Sample>(self->gain);
     const auto* time =
-        reinterpret_cast<const VstTimeInfo*>(self->host(effect, audioMasterGetTime, 0, 0, nullptr, 0.0F));
-    const VstIntPtr level = self->host(effect, audioMasterGetCurrentProcessLevel, 0, 0, nullptr, 0.0F);
+        reinterpret_cast<const VstTimeInfo*>(self->host(effect, audioMasterGetTime, 0, 0, nullptr, 0.0f));
+    const VstIntPtr level = self->host(effect, audioMasterGetCurrentProcessLevel, 0, 0, nullptr, 0.0f);
     const std::lock_guard lock(mutex);
     ++theLog.processCalls;
     theLog.positionSeen = static_cast<std::int64_t>(time->samplePos);
@@ -87,12 +87,12 @@ float GetParameter(AEffect* effect, std::int32_t) { return Self(effect)->gain; }
 void AskHost(Fake& self) {
     Log log;
     const auto ask = [&](const char* name, std::int32_t opcode, void* ptr) {
-        const VstIntPtr answer = self.host(&self.effect, opcode, 0, 0, ptr, 0.0F);
+        const VstIntPtr answer = self.host(&self.effect, opcode, 0, 0, ptr, 0.0f);
         log.answers.push_back(std::string(name) + "=" + std::to_string(answer));
     };
     char text[kVstMaxVendorStrLen] = "";
     log.answers.push_back("version=" +
-                          std::to_string(self.host(nullptr, audioMasterVersion, 0, 0, nullptr, 0.0F)));
+                          std::to_string(self.host(nullptr, audioMasterVersion, 0, 0, nullptr, 0.0f)));
     ask("rate", audioMasterGetSampleRate, nullptr);
     ask("block", audioMasterGetBlockSize, nullptr);
     ask("vendor", audioMasterGetVendorString, text);
@@ -102,7 +102,7 @@ void AskHost(Fake& self) {
     char dance[] = "dance";
     ask("canDance", audioMasterCanDo, dance);
     ask("unknown", 9999, nullptr);
-    const VstIntPtr folder = self.host(nullptr, audioMasterGetDirectory, 0, 0, nullptr, 0.0F);
+    const VstIntPtr folder = self.host(nullptr, audioMasterGetDirectory, 0, 0, nullptr, 0.0f);
     log.answers.emplace_back(folder != 0 ? reinterpret_cast<const char*>(folder) : "no folder");
     const std::lock_guard lock(mutex);
     theLog = log;

@@ -31,7 +31,7 @@
 namespace {
 
 constexpr std::int64_t kHop = 341;
-constexpr float kOtherPhase = 1e-3F; // a difference that no rounding explains: this silence is not the one
+constexpr float kOtherPhase = 1e-3f; // a difference that no rounding explains: this silence is not the one
 
 struct Change {
     std::int64_t sample;
@@ -46,7 +46,7 @@ struct Sound {
 
 struct Verdict {
     std::int64_t silence = -1;
-    float difference = 1e30F;
+    float difference = 1e30f;
     std::int64_t at = -1;
     std::int64_t reached = -1; ///< samples until the comparison was given up, or all
 };
@@ -95,7 +95,7 @@ Verdict Compare(vocafade::host::Effect& effect, const Sound& song, const Sound& 
     for (std::int64_t rest = silence; rest > 0; rest -= block)
         effect.Process(channels, channels, static_cast<std::int32_t>(std::min<std::int64_t>(rest, block)));
 
-    Verdict verdict{silence, 0.0F, -1, 0};
+    Verdict verdict{silence, 0.0f, -1, 0};
     const auto frames = static_cast<std::int64_t>(song.left.size());
     for (std::int64_t position = 0; position < frames;) {
         apply(position);
@@ -148,13 +148,13 @@ void Run(int argc, char** argv) {
     for (std::int64_t silence = 0; silence < kHop; ++silence)
         Improve(best, Compare(effect, song, host, block, changes, silence));
     // How many frames there were: the difference grows with the distance from the right number.
-    for (std::int64_t step = 256; step > 0 && best.difference > 0.0F;) {
+    for (std::int64_t step = 256; step > 0 && best.difference > 0.0f;) {
         bool closer = Improve(best, Compare(effect, song, host, block, changes, best.silence + step * kHop));
         if (!closer && best.silence >= step * kHop)
             closer = Improve(best, Compare(effect, song, host, block, changes, best.silence - step * kHop));
         if (!closer) step /= 2;
     }
-    float peak = 0.0F;
+    float peak = 0.0f;
     for (const float sample : host.left)
         peak = std::max(peak, std::abs(sample));
     std::printf("silence %lld difference %g at %lld peak %g frames %lld\n",

@@ -76,12 +76,12 @@ class LongNight : public WithSettings {
 
     /// How well noise comes through when nothing is to be removed, in dB.
     double PassThrough() {
-        for (const auto& [index, value] : {std::pair{onOff, 1.0F},
-                                           {input, 1.0F},
-                                           {output, 0.5F},
-                                           {loFreq, 1.0F},
-                                           {hiFreq, 0.0F},
-                                           {position, 64.0F / 127.0F}})
+        for (const auto& [index, value] : {std::pair{onOff, 1.0f},
+                                           {input, 1.0f},
+                                           {output, 0.5f},
+                                           {loFreq, 1.0f},
+                                           {hiFreq, 0.0f},
+                                           {position, 64.0f / 127.0f}})
             effect_.setParameter(index, value);
         Play(8192); // what was under way
         Samples in;
@@ -94,7 +94,7 @@ class LongNight : public WithSettings {
     double VoiceLeft() {
         effect_.setProgram(0);
         for (const auto& [index, value] :
-             {std::pair{onOff, 1.0F}, {loFreq, 0.019F}, {hiFreq, 0.45F}, {position, 64.0F / 127.0F}})
+             {std::pair{onOff, 1.0f}, {loFreq, 0.019f}, {hiFreq, 0.45f}, {position, 64.0f / 127.0f}})
             effect_.setParameter(index, value);
         Samples voice = Sine(12 * kMostBlock, 1000.0, rate_);
         double heard = 0.0;
@@ -113,9 +113,9 @@ class LongNight : public WithSettings {
         for (unsigned point = 0; point < 4; ++point) {
             const auto parameter = static_cast<std::int32_t>(Any(6));
             if (parameter == onOff) { // a switch, and on most of the time
-                effect_.setParameter(onOff, Any(8) == 0 ? 0.0F : 1.0F);
+                effect_.setParameter(onOff, Any(8) == 0 ? 0.0f : 1.0f);
             } else {
-                effect_.setParameter(parameter, static_cast<float>(Any(1001)) / 1000.0F);
+                effect_.setParameter(parameter, static_cast<float>(Any(1001)) / 1000.0f);
             }
             Play(static_cast<std::size_t>(rate_) / 4);
         }

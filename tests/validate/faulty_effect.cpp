@@ -26,17 +26,17 @@ constexpr bool Has(std::string_view fault) { return kFault == fault; }
 
 /// The whole state, as hosts save it.
 struct State {
-    float gain = 0.5F;
-    float unused = 0.0F;
+    float gain = 0.5f;
+    float unused = 0.0f;
 };
 
 struct Faulty {
     AEffect effect{};
     State state;
-    float memory = 0.0F; ///< of a filter, for the fault that keeps NaN
+    float memory = 0.0f; ///< of a filter, for the fault that keeps NaN
 };
 
-float sharedGain = 0.5F;
+float sharedGain = 0.5f;
 
 Faulty& Self(AEffect* effect) { return *static_cast<Faulty*>(effect->object); }
 
@@ -58,7 +58,7 @@ VstIntPtr TakeState(Faulty& self, const void* bytes, VstIntPtr size) {
     const auto count = static_cast<std::size_t>(std::max<VstIntPtr>(size, 0));
     State state = self.state;
     std::memcpy(&state, bytes, std::min(count, sizeof state));
-    if (!(state.gain >= 0.0F && state.gain <= 1.0F)) state.gain = 0.5F;
+    if (!(state.gain >= 0.0f && state.gain <= 1.0f)) state.gain = 0.5f;
     if (!Has("forgets-state")) self.state = state;
     return 0;
 }
@@ -122,8 +122,8 @@ void Misbehave(Faulty& self, float** in, float** out, std::int32_t frames) {
     }
     if (Has("sleeps")) ::usleep(1);
     if (Has("prints")) std::fputs("busy\n", stderr);
-    if (Has("writes-inputs") && frames > 0) in[0][0] = 0.0F;
-    if (Has("writes-behind") && frames > 0) out[1][frames] = 0.0F;
+    if (Has("writes-inputs") && frames > 0) in[0][0] = 0.0f;
+    if (Has("writes-behind") && frames > 0) out[1][frames] = 0.0f;
     if (Has("reads-in-front") && frames > 0) self.memory = in[0][-1];
     if (Has("crashes-at-empty-block") && frames == 0) std::raise(SIGSEGV);
     if (Has("races")) sharedGain = self.state.gain;
@@ -136,15 +136,15 @@ void Process(AEffect* effect, float** in, float** out, std::int32_t frames) {
     const float gain = Has("shares-parameters") ? sharedGain : self.state.gain;
     for (std::int32_t i = 0; i < frames; ++i) {
         const float left = in[0][i];
-        if (Has("not-in-place")) out[1][i] = 0.0F; // before the input was read, which may be the same memory
+        if (Has("not-in-place")) out[1][i] = 0.0f; // before the input was read, which may be the same memory
         const float right = in[1][i];
         out[0][i] = left * gain;
         out[1][i] = right * gain;
         if (Has("keeps-nan")) {
-            self.memory = 0.9F * self.memory + 0.1F * left;
+            self.memory = 0.9f * self.memory + 0.1f * left;
             out[0][i] = self.memory;
         } else if (!std::isfinite(left) || !std::isfinite(right)) {
-            out[0][i] = out[1][i] = 0.0F;
+            out[0][i] = out[1][i] = 0.0f;
         }
     }
     if (Has("slow")) { // at any rate: ten times as long as the block lasts at 48 kHz
@@ -155,19 +155,19 @@ void Process(AEffect* effect, float** in, float** out, std::int32_t frames) {
 }
 
 void SetParameter(AEffect* effect, std::int32_t index, float value) {
-    if (index != 0 || !(value >= 0.0F && value <= 1.0F)) return;
-    Self(effect).state.gain = Has("ignores-ends") ? std::clamp(value, 0.1F, 0.9F) : value;
+    if (index != 0 || !(value >= 0.0f && value <= 1.0f)) return;
+    Self(effect).state.gain = Has("ignores-ends") ? std::clamp(value, 0.1f, 0.9f) : value;
     if (Has("shares-parameters")) sharedGain = value;
 }
 float GetParameter(AEffect* effect, std::int32_t index) {
-    if (index != 0) return 0.0F;
+    if (index != 0) return 0.0f;
     return Has("shares-parameters") ? sharedGain : Self(effect).state.gain;
 }
 
 } // namespace
 
 extern "C" __attribute__((visibility("default"))) AEffect* VSTPluginMain(audioMasterCallback host) {
-    if (host(nullptr, audioMasterVersion, 0, 0, nullptr, 0.0F) == 0) return nullptr;
+    if (host(nullptr, audioMasterVersion, 0, 0, nullptr, 0.0f) == 0) return nullptr;
     auto* self = new Faulty;
     AEffect& effect = self->effect;
     effect.magic = Has("no-magic") ? 0 : kEffectMagic;

@@ -19,7 +19,7 @@ Sound SoundFrom(Subject& subject, const Pointers& inputs, const Pointers& output
     Instance effect(subject.Object());
     effect.Start(48000.0, kFrames);
     std::mt19937 random(subject.seed());
-    std::uniform_real_distribution<float> sample(-0.5F, 0.5F);
+    std::uniform_real_distribution<float> sample(-0.5f, 0.5f);
     Sound sound(outputs.size());
     for (int i = 0; i < 40; ++i) {
         for (float* input : inputs)
@@ -99,7 +99,7 @@ void GuardPages(Subject& subject, Report& report) {
             GuardedChannels<float> in(effect->numInputs, block, against, "input");
             GuardedChannels<float> out(effect->numOutputs, block, against, "output");
             std::mt19937 random(subject.seed());
-            std::uniform_real_distribution<float> sample(-0.5F, 0.5F);
+            std::uniform_real_distribution<float> sample(-0.5f, 0.5f);
             Sound before;
             for (std::size_t c = 0; c < in.count(); ++c) {
                 std::generate_n(in.pointers()[c], block, [&] { return sample(random); });

@@ -118,7 +118,7 @@ void Texts(Subject& subject, Report& report) {
         texts.Ask(request, 0);
     for (std::int32_t i = 0; i < effect->numPrograms; ++i)
         texts.Ask({effGetProgramNameIndexed, "indexed program name", kVstMaxProgNameLen}, i);
-    for (const float value : {0.0F, 0.123456789F, 0.5F, 1.0F}) {
+    for (const float value : {0.0f, 0.123456789f, 0.5f, 1.0f}) {
         for (const std::int32_t i : effect.Settable())
             effect.setParameter(i, value);
         for (std::int32_t i = 0; i < effect->numParams; ++i)

@@ -61,7 +61,7 @@ void EditorWhileAudio(Subject& subject, Report& report) {
     const auto anchor = host::ParentWindow::Make(10, 10);
     AudioRunner audio(effect, kBlock, subject.seed());
     std::mt19937 random(subject.seed());
-    std::uniform_real_distribution<float> value(0.0F, 1.0F);
+    std::uniform_real_distribution<float> value(0.0f, 1.0f);
     for (int round = 0; round < 5; ++round) {
         report.Trying("opening the editor while audio runs, round {}", round);
         ShownEditor editor(effect);

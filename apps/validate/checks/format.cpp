@@ -33,7 +33,7 @@ double Run(Player<Sample>& player, std::int64_t samples, std::int32_t block, Rep
 /// double.
 template <typename Work>
 void InEachPrecision(Subject& subject, Work work) {
-    work(0.0F, "single");
+    work(0.0f, "single");
     const bool doubles = [&] {
         Instance probe(subject.Object());
         return subject.CallsDoubles(*probe);

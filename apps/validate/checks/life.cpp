@@ -144,7 +144,7 @@ void Instances(Subject& subject, Report& report) {
     if (differ) report.Remark("equal instances give unequal sound: it is random, or they share something");
     for (const std::int32_t i : effects[0]->Settable()) {
         const float other = effects[1]->parameter(i);
-        effects[0]->setParameter(i, other > 0.5F ? 0.0F : 1.0F);
+        effects[0]->setParameter(i, other > 0.5f ? 0.0f : 1.0f);
         if (effects[1]->parameter(i) != other)
             report.Fault("setting parameter {} of one instance changes that of another", i);
     }

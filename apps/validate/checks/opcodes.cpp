@@ -109,17 +109,17 @@ void Opcodes(Subject& subject, Report& report) {
                      {VstIntPtr{0}, VstIntPtr{1}, VstIntPtr{-1}, VstIntPtr{kHighest}}) {
                     if (opcode == effOpen && (index != 0 || value != 0)) continue;
                     if (TakesFormat(opcode)) continue; // below
-                    asker.Ask(opcode, index, value, 0.0F);
+                    asker.Ask(opcode, index, value, 0.0f);
                 }
             }
             if (TakesIndexOfItsOwn(opcode)) continue;
             if (TakesFormat(opcode)) {
-                for (const float rate : {8000.0F, 44100.0F, 384000.0F})
+                for (const float rate : {8000.0f, 44100.0f, 384000.0f})
                     asker.Ask(opcode, 0, 512, rate);
                 continue;
             }
-            for (const float opt : {-1.0F, 1.0F, 44100.0F, std::numeric_limits<float>::quiet_NaN()})
-                if (isKnown || opt == 1.0F) asker.Ask(opcode, 0, 0, opt);
+            for (const float opt : {-1.0f, 1.0f, 44100.0f, std::numeric_limits<float>::quiet_NaN()})
+                if (isKnown || opt == 1.0f) asker.Ask(opcode, 0, 0, opt);
         }
         for (std::int32_t opcode = 0; opcode <= effGetNumMidiOutputChannels; ++opcode) {
             if (!TakesNoPointer(opcode)) continue;
@@ -131,7 +131,7 @@ void Opcodes(Subject& subject, Report& report) {
     report.Trying("making it for a host that answers 0 to everything");
     const AEffect* effect = subject.Object().entry()(
         [](AEffect*, std::int32_t, std::int32_t, VstIntPtr, void*, float) -> VstIntPtr { return 0; });
-    if (effect != nullptr) effect->dispatcher(const_cast<AEffect*>(effect), effClose, 0, 0, nullptr, 0.0F);
+    if (effect != nullptr) effect->dispatcher(const_cast<AEffect*>(effect), effClose, 0, 0, nullptr, 0.0f);
 }
 const Check kOpcodes{"opcodes", 9, 60, kPlain, "every opcode, with odd arguments", Opcodes};
 

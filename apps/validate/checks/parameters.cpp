@@ -15,22 +15,22 @@ void Parameters(Subject& subject, Report& report) {
     effect.Start(48000.0, kBlock);
     for (std::int32_t i = 0; i < effect->numParams; ++i) {
         const float preset = effect.parameter(i);
-        if (!(preset >= 0.0F && preset <= 1.0F))
+        if (!(preset >= 0.0f && preset <= 1.0f))
             report.Fault("parameter {} is {}, outside 0 to 1", i, preset);
         if (effect.Text(effGetParamName, i).empty()) report.Remark("parameter {} has no name", i);
     }
     for (const std::int32_t i : effect.Settable()) {
         const float preset = effect.parameter(i);
         for (int step = 0; step <= 32; ++step) {
-            const float value = static_cast<float>(step) / 32.0F;
+            const float value = static_cast<float>(step) / 32.0f;
             report.Trying("setting parameter {} to {}", i, value);
             effect.setParameter(i, value);
             const float now = effect.parameter(i);
-            if (!(now >= 0.0F && now <= 1.0F)) report.Fault("parameter {} set to {} reads {}", i, value, now);
+            if (!(now >= 0.0f && now <= 1.0f)) report.Fault("parameter {} set to {} reads {}", i, value, now);
         }
-        for (const float end : {0.0F, 1.0F}) {
+        for (const float end : {0.0f, 1.0f}) {
             effect.setParameter(i, end);
-            if (std::fabs(effect.parameter(i) - end) > 0.01F)
+            if (std::fabs(effect.parameter(i) - end) > 0.01f)
                 report.Fault("parameter {} cannot be set to {}: it reads {}", i, end, effect.parameter(i));
         }
         effect.setParameter(i, preset);
@@ -38,7 +38,7 @@ void Parameters(Subject& subject, Report& report) {
     report.Trying("playing with every parameter back where it was");
     PlayFinite(effect, report, "after its parameters were moved and put back", kOneSecond);
     std::mt19937 random(subject.seed());
-    std::uniform_real_distribution<float> value(0.0F, 1.0F);
+    std::uniform_real_distribution<float> value(0.0f, 1.0f);
     for (int round = 0; round < 20; ++round) {
         report.Trying("playing at random parameters, round {}", round);
         for (const std::int32_t i : effect.Settable())
@@ -55,7 +55,7 @@ void ParameterExtremes(Subject& subject, Report& report) {
     effect.Start(48000.0, kBlock);
     Player<float> player(effect, kBlock, subject.seed());
     using Limits = std::numeric_limits<float>;
-    for (const float value : {-1.0F, -1e-30F, 1.0000001F, 2.0F, 1e10F, -1e38F, Limits::infinity(),
+    for (const float value : {-1.0f, -1e-30f, 1.0000001f, 2.0f, 1e10f, -1e38f, Limits::infinity(),
                               -Limits::infinity(), Limits::quiet_NaN(), Limits::denorm_min()}) {
         for (const std::int32_t i : effect.Settable()) {
             report.Trying("setting parameter {} to {}", i, value);
@@ -76,7 +76,7 @@ void ParameterExtremes(Subject& subject, Report& report) {
     }
     report.Trying("playing after every parameter came back into its range");
     for (const std::int32_t i : effect.Settable())
-        effect.setParameter(i, 0.5F);
+        effect.setParameter(i, 0.5f);
     effect.Off(); // which is how a user would get rid of what is still ringing
     effect.On();
     PlayFinite(effect, report, "after its parameters came back into their ranges", 10 * kOneSecond);
@@ -84,7 +84,7 @@ void ParameterExtremes(Subject& subject, Report& report) {
          {-1, effect->numParams, effect->numParams + 1000, std::numeric_limits<std::int32_t>::max(),
           std::numeric_limits<std::int32_t>::min()}) {
         report.Trying("setting and reading parameter {}, which it does not have", index);
-        effect.setParameter(index, 0.5F);
+        effect.setParameter(index, 0.5f);
         effect.parameter(index);
         for (const std::int32_t opcode : {effGetParamName, effGetParamLabel, effGetParamDisplay})
             effect.Text(opcode, index);

@@ -44,7 +44,7 @@ void Watch(Instance& effect, Subject& subject, Report& report, const char* preci
         report.Trying("counting what the audio thread does with automation in {} precision", precision);
         AudioWatch watch;
         for (const std::int32_t p : settable)
-            effect.setParameter(p, static_cast<float>(i) / 100.0F);
+            effect.setParameter(p, static_cast<float>(i) / 100.0f);
         player.PlayBlock(256);
         automated += watch.Stop();
     }

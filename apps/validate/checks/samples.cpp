@@ -21,9 +21,9 @@ constexpr Burst kBursts[] = {
     {"infinity", Limits::infinity()},
     {"minus infinity", -Limits::infinity()},
     {"the largest number", Limits::max()},
-    {"a million times full scale", 1e6F},
-    {"full scale", 1.0F},
-    {"minus full scale", -1.0F},
+    {"a million times full scale", 1e6f},
+    {"full scale", 1.0f},
+    {"minus full scale", -1.0f},
 };
 
 void HostileSamples(Subject& subject, Report& report) {
@@ -31,7 +31,7 @@ void HostileSamples(Subject& subject, Report& report) {
         for (const char* where : {"one sample", "whole blocks"}) {
             Instance effect(subject.Object());
             effect.Start(48000.0, kBlock);
-            Player<float> player(effect, kBlock, subject.seed(), 0.25F);
+            Player<float> player(effect, kBlock, subject.seed(), 0.25f);
             player.Play(10);
             report.Trying("feeding {} ({})", burst.name, where);
             const bool single = where == std::string_view("one sample");
@@ -39,12 +39,12 @@ void HostileSamples(Subject& subject, Report& report) {
             if (single && effect->numInputs > 0) player.in()[0][kBlock / 3] = burst.value;
             player.Play(single ? 1 : 20);
             report.Trying("playing on after {}", burst.name);
-            player.Fill(0.25F);
+            player.Fill(0.25f);
             player.Play(kTenSeconds); // feedback and tails are long
             if (!player.isFinite())
                 report.Fault("ten seconds after {} ({}) its output is still NaN or infinite", burst.name,
                              where);
-            else if (player.out().Peak(kBlock) > 1e4F)
+            else if (player.out().Peak(kBlock) > 1e4f)
                 report.Fault("ten seconds after {} ({}) its output is {:g} times full scale", burst.name,
                              where, player.out().Peak(kBlock));
         }
@@ -68,11 +68,11 @@ void Denormals(Subject& subject, Report& report) {
     SecondsFor(player);
     const double usual = SecondsFor(player);
     report.Trying("measuring its time with denormal noise");
-    player.Fill(1e-40F);
+    player.Fill(1e-40f);
     double slowest = SecondsFor(player);
     if (!player.isFinite()) report.Fault("with denormal input its output is NaN or infinite");
     report.Trying("measuring its time in the tail after sound");
-    player.in().Fill(0.0F);
+    player.in().Fill(0.0f);
     for (int i = 0; i < 10; ++i)
         slowest = std::max(slowest, SecondsFor(player));
     report.Measured("denormals and tails take {:.2f} of the usual time", slowest / std::max(usual, 1e-6));

@@ -56,7 +56,7 @@ class Session {
         Trying("a block of {}", frames);
         Channels<float> in((*effect_)->numInputs, frames);
         Channels<float> out((*effect_)->numOutputs, frames);
-        in.FillWithNoise(random_, Any(10) == 0 ? 1000.0F : 0.5F);
+        in.FillWithNoise(random_, Any(10) == 0 ? 1000.0f : 0.5f);
         const bool inPlace = in.count() == out.count() && Any(2) == 0;
         Channels<float>& heard = inPlace ? in : out;
         effect_->Process(in.pointers(), heard.pointers(), frames);
@@ -67,7 +67,7 @@ class Session {
         const std::vector<std::int32_t> settable = effect_->Settable();
         if (settable.empty()) return;
         const std::int32_t index = settable[Any(static_cast<unsigned>(settable.size()))];
-        const float value = static_cast<float>(Any(1001)) / 1000.0F;
+        const float value = static_cast<float>(Any(1001)) / 1000.0f;
         Trying("parameter {} to {}", index, value);
         effect_->setParameter(index, value);
     }

@@ -75,7 +75,7 @@ void State(Subject& subject, Report& report) {
     Instance first(subject.Object());
     first.Open();
     std::mt19937 random(subject.seed());
-    std::uniform_real_distribution<float> value(0.0F, 1.0F);
+    std::uniform_real_distribution<float> value(0.0f, 1.0f);
     for (const bool programOnly : {false, true}) {
         for (int round = 0; round < 10; ++round) {
             for (const std::int32_t i : first.Settable())
@@ -95,7 +95,7 @@ void State(Subject& subject, Report& report) {
                 const float restored = second.parameter(i);
                 // A switch may keep the value that it was given and restore the one that it means: what it
                 // shows tells whether something was lost.
-                if (std::fabs(saved - restored) >= 1e-3F &&
+                if (std::fabs(saved - restored) >= 1e-3f &&
                     first.Text(effGetParamDisplay, i) != second.Text(effGetParamDisplay, i))
                     report.Fault("parameter {} was {} when its state was saved, and {} after it was restored",
                                  i, saved, restored);

@@ -41,7 +41,7 @@ void CallsWhileAudio(Subject& subject, Report& report) {
     effect.Start(48000.0, kBlock);
     AudioRunner audio(effect, kBlock, subject.seed());
     std::mt19937 random(subject.seed());
-    std::uniform_real_distribution<float> value(0.0F, 1.0F);
+    std::uniform_real_distribution<float> value(0.0f, 1.0f);
     for (int round = 0; round < kRounds; ++round) {
         report.Trying("setting and reading parameters while audio runs, round {}", round);
         for (const std::int32_t i : effect.Settable()) {

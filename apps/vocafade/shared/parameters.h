@@ -22,7 +22,7 @@ std::string RangeWords(std::int32_t index);
 /// One parameter to be set, resolved against an effect.
 struct Assignment {
     std::int32_t index = 0;
-    float normalised = 0.0F;
+    float normalised = 0.0f;
     std::optional<double> shown; ///< what the display must read afterwards, within its last digit
 };
 
