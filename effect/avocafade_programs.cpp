@@ -30,8 +30,7 @@ void AVocafade::setProgramName(char* name) { SetName(Current(), name); }
 
 void AVocafade::getProgramName(char* name) { CopyName(Current(), name); }
 
-bool AVocafade::getProgramNameIndexed(std::int32_t category, std::int32_t index, char* text) {
-    (void)category;
+bool AVocafade::getProgramNameIndexed(std::int32_t /*category*/, std::int32_t index, char* text) {
     if (index >= kProgramCount) return false;
     CopyName(index < 0 ? Current() : Program(index), text); // hosts ask with -1 for the current one
     return true;

@@ -31,35 +31,16 @@ class AEffEditor {
     /// Called by the host again and again while the editor is open.
     virtual void idle() {}
 
-    virtual void draw(ERect* rect) { (void)rect; }
-    virtual std::int32_t mouse(std::int32_t x, std::int32_t y) {
-        (void)x;
-        (void)y;
-        return 0;
-    }
-    virtual std::int32_t key(std::int32_t keyCode) {
-        (void)keyCode;
-        return 0;
-    }
+    virtual void draw(ERect* /*rect*/) {}
+    virtual std::int32_t mouse(std::int32_t /*x*/, std::int32_t /*y*/) { return 0; }
+    virtual std::int32_t key(std::int32_t /*keyCode*/) { return 0; }
     virtual void top() {}
     virtual void sleep() {}
 
-    virtual bool onKeyDown(VstKeyCode& keyCode) {
-        (void)keyCode;
-        return false;
-    }
-    virtual bool onKeyUp(VstKeyCode& keyCode) {
-        (void)keyCode;
-        return false;
-    }
-    virtual bool onWheel(float distance) {
-        (void)distance;
-        return false;
-    }
-    virtual bool setKnobMode(std::int32_t mode) {
-        (void)mode;
-        return false;
-    }
+    virtual bool onKeyDown(VstKeyCode& /*keyCode*/) { return false; }
+    virtual bool onKeyUp(VstKeyCode& /*keyCode*/) { return false; }
+    virtual bool onWheel(float /*distance*/) { return false; }
+    virtual bool setKnobMode(std::int32_t /*mode*/) { return false; }
 
   protected:
     AudioEffect* effect;

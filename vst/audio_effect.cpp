@@ -147,60 +147,29 @@ VstIntPtr AudioEffect::dispatcher(std::int32_t opcode, std::int32_t index, VstIn
     }
 }
 
-void AudioEffect::process(float** inputs, float** outputs, std::int32_t sampleFrames) {
-    (void)inputs;
-    (void)outputs;
-    (void)sampleFrames;
-}
+void AudioEffect::process(float** /*inputs*/, float** /*outputs*/, std::int32_t /*sampleFrames*/) {}
 
-void AudioEffect::processDoubleReplacing(double** inputs, double** outputs, std::int32_t sampleFrames) {
-    (void)inputs;
-    (void)outputs;
-    (void)sampleFrames;
-}
+void AudioEffect::processDoubleReplacing(double** /*inputs*/, double** /*outputs*/,
+                                         std::int32_t /*sampleFrames*/) {}
 
-void AudioEffect::setParameter(std::int32_t index, float value) {
-    (void)index;
-    (void)value;
-}
+void AudioEffect::setParameter(std::int32_t /*index*/, float /*value*/) {}
 
-float AudioEffect::getParameter(std::int32_t index) {
-    (void)index;
-    return 0.0f;
-}
+float AudioEffect::getParameter(std::int32_t /*index*/) { return 0.0f; }
 
 void AudioEffect::setParameterAutomated(std::int32_t index, float value) {
     setParameter(index, value);
     CallHost(audioMasterAutomate, index, 0, nullptr, value);
 }
 
-void AudioEffect::getParameterLabel(std::int32_t index, char* label) {
-    (void)index;
-    *label = 0;
-}
+void AudioEffect::getParameterLabel(std::int32_t /*index*/, char* label) { *label = 0; }
 
-void AudioEffect::getParameterDisplay(std::int32_t index, char* text) {
-    (void)index;
-    *text = 0;
-}
+void AudioEffect::getParameterDisplay(std::int32_t /*index*/, char* text) { *text = 0; }
 
-void AudioEffect::getParameterName(std::int32_t index, char* text) {
-    (void)index;
-    *text = 0;
-}
+void AudioEffect::getParameterName(std::int32_t /*index*/, char* text) { *text = 0; }
 
-std::int32_t AudioEffect::getChunk(void** data, bool isPreset) {
-    (void)data;
-    (void)isPreset;
-    return 0;
-}
+std::int32_t AudioEffect::getChunk(void** /*data*/, bool /*isPreset*/) { return 0; }
 
-std::int32_t AudioEffect::setChunk(void* data, std::int32_t byteSize, bool isPreset) {
-    (void)data;
-    (void)byteSize;
-    (void)isPreset;
-    return 0;
-}
+std::int32_t AudioEffect::setChunk(void* /*data*/, std::int32_t /*byteSize*/, bool /*isPreset*/) { return 0; }
 
 void AudioEffect::setEditor(AEffEditor* newEditor) {
     if (editor.get() != newEditor) editor.reset(newEditor);

@@ -49,7 +49,7 @@ class AudioEffect {
 
     virtual std::int32_t getProgram() { return curProgram; }                ///< [any-thread]
     virtual void setProgram(std::int32_t program) { curProgram = program; } ///< [main-thread]
-    virtual void setProgramName(char* name) { (void)name; }                 ///< [main-thread]
+    virtual void setProgramName(char* /*name*/) {}                          ///< [main-thread]
     virtual void getProgramName(char* name) { *name = 0; }                  ///< [main-thread]
     virtual void getParameterLabel(std::int32_t index, char* label);        ///< [main-thread] unit
     virtual void getParameterDisplay(std::int32_t index, char* text);       ///< [main-thread] value

@@ -136,70 +136,39 @@ void AudioEffectX::resume() {
     if (canDo(question) == 1) CallHost(audioMasterWantMidi, 0, 1);
 }
 
-bool AudioEffectX::string2parameter(std::int32_t index, char* text) {
-    (void)index;
-    (void)text;
+bool AudioEffectX::string2parameter(std::int32_t /*index*/, char* /*text*/) { return false; }
+
+bool AudioEffectX::getParameterProperties(std::int32_t /*index*/, VstParameterProperties* /*properties*/) {
     return false;
 }
 
-bool AudioEffectX::getParameterProperties(std::int32_t index, VstParameterProperties* properties) {
-    (void)index;
-    (void)properties;
+bool AudioEffectX::getProgramNameIndexed(std::int32_t /*category*/, std::int32_t /*index*/, char* /*text*/) {
     return false;
 }
 
-bool AudioEffectX::getProgramNameIndexed(std::int32_t category, std::int32_t index, char* text) {
-    (void)category;
-    (void)index;
-    (void)text;
+bool AudioEffectX::getInputProperties(std::int32_t /*index*/, VstPinProperties* /*properties*/) {
     return false;
 }
 
-bool AudioEffectX::getInputProperties(std::int32_t index, VstPinProperties* properties) {
-    (void)index;
-    (void)properties;
+bool AudioEffectX::getOutputProperties(std::int32_t /*index*/, VstPinProperties* /*properties*/) {
     return false;
 }
 
-bool AudioEffectX::getOutputProperties(std::int32_t index, VstPinProperties* properties) {
-    (void)index;
-    (void)properties;
-    return false;
-}
+bool AudioEffectX::getEffectName(char* /*text*/) { return false; }
 
-bool AudioEffectX::getEffectName(char* text) {
-    (void)text;
-    return false;
-}
+bool AudioEffectX::getVendorString(char* /*text*/) { return false; }
 
-bool AudioEffectX::getVendorString(char* text) {
-    (void)text;
-    return false;
-}
+bool AudioEffectX::getProductString(char* /*text*/) { return false; }
 
-bool AudioEffectX::getProductString(char* text) {
-    (void)text;
-    return false;
-}
-
-std::int32_t AudioEffectX::canDo(char* text) {
-    (void)text;
-    return 0;
-}
+std::int32_t AudioEffectX::canDo(char* /*text*/) { return 0; }
 
 VstPlugCategory AudioEffectX::getPlugCategory() {
     return (cEffect.flags & effFlagsIsSynth) != 0 ? kPlugCategSynth : kPlugCategUnknown;
 }
 
-bool AudioEffectX::setBypass(bool onOff) {
-    (void)onOff;
-    return false;
-}
+bool AudioEffectX::setBypass(bool /*onOff*/) { return false; }
 
-bool AudioEffectX::setProcessPrecision(std::int32_t precision) {
-    (void)precision;
-    return false;
-}
+bool AudioEffectX::setProcessPrecision(std::int32_t /*precision*/) { return false; }
 
 void AudioEffectX::setBlockSizeAndSampleRate(std::int32_t samples, float rate) {
     blockSize = samples;

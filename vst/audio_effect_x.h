@@ -18,11 +18,8 @@ class AudioEffectX : public AudioEffect {
     /// [main-thread] Asks the host for MIDI when the effect can receive it.
     void resume() override;
 
-    virtual bool canParameterBeAutomated(std::int32_t index) { ///< [main-thread]
-        (void)index;
-        return true;
-    }
-    virtual bool string2parameter(std::int32_t index, char* text); ///< [main-thread]
+    virtual bool canParameterBeAutomated(std::int32_t /*index*/) { return true; } ///< [main-thread]
+    virtual bool string2parameter(std::int32_t index, char* text);                ///< [main-thread]
     /// [main-thread] Fills in a parameter's properties; false when it has none.
     virtual bool getParameterProperties(std::int32_t index, VstParameterProperties* properties);
     /// [main-thread] Copies the name of program `index`; false when there is none.
