@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "base/text_encoding.h"
 
+#include "base/utf8.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <iconv.h>
@@ -41,9 +43,8 @@ std::string Convert(const char* to, const char* from, const char* text, const ch
 
 std::size_t Utf8Length(const char* text, std::size_t left) {
     std::size_t length = 1;
-    while (length < left && (static_cast<unsigned char>(text[length]) & 0xC0u) == 0x80u) {
+    while (length < left && !StartsCharacter(text[length]))
         ++length;
-    }
     return length;
 }
 
