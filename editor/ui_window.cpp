@@ -5,6 +5,7 @@
 #include "editor/resource_ids.h"
 #include "editor/vocafade_editor.h"
 #include "effect/avocafade.h"
+#include "ui/message_box.h"
 
 #include <algorithm>
 #include <charconv>
@@ -279,7 +280,7 @@ void CUIWindow::ShowMessage(std::int32_t stringId, const std::string& path) {
 }
 
 LRESULT CUIWindow::OnShowMessage(WPARAM, LPARAM) {
-    AfxMessageBox(pendingMessage_.c_str(), MB_OK | MB_ICONWARNING);
+    AfxMessageBox(pendingMessage_.c_str(), MB_OK);
     return 0;
 }
 

@@ -58,11 +58,11 @@ void PluginResources::MakeSaveDialog() {
     saveDialog_.title = caption(kSaveDialog);
     saveDialog_.items = {
         {Kind::label, -1, {16, 18, 100, 42}, SS_RIGHT, caption(kSaveDialogPrograms)},
-        {Kind::comboBox, kSaveDialogPrograms, {108, 18, 316, 42}, WS_TABSTOP | CBS_DROPDOWNLIST},
+        {Kind::comboBox, kSaveDialogPrograms, {108, 18, 316, 42}, WS_TABSTOP},
         {Kind::label, -1, {16, 52, 100, 76}, SS_RIGHT, caption(kSaveDialogName)},
-        {Kind::edit, kSaveDialogName, {108, 52, 316, 76}, WS_TABSTOP | WS_BORDER | ES_AUTOHSCROLL},
+        {Kind::edit, kSaveDialogName, {108, 52, 316, 76}, WS_TABSTOP},
         {Kind::button, IDOK, {140, 92, 224, 118}, WS_TABSTOP | BS_DEFPUSHBUTTON, caption(IDOK)},
-        {Kind::button, IDCANCEL, {232, 92, 316, 118}, WS_TABSTOP | BS_PUSHBUTTON, caption(IDCANCEL)},
+        {Kind::button, IDCANCEL, {232, 92, 316, 118}, WS_TABSTOP, caption(IDCANCEL)},
     };
 }
 
@@ -71,13 +71,12 @@ const DialogTemplate* PluginResources::FindDialog(int id) const {
 }
 
 void PluginResources::Register() {
-    static const bool once = [] {
+    [[maybe_unused]] static const bool once = [] {
         std::string folder = ResourceFolder();
         if (!folder.empty()) folder.pop_back(); // the slash
         SetResourceSource(std::make_shared<PluginResources>(folder, EmbeddedBitmaps(), EmbeddedStrings()));
         return true;
     }();
-    static_cast<void>(once);
 }
 
 } // namespace vocafade

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "ui/dc.h"
 
+#include "base/utf8.h"
+#include "ui/backing_store.h"
 #include "ui/platform/platform.h"
 
 #include <cmath>
@@ -38,17 +40,6 @@ void Combine(platform::Surface& target, CPoint to, platform::Surface& source, co
 
 } // namespace
 
-Canvas::Canvas(std::unique_ptr<platform::Surface> picture) : surface(std::move(picture)) {}
-Canvas::~Canvas() = default;
-
-void Canvas::Changed(const CRgn& where) {
-    // Many small rectangles cost more than the area around them.
-    constexpr std::size_t kMostRects = 24;
-    for (const CRect& r : where.rects())
-        damage.Add(r);
-    if (damage.rects().size() > kMostRects) damage.SetRectRgn(damage.GetRgnBox());
-}
-
 CDC::CDC() = default;
 CDC::~CDC() = default;
 
@@ -56,7 +47,7 @@ bool CDC::CreateBitmapDC(int width, int height) {
     DeleteDC();
     std::unique_ptr<platform::Surface> surface = platform::MakeSurface(width, height);
     if (surface == nullptr) return false;
-    canvas_ = std::make_shared<Canvas>(std::move(surface));
+    store_ = std::make_shared<BackingStore>(std::move(surface));
     size_ = {width, height};
     return true;
 }
@@ -73,7 +64,7 @@ bool CDC::CreateDC(const char* /*driver*/) {
 }
 
 void CDC::DeleteDC() {
-    canvas_.reset();
+    store_.reset();
     ofWindow_ = false;
     base_ = {};
     size_ = {};
@@ -96,7 +87,7 @@ int CDC::IntersectClipRect(const CRect& rect) {
     if (clipped_) {
         clip_.Intersect(rect);
     } else {
-        clip_.SetRectRgn(rect);
+        clip_ = CRgn(rect);
         clipped_ = true;
     }
     return 1;
@@ -119,15 +110,17 @@ CRgn CDC::Clipped(const CRect& rect) const {
     const platform::Surface* target = surface();
     if (target == nullptr || !inside.IntersectRect(rect, {0, 0, target->Width(), target->Height()}))
         return region;
-    region.SetRectRgn(inside);
-    if (ofWindow_) region.CombineRgn(region, visible_, RGN_AND);
+    region.Add(inside);
+    if (ofWindow_) region.Intersect(visible_);
     if (clipped_) {
         CRgn clip = clip_;
-        clip.OffsetRgn(base_.x, base_.y);
-        region.CombineRgn(region, clip, RGN_AND);
+        clip.OffsetRgn(base_);
+        region.Intersect(clip);
     }
     return region;
 }
+
+platform::Surface* CDC::surface() const { return store_ != nullptr ? store_->surface.get() : nullptr; }
 
 platform::Surface* CDC::SourcePixels() const { return bitmap_ != nullptr ? bitmap_->surface() : surface(); }
 
@@ -186,7 +179,7 @@ bool CDC::Transfer(const CRect& to, CDC* src, CRect from, UINT rop) {
     } else {
         target->Draw(*source, inside, place, clip.rects());
     }
-    canvas_->Changed(clip);
+    store_->Changed(clip);
     return true;
 }
 
@@ -194,7 +187,7 @@ void CDC::FillSolidRect(const CRect& rect, COLORREF color) {
     const CRgn clip = Clipped(ToSurface(rect));
     if (clip.IsEmpty()) return;
     surface()->Fill(clip.rects(), ToPixel(color));
-    canvas_->Changed(clip);
+    store_->Changed(clip);
 }
 
 void CDC::FrameRect(const CRect& rect, COLORREF color) {
@@ -219,7 +212,7 @@ bool CDC::ExtTextOut(int x, int y, UINT options, const CRect* rect, const char* 
                      const int* /*spacing*/) {
     if (rect != nullptr && (options & ETO_OPAQUE) != 0) FillSolidRect(*rect, bkColor_);
     if (text == nullptr || surface() == nullptr) return true;
-    const std::string valid = platform::ValidUtf8(View(text, count));
+    const std::string valid = ValidUtf8(View(text, count));
     if (valid.empty()) return true;
     CFont& font = FontInUse();
     const CSize extent = GetTextExtent(valid.data(), static_cast<int>(valid.size()));
@@ -237,7 +230,7 @@ bool CDC::ExtTextOut(int x, int y, UINT options, const CRect* rect, const char* 
     const CPoint place = CPoint(x, y) + base_ + origin_;
     font.native().Draw(*surface(), place.x, place.y + font.ascent(), valid, ToPixel(textColor_),
                        clip.rects());
-    canvas_->Changed(clip);
+    store_->Changed(clip);
     return true;
 }
 
@@ -245,7 +238,7 @@ CSize CDC::GetTextExtent(const char* text, int count) const {
     platform::Font& font = FontInUse().native();
     const int height = static_cast<int>(std::lround(font.Ascent() + font.Descent()));
     if (text == nullptr) return {0, height};
-    const std::string valid = platform::ValidUtf8(View(text, count));
+    const std::string valid = ValidUtf8(View(text, count));
     return {valid.empty() ? 0 : font.Width(valid), height};
 }
 

@@ -8,17 +8,8 @@
 namespace vocafade {
 
 class CWnd;
-class Desktop;
-
-/// Pixels that contexts draw into, and which of them have changed since they were last presented.
-struct Canvas {
-    explicit Canvas(std::unique_ptr<platform::Surface> picture);
-    ~Canvas();
-    void Changed(const CRgn& where);
-
-    std::unique_ptr<platform::Surface> surface;
-    CRgn damage;
-};
+class WindowSession;
+struct BackingStore;
 
 /// A drawing context. Coordinates are pixels, x to the right, y downwards, with the context's origin added.
 /// All drawing happens on the window's thread; off-screen contexts need no display at all.
@@ -51,15 +42,11 @@ class CDC {
     int IntersectClipRect(const CRect& rect);
 
     COLORREF SetTextColor(COLORREF color);
-    COLORREF GetTextColor() const { return textColor_; }
     COLORREF SetBkColor(COLORREF color);
-    COLORREF GetBkColor() const { return bkColor_; }
     /// TRANSPARENT (at first) or OPAQUE: whether text fills its ground with the background colour.
     int SetBkMode(int mode);
-    int GetBkMode() const { return bkMode_; }
     /// Sets what is added to every coordinate and gives back what was.
     CPoint SetViewportOrg(int x, int y);
-    CPoint GetViewportOrg() const { return origin_; }
 
     /// Client size in pixels of what is drawn on.
     CSize size() const { return size_; }
@@ -106,10 +93,11 @@ class CDC {
     bool SavePng(const char* path) const;
 
     /// The pixels behind this context; null when there are none.
-    platform::Surface* surface() const { return canvas_ ? canvas_->surface.get() : nullptr; }
+    platform::Surface* surface() const;
 
   protected:
-    /// Draws on `window`'s part of its native window, without what lies above it; nothing when there is none.
+    /// Draws on `window`'s part of its top-level window, without what lies above it; nothing when there is
+    /// none.
     void AttachWindow(CWnd* window, const CRgn* within);
 
   private:
@@ -120,9 +108,10 @@ class CDC {
     platform::Surface* SourcePixels() const;
     CFont& FontInUse() const;
 
-    std::shared_ptr<Canvas> canvas_; ///< outlives the window when it goes away while this context is in use
+    std::shared_ptr<BackingStore>
+        store_; ///< outlives the window when it goes away while this context is in use
     bool ofWindow_ = false;
-    CPoint base_; ///< the window's place in its native window
+    CPoint base_; ///< the window's place in its top-level window
     CSize size_;
     CPoint origin_;
     CRgn visible_; ///< of a window, in surface coordinates
@@ -145,7 +134,7 @@ class CClientDC : public CDC {
     ~CClientDC() override;
 
   private:
-    std::weak_ptr<Desktop> desktop_;
+    std::weak_ptr<WindowSession> session_;
 };
 
 /// A context for drawing inside `OnPaint`: limited to the window's update rectangle when WM_PAINT comes from
@@ -161,7 +150,7 @@ class CPaintDC : public CDC {
 
   private:
     CRect update_;
-    std::weak_ptr<Desktop> sent_; ///< to be asked to present, when WM_PAINT was sent
+    std::weak_ptr<WindowSession> sent_; ///< to be asked to present, when WM_PAINT was sent
 };
 
 } // namespace vocafade

@@ -2,26 +2,21 @@
 #include "ui/dialog.h"
 
 #include "ui/controls.h"
-#include "ui/desktop.h"
-#include "ui/spin_button.h"
+#include "ui/edit.h"
+#include "ui/theme.h"
+#include "ui/window_session.h"
 
 namespace vocafade {
 namespace {
 
-std::unique_ptr<CWnd> NewControl(DialogItem::Kind kind) {
-    switch (kind) {
-    case DialogItem::Kind::label:
-        return std::make_unique<CStatic>();
-    case DialogItem::Kind::edit:
-        return std::make_unique<CEdit>();
-    case DialogItem::Kind::comboBox:
-        return std::make_unique<CComboBox>();
-    case DialogItem::Kind::button:
-        return std::make_unique<CButton>();
-    case DialogItem::Kind::spin:
-        return std::make_unique<CSpinButtonCtrl>();
-    }
-    return std::make_unique<CStatic>();
+/// `bound` as the kind of control that is wanted; when it is none, a new one, which goes into `owned`.
+template <class Kind>
+Kind& ControlOf(CWnd* bound, std::vector<std::unique_ptr<CWnd>>& owned) {
+    if (auto* control = dynamic_cast<Kind*>(bound)) return *control;
+    auto made = std::make_unique<Kind>();
+    Kind& control = *made;
+    owned.push_back(std::move(made));
+    return control;
 }
 
 } // namespace
@@ -48,159 +43,107 @@ bool CDialog::DoModal(std::function<void(int result)> ended) {
         template_ = source_ != nullptr ? source_->FindDialog(static_cast<int>(templateId_)) : nullptr;
         if (template_ == nullptr) return false;
     }
-    Desktop* desktop = wantedOwner_ != nullptr ? wantedOwner_->desktop() : Desktop::Current();
-    if (desktop == nullptr || !desktop->IsDisplayAlive()) return false;
-    home_ = desktop->weak_from_this();
-    owner_ = wantedOwner_ != nullptr ? wantedOwner_ : desktop->MainWindow();
+    WindowSession* session = wantedOwner_ != nullptr ? wantedOwner_->session() : WindowSession::Current();
+    if (session == nullptr || !session->IsDisplayAlive()) return false;
+    const TopLevel* panel = session->MainWindow();
+    home_ = session->weak_from_this();
+    owner_ = wantedOwner_ != nullptr ? wantedOwner_ : panel != nullptr ? &panel->window() : nullptr;
     opening_ = std::make_shared<bool>(true);
     ending_ = false;
     ended_ = std::move(ended);
-    desktop->PushModal(*this);
-    desktop->DeferCreate(opening_, [this] { Open(); });
+    session->PushModal(*this);
+    session->queue().DeferCreate(opening_, [this] { Open(); });
     return true;
 }
 
 void CDialog::Open() {
-    const std::shared_ptr<Desktop> desktop = home_.lock();
-    if (ending_ || desktop == nullptr || IsWindow()) return;
+    const std::shared_ptr<WindowSession> session = home_.lock();
+    if (ending_ || session == nullptr || IsWindow()) return;
     // In the middle of the owner, on its screen.
     CRect bounds({0, 0}, template_->size);
-    if (CWnd* top = owner_ != nullptr ? Desktop::RootOf(owner_) : nullptr) {
-        if (platform::Window* native = Desktop::NativeOf(*top)) {
-            const CPoint at = native->ScreenPosition();
-            bounds.OffsetRect(at.x + (top->bounds().Width() - bounds.Width()) / 2,
-                              at.y + (top->bounds().Height() - bounds.Height()) / 2);
-        }
+    const TopLevel* above = owner_ != nullptr ? owner_->FindTopLevel() : nullptr;
+    if (above != nullptr && above->native() != nullptr) {
+        const CRect around(above->native()->ScreenPosition(), above->window().bounds().Size());
+        bounds.OffsetRect(around.left + (around.Width() - bounds.Width()) / 2,
+                          around.top + (around.Height() - bounds.Height()) / 2);
     }
-    const CRect area = desktop->display()->WorkArea(bounds.CenterPoint());
-    bounds.OffsetRect(std::min(0, area.right - bounds.right), std::min(0, area.bottom - bounds.bottom));
-    bounds.OffsetRect(std::max(0, area.left - bounds.left), std::max(0, area.top - bounds.top));
+    bounds.MoveInside(session->display()->WorkArea(bounds.CenterPoint()));
 
     const auto kind = platform::WindowKind::dialog;
-    const WindowClass plain{CS_DBLCLKS, kCursorArrow, {false, GetSysColor(COLOR_3DFACE)}};
-    if (!CreateOn(*desktop, nullptr, &kind, owner_, plain, template_->title, WS_POPUP | WS_CAPTION, bounds,
+    const WindowClass plain{CS_DBLCLKS, kCursorArrow, {false, theme::kFace}};
+    if (!CreateIn(*session, nullptr, &kind, owner_, plain, template_->title, WS_POPUP | WS_CAPTION, bounds,
                   0)) {
         Finish(-1);
         return;
     }
     MakeControls();
-    const std::weak_ptr<bool> alive = LifeToken();
+    const std::weak_ptr<bool> life = LifeToken();
     SendMessage(WM_INITDIALOG);
-    const std::shared_ptr<bool> token = alive.lock();
-    if (token == nullptr || !*token || !IsWindow()) return;
-    ShowWindow(SW_SHOW);
+    if (!life.expired() && IsWindow()) ShowWindow(SW_SHOW);
 }
+
+void DDX_Control(CDataExchange* exchange, int id, CWnd& control) { exchange->dialog.Bind(id, control); }
 
 void CDialog::MakeControls() {
     items_.clear();
-    for (const DialogItem& item : template_->items) {
-        items_.push_back(NewControl(item.kind));
-        MakeControl(item, *items_.back());
-    }
+    bound_.clear();
+    CDataExchange exchange{*this};
+    DoDataExchange(&exchange);
+    for (const DialogItem& item : template_->items)
+        MakeControl(item);
 }
 
-bool CDialog::MakeControl(const DialogItem& item, CWnd& control) {
+void CDialog::MakeControl(const DialogItem& item) {
     const UINT style = item.style | WS_CHILD | WS_VISIBLE;
     const auto id = static_cast<UINT>(item.id);
+    const auto found = bound_.find(item.id);
+    CWnd* bound = found != bound_.end() ? found->second : nullptr;
     switch (item.kind) {
-    case DialogItem::Kind::edit:
-        if (auto* edit = dynamic_cast<CEdit*>(&control)) {
-            if (!edit->Create(style, item.rect, this, id)) return false;
-            edit->CWnd::SetWindowText(item.text);
-            return true;
-        }
+    case DialogItem::Kind::edit: {
+        auto& edit = ControlOf<CEdit>(bound, items_);
+        edit.Create(style, item.rect, this, id);
+        edit.CWnd::SetWindowText(item.text);
         break;
+    }
     case DialogItem::Kind::comboBox:
-        if (auto* combo = dynamic_cast<CComboBox*>(&control))
-            return combo->Create(style, item.rect, this, id);
+        ControlOf<CComboBox>(bound, items_).Create(style, item.rect, this, id);
         break;
     case DialogItem::Kind::button:
-        if (auto* button = dynamic_cast<CButton*>(&control))
-            return button->Create(item.text, style, item.rect, this, id);
-        break;
-    case DialogItem::Kind::spin:
-        if (auto* spin = dynamic_cast<CSpinButtonCtrl*>(&control))
-            return spin->Create(style, item.rect, this, id);
+        ControlOf<CButton>(bound, items_).Create(item.text, style, item.rect, this, id);
         break;
     case DialogItem::Kind::label:
-        if (auto* label = dynamic_cast<CStatic*>(&control))
-            return label->Create(item.text, style, item.rect, this, id);
+        ControlOf<CStatic>(bound, items_).Create(item.text, style, item.rect, this, id);
         break;
     }
-    return control.Create(WindowClass{}, item.text, style, item.rect, this, id);
 }
 
-void DDX_Control(CDataExchange* exchange, int id, CWnd& control) {
-    CDialog& dialog = *exchange->m_pDlgWnd;
-    CWnd* there = dialog.GetDlgItem(id);
-    if (there == &control || control.IsWindow() || dialog.template_ == nullptr || !dialog.IsWindow()) return;
-    for (const DialogItem& item : dialog.template_->items) {
-        if (item.id != id) continue;
-        // The new one takes the old one's place in the order, which is the order of Tab.
-        std::size_t place = dialog.children_.size();
-        if (there != nullptr) {
-            place =
-                static_cast<std::size_t>(std::find(dialog.children_.begin(), dialog.children_.end(), there) -
-                                         dialog.children_.begin());
-            std::erase_if(dialog.items_, [there](const auto& owned) { return owned.get() == there; });
-        }
-        if (dialog.MakeControl(item, control) && place < dialog.children_.size())
-            std::rotate(dialog.children_.begin() + static_cast<std::ptrdiff_t>(place),
-                        dialog.children_.end() - 1, dialog.children_.end());
-        return;
-    }
-}
+bool CDialog::OnInitDialog() { return true; }
 
-void DDX_Text(CDataExchange* exchange, int id, CString& text) {
-    if (exchange->m_bSaveAndValidate) {
-        exchange->m_pDlgWnd->GetDlgItemText(id, text);
-    } else {
-        exchange->m_pDlgWnd->SetDlgItemText(id, text);
-    }
-}
-
-bool CDialog::UpdateData(bool saveAndValidate) {
-    CDataExchange exchange(this, saveAndValidate);
-    DoDataExchange(&exchange);
-    return true;
-}
-
-void CDialog::DoDataExchange(CDataExchange* /*exchange*/) {}
-
-bool CDialog::OnInitDialog() {
-    UpdateData(false);
-    return true;
-}
-
-void CDialog::OnOK() {
-    UpdateData(true);
-    EndDialog(IDOK);
-}
+void CDialog::OnOK() { EndDialog(IDOK); }
 
 void CDialog::OnCancel() { EndDialog(IDCANCEL); }
 
 void CDialog::EndDialog(int result) {
-    const std::shared_ptr<Desktop> desktop = home_.lock();
-    if (!IsOpen() || ending_ || desktop == nullptr) return;
+    const std::shared_ptr<WindowSession> session = home_.lock();
+    if (!IsOpen() || ending_ || session == nullptr) return;
     ending_ = true;
-    desktop->PostAction(opening_, [this, result] { Finish(result); });
+    session->queue().Post(opening_, [this, result] { Finish(result); });
 }
 
 void CDialog::Finish(int result) {
-    const std::shared_ptr<Desktop> desktop = home_.lock();
+    const std::shared_ptr<WindowSession> session = home_.lock();
     const std::function<void(int)> ended = std::move(ended_);
-    const std::weak_ptr<bool> alive = LifeToken();
+    const std::weak_ptr<bool> life = LifeToken();
     Abandon();
     if (ended) ended(result);
-    const std::shared_ptr<bool> token = alive.lock();
-    if (token != nullptr && *token && desktop != nullptr && !IsOpen()) desktop->Disown(*this);
+    if (!life.expired() && session != nullptr && !IsOpen()) session->Disown(*this);
 }
 
 void CDialog::Abandon() {
     if (!IsOpen()) return;
     opening_.reset();
     ended_ = nullptr;
-    if (const std::shared_ptr<Desktop> desktop = home_.lock()) desktop->RemoveModal(*this);
+    if (const std::shared_ptr<WindowSession> session = home_.lock()) session->RemoveModal(*this);
     DestroyWindow();
     items_.clear();
     home_.reset();
@@ -209,7 +152,7 @@ void CDialog::Abandon() {
 LRESULT CDialog::DefWindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
     if (message == WM_PAINT) { // an edge, for desktops that give windows none
         CPaintDC dc(this);
-        dc.FrameRect(dc.clientRect(), GetSysColor(COLOR_3DSHADOW));
+        dc.FrameRect(dc.clientRect(), theme::kEdge);
         return 0;
     }
     if (message != WM_INITDIALOG) return CWnd::DefWindowProc(message, wParam, lParam);
@@ -249,7 +192,7 @@ void CDialog::FocusNext(int direction) {
         at = (at + direction + count) % count;
         CWnd* child = children()[static_cast<std::size_t>(at)];
         constexpr UINT kWanted = WS_TABSTOP | WS_VISIBLE;
-        if ((child->GetStyle() & kWanted) != kWanted || !child->IsWindowEnabled()) continue;
+        if ((child->GetStyle() & kWanted) != kWanted) continue;
         child->SetFocus();
         if (auto* edit = dynamic_cast<CEdit*>(child)) edit->SetSel(0, -1);
         return;

@@ -5,24 +5,19 @@
 #include "ui/wnd.h"
 
 #include <functional>
+#include <map>
 
 namespace vocafade {
 
 class CDialog;
 
 /// Passed through `DoDataExchange`.
-class CDataExchange {
-  public:
-    CDataExchange(CDialog* dialog, bool saveAndValidate)
-        : m_pDlgWnd(dialog), m_bSaveAndValidate(saveAndValidate) {}
-    CDialog* m_pDlgWnd;
-    bool m_bSaveAndValidate; ///< true: from the controls into the members
+struct CDataExchange {
+    CDialog& dialog;
 };
 
 /// Makes `control` the object of the template's control `id`. Its kind must be the template's.
 void DDX_Control(CDataExchange* exchange, int id, CWnd& control);
-/// Moves the text of control `id` from or into `text`.
-void DDX_Text(CDataExchange* exchange, int id, CString& text);
 
 /// A dialog window of its own, over the editor.
 ///
@@ -56,8 +51,12 @@ class CDialog : public CWnd {
     void EndDialog(int result);
     bool IsOpen() const { return opening_ != nullptr; }
 
-    /// Runs `DoDataExchange`.
-    bool UpdateData(bool saveAndValidate = true);
+    /// The window that the dialog belongs to; null without one.
+    CWnd* owner() const { return owner_; }
+    /// Closes without telling anybody.
+    void Abandon();
+    /// For `DDX_Control`.
+    void Bind(int id, CWnd& control) { bound_[id] = &control; }
 
     const char* ClassName() const override { return "CDialog"; }
     bool WantsKeyboard() const override { return true; }
@@ -72,22 +71,17 @@ class CDialog : public CWnd {
     virtual void OnOK();
     /// Escape, control IDCANCEL, or the window's close button.
     virtual void OnCancel();
-    virtual void DoDataExchange(CDataExchange* exchange);
+    /// Names the objects of the template's controls (`DDX_Control`), before they are made.
+    virtual void DoDataExchange(CDataExchange* /*exchange*/) {}
 
     LRESULT DefWindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;
 
   private:
-    friend class Desktop;
-    friend void DDX_Control(CDataExchange* exchange, int id, CWnd& control);
-
     bool PreTranslateMessage(MSG* message) override;
     void Open();
     void MakeControls();
-    /// Creates the control of `item` in the object given, at `place` of the children.
-    bool MakeControl(const DialogItem& item, CWnd& control);
+    void MakeControl(const DialogItem& item);
     void Finish(int result);
-    /// Closes without calling `ended_`.
-    void Abandon();
     void FocusNext(int direction);
     void OnOkCommand() { OnOK(); }
     void OnCancelCommand() { OnCancel(); }
@@ -98,19 +92,12 @@ class CDialog : public CWnd {
     std::shared_ptr<const ResourceSource> source_; ///< keeps the template
     CWnd* wantedOwner_ = nullptr;
     CWnd* owner_ = nullptr;
-    std::weak_ptr<Desktop> home_;
+    std::weak_ptr<WindowSession> home_;
     std::shared_ptr<bool> opening_; ///< while open; what is put off for this opening is not for a later one
     bool ending_ = false;
     std::function<void(int)> ended_;
-    std::vector<std::unique_ptr<CWnd>> items_; ///< controls that no member was bound to
+    std::map<int, CWnd*> bound_;               ///< controls that are members, by id
+    std::vector<std::unique_ptr<CWnd>> items_; ///< the other ones
 };
-
-/// [main-thread] Shows `text` (UTF-8, may have several lines) with buttons by `type` (MB_OK, MB_OKCANCEL,
-/// MB_YESNO, and an icon) and returns at once; `ended` is called with IDOK, IDCANCEL, IDYES or IDNO when the
-/// user has answered. Belongs to the editor whose message is being handled, else to the one opened last on
-/// this thread; false, with the text on standard error, when there is none.
-bool AfxMessageBox(const char* text, UINT type = MB_OK, std::function<void(int result)> ended = {});
-/// The same with text `textId` of the string table.
-bool AfxMessageBox(int textId, UINT type = MB_OK, std::function<void(int result)> ended = {});
 
 } // namespace vocafade

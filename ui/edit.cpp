@@ -1,37 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "ui/edit.h"
 
-#include "ui/desktop.h"
+#include "base/utf8.h"
 #include "ui/spin_button.h"
 #include "ui/theme.h"
+#include "ui/window_session.h"
 
 namespace vocafade {
 namespace {
 
 constexpr int kMargin = 2; ///< between border and text
-
-bool StartsCharacter(char byte) { return (static_cast<unsigned char>(byte) & 0xC0) != 0x80; }
-
-std::string Utf8Of(UINT c) {
-    std::string text;
-    const auto put = [&text](UINT byte) { text += static_cast<char>(byte); };
-    if (c < 0x80) {
-        put(c);
-    } else if (c < 0x800) {
-        put(0xC0 | (c >> 6));
-        put(0x80 | (c & 0x3F));
-    } else if (c < 0x10000) {
-        put(0xE0 | (c >> 12));
-        put(0x80 | ((c >> 6) & 0x3F));
-        put(0x80 | (c & 0x3F));
-    } else {
-        put(0xF0 | (c >> 18));
-        put(0x80 | ((c >> 12) & 0x3F));
-        put(0x80 | ((c >> 6) & 0x3F));
-        put(0x80 | (c & 0x3F));
-    }
-    return text;
-}
 
 } // namespace
 
@@ -43,10 +21,7 @@ bool CEdit::Create(UINT style, const CRect& rect, CWnd* parent, UINT id) {
     return CWnd::Create({CS_DBLCLKS, kCursorIBeam, {}}, "", style, rect, parent, id);
 }
 
-int CEdit::Length() const {
-    const std::string& text = text_.str();
-    return static_cast<int>(std::count_if(text.begin(), text.end(), StartsCharacter));
-}
+int CEdit::Length() const { return static_cast<int>(CountCharacters(text_.str())); }
 
 std::size_t CEdit::ByteOf(int character) const {
     const std::string& text = text_.str();
@@ -72,14 +47,6 @@ void CEdit::GetSel(int& first, int& last) const {
 
 void CEdit::SetLimitText(int count) { limit_ = std::max(0, count); }
 
-void CEdit::SetReadOnly(bool readOnly) {
-    if (readOnly) {
-        ModifyStyle(0, ES_READONLY);
-    } else {
-        ModifyStyle(ES_READONLY, 0);
-    }
-}
-
 void CEdit::Replace(const std::string& text) {
     int first = 0;
     int last = 0;
@@ -87,18 +54,14 @@ void CEdit::Replace(const std::string& text) {
     std::string changed = text_.str();
     const std::size_t from = ByteOf(first);
     changed.replace(from, ByteOf(last) - from, text);
-    const auto added = static_cast<int>(std::count_if(text.begin(), text.end(), StartsCharacter));
     text_ = changed;
-    anchor_ = caret_ = first + added;
+    anchor_ = caret_ = first + static_cast<int>(CountCharacters(text));
     ScrollToCaret();
     Invalidate();
-    NotifyParent(EN_CHANGE);
 }
 
-void CEdit::ReplaceSel(const char* text) { Replace(platform::ValidUtf8(text != nullptr ? text : "")); }
-
 void CEdit::TextChanged() {
-    text_ = platform::ValidUtf8(text_.str());
+    text_ = ValidUtf8(text_.str());
     const int length = Length();
     anchor_ = std::min(anchor_, length);
     caret_ = std::min(caret_, length);
@@ -107,11 +70,6 @@ void CEdit::TextChanged() {
 }
 
 // --- Where things are
-// ------------------------------------------------------------------------------------------------
-
-CFont& CEdit::FontInUse() const {
-    return GetFont() != nullptr ? *GetFont() : theme::UseControlFont(defaultFont_);
-}
 
 std::vector<int> CEdit::Stops() const { return FontInUse().native().CaretStops(text_.str()); }
 
@@ -125,7 +83,6 @@ int CEdit::TextLeft(const std::vector<int>& stops) const {
     const CRect inside = Inside();
     const int free = inside.Width() - stops.back() - 1; // the caret takes the last pixel
     if (free > 0 && (GetStyle() & ES_RIGHT) != 0) return inside.left + free;
-    if (free > 0 && (GetStyle() & ES_CENTER) != 0) return inside.left + free / 2;
     return inside.left - scroll_;
 }
 
@@ -151,7 +108,6 @@ int CEdit::CharacterAt(int x) const {
 }
 
 // --- Keys
-// ------------------------------------------------------------------------------------------------------------
 
 void CEdit::MoveCaret(int to, bool select) {
     caret_ = std::clamp(to, 0, Length());
@@ -160,38 +116,47 @@ void CEdit::MoveCaret(int to, bool select) {
     Invalidate();
 }
 
+bool CEdit::IsBlank(int character) const { return text_.str()[ByteOf(character)] == ' '; }
+
 int CEdit::NextWord(int direction) const {
-    const std::string& text = text_.str();
     const int length = Length();
-    const auto blank = [&](int i) { return text[ByteOf(i)] == ' '; };
     int at = caret_;
     if (direction < 0) {
-        while (at > 0 && blank(at - 1))
+        while (at > 0 && IsBlank(at - 1))
             --at;
-        while (at > 0 && !blank(at - 1))
+        while (at > 0 && !IsBlank(at - 1))
             --at;
     } else {
-        while (at < length && !blank(at))
+        while (at < length && !IsBlank(at))
             ++at;
-        while (at < length && blank(at))
+        while (at < length && IsBlank(at))
             ++at;
     }
     return at;
 }
 
-/// Takes the selection away, or else the character before (-1) or behind (1) the caret.
 void CEdit::EraseOr(int direction) {
-    if ((GetStyle() & ES_READONLY) != 0) return;
     if (anchor_ == caret_) anchor_ = std::clamp(caret_ + direction, 0, Length());
     if (anchor_ != caret_) Replace("");
 }
 
-void CEdit::CopySelection() {
+void CEdit::Copy() {
     int first = 0;
     int last = 0;
     GetSel(first, last);
-    if (first == last || desktop() == nullptr || desktop()->display() == nullptr) return;
-    desktop()->display()->OfferClipboard(text_.str().substr(ByteOf(first), ByteOf(last) - ByteOf(first)));
+    if (first == last || session() == nullptr || session()->display() == nullptr) return;
+    session()->display()->OfferClipboard(text_.str().substr(ByteOf(first), ByteOf(last) - ByteOf(first)));
+}
+
+void CEdit::Cut() {
+    Copy();
+    EraseOr(0);
+}
+
+void CEdit::Paste() {
+    const TopLevel* top = FindTopLevel();
+    if (top != nullptr && top->native() != nullptr && session()->display() != nullptr)
+        session()->display()->RequestClipboard(*top->native());
 }
 
 bool CEdit::Shortcut(UINT key) {
@@ -200,13 +165,13 @@ bool CEdit::Shortcut(UINT key) {
         SetSel(0, -1);
         return true;
     case kKeyCharacter + 'C':
-        SendMessage(WM_COPY);
+        Copy();
         return true;
     case kKeyCharacter + 'X':
-        SendMessage(WM_CUT);
+        Cut();
         return true;
     case kKeyCharacter + 'V':
-        SendMessage(WM_PASTE);
+        Paste();
         return true;
     case kKeyLeft:
         MoveCaret(NextWord(-1), GetKeyState(VK_SHIFT) < 0);
@@ -260,8 +225,8 @@ void CEdit::Char(UINT character, UINT flags) {
         EraseOr(-1);
         return;
     }
-    if (character < 0x20 || character == 0x7F || (GetStyle() & ES_READONLY) != 0) return;
-    const std::string typed = TypedText(Utf8Of(character));
+    if (character < 0x20 || character == 0x7F) return;
+    const std::string typed = TypedText(ToUtf8(character));
     int first = 0;
     int last = 0;
     GetSel(first, last);
@@ -270,7 +235,6 @@ void CEdit::Char(UINT character, UINT flags) {
 }
 
 // --- Mouse and messages
-// ----------------------------------------------------------------------------------------------
 
 void CEdit::Press(CPoint point) {
     SetFocus();
@@ -280,14 +244,12 @@ void CEdit::Press(CPoint point) {
 }
 
 void CEdit::SelectWord(CPoint point) {
-    const std::string& text = text_.str();
     const int length = Length();
-    const auto blank = [&](int i) { return text[ByteOf(i)] == ' '; };
     int first = std::min(CharacterAt(point.x), std::max(0, length - 1));
     int last = first;
-    while (first > 0 && !blank(first - 1))
+    while (first > 0 && !IsBlank(first - 1))
         --first;
-    while (last < length && !blank(last))
+    while (last < length && !IsBlank(last))
         ++last;
     SetSel(first, last);
 }
@@ -297,18 +259,6 @@ LRESULT CEdit::DefWindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
     switch (message) {
     case WM_PAINT:
         Paint();
-        return 0;
-    case WM_GETDLGCODE:
-        return DLGC_WANTARROWS;
-    case WM_SETFOCUS:
-        focused_ = true;
-        Invalidate();
-        NotifyParent(EN_SETFOCUS);
-        return 0;
-    case WM_KILLFOCUS:
-        focused_ = false;
-        Invalidate();
-        NotifyParent(EN_KILLFOCUS);
         return 0;
     case WM_KEYDOWN:
         KeyDown(static_cast<UINT>(wParam));
@@ -336,37 +286,21 @@ LRESULT CEdit::DefWindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
     case WM_MOUSEWHEEL:
         if (spin_ != nullptr) spin_->Step(static_cast<std::int16_t>(HIWORD(wParam)) > 0 ? 1 : -1);
         return 0;
-    case WM_COPY:
-        CopySelection();
-        return 0;
-    case WM_CUT:
-        CopySelection();
-        if (anchor_ != caret_) EraseOr(0);
-        return 0;
-    case WM_CLEAR:
-        if (anchor_ != caret_) EraseOr(0);
-        return 0;
-    case WM_PASTE:
-        if ((GetStyle() & ES_READONLY) == 0 && desktop() != nullptr && desktop()->display() != nullptr)
-            if (platform::Window* native = Desktop::NativeOf(*Desktop::RootOf(this)))
-                desktop()->display()->RequestClipboard(*native);
-        return 0;
     default:
-        return CWnd::DefWindowProc(message, wParam, lParam);
+        return Control::DefWindowProc(message, wParam, lParam);
     }
 }
 
 void CEdit::Paint() {
     CPaintDC dc(this);
     dc.SelectObject(&FontInUse());
-    const bool enabled = IsWindowEnabled();
-    theme::DrawField(dc, dc.clientRect(), GetSysColor(enabled ? COLOR_WINDOW : COLOR_3DFACE), focused_);
+    theme::DrawField(dc, dc.clientRect(), theme::kField, focused());
     const CRect inside = Inside();
     const std::vector<int> stops = Stops();
     const int left = TextLeft(stops);
     const int top = theme::CenteredTop(dc, inside);
     dc.IntersectClipRect(inside);
-    dc.SetTextColor(GetSysColor(enabled ? COLOR_WINDOWTEXT : COLOR_GRAYTEXT));
+    dc.SetTextColor(theme::kText);
     dc.TextOut(left, top, text_);
     int first = 0;
     int last = 0;
@@ -376,14 +310,13 @@ void CEdit::Paint() {
     };
     const int height = std::min(inside.Height(), dc.GetTextExtent("").cy + 2);
     const CRect line({inside.left, inside.top + (inside.Height() - height) / 2}, {inside.Width(), height});
-    if (first != last && focused_) {
+    if (first != last && focused()) {
         const CRect chosen(stop(first), line.top, stop(last), line.bottom);
-        dc.FillSolidRect(chosen, GetSysColor(COLOR_HIGHLIGHT));
-        dc.SetTextColor(GetSysColor(COLOR_HIGHLIGHTTEXT));
+        dc.FillSolidRect(chosen, theme::kMarked);
+        dc.SetTextColor(theme::kMarkedText);
         dc.ExtTextOut(left, top, ETO_CLIPPED, &chosen, text_);
-    } else if (focused_) {
-        dc.FillSolidRect({stop(caret_), line.top, stop(caret_) + 1, line.bottom},
-                         GetSysColor(COLOR_WINDOWTEXT));
+    } else if (focused()) {
+        dc.FillSolidRect({stop(caret_), line.top, stop(caret_) + 1, line.bottom}, theme::kText);
     }
 }
 

@@ -1,18 +1,18 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "ui/wnd.h"
+#include "ui/control.h"
 
 namespace vocafade {
 
 class CSpinButtonCtrl;
 
 /// A one-line entry field: caret, selection by keys and mouse, clipboard, scrolling. Text is UTF-8; positions
-/// are counted in characters (code points). Notifies its parent with EN_CHANGE, EN_SETFOCUS, EN_KILLFOCUS.
+/// are counted in characters (code points).
 ///
 /// Every change that the user types arrives as WM_KEYDOWN and WM_CHAR first (pasted text too, one WM_CHAR a
 /// character), so that a derived class filters all of it in `OnChar`.
-class CEdit : public CWnd {
+class CEdit : public Control {
   public:
     /// Leaves its spin button, if it has one, without a field.
     ~CEdit() override;
@@ -23,11 +23,10 @@ class CEdit : public CWnd {
     /// Selects characters `first` to `last` (not included), -1 for the end; the caret goes to `last`.
     void SetSel(int first, int last);
     void GetSel(int& first, int& last) const;
-    void ReplaceSel(const char* text);
     /// At most `count` characters can be typed; 0 for no limit. `SetWindowText` is not limited.
     void SetLimitText(int count);
-    void LimitText(int count) { SetLimitText(count); }
-    void SetReadOnly(bool readOnly);
+    /// Names the spin button beside the field, for its arrow keys and the wheel; null: none.
+    void SetSpin(CSpinButtonCtrl* spin) { spin_ = spin; }
 
     /// What a spin button beside this field shows and reads: its position as decimal text. A field that shows
     /// a number in another form converts here.
@@ -47,8 +46,6 @@ class CEdit : public CWnd {
     virtual std::string TypedText(std::string character) const { return character; }
 
   private:
-    friend class CSpinButtonCtrl;
-
     void Paint();
     void KeyDown(UINT key);
     bool Shortcut(UINT key);
@@ -57,18 +54,21 @@ class CEdit : public CWnd {
     void SelectWord(CPoint point);
     void MoveCaret(int to, bool select);
     void Replace(const std::string& text);
+    /// Takes the selection away, or else the character before (-1) or behind (1) the caret.
     void EraseOr(int direction);
+    bool IsBlank(int character) const;
     int NextWord(int direction) const;
     int CharacterAt(int x) const;
     void ScrollToCaret();
-    void CopySelection();
+    void Copy();
+    void Cut();
+    void Paste();
     int Length() const;
     std::size_t ByteOf(int character) const;
     CRect Inside() const;
     /// The x of the text's left end.
     int TextLeft(const std::vector<int>& stops) const;
     std::vector<int> Stops() const;
-    CFont& FontInUse() const;
 
     CSpinButtonCtrl* spin_ = nullptr;
     int anchor_ = 0;
@@ -76,8 +76,6 @@ class CEdit : public CWnd {
     int scroll_ = 0; ///< pixels that have left on the left side
     int limit_ = 0;
     bool selecting_ = false;
-    bool focused_ = false;
-    mutable std::unique_ptr<CFont> defaultFont_;
 };
 
 } // namespace vocafade

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "ui/frame_wnd.h"
 
-#include "ui/desktop.h"
-#include "ui/timer_thread.h"
+#include "ui/window_session.h"
+
+#include <utility>
 
 namespace vocafade {
 
@@ -13,23 +14,18 @@ CFrameWnd::~CFrameWnd() { DetachHost(); }
 bool CFrameWnd::AttachHost(void* nativeWindow) {
     DetachHost();
     CSize size;
-    owned_ = Desktop::Open(reinterpret_cast<std::uintptr_t>(nativeWindow), *this, size);
+    owned_ = WindowSession::Open(reinterpret_cast<std::uintptr_t>(nativeWindow), *this, size);
     if (owned_ == nullptr) return false;
-    desktop_ = owned_.get();
-    style_ |= WS_VISIBLE;
-    bounds_ = CRect({0, 0}, size);
+    Attach(owned_.get(), CRect({0, 0}, size));
     return true;
 }
 
 void CFrameWnd::DetachHost() {
-    // The pump may be the caller's caller: it keeps the desktop until it is done.
-    const std::shared_ptr<Desktop> desktop = std::move(owned_);
-    owned_.reset();
-    if (desktop == nullptr) return;
-    timer_.reset();
-    desktop->Close();
-    children_.clear();
-    desktop_ = nullptr;
+    // The pump may be the caller's caller: it keeps the session until it is done.
+    const std::shared_ptr<WindowSession> session = std::exchange(owned_, nullptr);
+    if (session == nullptr) return;
+    session->Close();
+    Attach(nullptr, bounds());
 }
 
 bool CFrameWnd::DestroyWindow() {
@@ -39,8 +35,8 @@ bool CFrameWnd::DestroyWindow() {
 }
 
 void CFrameWnd::Idle() {
-    const std::shared_ptr<Desktop> desktop = owned_;
-    if (desktop != nullptr) desktop->Idle();
+    const std::shared_ptr<WindowSession> session = owned_;
+    if (session != nullptr) session->Idle();
 }
 
 bool CFrameWnd::IsDisplayAlive() const { return owned_ != nullptr && owned_->IsDisplayAlive(); }

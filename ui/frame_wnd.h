@@ -40,7 +40,7 @@ class CFrameWnd : public CWnd {
     const char* ClassName() const override { return "CFrameWnd"; }
 
   private:
-    std::shared_ptr<Desktop> owned_;
+    std::shared_ptr<WindowSession> owned_;
 };
 
 } // namespace vocafade

@@ -2,13 +2,12 @@
 #pragma once
 
 #include "base/cstring.h"
-#include "ui/geometry.h"
+#include "ui/region.h"
 #include "ui/winuser.h"
 
 #include <cstddef>
 #include <memory>
 #include <span>
-#include <vector>
 
 namespace vocafade {
 
@@ -50,34 +49,8 @@ class CKVBBitmap : public CBitmap {
   public:
     /// [main-thread] Loads resource number `id` ("3005.png") from the source set with `SetResourceSource`. A
     /// file of the resource folder that is missing or no PNG gives way to the embedded copy. False, with an
-    /// empty bitmap (0 by 0, draws nothing), when there is neither. `handleSlot` is kept for the callers'
-    /// sake and stays as it was.
+    /// empty bitmap (0 by 0, draws nothing), when there is neither. `handleSlot` is not used.
     bool LoadResourceBitmap(int id, void** handleSlot = nullptr);
-};
-
-/// A set of pixels, kept as rectangles that do not overlap.
-class CRgn {
-  public:
-    CRgn() = default;
-    explicit CRgn(const CRect& rect) { SetRectRgn(rect); }
-
-    bool CreateRectRgn(int left, int top, int right, int bottom);
-    void SetRectRgn(const CRect& rect);
-    void DeleteObject() { rects_.clear(); }
-    /// Becomes `a` combined with `b` by RGN_AND, RGN_OR, RGN_DIFF or RGN_COPY (of `a`).
-    void CombineRgn(const CRgn& a, const CRgn& b, int mode);
-    void Intersect(const CRect& rect);
-    void Subtract(const CRect& rect);
-    void Add(const CRect& rect);
-    void OffsetRgn(int dx, int dy);
-    bool IsEmpty() const { return rects_.empty(); }
-    bool PtInRegion(CPoint point) const;
-    /// The smallest rectangle around the region.
-    CRect GetRgnBox() const;
-    const std::vector<CRect>& rects() const { return rects_; }
-
-  private:
-    std::vector<CRect> rects_;
 };
 
 /// A font by name and size.
@@ -94,7 +67,6 @@ class CFont {
     bool CreatePointFont(int size, const char* name, CDC* dc = nullptr);
     void DeleteObject();
     const CString& name() const { return name_; }
-    int pointSize() const { return size_; }
     /// Bounding-box height of the font in pixels, truncated.
     int height() const;
     /// Height of the text above the baseline less 2, in pixels, truncated: `CDC::TextOut` at y puts the

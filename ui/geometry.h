@@ -31,10 +31,6 @@ struct CPoint {
         return static_cast<std::intptr_t>((static_cast<std::uint32_t>(y & 0xFFFF) << 16) |
                                           static_cast<std::uint32_t>(x & 0xFFFF));
     }
-    constexpr void Offset(int dx, int dy) {
-        x += dx;
-        y += dy;
-    }
     friend constexpr bool operator==(const CPoint&, const CPoint&) = default;
     friend constexpr CPoint operator+(CPoint a, CPoint b) { return {a.x + b.x, a.y + b.y}; }
     friend constexpr CPoint operator-(CPoint a, CPoint b) { return {a.x - b.x, a.y - b.y}; }
@@ -62,8 +58,6 @@ struct CRect {
     constexpr bool PtInRect(CPoint p) const {
         return p.x >= left && p.x < right && p.y >= top && p.y < bottom;
     }
-    constexpr void SetRect(int l, int t, int r, int b) { *this = CRect(l, t, r, b); }
-    constexpr void SetRectEmpty() { *this = CRect(); }
     constexpr void OffsetRect(int dx, int dy) {
         left += dx;
         right += dx;
@@ -71,6 +65,11 @@ struct CRect {
         bottom += dy;
     }
     constexpr void OffsetRect(CPoint by) { OffsetRect(by.x, by.y); }
+    /// Moves it by as little as brings it inside `area`; where it is too large, its left and top.
+    constexpr void MoveInside(const CRect& area) {
+        OffsetRect(std::min(0, area.right - right), std::min(0, area.bottom - bottom));
+        OffsetRect(std::max(0, area.left - left), std::max(0, area.top - top));
+    }
     constexpr void InflateRect(int dx, int dy) {
         left -= dx;
         right += dx;
@@ -82,7 +81,7 @@ struct CRect {
     constexpr bool IntersectRect(const CRect& a, const CRect& b) {
         *this = CRect(std::max(a.left, b.left), std::max(a.top, b.top), std::min(a.right, b.right),
                       std::min(a.bottom, b.bottom));
-        if (IsRectEmpty()) SetRectEmpty();
+        if (IsRectEmpty()) *this = CRect();
         return !IsRectEmpty();
     }
     /// Becomes the smallest rectangle around `a` and `b`; an empty one counts for nothing.

@@ -24,16 +24,13 @@ bool CMenu::TrackPopupMenu(UINT /*flags*/, int x, int y, CWnd* owner, std::funct
         if ((item.flags & MF_CHECKED) != 0 && checked < 0) checked = static_cast<int>(ids.size());
         ids.push_back(item.id);
     }
-    const std::weak_ptr<bool> alive = owner->LifeToken();
-    auto done = [owner, alive, ids = std::move(ids), closed = std::move(closed)](int index) {
-        const auto lives = [&alive] {
-            const std::shared_ptr<bool> token = alive.lock();
-            return token != nullptr && *token;
-        };
-        if (!lives()) return;
+    const std::weak_ptr<bool> life = owner->LifeToken();
+    auto done = [owner, life, ids = std::move(ids), closed = std::move(closed)](int index) {
+        if (life.expired()) return;
         if (closed) closed();
-        if (index >= 0 && lives()) owner->SendMessage(WM_COMMAND, ids[static_cast<std::size_t>(index)]);
-        if (lives()) owner->SendMessage(WM_EXITMENULOOP);
+        if (index >= 0 && !life.expired())
+            owner->SendMessage(WM_COMMAND, ids[static_cast<std::size_t>(index)]);
+        if (!life.expired()) owner->SendMessage(WM_EXITMENULOOP);
     };
     return PopupWnd::Open(*owner, {x, y}, 0, 0, items_, checked, std::move(done));
 }

@@ -36,12 +36,9 @@ class CMenu {
     };
 
     bool CreatePopupMenu();
-    /// Adds an item at the end; `flags` is MF_STRING with any of MF_CHECKED, MF_GRAYED, MF_DISABLED, or
-    /// MF_SEPARATOR. The text is UTF-8.
-    bool AppendMenu(UINT flags, UINT id = 0, const char* text = nullptr);
-    int GetMenuItemCount() const { return static_cast<int>(items_.size()); }
-    const std::vector<Item>& items() const { return items_; }
-    void DestroyMenu() { items_.clear(); }
+    /// Adds an item at the end; `flags` is MF_STRING with any of MF_CHECKED, MF_GRAYED and MF_DISABLED. The
+    /// text is UTF-8.
+    bool AppendMenu(UINT flags, UINT id, const char* text);
 
     /// [main-thread] Shows the menu with its top left at (x, y) of `owner`'s client area (moved so that all
     /// of it is on the screen; in columns, or scrolling, where it is too long) and returns at once. False

@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: MIT
-#include "ui/desktop.h"
+#include "ui/message_box.h"
+
+#include "base/utf8.h"
 #include "ui/dialog.h"
 #include "ui/theme.h"
+#include "ui/window_session.h"
 
 #include <cstdio>
 
@@ -15,7 +18,7 @@ constexpr int kButtonGap = 8;
 constexpr int kLeastWidth = 260;
 constexpr int kWrapAt = 440;                ///< pixels
 constexpr std::size_t kMostLineBytes = 256; ///< more are always wider: measuring them would only take time
-constexpr int kFrame = 64;                  ///< of the window manager, and a panel of the desktop
+constexpr int kFrame = 64;                  ///< of the window manager, and a panel of the session
 
 struct Answer {
     int id;
@@ -23,7 +26,7 @@ struct Answer {
 };
 
 std::vector<Answer> AnswersOf(UINT type) {
-    switch (type & 0xFU) {
+    switch (type) {
     case MB_OKCANCEL:
         return {{IDOK, "OK"}, {IDCANCEL, "Cancel"}};
     case MB_YESNO:
@@ -33,20 +36,18 @@ std::vector<Answer> AnswersOf(UINT type) {
     }
 }
 
-bool ContinuesCharacter(char byte) { return (static_cast<unsigned char>(byte) & 0xC0) == 0x80; }
-
 /// Cuts what fits into a line off the start of a word that is too wide for one, such as a path: up to behind
 /// the last '/' in it, else up to any character.
 std::string TakeLine(CFont& font, std::string& word) {
     std::size_t most = std::min(word.size(), kMostLineBytes);
-    while (most < word.size() && ContinuesCharacter(word[most]))
+    while (most < word.size() && !StartsCharacter(word[most]))
         --most;
     const std::vector<int> stops = font.native().CaretStops(word.substr(0, most));
     std::size_t fitting = 0;
     std::size_t slash = 0;
     std::size_t character = 0;
     for (std::size_t end = 1; end <= most; ++end) {
-        if (end < word.size() && ContinuesCharacter(word[end])) continue;
+        if (end < word.size() && !StartsCharacter(word[end])) continue;
         ++character;
         if (stops[std::min(character, stops.size() - 1)] > kWrapAt && fitting > 0) break;
         fitting = end;
@@ -106,12 +107,10 @@ CString Joined(const CDC& dc, std::vector<std::string> lines, int height) {
 }
 
 /// Height of the screen that the editor is on.
-int ScreenHeight(const Desktop& desktop) {
-    CPoint at;
-    const CWnd* top = desktop.MainWindow();
-    platform::Window* native = top != nullptr ? Desktop::NativeOf(*top) : nullptr;
-    if (native != nullptr) at = native->ScreenPosition();
-    return desktop.display()->WorkArea(at).Height();
+int ScreenHeight(const WindowSession& session) {
+    const TopLevel* panel = session.MainWindow();
+    const bool shown = panel != nullptr && panel->native() != nullptr;
+    return session.display()->WorkArea(shown ? panel->native()->ScreenPosition() : CPoint()).Height();
 }
 
 class MessageBoxDlg : public CDialog {
@@ -123,7 +122,7 @@ class MessageBoxDlg : public CDialog {
         CDC dc;
         dc.SelectObject(&font);
         constexpr int kOthers = 3 * kMargin + kButtonHeight + kFrame;
-        message_ = Joined(dc, Wrapped(dc, font, platform::ValidUtf8(text)), height - kOthers);
+        message_ = Joined(dc, Wrapped(dc, font, ValidUtf8(text)), height - kOthers);
         const CSize lines = theme::MeasureLines(dc, message_);
         const std::vector<Answer> answers = AnswersOf(type);
         const auto count = static_cast<int>(answers.size());
@@ -133,7 +132,7 @@ class MessageBoxDlg : public CDialog {
         template_.title = "Vocafade";
         template_.size = {width, buttonTop + kButtonHeight + kMargin};
         template_.items.push_back({DialogItem::Kind::label, -1,
-                                   CRect({kMargin, kMargin}, {width - 2 * kMargin, lines.cy}), SS_LEFT,
+                                   CRect({kMargin, kMargin}, {width - 2 * kMargin, lines.cy}), 0,
                                    message_.str().c_str()});
         int x = width - kMargin - buttons;
         for (const Answer& answer : answers) {
@@ -151,12 +150,9 @@ class MessageBoxDlg : public CDialog {
   private:
     void OnYes() { EndDialog(IDYES); }
     void OnNo() { EndDialog(IDNO); }
-    void OnOK() override { EndDialog((type_ & 0xFU) == MB_YESNO ? IDYES : IDOK); }
+    void OnOK() override { EndDialog(type_ == MB_YESNO ? IDYES : IDOK); }
     /// With one button, or none that means no, leaving the box is its only answer.
-    void OnCancel() override {
-        const UINT buttons = type_ & 0xFU;
-        EndDialog(buttons == MB_YESNO ? IDNO : buttons == MB_OKCANCEL ? IDCANCEL : IDOK);
-    }
+    void OnCancel() override { EndDialog(type_ == MB_YESNO ? IDNO : type_ == MB_OKCANCEL ? IDCANCEL : IDOK); }
 
     DialogTemplate template_;
     CString message_;
@@ -174,12 +170,12 @@ END_MESSAGE_MAP()
 
 bool AfxMessageBox(const char* text, UINT type, std::function<void(int result)> ended) {
     if (text == nullptr) text = "";
-    Desktop* desktop = Desktop::Current();
-    if (desktop != nullptr && desktop->IsDisplayAlive()) {
-        auto box = std::make_unique<MessageBoxDlg>(text, type, ScreenHeight(*desktop));
+    WindowSession* session = WindowSession::Current();
+    if (session != nullptr && session->IsDisplayAlive()) {
+        auto box = std::make_unique<MessageBoxDlg>(text, type, ScreenHeight(*session));
         MessageBoxDlg& opened = *box;
         if (opened.DoModal(std::move(ended))) {
-            desktop->Adopt(std::move(box));
+            session->Adopt(std::move(box));
             return true;
         }
     }

@@ -96,10 +96,6 @@ class CWinApp : public CCmdTarget {
 #define ON_WM_DESTROY() VOCAFADE_ENTRY(::vocafade::WM_DESTROY, 0, 0, 0, self.OnDestroy(); return 0;)
 /// `void OnPaint()`
 #define ON_WM_PAINT() VOCAFADE_ENTRY(::vocafade::WM_PAINT, 0, 0, 0, self.OnPaint(); return 0;)
-/// `bool OnEraseBkgnd(CDC*)`
-#define ON_WM_ERASEBKGND()                                                                                   \
-    VOCAFADE_ENTRY(::vocafade::WM_ERASEBKGND, 0, 0, 0,                                                       \
-                   return self.OnEraseBkgnd(reinterpret_cast<::vocafade::CDC*>(wParam)) ? 1 : 0;)
 /// `void OnSize(UINT type, int width, int height)`
 #define ON_WM_SIZE()                                                                                         \
     VOCAFADE_ENTRY(::vocafade::WM_SIZE, 0, 0, 0,                                                             \
@@ -115,12 +111,6 @@ class CWinApp : public CCmdTarget {
 #define ON_WM_LBUTTONUP() VOCAFADE_MOUSE_ENTRY(::vocafade::WM_LBUTTONUP, OnLButtonUp)
 #define ON_WM_LBUTTONDBLCLK() VOCAFADE_MOUSE_ENTRY(::vocafade::WM_LBUTTONDBLCLK, OnLButtonDblClk)
 #define ON_WM_MOUSEMOVE() VOCAFADE_MOUSE_ENTRY(::vocafade::WM_MOUSEMOVE, OnMouseMove)
-/// `void OnMouseWheel(int delta, CPoint point)`: 120 a notch, upwards positive; the point in the client area.
-#define ON_WM_MOUSEWHEEL()                                                                                   \
-    VOCAFADE_ENTRY(::vocafade::WM_MOUSEWHEEL, 0, 0, 0,                                                       \
-                   self.OnMouseWheel(static_cast<std::int16_t>(::vocafade::HIWORD(wParam)),                  \
-                                     ::vocafade::CPoint::FromMessage(lParam));                               \
-                   return 0;)
 /// `void OnTimer(UINT id)`: the id is always 0.
 #define ON_WM_TIMER()                                                                                        \
     VOCAFADE_ENTRY(::vocafade::WM_TIMER, 0, 0, 0, self.OnTimer(static_cast<::vocafade::UINT>(wParam));       \
@@ -134,20 +124,12 @@ class CWinApp : public CCmdTarget {
 /// `void OnKeyDown(UINT key, UINT repeats, UINT flags)`, `void OnChar(UINT character, UINT repeats, UINT
 /// flags)`
 #define ON_WM_KEYDOWN() VOCAFADE_KEY_ENTRY(::vocafade::WM_KEYDOWN, OnKeyDown)
-#define ON_WM_KEYUP() VOCAFADE_KEY_ENTRY(::vocafade::WM_KEYUP, OnKeyUp)
 #define ON_WM_CHAR() VOCAFADE_KEY_ENTRY(::vocafade::WM_CHAR, OnChar)
-/// `void OnSetFocus(CWnd* from)`, `void OnKillFocus(CWnd* to)`
-#define ON_WM_SETFOCUS()                                                                                     \
-    VOCAFADE_ENTRY(::vocafade::WM_SETFOCUS, 0, 0, 0,                                                         \
-                   self.OnSetFocus(reinterpret_cast<::vocafade::CWnd*>(wParam));                             \
-                   return 0;)
+/// `void OnKillFocus(CWnd* to)`
 #define ON_WM_KILLFOCUS()                                                                                    \
     VOCAFADE_ENTRY(::vocafade::WM_KILLFOCUS, 0, 0, 0,                                                        \
                    self.OnKillFocus(reinterpret_cast<::vocafade::CWnd*>(wParam));                            \
                    return 0;)
-/// `void OnShowWindow(bool shown, UINT status)`
-#define ON_WM_SHOWWINDOW()                                                                                   \
-    VOCAFADE_ENTRY(::vocafade::WM_SHOWWINDOW, 0, 0, 0, self.OnShowWindow(wParam != 0, 0); return 0;)
 /// `void OnClose()`
 #define ON_WM_CLOSE() VOCAFADE_ENTRY(::vocafade::WM_CLOSE, 0, 0, 0, self.OnClose(); return 0;)
 /// Any message: `LRESULT handler(WPARAM, LPARAM)`
@@ -157,9 +139,7 @@ class CWinApp : public CCmdTarget {
     VOCAFADE_ENTRY(::vocafade::WM_COMMAND, code, id, id, self.handler(); return 0;)
 /// A command: `void handler()`
 #define ON_COMMAND(id, handler) ON_CONTROL(0, id, handler)
-#define ON_BN_CLICKED(id, handler) ON_CONTROL(::vocafade::BN_CLICKED, id, handler)
 #define ON_CBN_SELCHANGE(id, handler) ON_CONTROL(::vocafade::CBN_SELCHANGE, id, handler)
-#define ON_EN_CHANGE(id, handler) ON_CONTROL(::vocafade::EN_CHANGE, id, handler)
 /// Commands `first` to `last`, both included: `void handler(UINT id)`
 #define ON_COMMAND_RANGE(first, last, handler)                                                               \
     VOCAFADE_ENTRY(::vocafade::WM_COMMAND, 0, first, last, self.handler(::vocafade::LOWORD(wParam));         \

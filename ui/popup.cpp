@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "ui/popup.h"
 
-#include "ui/desktop.h"
 #include "ui/theme.h"
+#include "ui/window_session.h"
 
 namespace vocafade {
 namespace {
@@ -10,29 +10,36 @@ namespace {
 constexpr int kBorder = 1;
 constexpr int kTickWidth = 22;
 constexpr int kItemPadding = 5; ///< above and below a line
-constexpr int kSeparatorHeight = 7;
 constexpr int kMostColumns = 8;
 constexpr int kScrollStep = 3; ///< items a notch of the wheel
 
 } // namespace
 
-PopupWnd::PopupWnd(CWnd& owner, std::vector<CMenu::Item> items, int current, Done done)
-    : owner_(&owner), items_(std::move(items)), done_(std::move(done)), marked_(current) {
-    theme::UseControlFont(font_);
+int NextWithLetter(WPARAM wParam, LPARAM lParam, int from, int count,
+                   const std::function<const CString*(int index)>& textOf) {
+    if (wParam <= 0x20 || (HIWORD(static_cast<std::uintptr_t>(lParam)) & kCharArrow) != 0) return -1;
+    const auto lower = [](WPARAM c) { return c >= 'A' && c <= 'Z' ? c + 32 : c; };
+    for (int i = 1; i <= count; ++i) {
+        const int at = (std::max(0, from) + i) % count;
+        const CString* text = textOf(at);
+        if (text != nullptr && lower(static_cast<unsigned char>(text->GetAt(0))) == lower(wParam)) return at;
+    }
+    return -1;
 }
+
+PopupWnd::PopupWnd(CWnd& owner, std::vector<CMenu::Item> items, int current, Done done)
+    : owner_(&owner), items_(std::move(items)), done_(std::move(done)), marked_(current) {}
 
 bool PopupWnd::Open(CWnd& owner, CPoint place, int width, int height, std::vector<CMenu::Item> items,
                     int current, Done done) {
-    Desktop* desktop = owner.desktop();
-    if (desktop == nullptr || items.empty() || !desktop->IsDisplayAlive() || !owner.IsWindowVisible())
+    WindowSession* session = owner.session();
+    if (session == nullptr || items.empty() || !session->IsDisplayAlive() || !owner.IsWindowVisible())
         return false;
     CPoint offset;
-    CWnd* top = Desktop::RootOf(&owner, &offset);
-    if (top == nullptr) return false;
-    platform::Window* native = Desktop::NativeOf(*top);
-    if (native == nullptr || native->NativeId() == 0) return false;
-    const CPoint at = native->ScreenPosition() + offset + place;
-    const CRect area = desktop->display()->WorkArea(at);
+    const TopLevel* top = owner.FindTopLevel(&offset);
+    if (top == nullptr || top->native() == nullptr || top->native()->NativeId() == 0) return false;
+    const CPoint at = top->native()->ScreenPosition() + offset + place;
+    const CRect area = session->display()->WorkArea(at);
 
     auto popup = std::make_unique<PopupWnd>(owner, std::move(items), current, std::move(done));
     PopupWnd& window = *popup;
@@ -41,25 +48,19 @@ bool PopupWnd::Open(CWnd& owner, CPoint place, int width, int height, std::vecto
     // Upwards where there is no room below, and never over the edge of the screen.
     if (bounds.bottom > area.bottom && height > 0 && at.y - height - size.cy >= area.top)
         bounds.OffsetRect(0, -height - size.cy);
-    bounds.OffsetRect(std::min(0, area.right - bounds.right), std::min(0, area.bottom - bounds.bottom));
-    bounds.OffsetRect(std::max(0, area.left - bounds.left), std::max(0, area.top - bounds.top));
+    bounds.MoveInside(area);
 
-    desktop->OpenPopup(std::move(popup));
-    if (!window.CreateNative(*desktop, bounds)) {
-        desktop->ClosePopup();
+    session->OpenPopup(std::move(popup));
+    if (!window.CreateNative(*session, bounds)) {
+        session->ClosePopup();
         return false;
     }
     return true;
 }
 
-void PopupWnd::CloseFor(CWnd& owner) {
-    PopupWnd* open = owner.desktop() != nullptr ? owner.desktop()->popup() : nullptr;
-    if (open != nullptr && open->owner_ == &owner) open->Cancel();
-}
-
-bool PopupWnd::CreateNative(Desktop& desktop, const CRect& bounds) {
+bool PopupWnd::CreateNative(WindowSession& session, const CRect& bounds) {
     const auto kind = platform::WindowKind::popup;
-    if (!CreateOn(desktop, nullptr, &kind, owner_, WindowClass{}, "menu", WS_POPUP | WS_VISIBLE, bounds, 0))
+    if (!CreateIn(session, nullptr, &kind, owner_, WindowClass{}, "menu", WS_POPUP | WS_VISIBLE, bounds, 0))
         return false;
     if (marked_ >= 0) Reveal(marked_);
     return true;
@@ -67,37 +68,25 @@ bool PopupWnd::CreateNative(Desktop& desktop, const CRect& bounds) {
 
 CSize PopupWnd::Arrange(const CRect& area, int width) {
     CDC measure;
-    measure.SelectObject(font_.get());
-    const int lineHeight = measure.GetTextExtent("").cy + 2 * kItemPadding;
+    measure.SelectObject(&FontInUse());
+    const int height = measure.GetTextExtent("").cy + 2 * kItemPadding;
     int itemWidth = 0;
-    int total = 0;
-    for (const CMenu::Item& item : items_) {
+    for (const CMenu::Item& item : items_)
         itemWidth = std::max(itemWidth, measure.GetTextExtent(item.text).cx);
-        total += (item.flags & MF_SEPARATOR) != 0 ? kSeparatorHeight : lineHeight;
-    }
     itemWidth = std::max(itemWidth + kTickWidth + 3 * kItemPadding, width - 2 * kBorder);
 
-    const int room = std::max(lineHeight, area.Height() - 2 * kBorder);
-    int columns = (total + room - 1) / room;
+    const int fitting = std::max(1, (area.Height() - 2 * kBorder) / height);
+    int columns = (itemCount() + fitting - 1) / fitting;
     if (columns > kMostColumns || columns * itemWidth + 2 * kBorder > area.Width()) columns = 1;
-    const int columnHeight = columns == 1 ? total : (total + columns - 1) / columns;
+    const int rows = (itemCount() + columns - 1) / columns;
 
     places_.clear();
-    int column = 0;
-    int y = 0;
-    int lowest = 0;
-    for (const CMenu::Item& item : items_) {
-        const int height = (item.flags & MF_SEPARATOR) != 0 ? kSeparatorHeight : lineHeight;
-        if (y >= columnHeight && column + 1 < columns) {
-            ++column;
-            y = 0;
-        }
-        places_.emplace_back(CPoint(kBorder + column * itemWidth, kBorder + y), CSize{itemWidth, height});
-        y += height;
-        lowest = std::max(lowest, y);
-    }
-    contentHeight_ = lowest;
-    return {(column + 1) * itemWidth + 2 * kBorder, std::min(lowest, room) + 2 * kBorder};
+    for (int i = 0; i < itemCount(); ++i)
+        places_.emplace_back(CPoint(kBorder + i / rows * itemWidth, kBorder + i % rows * height),
+                             CSize{itemWidth, height});
+    contentHeight_ = rows * height;
+    return {((itemCount() - 1) / rows + 1) * itemWidth + 2 * kBorder,
+            std::min(contentHeight_, std::max(height, area.Height() - 2 * kBorder)) + 2 * kBorder};
 }
 
 int PopupWnd::ItemAt(CPoint point) const {
@@ -111,7 +100,7 @@ int PopupWnd::ItemAt(CPoint point) const {
 
 bool PopupWnd::CanChoose(int index) const {
     return index >= 0 && index < itemCount() &&
-           (items_[static_cast<std::size_t>(index)].flags & (MF_GRAYED | MF_DISABLED | MF_SEPARATOR)) == 0;
+           (items_[static_cast<std::size_t>(index)].flags & (MF_GRAYED | MF_DISABLED)) == 0;
 }
 
 CRect PopupWnd::Shown(int index) const {
@@ -155,43 +144,21 @@ void PopupWnd::Step(int direction) {
     }
 }
 
-void PopupWnd::JumpTo(UINT character) {
-    const auto lower = [](UINT c) { return c >= 'A' && c <= 'Z' ? c + 32 : c; };
-    for (int i = 1; i <= itemCount(); ++i) {
-        const int at = (std::max(0, marked_) + i) % itemCount();
-        const CString& text = items_[static_cast<std::size_t>(at)].text;
-        if (CanChoose(at) && lower(static_cast<unsigned char>(text.GetAt(0))) == lower(character)) {
-            Mark(at);
-            Reveal(at);
-            return;
-        }
-    }
-}
-
 void PopupWnd::Finish(int index) {
-    Desktop* home = desktop();
-    if (home == nullptr || home->popup() != this) return;
+    if (session() == nullptr || session()->popup() != this) return;
     const Done done = std::move(done_);
     done_ = nullptr;
-    const std::shared_ptr<Desktop> keep = home->weak_from_this().lock();
-    home->ClosePopup();
+    const std::shared_ptr<WindowSession> keep = session()->weak_from_this().lock();
+    keep->ClosePopup();
     if (done) done(index);
 }
 
 void PopupWnd::PaintItem(CDC& dc, int index) {
     const CMenu::Item& item = items_[static_cast<std::size_t>(index)];
     const CRect place = Shown(index);
-    if ((item.flags & MF_SEPARATOR) != 0) {
-        const int y = place.CenterPoint().y;
-        dc.FillSolidRect({place.left + kItemPadding, y, place.right - kItemPadding, y + 1},
-                         GetSysColor(COLOR_3DSHADOW));
-        return;
-    }
     const bool chosen = index == marked_ && CanChoose(index);
-    if (chosen) dc.FillSolidRect(place, GetSysColor(COLOR_HIGHLIGHT));
-    const COLORREF color = GetSysColor(chosen             ? COLOR_HIGHLIGHTTEXT
-                                       : CanChoose(index) ? COLOR_WINDOWTEXT
-                                                          : COLOR_GRAYTEXT);
+    if (chosen) dc.FillSolidRect(place, theme::kMarked);
+    const COLORREF color = chosen ? theme::kMarkedText : CanChoose(index) ? theme::kText : theme::kGrayText;
     if ((item.flags & MF_CHECKED) != 0)
         theme::DrawTick(dc, {place.left, place.top, place.left + kTickWidth, place.bottom}, color);
     theme::DrawLine(dc, {place.left + kTickWidth, place.top, place.right - kItemPadding, place.bottom},
@@ -200,13 +167,13 @@ void PopupWnd::PaintItem(CDC& dc, int index) {
 
 void PopupWnd::Paint() {
     CPaintDC dc(this);
-    dc.SelectObject(font_.get());
+    dc.SelectObject(&FontInUse());
     const CRect all = dc.clientRect();
     CRect inside = all;
     inside.DeflateRect(kBorder, kBorder);
-    dc.FrameRect(all, GetSysColor(COLOR_3DSHADOW));
+    dc.FrameRect(all, theme::kEdge);
     dc.IntersectClipRect(inside);
-    dc.FillSolidRect(inside, GetSysColor(COLOR_WINDOW));
+    dc.FillSolidRect(inside, theme::kField);
     for (int i = 0; i < itemCount(); ++i) {
         CRect visible;
         if (visible.IntersectRect(Shown(i), dc.updateRect())) PaintItem(dc, i);
@@ -281,12 +248,17 @@ LRESULT PopupWnd::DefWindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
             break;
         }
         return 0;
-    case WM_CHAR:
-        if (wParam > 0x20 && (HIWORD(static_cast<std::uintptr_t>(lParam)) & kCharArrow) == 0)
-            JumpTo(static_cast<UINT>(wParam));
+    case WM_CHAR: {
+        const int found = NextWithLetter(wParam, lParam, marked_, itemCount(), [this](int i) {
+            return CanChoose(i) ? &items_[static_cast<std::size_t>(i)].text : nullptr;
+        });
+        if (found < 0) return 0;
+        Mark(found);
+        Reveal(found);
         return 0;
+    }
     default:
-        return CWnd::DefWindowProc(message, wParam, lParam);
+        return Control::DefWindowProc(message, wParam, lParam);
     }
 }
 

@@ -1,17 +1,23 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "ui/control.h"
 #include "ui/menu.h"
-#include "ui/wnd.h"
 
 #include <functional>
 #include <memory>
 
 namespace vocafade {
 
+/// The next entry of `count`, after entry `from` and then from the first on, whose text begins with the
+/// letter of a WM_CHAR with these arguments, whatever its case; -1 when there is none. `textOf` gives null
+/// for what cannot be chosen.
+int NextWithLetter(WPARAM wParam, LPARAM lParam, int from, int count,
+                   const std::function<const CString*(int index)>& textOf);
+
 /// The window of a menu, and the list of a combo box: items in one column, in several where they would not
 /// fit below each other on the screen, or scrolled.
-class PopupWnd : public CWnd {
+class PopupWnd : public Control {
   public:
     /// Called once, with the index of the chosen item or -1, when the window has gone.
     using Done = std::function<void(int index)>;
@@ -21,9 +27,6 @@ class PopupWnd : public CWnd {
     /// start. False when the owner is on no display.
     static bool Open(CWnd& owner, CPoint place, int width, int height, std::vector<CMenu::Item> items,
                      int current, Done done);
-
-    /// Closes the one that is open for `owner`, if one is.
-    static void CloseFor(CWnd& owner);
 
     PopupWnd(CWnd& owner, std::vector<CMenu::Item> items, int current, Done done);
     CWnd* owner() const { return owner_; }
@@ -36,7 +39,7 @@ class PopupWnd : public CWnd {
     LRESULT DefWindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;
 
   private:
-    bool CreateNative(Desktop& desktop, const CRect& bounds);
+    bool CreateNative(WindowSession& session, const CRect& bounds);
     CSize Arrange(const CRect& area, int width);
     void Paint();
     void PaintItem(CDC& dc, int index);
@@ -45,7 +48,6 @@ class PopupWnd : public CWnd {
     void StepColumn(int direction);
     void Reveal(int index);
     CRect Shown(int index) const;
-    void JumpTo(UINT character);
     void Scroll(int pixels);
     void Finish(int index);
     int ItemAt(CPoint point) const;
@@ -55,7 +57,6 @@ class PopupWnd : public CWnd {
     CWnd* owner_;
     std::vector<CMenu::Item> items_;
     std::vector<CRect> places_; ///< of the items, without scrolling
-    std::unique_ptr<CFont> font_;
     Done done_;
     int marked_;
     int scroll_ = 0;

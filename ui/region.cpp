@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "ui/gdi.h"
+#include "ui/region.h"
 
 namespace vocafade {
 namespace {
@@ -21,23 +21,14 @@ void AppendDifference(std::vector<CRect>& to, const CRect& from, const CRect& ho
 
 } // namespace
 
-bool CRgn::CreateRectRgn(int left, int top, int right, int bottom) {
-    SetRectRgn({left, top, right, bottom});
-    return true;
-}
-
-void CRgn::SetRectRgn(const CRect& rect) {
-    rects_.clear();
-    if (!rect.IsRectEmpty()) rects_.push_back(rect);
-}
-
-void CRgn::Intersect(const CRect& rect) {
-    std::size_t kept = 0;
-    for (const CRect& r : rects_) {
-        CRect shared;
-        if (shared.IntersectRect(r, rect)) rects_[kept++] = shared;
-    }
-    rects_.resize(kept);
+void CRgn::Intersect(const CRgn& other) {
+    std::vector<CRect> both;
+    for (const CRect& mine : rects_)
+        for (const CRect& others : other.rects_) {
+            CRect shared;
+            if (shared.IntersectRect(mine, others)) both.push_back(shared);
+        }
+    rects_ = std::move(both);
 }
 
 void CRgn::Subtract(const CRect& rect) {
@@ -58,44 +49,9 @@ void CRgn::Add(const CRect& rect) {
     rects_.push_back(rect);
 }
 
-void CRgn::CombineRgn(const CRgn& a, const CRgn& b, int mode) {
-    std::vector<CRect> result;
-    switch (mode) {
-    case RGN_AND:
-        for (const CRect& r : a.rects_)
-            for (const CRect& s : b.rects_) {
-                CRect shared;
-                if (shared.IntersectRect(r, s)) result.push_back(shared);
-            }
-        break;
-    case RGN_OR: {
-        CRgn sum = a;
-        for (const CRect& r : b.rects_)
-            sum.Add(r);
-        result = std::move(sum.rects_);
-        break;
-    }
-    case RGN_DIFF: {
-        CRgn rest = a;
-        for (const CRect& r : b.rects_)
-            rest.Subtract(r);
-        result = std::move(rest.rects_);
-        break;
-    }
-    default:
-        result = a.rects_;
-        break;
-    }
-    rects_ = std::move(result);
-}
-
-void CRgn::OffsetRgn(int dx, int dy) {
+void CRgn::OffsetRgn(CPoint by) {
     for (CRect& r : rects_)
-        r.OffsetRect(dx, dy);
-}
-
-bool CRgn::PtInRegion(CPoint point) const {
-    return std::any_of(rects_.begin(), rects_.end(), [point](const CRect& r) { return r.PtInRect(point); });
+        r.OffsetRect(by);
 }
 
 CRect CRgn::GetRgnBox() const {

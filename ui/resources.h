@@ -15,7 +15,7 @@ namespace vocafade {
 
 /// One control of a dialog template.
 struct DialogItem {
-    enum class Kind { label, edit, comboBox, button, spin };
+    enum class Kind { label, edit, comboBox, button };
     Kind kind = Kind::label;
     int id = -1;
     CRect rect;            ///< in the dialog, pixels

@@ -16,9 +16,7 @@ constexpr int kFastSteps = 10;
 
 } // namespace
 
-CSpinButtonCtrl::~CSpinButtonCtrl() {
-    if (buddy_ != nullptr && buddy_->spin_ == this) buddy_->spin_ = nullptr;
-}
+CSpinButtonCtrl::~CSpinButtonCtrl() { SetBuddy(nullptr); }
 
 bool CSpinButtonCtrl::Create(UINT style, const CRect& rect, CWnd* parent, UINT id) {
     return CWnd::Create(WindowClass{}, "", style, rect, parent, id);
@@ -30,11 +28,6 @@ void CSpinButtonCtrl::SetRange32(int lower, int upper) {
     position_ = std::clamp(position_, lower_, upper_);
 }
 
-void CSpinButtonCtrl::GetRange32(int& lower, int& upper) const {
-    lower = lower_;
-    upper = upper_;
-}
-
 int CSpinButtonCtrl::SetPos(int position) {
     return std::exchange(position_, std::clamp(position, lower_, upper_));
 }
@@ -42,20 +35,16 @@ int CSpinButtonCtrl::SetPos(int position) {
 int CSpinButtonCtrl::SetBase(int /*base*/) { return 10; }
 
 CEdit* CSpinButtonCtrl::SetBuddy(CEdit* buddy) {
-    if (buddy_ != nullptr && buddy_->spin_ == this) buddy_->spin_ = nullptr;
-    if (buddy != nullptr) {
-        if (buddy->spin_ != nullptr) buddy->spin_->buddy_ = nullptr;
-        buddy->spin_ = this;
-    }
-    return std::exchange(buddy_, buddy);
+    CEdit* before = std::exchange(buddy_, buddy);
+    if (before != nullptr) before->SetSpin(nullptr);
+    if (buddy != nullptr) buddy->SetSpin(this);
+    return before;
 }
 
 void CSpinButtonCtrl::Step(int steps) {
     std::int64_t at = position_;
     if (buddy_ != nullptr) at = std::strtoll(buddy_->GetTextForSpin(), nullptr, 10);
     at = std::clamp<std::int64_t>(at, lower_, upper_) + steps;
-    if ((GetStyle() & UDS_WRAP) != 0 && at > upper_) at = lower_;
-    if ((GetStyle() & UDS_WRAP) != 0 && at < lower_) at = upper_;
     position_ = static_cast<int>(std::clamp<std::int64_t>(at, lower_, upper_));
     if (buddy_ == nullptr) return;
     CString text;
@@ -121,8 +110,8 @@ void CSpinButtonCtrl::Paint() {
     for (const int up : {1, 0}) {
         const CRect& half = halves[up == 1 ? 0 : 1];
         const bool down = pressed_ == (up == 1 ? 1 : -1);
-        theme::DrawField(dc, half, GetSysColor(down ? COLOR_3DSHADOW : COLOR_3DFACE), false);
-        theme::DrawArrow(dc, half, up == 1, GetSysColor(COLOR_BTNTEXT));
+        theme::DrawField(dc, half, down ? theme::kEdge : theme::kFace, false);
+        theme::DrawArrow(dc, half, up == 1, theme::kText);
     }
 }
 

@@ -14,14 +14,11 @@ class CSpinButtonCtrl : public CWnd {
     ~CSpinButtonCtrl() override;
     bool Create(UINT style, const CRect& rect, CWnd* parent, UINT id);
     void SetRange32(int lower, int upper);
-    void GetRange32(int& lower, int& upper) const;
     /// Sets the position, held in the range, without touching the buddy; gives back the one before.
     int SetPos(int position);
-    int GetPos() const { return position_; }
     /// Only base 10; gives back the base before.
     int SetBase(int base);
     CEdit* SetBuddy(CEdit* buddy);
-    CEdit* GetBuddy() const { return buddy_; }
     /// Moves by `steps` as a press of an arrow does.
     void Step(int steps);
 

@@ -41,12 +41,12 @@ void DrawLine(CDC& dc, const CRect& rect, const CString& text, Align align, COLO
     dc.ExtTextOut(x, CenteredTop(dc, rect), ETO_CLIPPED, &rect, text);
 }
 
-void DrawLines(CDC& dc, const CRect& rect, const CString& text, Align align, COLORREF color) {
+void DrawLines(CDC& dc, const CRect& rect, const CString& text, COLORREF color) {
     const int height = dc.GetTextExtent("").cy;
     CRect line = rect;
     ForEachLine(text, [&](const CString& part) {
         line.bottom = line.top + height;
-        DrawLine(dc, line, part, align, color);
+        DrawLine(dc, line, part, Align::left, color);
         line.OffsetRect(0, height);
     });
 }
@@ -79,7 +79,7 @@ void DrawArrow(CDC& dc, const CRect& rect, bool up, COLORREF color) {
 
 void DrawField(CDC& dc, const CRect& rect, COLORREF ground, bool focused) {
     dc.FillSolidRect(rect, ground);
-    dc.FrameRect(rect, GetSysColor(focused ? COLOR_HOTLIGHT : COLOR_3DSHADOW));
+    dc.FrameRect(rect, focused ? kFocus : kEdge);
 }
 
 } // namespace vocafade::theme

@@ -10,6 +10,16 @@ namespace vocafade::theme {
 inline constexpr int kPadding = 4;
 inline constexpr int kFontSize = 12;
 
+// The faceplate's own colours: what shows is light with dark print, what one takes hold of is dark.
+inline constexpr COLORREF kFace = RGB(221, 220, 215);  ///< of dialogs
+inline constexpr COLORREF kField = RGB(248, 248, 244); ///< what is typed into or chosen from
+inline constexpr COLORREF kText = RGB(52, 54, 58);
+inline constexpr COLORREF kGrayText = RGB(126, 127, 129); ///< what cannot be chosen
+inline constexpr COLORREF kMarked = RGB(58, 60, 64);
+inline constexpr COLORREF kMarkedText = RGB(241, 240, 236);
+inline constexpr COLORREF kEdge = RGB(139, 139, 136);
+inline constexpr COLORREF kFocus = RGB(190, 116, 0); ///< the ring around what has the focus
+
 enum class Align { left, center, right };
 
 /// Creates `font` as the one of controls unless it exists.
@@ -23,7 +33,7 @@ int CenteredTop(const CDC& dc, const CRect& rect);
 void DrawLine(CDC& dc, const CRect& rect, const CString& text, Align align, COLORREF color);
 
 /// Text of several lines from the top of `rect`.
-void DrawLines(CDC& dc, const CRect& rect, const CString& text, Align align, COLORREF color);
+void DrawLines(CDC& dc, const CRect& rect, const CString& text, COLORREF color);
 
 /// The size that `DrawLines` needs.
 CSize MeasureLines(const CDC& dc, const CString& text);

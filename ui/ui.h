@@ -10,6 +10,7 @@
 #include "ui/gdi.h"
 #include "ui/geometry.h"
 #include "ui/menu.h"
+#include "ui/message_box.h"
 #include "ui/message_map.h"
 #include "ui/resources.h"
 #include "ui/spin_button.h"

@@ -1,50 +1,46 @@
 // SPDX-License-Identifier: MIT
-#include "ui/desktop.h"
+#include "ui/window_session.h"
 
 namespace vocafade {
 
 void CDC::AttachWindow(CWnd* window, const CRgn* within) {
     ofWindow_ = true;
-    if (window == nullptr || window->desktop() == nullptr) return;
+    if (window == nullptr || window->session() == nullptr) return;
     size_ = window->bounds().Size();
     CPoint offset;
-    const CWnd* top = Desktop::RootOf(window, &offset);
+    const TopLevel* top = window->FindTopLevel(&offset);
     if (top == nullptr) return;
-    canvas_ = top->root_->canvas;
+    store_ = top->store();
     base_ = offset;
-    visible_ = Desktop::VisiblePart(*window);
+    visible_ = window->VisiblePart();
     if (within != nullptr) {
         CRgn part = *within;
-        part.OffsetRgn(offset.x, offset.y);
-        visible_.CombineRgn(visible_, part, RGN_AND);
+        part.OffsetRgn(offset);
+        visible_.Intersect(part);
     }
 }
 
 CClientDC::CClientDC(CWnd* window) {
     AttachWindow(window, nullptr);
-    if (window != nullptr && window->desktop() != nullptr) desktop_ = window->desktop()->weak_from_this();
+    if (window != nullptr && window->session() != nullptr) session_ = window->session()->weak_from_this();
 }
 
 CClientDC::~CClientDC() {
-    if (const std::shared_ptr<Desktop> desktop = desktop_.lock()) desktop->PresentSoon();
+    if (const std::shared_ptr<WindowSession> session = session_.lock())
+        session->painter().PresentOutsideIdle();
 }
 
 CPaintDC::CPaintDC(CWnd* window) {
     if (window == nullptr) return;
-    if (window->painting_) {
-        update_ = window->update_.GetRgnBox();
-        AttachWindow(window, &window->update_);
-    } else {
-        // Somebody sent WM_PAINT: all is drawn, and nothing is left to be done at the idle.
-        update_ = CRect({0, 0}, window->bounds_.Size());
-        window->update_.DeleteObject();
-        AttachWindow(window, nullptr);
-        if (window->desktop() != nullptr) sent_ = window->desktop()->weak_from_this();
-    }
+    CRgn invalid;
+    const bool sent = !window->BeginPaint(invalid);
+    update_ = invalid.GetRgnBox();
+    AttachWindow(window, &invalid);
+    if (sent && window->session() != nullptr) sent_ = window->session()->weak_from_this();
 }
 
 CPaintDC::~CPaintDC() {
-    if (const std::shared_ptr<Desktop> desktop = sent_.lock()) desktop->PresentSoon();
+    if (const std::shared_ptr<WindowSession> session = sent_.lock()) session->painter().PresentOutsideIdle();
 }
 
 } // namespace vocafade

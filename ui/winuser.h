@@ -3,8 +3,9 @@
 
 #include <cstdint>
 
-/// The numbers that windows, messages and drawing speak in. They are the familiar Windows ones, so that code
-/// and message logs read as usual; nothing depends on that system.
+/// The numbers that windows, messages and drawing speak in. Messages, styles and raster operations have their
+/// Windows numbers, so that code and message logs read as usual; nothing depends on that system. Key codes
+/// and all names that begin with a k are this layer's own.
 namespace vocafade {
 
 using UINT = unsigned int;
@@ -36,13 +37,10 @@ inline constexpr UINT WM_MOVE = 3;          ///< lParam: new place in the parent
 inline constexpr UINT WM_SIZE = 5;          ///< lParam: new client width and height in 16 bits each
 inline constexpr UINT WM_SETFOCUS = 7;      ///< the keyboard comes to this window
 inline constexpr UINT WM_KILLFOCUS = 8;     ///< the keyboard leaves this window
-inline constexpr UINT WM_ENABLE = 10;       ///< wParam: 1 enabled, 0 disabled
 inline constexpr UINT WM_PAINT = 15;        ///< draw yourself (make a CPaintDC)
 inline constexpr UINT WM_CLOSE = 16;        ///< the user wants the window closed
 inline constexpr UINT WM_ERASEBKGND = 20;   ///< wParam: the `CDC*` to draw the ground into
 inline constexpr UINT WM_SHOWWINDOW = 24;   ///< wParam: 1 shown, 0 hidden
-inline constexpr UINT WM_SETFONT = 48;      ///< wParam: the `CFont*`, lParam: 1 redraws
-inline constexpr UINT WM_GETDLGCODE = 135;  ///< answer: DLGC_ bits
 inline constexpr UINT WM_KEYDOWN = 256;     ///< wParam: a key code (see `kKeyReturn` and the rest)
 inline constexpr UINT WM_KEYUP = 257;       ///< wParam: a key code
 inline constexpr UINT WM_CHAR = 258;        ///< wParam: a Unicode code point, 37/39 for arrows (`kCharArrow`)
@@ -56,12 +54,8 @@ inline constexpr UINT WM_LBUTTONDBLCLK = 515;  ///< second and further quick pre
 inline constexpr UINT WM_MOUSEWHEEL = 522;     ///< wParam high word: signed, 120 a notch upwards
 inline constexpr UINT WM_EXITMENULOOP = 530;   ///< to a menu's owner: the menu is gone
 inline constexpr UINT WM_CAPTURECHANGED = 533; ///< the mouse was taken from this window
-inline constexpr UINT WM_CUT = 768;
-inline constexpr UINT WM_COPY = 769;
-inline constexpr UINT WM_PASTE = 770;
-inline constexpr UINT WM_CLEAR = 771;
 inline constexpr UINT WM_USER = 1024;
-/// Without a target: makes the windows that were put off until no handler runs (`Desktop::DeferCreate`).
+/// Without a target: makes the windows that were put off until no handler runs (`MessageQueue::DeferCreate`).
 inline constexpr UINT WM_DEFERRED_CREATE = WM_USER + 4;
 /// @}
 
@@ -106,12 +100,8 @@ inline constexpr int VK_MENU = 18;
 inline constexpr UINT CS_DBLCLKS = 8;
 inline constexpr UINT kCursorArrow = 32512;
 inline constexpr UINT kCursorIBeam = 32513;
-inline constexpr UINT kCursorHand = 32649;
 inline constexpr int WHITE_BRUSH = 0;
 inline constexpr int LTGRAY_BRUSH = 1;
-inline constexpr int GRAY_BRUSH = 2;
-inline constexpr int DKGRAY_BRUSH = 3;
-inline constexpr int BLACK_BRUSH = 4;
 inline constexpr int NULL_BRUSH = 5;
 /// @}
 
@@ -122,29 +112,11 @@ inline constexpr UINT WS_CHILD = 0x40000000;
 inline constexpr UINT WS_VISIBLE = 0x10000000;
 inline constexpr UINT WS_DISABLED = 0x08000000;
 inline constexpr UINT WS_CLIPSIBLINGS = 0x04000000;
-inline constexpr UINT WS_CLIPCHILDREN = 0x02000000;
 inline constexpr UINT WS_CAPTION = 0x00C00000;
-inline constexpr UINT WS_BORDER = 0x00800000;
-inline constexpr UINT WS_SYSMENU = 0x00080000;
-inline constexpr UINT WS_GROUP = 0x00020000;
 inline constexpr UINT WS_TABSTOP = 0x00010000;
-inline constexpr UINT WS_VSCROLL = 0x00200000;
-inline constexpr UINT ES_LEFT = 0;
-inline constexpr UINT ES_CENTER = 1;
 inline constexpr UINT ES_RIGHT = 2;
-inline constexpr UINT ES_AUTOHSCROLL = 0x80;
-inline constexpr UINT ES_READONLY = 0x800;
-inline constexpr UINT BS_PUSHBUTTON = 0;
-inline constexpr UINT BS_DEFPUSHBUTTON = 1;
-inline constexpr UINT BS_CHECKBOX = 2;
-inline constexpr UINT BS_AUTOCHECKBOX = 3;
-inline constexpr UINT BST_UNCHECKED = 0;
-inline constexpr UINT BST_CHECKED = 1;
-inline constexpr UINT SS_LEFT = 0;
-inline constexpr UINT SS_CENTER = 1;
 inline constexpr UINT SS_RIGHT = 2;
-inline constexpr UINT CBS_DROPDOWNLIST = 3;
-inline constexpr UINT UDS_WRAP = 0x01;
+inline constexpr UINT BS_DEFPUSHBUTTON = 1;
 inline constexpr UINT UDS_SETBUDDYINT = 0x02;
 inline constexpr UINT UDS_ALIGNRIGHT = 0x04;
 inline constexpr UINT UDS_ARROWKEYS = 0x20;
@@ -154,26 +126,17 @@ inline constexpr UINT UDS_NOTHOUSANDS = 0x80;
 /// @name ShowWindow and SetWindowPos
 /// @{
 inline constexpr int SW_HIDE = 0;
-inline constexpr int SW_SHOWNORMAL = 1;
 inline constexpr int SW_SHOW = 5;
 inline constexpr UINT SWP_NOSIZE = 0x0001;
 inline constexpr UINT SWP_NOMOVE = 0x0002;
 inline constexpr UINT SWP_NOZORDER = 0x0004;
-inline constexpr UINT SWP_NOREDRAW = 0x0008;
 inline constexpr UINT SWP_NOACTIVATE = 0x0010;
-inline constexpr UINT SWP_SHOWWINDOW = 0x0040;
-inline constexpr UINT SWP_HIDEWINDOW = 0x0080;
 /// @}
 
 /// @name Notifications (high word of WM_COMMAND's wParam)
 /// @{
 inline constexpr UINT BN_CLICKED = 0;
 inline constexpr UINT CBN_SELCHANGE = 1;
-inline constexpr UINT CBN_DROPDOWN = 7;
-inline constexpr UINT CBN_CLOSEUP = 8;
-inline constexpr UINT EN_SETFOCUS = 0x0100;
-inline constexpr UINT EN_KILLFOCUS = 0x0200;
-inline constexpr UINT EN_CHANGE = 0x0300;
 /// @}
 
 /// @name Menus
@@ -182,8 +145,6 @@ inline constexpr UINT MF_STRING = 0;
 inline constexpr UINT MF_GRAYED = 0x0001;
 inline constexpr UINT MF_DISABLED = 0x0002;
 inline constexpr UINT MF_CHECKED = 0x0008;
-inline constexpr UINT MF_SEPARATOR = 0x0800;
-inline constexpr UINT TPM_LEFTALIGN = 0;
 inline constexpr UINT TPM_RIGHTBUTTON = 2;
 /// @}
 
@@ -196,31 +157,12 @@ inline constexpr int IDNO = 7;
 inline constexpr UINT MB_OK = 0;
 inline constexpr UINT MB_OKCANCEL = 1;
 inline constexpr UINT MB_YESNO = 4;
-inline constexpr UINT MB_ICONERROR = 0x10;
-inline constexpr UINT MB_ICONWARNING = 0x30;
-inline constexpr UINT MB_ICONINFORMATION = 0x40;
-inline constexpr UINT DLGC_WANTARROWS = 0x0001;
-inline constexpr UINT DLGC_WANTTAB = 0x0002;
-inline constexpr UINT DLGC_WANTALLKEYS = 0x0004;
 /// @}
 
-/// @name GetSystemMetrics and GetSysColor
+/// @name GetSystemMetrics
 /// @{
-inline constexpr int SM_CXVSCROLL = 2;
 inline constexpr int SM_CXHSCROLL = 3; ///< also the width of a spin button
-inline constexpr int SM_CXBORDER = 5;
-inline constexpr int SM_CXDOUBLECLK = 36;
 inline constexpr int SM_CXEDGE = 45;
-inline constexpr int SM_CYEDGE = 46;
-inline constexpr int COLOR_WINDOW = 5;
-inline constexpr int COLOR_WINDOWTEXT = 8;
-inline constexpr int COLOR_HIGHLIGHT = 13;
-inline constexpr int COLOR_HIGHLIGHTTEXT = 14;
-inline constexpr int COLOR_3DFACE = 15;
-inline constexpr int COLOR_3DSHADOW = 16;
-inline constexpr int COLOR_GRAYTEXT = 17;
-inline constexpr int COLOR_BTNTEXT = 18;
-inline constexpr int COLOR_HOTLIGHT = 26; ///< the ring around what has the focus
 /// @}
 
 /// @name Drawing
@@ -228,15 +170,10 @@ inline constexpr int COLOR_HOTLIGHT = 26; ///< the ring around what has the focu
 inline constexpr UINT SRCCOPY = 0x00CC0020;
 inline constexpr UINT SRCINVERT = 0x00660046;
 inline constexpr UINT SRCAND = 0x008800C6;
-inline constexpr UINT kRopMaskedCopy = 0x00FB0A09; ///< drawn like SRCCOPY
 inline constexpr int TRANSPARENT = 1;
 inline constexpr int OPAQUE = 2;
 inline constexpr UINT ETO_OPAQUE = 2;
 inline constexpr UINT ETO_CLIPPED = 4;
-inline constexpr int RGN_AND = 1;
-inline constexpr int RGN_OR = 2;
-inline constexpr int RGN_DIFF = 4;
-inline constexpr int RGN_COPY = 5;
 /// @}
 
 } // namespace vocafade

@@ -11,9 +11,9 @@
 
 namespace vocafade {
 
-class Desktop;
 class TimerThread;
-struct NativeRoot;
+class TopLevel;
+class WindowSession;
 namespace platform {
 enum class WindowKind;
 }
@@ -36,12 +36,10 @@ struct WindowClass {
 WindowClass AfxRegisterWndClass(UINT style, HCURSOR cursor = kCursorArrow, HBRUSH background = {});
 /// [any-thread] The pointer numbered `id`; the first argument is always 0.
 HCURSOR LoadCursor(int module, UINT id);
-/// [any-thread] Stock brush 0 (white), 1 (light grey), 2, 3, 4 (black) or 5 (none).
+/// [any-thread] Stock brush 0 (white), 1 (light grey) or 5 (none).
 HBRUSH GetStockObject(int number);
 /// [any-thread] Width or height in pixels of a part of a window (SM_...); 0 for what there is none of.
 int GetSystemMetrics(int index);
-/// [any-thread] The colour of a part of a window (COLOR_...).
-COLORREF GetSysColor(int index);
 /// [main-thread] Negative while `key` (VK_SHIFT, VK_CONTROL, VK_MENU, VK_LBUTTON) is held, as of the message
 /// that is being handled; 0 otherwise, and when no window of the calling thread is open.
 short GetKeyState(int key);
@@ -85,7 +83,7 @@ class CWnd : public CCmdTarget {
     /// and pending messages of theirs end. Nothing happens when there is no window.
     virtual bool DestroyWindow();
     /// True from before WM_CREATE to after WM_DESTROY.
-    bool IsWindow() const { return desktop_ != nullptr; }
+    bool IsWindow() const { return session_ != nullptr; }
 
     /// @name Place, size, showing
     /// @{
@@ -94,15 +92,11 @@ class CWnd : public CCmdTarget {
     bool MoveWindow(int x, int y, int width, int height, bool repaint = true);
     bool SetWindowPos(const CWnd* after, int x, int y, int width, int height, UINT flags);
     bool ShowWindow(int show);
-    /// True when this window and all above it up to the native one are shown.
+    /// True when this window and all above it up to the top-level one are shown.
     bool IsWindowVisible() const;
-    bool EnableWindow(bool enable);
-    bool IsWindowEnabled() const;
     void GetClientRect(CRect* rect) const { *rect = {0, 0, bounds_.Width(), bounds_.Height()}; }
     /// Bounds in the parent's client area; of a dialog or menu on the screen, where it was put.
     const CRect& bounds() const { return bounds_; }
-    /// A point of this window's client area in that of `to` (another window under the same native one).
-    CPoint MapPoint(CPoint point, const CWnd* to) const;
     /// @}
 
     /// @name Painting
@@ -110,8 +104,6 @@ class CWnd : public CCmdTarget {
     /// @{
     void Invalidate(bool erase = true);
     void InvalidateRect(const CRect* rect, bool erase = true);
-    /// Paints now what is invalid, if anything is.
-    void UpdateWindow();
     /// What is to be painted, in client coordinates; empty when nothing is.
     CRect updateRect() const { return update_.GetRgnBox(); }
     /// @}
@@ -159,7 +151,6 @@ class CWnd : public CCmdTarget {
     /// Number of bytes; the text is empty when there is no such child.
     int GetDlgItemText(int id, CString& text) const;
     UINT GetStyle() const { return style_; }
-    void ModifyStyle(UINT remove, UINT add);
     /// UTF-8.
     void SetWindowText(const char* text);
     void GetWindowText(CString& text) const;
@@ -177,20 +168,15 @@ class CWnd : public CCmdTarget {
     int OnCreate() { return static_cast<int>(Default()); }
     void OnDestroy() { Default(); }
     void OnPaint() { Default(); }
-    bool OnEraseBkgnd(CDC*) { return Default() != 0; }
     void OnSize(UINT, int, int) { Default(); }
     void OnLButtonDown(UINT, CPoint) { Default(); }
     void OnLButtonUp(UINT, CPoint) { Default(); }
     void OnLButtonDblClk(UINT, CPoint) { Default(); }
     void OnMouseMove(UINT, CPoint) { Default(); }
-    void OnMouseWheel(int, CPoint) { Default(); }
     void OnTimer(UINT) { Default(); }
     void OnKeyDown(UINT, UINT, UINT) { Default(); }
-    void OnKeyUp(UINT, UINT, UINT) { Default(); }
     void OnChar(UINT, UINT, UINT) { Default(); }
-    void OnSetFocus(CWnd*) { Default(); }
     void OnKillFocus(CWnd*) { Default(); }
-    void OnShowWindow(bool, UINT) { Default(); }
     void OnClose() { Default(); }
 
     /// Asked before a key message goes to `message->target`, from that window upwards; true keeps it from
@@ -201,10 +187,30 @@ class CWnd : public CCmdTarget {
     /// The pointer's look at `point` of the client area.
     virtual HCURSOR CursorAt(CPoint point) const;
 
-    /// True as long as this object exists, for whoever keeps a pointer to it.
-    std::weak_ptr<bool> LifeToken() const { return alive_; }
+    /// @name For the layer itself
+    /// @{
+    /// Expires with this object.
+    std::weak_ptr<bool> LifeToken() const { return life_; }
+    WindowSession* session() const { return session_; }
     const std::vector<CWnd*>& children() const { return children_; }
-    Desktop* desktop() const { return desktop_; }
+    /// Whether `other` is this window or inside of it.
+    bool IsOrHolds(const CWnd* other) const;
+    /// This window's own native window and what belongs to it; null for a window inside of another one.
+    TopLevel* ownTopLevel() const { return topLevel_.get(); }
+    /// That of the window around this one; `offset` becomes the place of this window in it. Null without one.
+    TopLevel* FindTopLevel(CPoint* offset = nullptr) const;
+    /// The innermost shown and enabled window at `point` of the client area; null outside of it.
+    CWnd* WindowAt(CPoint point);
+    /// The part of the window that nothing covers, in coordinates of the top-level window.
+    CRgn VisiblePart() const;
+    /// Sends WM_ERASEBKGND and WM_PAINT if something is invalid.
+    void PaintInvalid();
+    /// True inside of `PaintInvalid`; `invalid` becomes what is to be painted. Otherwise somebody has sent
+    /// WM_PAINT: all of the window is painted, and counts as painted.
+    bool BeginPaint(CRgn& invalid);
+    /// Sends WM_TIMER if the timer has ticked.
+    void SendTimerTick();
+    /// @}
 
   protected:
     /// Looks the message up and calls what it finds, else `DefWindowProc`.
@@ -220,22 +226,19 @@ class CWnd : public CCmdTarget {
 
     CString text_;
 
-    /// Creates the window on `desktop`: as a child of `parent`, or as a native window of `kind` when that is
-    /// given (its bounds then are on the screen, `owner` is what it belongs to).
-    bool CreateOn(Desktop& desktop, CWnd* parent, const platform::WindowKind* kind, CWnd* owner,
+    /// Creates the window in `session`: as a child of `parent`, or as a top-level window of `kind` when that
+    /// is given (a dialog's or menu's bounds are on the screen, `owner` is what it belongs to).
+    bool CreateIn(WindowSession& session, CWnd* parent, const platform::WindowKind* kind, CWnd* owner,
                   const WindowClass& windowClass, const char* name, UINT style, const CRect& rect, UINT id);
+    /// For the frame around the host's window, which is not created: it is shown, with these bounds, from now
+    /// on, or, without a session, has no children any more.
+    void Attach(WindowSession* session, const CRect& bounds);
 
   private:
-    friend class Desktop;
-    friend class CDC;
-    friend class CPaintDC;
-    friend class CFrameWnd;
-    friend class CDialog;
-    friend void DDX_Control(class CDataExchange* exchange, int id, CWnd& control);
+    void InvalidateWithChildren();
+    void TakeFocusAway();
 
-    void InvalidateRegion(const CRect& rect);
-
-    Desktop* desktop_ = nullptr;
+    WindowSession* session_ = nullptr;
     CWnd* parent_ = nullptr;
     std::vector<CWnd*> children_; ///< bottom to top
     WindowClass class_;
@@ -248,9 +251,9 @@ class CWnd : public CCmdTarget {
     UINT id_ = 0;
     CFont* font_ = nullptr;
     MSG current_;
-    std::unique_ptr<NativeRoot> root_; ///< of a window with a native one of its own
+    std::shared_ptr<TopLevel> topLevel_;
     std::unique_ptr<TimerThread> timer_;
-    std::shared_ptr<bool> alive_; ///< false once the object is gone
+    std::shared_ptr<bool> life_; ///< for `LifeToken`
 };
 
 } // namespace vocafade

@@ -12,11 +12,10 @@
 #include <vector>
 
 /// What the window and drawing layer needs of a system. A system is one folder beside this header that
-/// implements these classes and the five functions at the end; the layer above includes nothing else of it.
+/// implements these classes and the functions at the end; the layer above includes nothing else of it.
 ///
 /// Everything here is for one thread at a time; different displays may be used on different threads.
-/// Pixels are device pixels. A system with a scale factor other than 1 tells it with `Display::Scale`; the
-/// layer does not use it today.
+/// All text is UTF-8. Pixels are device pixels.
 namespace vocafade::platform {
 
 /// A picture: rows from the top, one 32-bit number a pixel (0xAARRGGBB, colours premultiplied with alpha).
@@ -65,14 +64,12 @@ enum class EventType {
     pressed,     ///< `point`, `button` (1 left, 2 middle, 3 right), `time`
     released,    ///< the same
     moved,       ///< `point`
-    left,        ///< the pointer has left the window
     wheel,       ///< `point`, `value`: notches, upwards positive
     keyPressed,  ///< `key`, `text`
     keyReleased, ///< `key`
     focusGained, ///< the window has the system's keyboard focus now
     focusLost,
     exposed,       ///< `area` must be presented again
-    shown,         ///< the window has come onto the screen for the first time, or again
     closeAsked,    ///< the user pressed the close button of the frame
     destroyed,     ///< the system destroyed the window (with the host's); it must not be used but for its end
     parentResized, ///< `area`: the host's window has this size now; `window` is null
@@ -158,7 +155,6 @@ class Display {
     /// Milliseconds and pixels within which two presses are a double one.
     virtual unsigned DoubleClickTime() const = 0;
     virtual int DoubleClickDistance() const = 0;
-    virtual double Scale() const = 0;
     /// UTF-8 text for other programs; what others offer arrives as an event.
     virtual void OfferClipboard(std::string text) = 0;
     virtual void RequestClipboard(Window& window) = 0;
@@ -173,8 +169,6 @@ std::shared_ptr<Font> OpenFont(std::string_view name, double pixels);
 /// The letter that `character` (one, valid UTF-8) is without its accents; the character itself if it has
 /// none.
 std::string BaseLetter(std::string_view character);
-/// The text with every byte that is no UTF-8, and every NUL, replaced by U+FFFD.
-std::string ValidUtf8(std::string_view text);
 /// Connects to the display of this process; null when there is none.
 std::unique_ptr<Display> OpenDisplay();
 

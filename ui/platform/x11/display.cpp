@@ -13,9 +13,8 @@ namespace vocafade::platform {
 namespace x11 {
 namespace {
 
-/// The 16-bit names of the standard cursor font.
+/// Of the standard cursor font.
 constexpr std::uint16_t kGlyphText = 152;
-constexpr std::uint16_t kGlyphHand = 60;
 /// Longest clipboard text that is taken, in 4-byte units; one line of a name needs far less.
 constexpr std::uint32_t kMostClipboard = 1 << 6;
 
@@ -79,8 +78,7 @@ XDisplay::XDisplay(xcb_connection_t* connection, int screenNumber)
 XDisplay::~XDisplay() {
     const SigpipeGuard guard;
     if (ownsColormap_) xcb_free_colormap(connection_, colormap_);
-    for (const auto& [number, cursor] : cursors_)
-        if (cursor != XCB_NONE) xcb_free_cursor(connection_, cursor);
+    if (textCursor_ != XCB_NONE) xcb_free_cursor(connection_, textCursor_);
     if (graphics_ != 0) xcb_free_gc(connection_, graphics_);
     if (helper_ != 0) xcb_destroy_window(connection_, helper_);
     xcb_flush(connection_);
@@ -284,18 +282,16 @@ std::unique_ptr<Window> XDisplay::MakeWindow(const WindowRequest& request) {
 }
 
 xcb_cursor_t XDisplay::CursorFor(unsigned cursor) {
-    const std::uint16_t glyph = cursor == kCursorIBeam ? kGlyphText : cursor == kCursorHand ? kGlyphHand : 0;
-    if (glyph == 0) return XCB_NONE; // the parent's, and so the theme's arrow
-    const auto known = cursors_.find(cursor);
-    if (known != cursors_.end()) return known->second;
+    if (cursor != kCursorIBeam) return XCB_NONE; // the parent's, and so the theme's arrow
+    if (textCursor_ != XCB_NONE) return textCursor_;
     constexpr std::string_view kFont = "cursor";
     const xcb_font_t font = xcb_generate_id(connection_);
     xcb_open_font(connection_, font, kFont.size(), kFont.data());
-    const xcb_cursor_t made = xcb_generate_id(connection_);
-    xcb_create_glyph_cursor(connection_, made, font, font, glyph, static_cast<std::uint16_t>(glyph + 1), 0, 0,
-                            0, 0xFFFF, 0xFFFF, 0xFFFF);
+    textCursor_ = xcb_generate_id(connection_);
+    xcb_create_glyph_cursor(connection_, textCursor_, font, font, kGlyphText, kGlyphText + 1, 0, 0, 0, 0xFFFF,
+                            0xFFFF, 0xFFFF);
     xcb_close_font(connection_, font);
-    return cursors_[cursor] = made;
+    return textCursor_;
 }
 
 CRect XDisplay::WorkArea(CPoint point) {
@@ -398,7 +394,6 @@ void XDisplay::Translate(const xcb_generic_event_t* event) {
         NativeWindow* window = e.event == e.window ? Find(e.window) : nullptr;
         if (window == nullptr || forged) break;
         window->Mapped();
-        ready_.push_back(Basic(EventType::shown, window, 0, lastTime_));
         break;
     }
     case XCB_DESTROY_NOTIFY: {
@@ -433,14 +428,6 @@ void XDisplay::Translate(const xcb_generic_event_t* event) {
         Event out = Basic(EventType::moved, window, e.state, e.time);
         out.point = window->PointOf({e.event_x, e.event_y}, {e.root_x, e.root_y});
         ready_.push_back(out);
-        break;
-    }
-    case XCB_LEAVE_NOTIFY: {
-        const auto& e = As<xcb_leave_notify_event_t>(event);
-        if (e.mode != XCB_NOTIFY_MODE_NORMAL) break;
-        Event out = Basic(EventType::left, Find(e.event), e.state, e.time);
-        out.point = {e.event_x, e.event_y};
-        if (out.window != nullptr) ready_.push_back(out);
         break;
     }
     case XCB_KEY_PRESS:

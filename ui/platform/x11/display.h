@@ -55,7 +55,6 @@ class XDisplay : public Display {
     CRect WorkArea(CPoint point) override;
     unsigned DoubleClickTime() const override { return doubleClickTime_; }
     int DoubleClickDistance() const override { return doubleClickDistance_; }
-    double Scale() const override { return 1.0; }
     void OfferClipboard(std::string text) override;
     void RequestClipboard(Window& window) override;
 
@@ -107,7 +106,7 @@ class XDisplay : public Display {
     bool hasWindowManager_ = false;
     Keyboard keyboard_;
     std::map<xcb_window_t, NativeWindow*> windows_;
-    std::map<unsigned, xcb_cursor_t> cursors_;
+    xcb_cursor_t textCursor_ = XCB_NONE;
     std::deque<Event> ready_;
     Reply<xcb_generic_event_t> ahead_; ///< read, but not looked at yet
     xcb_window_t host_ = 0;

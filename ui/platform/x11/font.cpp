@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "base/utf8.h"
 #include "ui/platform/platform.h"
 #include "ui/platform/x11/surface.h"
 
@@ -109,7 +110,7 @@ class PangoTextFont : public Font {
         SetText(text);
         std::vector<int> stops;
         for (std::size_t i = 0; i <= text.size(); ++i) {
-            if (i < text.size() && (static_cast<unsigned char>(text[i]) & 0xC0) == 0x80) continue;
+            if (i < text.size() && !StartsCharacter(text[i])) continue;
             PangoRectangle strong;
             pango_layout_get_cursor_pos(layout_, static_cast<int>(i), &strong, nullptr);
             stops.push_back(PANGO_PIXELS(strong.x));
@@ -191,23 +192,6 @@ std::string BaseLetter(std::string_view character) {
     g_unichar_fully_decompose(g_utf8_get_char(std::string(character).c_str()), FALSE, &base, 1);
     char bytes[6];
     return {bytes, static_cast<std::size_t>(g_unichar_to_utf8(base, bytes))};
-}
-
-std::string ValidUtf8(std::string_view text) {
-    std::string valid;
-    valid.reserve(text.size());
-    while (!text.empty()) {
-        const char* end = nullptr;
-        g_utf8_validate(text.data(), static_cast<gssize>(text.size()), &end);
-        const auto good = static_cast<std::size_t>(end - text.data());
-        valid.append(text.substr(0, good));
-        text.remove_prefix(good);
-        if (!text.empty()) {
-            valid += "\xEF\xBF\xBD";
-            text.remove_prefix(1);
-        }
-    }
-    return valid;
 }
 
 } // namespace vocafade::platform
