@@ -125,7 +125,7 @@ void DamagedState(Subject& subject, Report& report) {
             effect.Text(effGetParamDisplay, i);
         }
         effect.Text(effGetProgramName);
-        PlayFinite(effect, report, "after a damaged state");
+        PlayFinite(effect, report, "after a damaged state", 6);
     }
     report.Trying("restoring the good state after all the damaged ones");
     effect.RestoreState(bank, false);
