@@ -14,7 +14,7 @@ namespace {
 /// The plug-in's own engine.
 class UnitEngine final : public Engine {
   public:
-    explicit UnitEngine(const kernels::VectorLevel& level) : unit_(level) {
+    explicit UnitEngine(const kernels::KernelSet& set) : unit_(set) {
         unit_.SetOutputLevel(1.0f);
         unit_.SetCancelFS(kLowHertz, kHighHertz);
         unit_.Init(kFrameSize, 44100, kOverlap, &lock_);
@@ -37,9 +37,9 @@ std::vector<EngineForm> EngineForms() {
 #ifdef VOCAFADE_BENCH_LIBRARIES
     if (MakeLibraryEngine() != nullptr) forms.push_back({"fftw+sleef", MakeLibraryEngine});
 #endif
-    for (int i = 0; const kernels::VectorLevel* level = kernels::AvailableLevel(i); ++i) {
-        forms.push_back({std::string("vocafade/") + level->name,
-                         [level] { return std::make_unique<UnitEngine>(*level); }});
+    for (int i = 0; const kernels::KernelSet* set = kernels::AvailableKernels(i); ++i) {
+        forms.push_back({std::string("vocafade/") + set->instructionSet,
+                         [set] { return std::make_unique<UnitEngine>(*set); }});
     }
     return forms;
 }

@@ -31,7 +31,8 @@ struct EngineForm {
     std::function<std::unique_ptr<Engine>()> make;
 };
 
-/// All of them, the plain form first, the library form (if built) second, then the plug-in's own levels.
+/// All of them, the plain form first, the library form (if built) second, then the plug-in's own, one for
+/// each instruction set.
 std::vector<EngineForm> EngineForms();
 
 } // namespace vocafade::bench

@@ -4,7 +4,7 @@
 #include "base/critical_section.h"
 #include "dsp/aligned_floats.h"
 #include "dsp/kernels/frame_transform.h"
-#include "dsp/kernels/level.h"
+#include "dsp/kernels/kernel_set.h"
 
 #include <cstdint>
 
@@ -29,8 +29,8 @@ namespace vocafade {
 /// `GetOverLevel` and `SetOverFlag` excepted, which take it themselves.
 class CVocafadeUnit {
   public:
-    /// The arithmetic runs on the vector level `kernels`; all levels sound the same to the bit.
-    explicit CVocafadeUnit(const kernels::VectorLevel& level = kernels::ChosenLevel()) : kernels_(level) {}
+    /// The arithmetic runs on the kernels `set`; all sets sound the same to the bit.
+    explicit CVocafadeUnit(const kernels::KernelSet& set = kernels::ChosenKernels()) : kernels_(set) {}
     virtual ~CVocafadeUnit() = default;
     CVocafadeUnit(const CVocafadeUnit&) = delete;
     CVocafadeUnit& operator=(const CVocafadeUnit&) = delete;
@@ -93,7 +93,7 @@ class CVocafadeUnit {
     void AddFrame(Channel& channel);
     kernels::Removal RemovalOfBand() const;
 
-    const kernels::VectorLevel& kernels_;
+    const kernels::KernelSet& kernels_;
     float inputLevel_ = 1.0f;
     float outputLevel_ = 1.0f;
     float overLevelThreshold_ = 0.0f; ///< kept, not used

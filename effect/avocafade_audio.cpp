@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "base/float_mode.h"
-#include "dsp/kernels/level.h"
+#include "dsp/kernels/kernel_set.h"
 #include "effect/avocafade.h"
 
 #include <algorithm>
@@ -17,7 +17,7 @@ float MeterGain(float db) {
 }
 
 float Peak(const float* samples, std::int32_t count, float gain) {
-    return kernels::ChosenLevel().peak(samples, count, gain);
+    return kernels::ChosenKernels().peak(samples, count, gain);
 }
 
 } // namespace

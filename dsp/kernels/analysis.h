@@ -7,7 +7,7 @@
 //
 // with e the expected advance of bin 1 and q the even number of half turns that brings d nearest to zero.
 //
-// Included through level_body.h, after the lanes.
+// Included through kernel_set_body.h, after the lanes.
 
 #include "dsp/constants.h"
 #include "dsp/kernels/arctangent.h"

@@ -17,7 +17,7 @@
 // A, of degree 7, was fitted for the least greatest relative error, 2^-40. Rounded to single precision
 // the angle is at most one last place from the C library's.
 //
-// Included through level_body.h, after the lanes.
+// Included through kernel_set_body.h, after the lanes.
 
 #include "dsp/kernels/polynomial.h"
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "dsp/kernels/all_levels.h"
+#include "dsp/kernels/kernel_set.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -7,55 +7,55 @@
 namespace vocafade::kernels {
 namespace {
 
-/// The levels that this processor can run, the best one last.
+/// What this processor can run, the best last.
 struct Available {
-    const VectorLevel* level[5] = {&kPortableLevel};
+    const KernelSet* set[5] = {&kPortableKernels};
     int count = 1;
 
     Available() {
 #if defined(__x86_64__)
-        level[count++] = &kSse2Level; // part of the architecture
+        set[count++] = &kSse2Kernels; // part of the architecture
         __builtin_cpu_init();
-        if (__builtin_cpu_supports("avx2")) level[count++] = &kAvx2Level;
+        if (__builtin_cpu_supports("avx2")) set[count++] = &kAvx2Kernels;
         if (__builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
             __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512vl")) {
-            level[count++] = &kAvx512Level;
+            set[count++] = &kAvx512Kernels;
         }
 #elif defined(__aarch64__)
-        level[count++] = &kNeonLevel;
+        set[count++] = &kNeonKernels;
 #endif
     }
 };
 
-const Available& Levels() {
-    static const Available levels;
-    return levels;
+const Available& Sets() {
+    static const Available sets;
+    return sets;
 }
 
-const VectorLevel& Choose() {
-    const Available& levels = Levels();
+const KernelSet& Choose() {
+    const Available& sets = Sets();
     // Nothing in this library changes the environment, and this runs while the library is being loaded.
     if (const char* name = std::getenv("VOCAFADE_SIMD")) { // NOLINT(concurrency-mt-unsafe)
-        for (int i = 0; i < levels.count; ++i) {
-            if (std::strcmp(levels.level[i]->name, name) == 0) return *levels.level[i];
+        for (int i = 0; i < sets.count; ++i) {
+            if (std::strcmp(sets.set[i]->instructionSet, name) == 0) return *sets.set[i];
         }
     }
-    return *levels.level[levels.count - 1];
+    return *sets.set[sets.count - 1];
 }
 
 /// Chooses at load, also where nobody asks before the audio thread does.
-[[maybe_unused]] const VectorLevel& chosenAtLoad = ChosenLevel();
+[[maybe_unused]] const KernelSet& chosenAtLoad = ChosenKernels();
 
 } // namespace
 
-const VectorLevel& ChosenLevel() {
-    static const VectorLevel& chosen = Choose();
+const KernelSet& ChosenKernels() {
+    static const KernelSet& chosen = Choose();
     return chosen;
 }
 
-const VectorLevel* AvailableLevel(int index) {
-    const Available& levels = Levels();
-    return index >= 0 && index < levels.count ? levels.level[index] : nullptr;
+const KernelSet* AvailableKernels(int index) {
+    const Available& sets = Sets();
+    return index >= 0 && index < sets.count ? sets.set[index] : nullptr;
 }
 
 } // namespace vocafade::kernels

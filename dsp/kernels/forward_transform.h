@@ -7,7 +7,7 @@
 // knows that the imaginary parts are zero, the last one leaves out the upper half, which is the mirrored
 // lower one.
 //
-// Included through level_body.h, after the lanes.
+// Included through kernel_set_body.h, after the lanes.
 
 #include "dsp/kernels/middle_passes.h"
 

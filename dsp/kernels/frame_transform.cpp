@@ -46,11 +46,11 @@ void FrameTransform::Init(int size) {
     }
 }
 
-void FrameTransform::Forward(const VectorLevel& level, const float* input, const float* window, float* re,
+void FrameTransform::Forward(const KernelSet& set, const float* input, const float* window, float* re,
                              float* im) {
     float* work = work_.data();
     if (!IsShort()) {
-        level.forward(tables_, input, window, work, re, im);
+        set.forward(tables_, input, window, work, re, im);
         return;
     }
     for (int i = 0; i < tables_.size; ++i) {
@@ -64,10 +64,10 @@ void FrameTransform::Forward(const VectorLevel& level, const float* input, const
     }
 }
 
-void FrameTransform::Inverse(const VectorLevel& level, const float* re, const float* im, float* frame) {
+void FrameTransform::Inverse(const KernelSet& set, const float* re, const float* im, float* frame) {
     float* work = work_.data();
     if (!IsShort()) {
-        level.inverse(tables_, re, im, work, frame);
+        set.inverse(tables_, re, im, work, frame);
         return;
     }
     std::fill_n(work, 2 * tables_.size, 0.0f);

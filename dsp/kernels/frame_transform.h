@@ -3,7 +3,7 @@
 
 #include "dsp/aligned_floats.h"
 #include "dsp/fft.h"
-#include "dsp/kernels/level.h"
+#include "dsp/kernels/kernel_set.h"
 
 #include <vector>
 
@@ -23,11 +23,11 @@ class FrameTransform {
 
     /// [audio-thread] re + i im = the first half of the transform (negative exponent, unscaled) of
     /// input * window.
-    void Forward(const VectorLevel& level, const float* input, const float* window, float* re, float* im);
+    void Forward(const KernelSet& set, const float* input, const float* window, float* re, float* im);
 
     /// [audio-thread] frame = the real part of the transform (positive exponent, unscaled) of a spectrum
     /// whose first half is re + i im and whose second half is zero.
-    void Inverse(const VectorLevel& level, const float* re, const float* im, float* frame);
+    void Inverse(const KernelSet& set, const float* re, const float* im, float* frame);
 
   private:
     bool IsShort() const { return tables_.size < kSmallestFrame; }

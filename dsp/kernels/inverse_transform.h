@@ -5,7 +5,7 @@
 //
 // The first pass knows that the upper half of the spectrum is zero, the last one forms real parts only.
 //
-// Included through level_body.h, after the lanes.
+// Included through kernel_set_body.h, after the lanes.
 
 #include "dsp/kernels/middle_passes.h"
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// One lane: what every processor can do. The other levels do the same operations in the same order on several
-// lanes at once, so this file is also the definition of what each operation means.
+// One lane: what every processor can do. The other instruction sets do the same operations in the same order
+// on several lanes at once, so this file is also the definition of what each operation means.
 
 #include "dsp/kernels/inlining.h"
 

@@ -10,7 +10,7 @@
 // the second pass, whose four columns are fewer than the lanes: there they run along columns and groups
 // together.
 //
-// Included through level_body.h, after the lanes.
+// Included through kernel_set_body.h, after the lanes.
 
 #include "dsp/kernels/butterflies.h"
 

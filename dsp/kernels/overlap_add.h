@@ -4,7 +4,7 @@
 // accumulator[i - hop] = accumulator[i] + frame[i] / N * 4 * window[i] / overlap: the frame is added and the
 // accumulator moves on in one walk. (4 / N is a power of two, so both factors round as one.)
 //
-// Included through level_body.h, after the lanes.
+// Included through kernel_set_body.h, after the lanes.
 
 namespace vocafade::kernels {
 namespace {

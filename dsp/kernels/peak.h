@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// The greatest |x| * gain of a block, at least 0. What is not a number never is the greatest.
+// The greatest |x| * gain of a block, at least 0. NaN is passed over.
 //
-// Included through level_body.h, after the lanes.
+// Included through kernel_set_body.h, after the lanes.
 
 #include "dsp/kernels/inlining.h"
 
@@ -19,8 +19,8 @@ float Peak(const float* samples, int count, float gain) {
     int i = 0;
     for (; i + step <= count; i += step) {
         for (int row = 0; row < rows; ++row) {
-            const Floats level = Absolute(Load(samples + i + row * Floats::kLanes)) * factor;
-            peaks[row] = Maximum(level, peaks[row]);
+            const Floats scaled = Absolute(Load(samples + i + row * Floats::kLanes)) * factor;
+            peaks[row] = Maximum(scaled, peaks[row]);
         }
     }
     float lanes[Floats::kLanes];
@@ -30,8 +30,8 @@ float Peak(const float* samples, int count, float gain) {
         peak = lane > peak ? lane : peak;
     }
     for (; i < count; ++i) {
-        const float level = __builtin_fabsf(samples[i]) * gain;
-        peak = level > peak ? level : peak;
+        const float scaled = __builtin_fabsf(samples[i]) * gain;
+        peak = scaled > peak ? scaled : peak;
     }
     return peak;
 }

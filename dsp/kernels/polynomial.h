@@ -5,7 +5,7 @@
 // and so on down to pairs. It costs a product or two more than the usual nested form, but its longest chain
 // of dependent operations is a third as long, and those chains are what the kernels wait for.
 //
-// Included through level_body.h, after the lanes.
+// Included through kernel_set_body.h, after the lanes.
 
 namespace vocafade::kernels {
 namespace {

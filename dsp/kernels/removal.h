@@ -3,7 +3,7 @@
 
 // In the band, with a and c the scaled magnitudes of left and right: left = a - c, right = c - a.
 //
-// Included through level_body.h, after the lanes.
+// Included through kernel_set_body.h, after the lanes.
 
 namespace vocafade::kernels {
 namespace {

@@ -11,7 +11,7 @@
 // for rounding: k e reaches 1071, where floats stand 1.2e-4 apart, and on a steady tone every frame rounds
 // the same way. The pull towards phi keeps that from adding up; 1/16 holds s within 16 roundings of phi.
 //
-// Included through level_body.h, after the lanes.
+// Included through kernel_set_body.h, after the lanes.
 
 #include "dsp/constants.h"
 #include "dsp/kernels/sine_cosine.h"

@@ -9,7 +9,7 @@
 // where B, of degree 6, was fitted to sin(t) / t for the least greatest relative error, 2^-43. The relative
 // error is what counts: next to their zeros both functions keep all the digits of a float.
 //
-// Included through level_body.h, after the lanes.
+// Included through kernel_set_body.h, after the lanes.
 
 #include "dsp/kernels/polynomial.h"
 

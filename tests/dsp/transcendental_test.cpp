@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // The kernels' own angle, sine and cosine against the C library's in double precision, both rounded to
-// single: at most one last place apart, at every level.
+// single: at most one last place apart, on every instruction set.
 #include "dsp/constants.h"
-#include "dsp/kernels/level.h"
+#include "dsp/kernels/kernel_set.h"
 #include "tests/dsp/same_bits.h"
 #include "tests/support/signals.h"
 
@@ -16,7 +16,7 @@
 namespace vocafade::test {
 namespace {
 
-using kernels::VectorLevel;
+using kernels::KernelSet;
 
 constexpr std::size_t kBatch = 4096;
 
@@ -55,7 +55,7 @@ struct Worst {
     }
 };
 
-/// One batch through a kernel of every level; the portable one's results remain.
+/// One batch through a kernel on every instruction set; the portable one's results remain.
 class Batch {
   public:
     Batch() {
@@ -67,18 +67,18 @@ class Batch {
     /// Runs the resynthesis for its cosines and sines only: with amplitudes of 1, true frequencies equal to
     /// the bins' own and sums that are the analysed phases, the sums stay where they are.
     void SineAndCosine() {
-        ForEveryLevel([this](const VectorLevel& level, Samples& cosines, Samples& sines) {
+        ForEveryInstructionSet([this](const KernelSet& set, Samples& cosines, Samples& sines) {
             Samples phases = x;
-            level.resynthesise(kIdle, ones_.data(), bins_.data(), x.data(), phases.data(), cosines.data(),
-                               sines.data());
-            ASSERT_EQ(phases, x) << level.name;
+            set.resynthesise(kIdle, ones_.data(), bins_.data(), x.data(), phases.data(), cosines.data(),
+                             sines.data());
+            ASSERT_EQ(phases, x) << set.instructionSet;
         });
     }
 
     /// Runs the analysis for its phases only.
     void Angle() {
-        ForEveryLevel([this](const VectorLevel& level, Samples& phases, Samples& frequencies) {
-            level.analyse(kIdle, x.data(), y.data(), phases.data(), magnitudes_.data(), frequencies.data());
+        ForEveryInstructionSet([this](const KernelSet& set, Samples& phases, Samples& frequencies) {
+            set.analyse(kIdle, x.data(), y.data(), phases.data(), magnitudes_.data(), frequencies.data());
             frequencies = phases;
         });
     }
@@ -92,14 +92,14 @@ class Batch {
     static constexpr kernels::VocoderConstants kIdle{static_cast<int>(kBatch), 0.0f, 1.0f, 1.0f};
 
     template <typename Kernel>
-    void ForEveryLevel(Kernel kernel) {
+    void ForEveryInstructionSet(Kernel kernel) {
         Samples a = first;
         Samples b = second;
-        kernel(*kernels::AvailableLevel(0), first, second);
-        for (int i = 1; const VectorLevel* level = kernels::AvailableLevel(i); ++i) {
-            kernel(*level, a, b);
-            ASSERT_TRUE(SameBits(a.data(), first.data(), kBatch)) << level->name;
-            ASSERT_TRUE(SameBits(b.data(), second.data(), kBatch)) << level->name;
+        kernel(*kernels::AvailableKernels(0), first, second);
+        for (int i = 1; const KernelSet* set = kernels::AvailableKernels(i); ++i) {
+            kernel(*set, a, b);
+            ASSERT_TRUE(SameBits(a.data(), first.data(), kBatch)) << set->instructionSet;
+            ASSERT_TRUE(SameBits(b.data(), second.data(), kBatch)) << set->instructionSet;
         }
     }
 

@@ -3,9 +3,9 @@
 
 #include <cstdint>
 
-/// The engine's arithmetic, one function a step, free of any streaming. It exists once for each vector level
-/// of the processors that the plug-in meets; all levels give the same bits, because every element passes
-/// through the same operations in the same order. Nothing here allocates.
+/// The engine's arithmetic, one function a step, free of any streaming. It exists once for each instruction
+/// set of the processors that the plug-in meets; all give the same bits, because every element passes through
+/// the same operations in the same order. Nothing here allocates.
 ///
 /// The arithmetic assumes rounding to nearest, and gives its best time with denormals taken as zero.
 namespace vocafade::kernels {
@@ -14,7 +14,7 @@ namespace vocafade::kernels {
 /// a last vector need not be cut to size.
 inline constexpr int kPadding = 16;
 
-/// The shortest frame that the transforms of every level take.
+/// The shortest frame that the transforms of every instruction set take.
 inline constexpr int kSmallestFrame = 64;
 
 /// The twiddles of one radix-4 pass: for group p of `groups`, the factors exp(2 pi i r p / (4 groups)) of
@@ -57,9 +57,9 @@ struct Removal {
     int lastBin;
 };
 
-/// One vector level.
-struct VectorLevel {
-    const char* name;
+/// The kernels, compiled for one instruction set.
+struct KernelSet {
+    const char* instructionSet; ///< its name
 
     /// re + i im = the first half of the transform (negative exponent, unscaled) of input * window.
     /// `work` holds 4 * size floats.
@@ -94,18 +94,24 @@ struct VectorLevel {
     void (*overlapAdd)(const float* frame, const float* window, int hop, int lead, int size, float overlap,
                        float* accumulator);
 
-    /// The greatest |sample| * gain of a block, for meters; 0 at least, and 0 for an empty block. What is not
-    /// a number does not count.
+    /// The greatest |sample| * gain of a block, for meters; 0 at least, and 0 for an empty block. NaN is
+    /// passed over.
     float (*peak)(const float* samples, int count, float gain);
 };
 
-/// [any-thread] The level that this process uses: the best that the processor has, chosen once when the
+extern const KernelSet kPortableKernels;
+extern const KernelSet kSse2Kernels; ///< x86-64 only, as the next two
+extern const KernelSet kAvx2Kernels;
+extern const KernelSet kAvx512Kernels; ///< needs the F, BW, DQ and VL groups
+extern const KernelSet kNeonKernels;   ///< AArch64 only
+
+/// [any-thread] The kernels that this process uses: for the best that the processor has, chosen once when the
 /// library is loaded. The environment variable VOCAFADE_SIMD (portable, sse2, avx2, avx512, neon) asks for
 /// another; what is unknown or missing here is ignored.
-const VectorLevel& ChosenLevel();
+const KernelSet& ChosenKernels();
 
-/// [any-thread] The level at `index` of those that this processor can run, the portable one first, or null
+/// [any-thread] The kernels at `index` of those that this processor can run, the portable ones first, or null
 /// beyond the last.
-const VectorLevel* AvailableLevel(int index);
+const KernelSet* AvailableKernels(int index);
 
 } // namespace vocafade::kernels

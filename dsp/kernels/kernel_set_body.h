@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// The kernels of one level, written once. A level's source file includes its lanes first and then this file;
-// it is compiled for that level's processors, so nothing here may leave a symbol that another file could pick
-// up: all is in unnamed namespaces, and no template or inline function of the standard library is used.
+// The kernels of every instruction set, written once. Each kernel_set_*.cpp includes its lanes first and then
+// this file; it is compiled for its own processors, so nothing here may leave a symbol that another file
+// could pick up: all is in unnamed namespaces, and no template or inline function of the standard library is
+// used.
 
 #include "dsp/kernels/analysis.h"
 #include "dsp/kernels/forward_transform.h"
@@ -16,7 +17,7 @@
 namespace vocafade::kernels {
 namespace {
 
-constexpr VectorLevel MakeLevel(const char* name) {
+constexpr KernelSet MakeKernelSet(const char* name) {
     return {name, Forward, Analyse, Remove, Resynthesise, Inverse, OverlapAdd, Peak};
 }
 

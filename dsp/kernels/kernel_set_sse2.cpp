@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
-#include "dsp/kernels/all_levels.h"
+#include "dsp/kernels/kernel_set.h"
 #include "dsp/kernels/lanes_sse2.h"
 // The lanes come first.
-#include "dsp/kernels/level_body.h"
+#include "dsp/kernels/kernel_set_body.h"
 
 namespace vocafade::kernels {
 
-const VectorLevel kSse2Level = MakeLevel("sse2");
+const KernelSet kSse2Kernels = MakeKernelSet("sse2");
 
 } // namespace vocafade::kernels

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
-#include "dsp/kernels/all_levels.h"
+#include "dsp/kernels/kernel_set.h"
 #include "dsp/kernels/lanes_neon.h"
 // The lanes come first.
-#include "dsp/kernels/level_body.h"
+#include "dsp/kernels/kernel_set_body.h"
 
 namespace vocafade::kernels {
 
-const VectorLevel kNeonLevel = MakeLevel("neon");
+const KernelSet kNeonKernels = MakeKernelSet("neon");
 
 } // namespace vocafade::kernels

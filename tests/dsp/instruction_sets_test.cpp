@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Every vector level of the engine gives the same bits, and the transform the same as the scalar one.
+// Every instruction set gives the same bits, and the transform the same as the scalar one.
 #include "base/float_mode.h"
 #include "dsp/fft.h"
 #include "dsp/kernels/frame_transform.h"
@@ -19,14 +19,14 @@
 namespace vocafade::test {
 namespace {
 
-using kernels::VectorLevel;
+using kernels::KernelSet;
 
-std::vector<const VectorLevel*> Levels() {
-    std::vector<const VectorLevel*> levels;
-    for (int i = 0; const VectorLevel* level = kernels::AvailableLevel(i); ++i) {
-        levels.push_back(level);
+std::vector<const KernelSet*> KernelSets() {
+    std::vector<const KernelSet*> sets;
+    for (int i = 0; const KernelSet* set = kernels::AvailableKernels(i); ++i) {
+        sets.push_back(set);
     }
-    return levels;
+    return sets;
 }
 
 /// A stretch of stereo that changes its nature from second to second: noise, tones that glide and swell, a
@@ -82,7 +82,7 @@ class EverythingSong {
 };
 
 struct Running {
-    explicit Running(const VectorLevel& level) : name(level.name), unit(level) {
+    explicit Running(const KernelSet& set) : name(set.instructionSet), unit(set) {
         unit.SetOutputLevel(1.0f);
         unit.Init(2048, 44100, 6, &lock);
     }
@@ -93,12 +93,13 @@ struct Running {
     Samples right = Samples(5000);
 };
 
-/// Feeds all levels with the same stream in blocks of random sizes, under changing bands and balances.
+/// Feeds all instruction sets with the same stream in blocks of random sizes, under changing bands and
+/// balances.
 void ExpectSameBits(int seconds) {
     const AudioFloatMode mode;
     std::vector<std::unique_ptr<Running>> running;
-    for (const VectorLevel* level : Levels()) {
-        running.push_back(std::make_unique<Running>(*level));
+    for (const KernelSet* set : KernelSets()) {
+        running.push_back(std::make_unique<Running>(*set));
     }
     EverythingSong song;
     std::mt19937 random(1);
@@ -136,9 +137,9 @@ void ExpectSameBits(int seconds) {
 
 #ifndef VOCAFADE_LONG_TESTS
 
-TEST(Levels, GiveTheSameBits) { ExpectSameBits(20); }
+TEST(InstructionSets, GiveTheSameBits) { ExpectSameBits(20); }
 
-TEST(Levels, TransformAsTheScalarTransformDoes) {
+TEST(InstructionSets, TransformAsTheScalarTransformDoes) {
     for (int size = 2; size <= 8192; size *= 2) {
         const auto n = static_cast<std::size_t>(size);
         const auto bins = n / 2;
@@ -164,29 +165,29 @@ TEST(Levels, TransformAsTheScalarTransformDoes) {
         Samples frame(n + kernels::kPadding);
         input.resize(n + kernels::kPadding);
         window.resize(n + kernels::kPadding);
-        for (const VectorLevel* level : Levels()) {
-            transform.Forward(*level, input.data(), window.data(), re.data(), im.data());
+        for (const KernelSet* set : KernelSets()) {
+            transform.Forward(*set, input.data(), window.data(), re.data(), im.data());
             for (std::size_t k = 0; k < bins; ++k) { // zeros of either sign are equal
-                ASSERT_EQ(re[k], spectrum[2 * k]) << level->name << ' ' << size << ' ' << k;
-                ASSERT_EQ(im[k], spectrum[2 * k + 1]) << level->name << ' ' << size << ' ' << k;
+                ASSERT_EQ(re[k], spectrum[2 * k]) << set->instructionSet << ' ' << size << ' ' << k;
+                ASSERT_EQ(im[k], spectrum[2 * k + 1]) << set->instructionSet << ' ' << size << ' ' << k;
             }
-            transform.Inverse(*level, re.data(), im.data(), frame.data());
+            transform.Inverse(*set, re.data(), im.data(), frame.data());
             for (std::size_t i = 0; i < n; ++i) {
                 ASSERT_EQ(frame[i] / static_cast<float>(size), back[2 * i])
-                    << level->name << ' ' << size << ' ' << i;
+                    << set->instructionSet << ' ' << size << ' ' << i;
             }
         }
     }
 }
 
-TEST(Levels, ServeOtherFramesThanTheEnginesOwn) {
+TEST(InstructionSets, ServeOtherFramesThanTheEnginesOwn) {
     const StereoSamples input{Noise(9000, 1), Noise(9000, 2)};
     for (const int size : {2, 4, 8, 16, 32, 64, 128, 256, 1024, 4096}) {
         for (const int overlap : {2, 3, 7}) { // beyond the size, too: then a hop is one sample
             std::vector<StereoSamples> outputs;
-            for (const VectorLevel* level : Levels()) {
+            for (const KernelSet* set : KernelSets()) {
                 CCriticalSection lock;
-                CVocafadeUnit unit(*level);
+                CVocafadeUnit unit(*set);
                 unit.SetOutputLevel(1.0f);
                 unit.SetCancelFS(1, 0);
                 unit.Init(size, 48000, overlap, &lock);
@@ -194,8 +195,8 @@ TEST(Levels, ServeOtherFramesThanTheEnginesOwn) {
                 int produced = 0;
                 unit.Operate(input.left.data(), input.right.data(), 9000, outputs.back().left.data(),
                              outputs.back().right.data(), &produced);
-                EXPECT_EQ(outputs.back().left, outputs.front().left) << level->name << ' ' << size;
-                EXPECT_EQ(outputs.back().right, outputs.front().right) << level->name << ' ' << size;
+                EXPECT_EQ(outputs.back().left, outputs.front().left) << set->instructionSet << ' ' << size;
+                EXPECT_EQ(outputs.back().right, outputs.front().right) << set->instructionSet << ' ' << size;
                 const auto latency = static_cast<std::size_t>(unit.Latency());
                 const Samples& left = outputs.back().left;
                 EXPECT_TRUE(std::all_of(left.begin(), left.begin() + unit.Latency(),
@@ -206,40 +207,40 @@ TEST(Levels, ServeOtherFramesThanTheEnginesOwn) {
     }
 }
 
-TEST(Levels, FindThePeakOfAnyBlock) {
+TEST(InstructionSets, FindThePeakOfAnyBlock) {
     Samples samples = Noise(300, 9);
     for (std::size_t place = 0; place < samples.size(); place += 7) {
         const float before = samples[place];
         samples[place] = place % 2 == 0 ? 3.0f : -3.0f;
         samples[(place + 20) % samples.size()] = NAN;
-        for (const VectorLevel* level : Levels()) {
+        for (const KernelSet* set : KernelSets()) {
             for (const std::size_t count : {place, place + 1, samples.size()}) {
                 float expected = 0.0f;
                 for (std::size_t i = 0; i < count; ++i) {
                     expected = std::fmax(expected, std::fabs(samples[i]) * 0.3f);
                 }
-                EXPECT_EQ(level->peak(samples.data(), static_cast<int>(count), 0.3f), expected)
-                    << level->name << ' ' << place << ' ' << count;
+                EXPECT_EQ(set->peak(samples.data(), static_cast<int>(count), 0.3f), expected)
+                    << set->instructionSet << ' ' << place << ' ' << count;
             }
         }
         samples[place] = before;
     }
 }
 
-TEST(Levels, FollowTheEnvironment) { // run with several settings of it
-    const auto levels = Levels();
-    ASSERT_FALSE(levels.empty());
-    EXPECT_STREQ(levels[0]->name, "portable");
+TEST(InstructionSets, FollowTheEnvironment) { // run with several settings of it
+    const auto sets = KernelSets();
+    ASSERT_FALSE(sets.empty());
+    EXPECT_STREQ(sets[0]->instructionSet, "portable");
     const char* wanted = std::getenv("VOCAFADE_SIMD"); // NOLINT(concurrency-mt-unsafe)
-    const auto named = std::find_if(levels.begin(), levels.end(), [wanted](const VectorLevel* level) {
-        return wanted != nullptr && std::strcmp(level->name, wanted) == 0;
+    const auto named = std::find_if(sets.begin(), sets.end(), [wanted](const KernelSet* set) {
+        return wanted != nullptr && std::strcmp(set->instructionSet, wanted) == 0;
     });
-    EXPECT_EQ(&kernels::ChosenLevel(), named != levels.end() ? *named : levels.back());
+    EXPECT_EQ(&kernels::ChosenKernels(), named != sets.end() ? *named : sets.back());
 }
 
 #else
 
-TEST(Levels, GiveTheSameBitsForTenMinutes) { ExpectSameBits(600); }
+TEST(InstructionSets, GiveTheSameBitsForTenMinutes) { ExpectSameBits(600); }
 
 #endif
 

@@ -5,13 +5,13 @@
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
 #endif
 
-#include "dsp/kernels/all_levels.h"
+#include "dsp/kernels/kernel_set.h"
 #include "dsp/kernels/lanes_avx512.h"
 // The lanes come first.
-#include "dsp/kernels/level_body.h"
+#include "dsp/kernels/kernel_set_body.h"
 
 namespace vocafade::kernels {
 
-const VectorLevel kAvx512Level = MakeLevel("avx512");
+const KernelSet kAvx512Kernels = MakeKernelSet("avx512");
 
 } // namespace vocafade::kernels
