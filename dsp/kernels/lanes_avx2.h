@@ -10,62 +10,34 @@
 namespace vocafade::kernels {
 namespace {
 
-struct Floats {
-    static constexpr int kLanes = 8;
-    __m256 v;
-};
+using FloatVector = __m256;
+using DoubleVector = __m256d;
 
-struct Doubles {
-    __m256d low;
-    __m256d high;
-};
-
-VOCAFADE_ALWAYS_INLINE Floats Load(const float* from) { return {_mm256_loadu_ps(from)}; }
-VOCAFADE_ALWAYS_INLINE void Store(float* to, Floats x) { _mm256_storeu_ps(to, x.v); }
-VOCAFADE_ALWAYS_INLINE Doubles Load(const double* from) {
-    return {_mm256_loadu_pd(from), _mm256_loadu_pd(from + 4)};
+VOCAFADE_ALWAYS_INLINE __m256 Spread(float x) { return _mm256_set1_ps(x); }
+VOCAFADE_ALWAYS_INLINE __m256d Spread(double x) { return _mm256_set1_pd(x); }
+VOCAFADE_ALWAYS_INLINE __m256 Minimum(__m256 a, __m256 b) { return _mm256_min_ps(a, b); }
+VOCAFADE_ALWAYS_INLINE __m256d Minimum(__m256d a, __m256d b) { return _mm256_min_pd(a, b); }
+VOCAFADE_ALWAYS_INLINE __m256 Maximum(__m256 a, __m256 b) { return _mm256_max_ps(a, b); }
+VOCAFADE_ALWAYS_INLINE __m256d Maximum(__m256d a, __m256d b) { return _mm256_max_pd(a, b); }
+VOCAFADE_ALWAYS_INLINE __m256 Absolute(__m256 x) { return _mm256_andnot_ps(_mm256_set1_ps(-0.0f), x); }
+VOCAFADE_ALWAYS_INLINE __m256d Absolute(__m256d x) { return _mm256_andnot_pd(_mm256_set1_pd(-0.0), x); }
+VOCAFADE_ALWAYS_INLINE __m256 TurnSign(__m256 x, __m256 sign) {
+    return _mm256_xor_ps(x, _mm256_and_ps(sign, _mm256_set1_ps(-0.0f)));
 }
-VOCAFADE_ALWAYS_INLINE void Store(double* to, Doubles x) {
-    _mm256_storeu_pd(to, x.low);
-    _mm256_storeu_pd(to + 4, x.high);
-}
-VOCAFADE_ALWAYS_INLINE Floats Broadcast(float x) { return {_mm256_set1_ps(x)}; }
-VOCAFADE_ALWAYS_INLINE Doubles Broadcast(double x) { return {_mm256_set1_pd(x), _mm256_set1_pd(x)}; }
-VOCAFADE_ALWAYS_INLINE Floats LaneNumbers() { return {_mm256_setr_ps(0, 1, 2, 3, 4, 5, 6, 7)}; }
-
-VOCAFADE_ALWAYS_INLINE Floats operator+(Floats a, Floats b) { return {_mm256_add_ps(a.v, b.v)}; }
-VOCAFADE_ALWAYS_INLINE Floats operator-(Floats a, Floats b) { return {_mm256_sub_ps(a.v, b.v)}; }
-VOCAFADE_ALWAYS_INLINE Floats operator*(Floats a, Floats b) { return {_mm256_mul_ps(a.v, b.v)}; }
-VOCAFADE_ALWAYS_INLINE Floats operator/(Floats a, Floats b) { return {_mm256_div_ps(a.v, b.v)}; }
-VOCAFADE_ALWAYS_INLINE Doubles operator+(Doubles a, Doubles b) {
-    return {_mm256_add_pd(a.low, b.low), _mm256_add_pd(a.high, b.high)};
-}
-VOCAFADE_ALWAYS_INLINE Doubles operator-(Doubles a, Doubles b) {
-    return {_mm256_sub_pd(a.low, b.low), _mm256_sub_pd(a.high, b.high)};
-}
-VOCAFADE_ALWAYS_INLINE Doubles operator*(Doubles a, Doubles b) {
-    return {_mm256_mul_pd(a.low, b.low), _mm256_mul_pd(a.high, b.high)};
-}
-VOCAFADE_ALWAYS_INLINE Doubles operator/(Doubles a, Doubles b) {
-    return {_mm256_div_pd(a.low, b.low), _mm256_div_pd(a.high, b.high)};
+VOCAFADE_ALWAYS_INLINE __m256d TurnSign(__m256d x, __m256d sign) {
+    return _mm256_xor_pd(x, _mm256_and_pd(sign, _mm256_set1_pd(-0.0)));
 }
 
-VOCAFADE_ALWAYS_INLINE Floats Negative(Floats x) { return {_mm256_xor_ps(x.v, _mm256_set1_ps(-0.0f))}; }
+} // namespace
+} // namespace vocafade::kernels
+
+// Needs the operations above.
+#include "dsp/kernels/lanes_vectors.h"
+
+namespace vocafade::kernels {
+namespace {
+
 VOCAFADE_ALWAYS_INLINE Floats SquareRoot(Floats x) { return {_mm256_sqrt_ps(x.v)}; }
-VOCAFADE_ALWAYS_INLINE Floats Minimum(Floats a, Floats b) { return {_mm256_min_ps(a.v, b.v)}; }
-VOCAFADE_ALWAYS_INLINE Doubles Minimum(Doubles a, Doubles b) {
-    return {_mm256_min_pd(a.low, b.low), _mm256_min_pd(a.high, b.high)};
-}
-VOCAFADE_ALWAYS_INLINE Doubles Maximum(Doubles a, Doubles b) {
-    return {_mm256_max_pd(a.low, b.low), _mm256_max_pd(a.high, b.high)};
-}
-VOCAFADE_ALWAYS_INLINE Floats Maximum(Floats a, Floats b) { return {_mm256_max_ps(a.v, b.v)}; }
-VOCAFADE_ALWAYS_INLINE Floats Absolute(Floats x) { return {_mm256_andnot_ps(_mm256_set1_ps(-0.0f), x.v)}; }
-VOCAFADE_ALWAYS_INLINE Doubles Absolute(Doubles x) {
-    const __m256d sign = _mm256_set1_pd(-0.0);
-    return {_mm256_andnot_pd(sign, x.low), _mm256_andnot_pd(sign, x.high)};
-}
-
 VOCAFADE_ALWAYS_INLINE Doubles Widen(Floats x) {
     return {_mm256_cvtps_pd(_mm256_castps256_ps128(x.v)), _mm256_cvtps_pd(_mm256_extractf128_ps(x.v, 1))};
 }
@@ -73,14 +45,6 @@ VOCAFADE_ALWAYS_INLINE Floats Narrow(Doubles x) {
     return {_mm256_set_m128(_mm256_cvtpd_ps(x.high), _mm256_cvtpd_ps(x.low))};
 }
 
-VOCAFADE_ALWAYS_INLINE Floats TurnSign(Floats x, Floats sign) {
-    return {_mm256_xor_ps(x.v, _mm256_and_ps(sign.v, _mm256_set1_ps(-0.0f)))};
-}
-VOCAFADE_ALWAYS_INLINE Doubles TurnSign(Doubles x, Doubles sign) {
-    const __m256d bit = _mm256_set1_pd(-0.0);
-    return {_mm256_xor_pd(x.low, _mm256_and_pd(sign.low, bit)),
-            _mm256_xor_pd(x.high, _mm256_and_pd(sign.high, bit))};
-}
 VOCAFADE_ALWAYS_INLINE Floats WhereNegative(Floats sign, Floats a, Floats b) {
     return {_mm256_blendv_ps(b.v, a.v, sign.v)};
 }

@@ -10,61 +10,39 @@
 namespace vocafade::kernels {
 namespace {
 
-struct Floats {
-    static constexpr int kLanes = 16;
-    __m512 v;
-};
+using FloatVector = __m512;
+using DoubleVector = __m512d;
 
-struct Doubles {
-    __m512d low;
-    __m512d high;
-};
-
-VOCAFADE_ALWAYS_INLINE Floats Load(const float* from) { return {_mm512_loadu_ps(from)}; }
-VOCAFADE_ALWAYS_INLINE void Store(float* to, Floats x) { _mm512_storeu_ps(to, x.v); }
-VOCAFADE_ALWAYS_INLINE Doubles Load(const double* from) {
-    return {_mm512_loadu_pd(from), _mm512_loadu_pd(from + 8)};
+VOCAFADE_ALWAYS_INLINE __m512 Spread(float x) { return _mm512_set1_ps(x); }
+VOCAFADE_ALWAYS_INLINE __m512d Spread(double x) { return _mm512_set1_pd(x); }
+VOCAFADE_ALWAYS_INLINE __m512 Minimum(__m512 a, __m512 b) { return _mm512_min_ps(a, b); }
+VOCAFADE_ALWAYS_INLINE __m512d Minimum(__m512d a, __m512d b) { return _mm512_min_pd(a, b); }
+VOCAFADE_ALWAYS_INLINE __m512 Maximum(__m512 a, __m512 b) { return _mm512_max_ps(a, b); }
+VOCAFADE_ALWAYS_INLINE __m512d Maximum(__m512d a, __m512d b) { return _mm512_max_pd(a, b); }
+VOCAFADE_ALWAYS_INLINE __m512 Absolute(__m512 x) { return _mm512_abs_ps(x); }
+VOCAFADE_ALWAYS_INLINE __m512d Absolute(__m512d x) { return _mm512_abs_pd(x); }
+/// x ^ (sign & bit) is one instruction: truth table 0x78 of (x, sign, bit).
+VOCAFADE_ALWAYS_INLINE __m512 TurnSign(__m512 x, __m512 sign) {
+    const __m512i bit = _mm512_castps_si512(_mm512_set1_ps(-0.0f));
+    return _mm512_castsi512_ps(
+        _mm512_ternarylogic_epi32(_mm512_castps_si512(x), _mm512_castps_si512(sign), bit, 0x78));
 }
-VOCAFADE_ALWAYS_INLINE void Store(double* to, Doubles x) {
-    _mm512_storeu_pd(to, x.low);
-    _mm512_storeu_pd(to + 8, x.high);
-}
-VOCAFADE_ALWAYS_INLINE Floats Broadcast(float x) { return {_mm512_set1_ps(x)}; }
-VOCAFADE_ALWAYS_INLINE Doubles Broadcast(double x) { return {_mm512_set1_pd(x), _mm512_set1_pd(x)}; }
-VOCAFADE_ALWAYS_INLINE Floats LaneNumbers() {
-    return {_mm512_setr_ps(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15)};
+VOCAFADE_ALWAYS_INLINE __m512d TurnSign(__m512d x, __m512d sign) {
+    const __m512i bit = _mm512_castpd_si512(_mm512_set1_pd(-0.0));
+    return _mm512_castsi512_pd(
+        _mm512_ternarylogic_epi64(_mm512_castpd_si512(x), _mm512_castpd_si512(sign), bit, 0x78));
 }
 
-VOCAFADE_ALWAYS_INLINE Floats operator+(Floats a, Floats b) { return {_mm512_add_ps(a.v, b.v)}; }
-VOCAFADE_ALWAYS_INLINE Floats operator-(Floats a, Floats b) { return {_mm512_sub_ps(a.v, b.v)}; }
-VOCAFADE_ALWAYS_INLINE Floats operator*(Floats a, Floats b) { return {_mm512_mul_ps(a.v, b.v)}; }
-VOCAFADE_ALWAYS_INLINE Floats operator/(Floats a, Floats b) { return {_mm512_div_ps(a.v, b.v)}; }
-VOCAFADE_ALWAYS_INLINE Doubles operator+(Doubles a, Doubles b) {
-    return {_mm512_add_pd(a.low, b.low), _mm512_add_pd(a.high, b.high)};
-}
-VOCAFADE_ALWAYS_INLINE Doubles operator-(Doubles a, Doubles b) {
-    return {_mm512_sub_pd(a.low, b.low), _mm512_sub_pd(a.high, b.high)};
-}
-VOCAFADE_ALWAYS_INLINE Doubles operator*(Doubles a, Doubles b) {
-    return {_mm512_mul_pd(a.low, b.low), _mm512_mul_pd(a.high, b.high)};
-}
-VOCAFADE_ALWAYS_INLINE Doubles operator/(Doubles a, Doubles b) {
-    return {_mm512_div_pd(a.low, b.low), _mm512_div_pd(a.high, b.high)};
-}
+} // namespace
+} // namespace vocafade::kernels
 
-VOCAFADE_ALWAYS_INLINE Floats Negative(Floats x) { return {_mm512_xor_ps(x.v, _mm512_set1_ps(-0.0f))}; }
+// Needs the operations above.
+#include "dsp/kernels/lanes_vectors.h"
+
+namespace vocafade::kernels {
+namespace {
+
 VOCAFADE_ALWAYS_INLINE Floats SquareRoot(Floats x) { return {_mm512_sqrt_ps(x.v)}; }
-VOCAFADE_ALWAYS_INLINE Floats Minimum(Floats a, Floats b) { return {_mm512_min_ps(a.v, b.v)}; }
-VOCAFADE_ALWAYS_INLINE Doubles Minimum(Doubles a, Doubles b) {
-    return {_mm512_min_pd(a.low, b.low), _mm512_min_pd(a.high, b.high)};
-}
-VOCAFADE_ALWAYS_INLINE Doubles Maximum(Doubles a, Doubles b) {
-    return {_mm512_max_pd(a.low, b.low), _mm512_max_pd(a.high, b.high)};
-}
-VOCAFADE_ALWAYS_INLINE Floats Maximum(Floats a, Floats b) { return {_mm512_max_ps(a.v, b.v)}; }
-VOCAFADE_ALWAYS_INLINE Floats Absolute(Floats x) { return {_mm512_abs_ps(x.v)}; }
-VOCAFADE_ALWAYS_INLINE Doubles Absolute(Doubles x) { return {_mm512_abs_pd(x.low), _mm512_abs_pd(x.high)}; }
-
 VOCAFADE_ALWAYS_INLINE Doubles Widen(Floats x) {
     return {_mm512_cvtps_pd(_mm512_castps512_ps256(x.v)), _mm512_cvtps_pd(_mm512_extractf32x8_ps(x.v, 1))};
 }
@@ -73,20 +51,6 @@ VOCAFADE_ALWAYS_INLINE Floats Narrow(Doubles x) {
     return {_mm512_insertf32x8(low, _mm512_cvtpd_ps(x.high), 1)};
 }
 
-/// x ^ (sign & bit) is one instruction: truth table 0x78 of (x, sign, bit).
-VOCAFADE_ALWAYS_INLINE Floats TurnSign(Floats x, Floats sign) {
-    const __m512i bit = _mm512_castps_si512(_mm512_set1_ps(-0.0f));
-    return {_mm512_castsi512_ps(
-        _mm512_ternarylogic_epi32(_mm512_castps_si512(x.v), _mm512_castps_si512(sign.v), bit, 0x78))};
-}
-VOCAFADE_ALWAYS_INLINE __m512d TurnSign(__m512d x, __m512d sign) {
-    const __m512i bit = _mm512_castpd_si512(_mm512_set1_pd(-0.0));
-    return _mm512_castsi512_pd(
-        _mm512_ternarylogic_epi64(_mm512_castpd_si512(x), _mm512_castpd_si512(sign), bit, 0x78));
-}
-VOCAFADE_ALWAYS_INLINE Doubles TurnSign(Doubles x, Doubles sign) {
-    return {TurnSign(x.low, sign.low), TurnSign(x.high, sign.high)};
-}
 VOCAFADE_ALWAYS_INLINE Floats WhereNegative(Floats sign, Floats a, Floats b) {
     return {_mm512_mask_blend_ps(_mm512_movepi32_mask(_mm512_castps_si512(sign.v)), b.v, a.v)};
 }

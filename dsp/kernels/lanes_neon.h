@@ -10,83 +10,50 @@
 namespace vocafade::kernels {
 namespace {
 
-struct Floats {
-    static constexpr int kLanes = 4;
-    float32x4_t v;
-};
+using FloatVector = float32x4_t;
+using DoubleVector = float64x2_t;
 
-struct Doubles {
-    float64x2_t low;
-    float64x2_t high;
-};
-
-VOCAFADE_ALWAYS_INLINE Floats Load(const float* from) { return {vld1q_f32(from)}; }
-VOCAFADE_ALWAYS_INLINE void Store(float* to, Floats x) { vst1q_f32(to, x.v); }
-VOCAFADE_ALWAYS_INLINE Doubles Load(const double* from) { return {vld1q_f64(from), vld1q_f64(from + 2)}; }
-VOCAFADE_ALWAYS_INLINE void Store(double* to, Doubles x) {
-    vst1q_f64(to, x.low);
-    vst1q_f64(to + 2, x.high);
+VOCAFADE_ALWAYS_INLINE float32x4_t Spread(float x) { return vdupq_n_f32(x); }
+VOCAFADE_ALWAYS_INLINE float64x2_t Spread(double x) { return vdupq_n_f64(x); }
+// The processor's own minimum and maximum would pass NaN on.
+VOCAFADE_ALWAYS_INLINE float32x4_t Minimum(float32x4_t a, float32x4_t b) {
+    return vbslq_f32(vcltq_f32(a, b), a, b);
 }
-VOCAFADE_ALWAYS_INLINE Floats Broadcast(float x) { return {vdupq_n_f32(x)}; }
-VOCAFADE_ALWAYS_INLINE Doubles Broadcast(double x) { return {vdupq_n_f64(x), vdupq_n_f64(x)}; }
-VOCAFADE_ALWAYS_INLINE Floats LaneNumbers() {
-    const float numbers[] = {0.0f, 1.0f, 2.0f, 3.0f};
-    return {vld1q_f32(numbers)};
+VOCAFADE_ALWAYS_INLINE float64x2_t Minimum(float64x2_t a, float64x2_t b) {
+    return vbslq_f64(vcltq_f64(a, b), a, b);
 }
-
-VOCAFADE_ALWAYS_INLINE Floats operator+(Floats a, Floats b) { return {vaddq_f32(a.v, b.v)}; }
-VOCAFADE_ALWAYS_INLINE Floats operator-(Floats a, Floats b) { return {vsubq_f32(a.v, b.v)}; }
-VOCAFADE_ALWAYS_INLINE Floats operator*(Floats a, Floats b) { return {vmulq_f32(a.v, b.v)}; }
-VOCAFADE_ALWAYS_INLINE Floats operator/(Floats a, Floats b) { return {vdivq_f32(a.v, b.v)}; }
-VOCAFADE_ALWAYS_INLINE Doubles operator+(Doubles a, Doubles b) {
-    return {vaddq_f64(a.low, b.low), vaddq_f64(a.high, b.high)};
+VOCAFADE_ALWAYS_INLINE float32x4_t Maximum(float32x4_t a, float32x4_t b) {
+    return vbslq_f32(vcgtq_f32(a, b), a, b);
 }
-VOCAFADE_ALWAYS_INLINE Doubles operator-(Doubles a, Doubles b) {
-    return {vsubq_f64(a.low, b.low), vsubq_f64(a.high, b.high)};
+VOCAFADE_ALWAYS_INLINE float64x2_t Maximum(float64x2_t a, float64x2_t b) {
+    return vbslq_f64(vcgtq_f64(a, b), a, b);
 }
-VOCAFADE_ALWAYS_INLINE Doubles operator*(Doubles a, Doubles b) {
-    return {vmulq_f64(a.low, b.low), vmulq_f64(a.high, b.high)};
+VOCAFADE_ALWAYS_INLINE float32x4_t Absolute(float32x4_t x) { return vabsq_f32(x); }
+VOCAFADE_ALWAYS_INLINE float64x2_t Absolute(float64x2_t x) { return vabsq_f64(x); }
+VOCAFADE_ALWAYS_INLINE float32x4_t TurnSign(float32x4_t x, float32x4_t sign) {
+    const uint32x4_t turn = vandq_u32(vreinterpretq_u32_f32(sign), vdupq_n_u32(0x80000000U));
+    return vreinterpretq_f32_u32(veorq_u32(vreinterpretq_u32_f32(x), turn));
 }
-VOCAFADE_ALWAYS_INLINE Doubles operator/(Doubles a, Doubles b) {
-    return {vdivq_f64(a.low, b.low), vdivq_f64(a.high, b.high)};
+VOCAFADE_ALWAYS_INLINE float64x2_t TurnSign(float64x2_t x, float64x2_t sign) {
+    const uint64x2_t turn = vandq_u64(vreinterpretq_u64_f64(sign), vdupq_n_u64(0x8000000000000000ULL));
+    return vreinterpretq_f64_u64(veorq_u64(vreinterpretq_u64_f64(x), turn));
 }
 
-VOCAFADE_ALWAYS_INLINE Floats Negative(Floats x) { return {vnegq_f32(x.v)}; }
+} // namespace
+} // namespace vocafade::kernels
+
+// Needs the operations above.
+#include "dsp/kernels/lanes_vectors.h"
+
+namespace vocafade::kernels {
+namespace {
+
 VOCAFADE_ALWAYS_INLINE Floats SquareRoot(Floats x) { return {vsqrtq_f32(x.v)}; }
-VOCAFADE_ALWAYS_INLINE Floats Minimum(Floats a, Floats b) {
-    return {vbslq_f32(vcltq_f32(a.v, b.v), a.v, b.v)};
-}
-VOCAFADE_ALWAYS_INLINE Doubles Minimum(Doubles a, Doubles b) {
-    return {vbslq_f64(vcltq_f64(a.low, b.low), a.low, b.low),
-            vbslq_f64(vcltq_f64(a.high, b.high), a.high, b.high)};
-}
-VOCAFADE_ALWAYS_INLINE Doubles Maximum(Doubles a, Doubles b) {
-    return {vbslq_f64(vcgtq_f64(a.low, b.low), a.low, b.low),
-            vbslq_f64(vcgtq_f64(a.high, b.high), a.high, b.high)};
-}
-VOCAFADE_ALWAYS_INLINE Floats Maximum(Floats a, Floats b) {
-    return {vbslq_f32(vcgtq_f32(a.v, b.v), a.v, b.v)};
-}
-VOCAFADE_ALWAYS_INLINE Floats Absolute(Floats x) { return {vabsq_f32(x.v)}; }
-VOCAFADE_ALWAYS_INLINE Doubles Absolute(Doubles x) { return {vabsq_f64(x.low), vabsq_f64(x.high)}; }
-
 VOCAFADE_ALWAYS_INLINE Doubles Widen(Floats x) {
     return {vcvt_f64_f32(vget_low_f32(x.v)), vcvt_high_f64_f32(x.v)};
 }
 VOCAFADE_ALWAYS_INLINE Floats Narrow(Doubles x) { return {vcvt_high_f32_f64(vcvt_f32_f64(x.low), x.high)}; }
 
-VOCAFADE_ALWAYS_INLINE Floats TurnSign(Floats x, Floats sign) {
-    const uint32x4_t turn = vandq_u32(vreinterpretq_u32_f32(sign.v), vdupq_n_u32(0x80000000U));
-    return {vreinterpretq_f32_u32(veorq_u32(vreinterpretq_u32_f32(x.v), turn))};
-}
-VOCAFADE_ALWAYS_INLINE float64x2_t TurnSign(float64x2_t x, float64x2_t sign) {
-    const uint64x2_t bit = vdupq_n_u64(0x8000000000000000ULL);
-    const uint64x2_t turn = vandq_u64(vreinterpretq_u64_f64(sign), bit);
-    return vreinterpretq_f64_u64(veorq_u64(vreinterpretq_u64_f64(x), turn));
-}
-VOCAFADE_ALWAYS_INLINE Doubles TurnSign(Doubles x, Doubles sign) {
-    return {TurnSign(x.low, sign.low), TurnSign(x.high, sign.high)};
-}
 VOCAFADE_ALWAYS_INLINE Floats WhereNegative(Floats sign, Floats a, Floats b) {
     const uint32x4_t mask = vreinterpretq_u32_s32(vshrq_n_s32(vreinterpretq_s32_f32(sign.v), 31));
     return {vbslq_f32(mask, a.v, b.v)};

@@ -11,62 +11,34 @@
 namespace vocafade::kernels {
 namespace {
 
-struct Floats {
-    static constexpr int kLanes = 4;
-    __m128 v;
-};
+using FloatVector = __m128;
+using DoubleVector = __m128d;
 
-struct Doubles {
-    __m128d low;
-    __m128d high;
-};
-
-VOCAFADE_ALWAYS_INLINE Floats Load(const float* from) { return {_mm_loadu_ps(from)}; }
-VOCAFADE_ALWAYS_INLINE void Store(float* to, Floats x) { _mm_storeu_ps(to, x.v); }
-VOCAFADE_ALWAYS_INLINE Doubles Load(const double* from) {
-    return {_mm_loadu_pd(from), _mm_loadu_pd(from + 2)};
+VOCAFADE_ALWAYS_INLINE __m128 Spread(float x) { return _mm_set1_ps(x); }
+VOCAFADE_ALWAYS_INLINE __m128d Spread(double x) { return _mm_set1_pd(x); }
+VOCAFADE_ALWAYS_INLINE __m128 Minimum(__m128 a, __m128 b) { return _mm_min_ps(a, b); }
+VOCAFADE_ALWAYS_INLINE __m128d Minimum(__m128d a, __m128d b) { return _mm_min_pd(a, b); }
+VOCAFADE_ALWAYS_INLINE __m128 Maximum(__m128 a, __m128 b) { return _mm_max_ps(a, b); }
+VOCAFADE_ALWAYS_INLINE __m128d Maximum(__m128d a, __m128d b) { return _mm_max_pd(a, b); }
+VOCAFADE_ALWAYS_INLINE __m128 Absolute(__m128 x) { return _mm_andnot_ps(_mm_set1_ps(-0.0f), x); }
+VOCAFADE_ALWAYS_INLINE __m128d Absolute(__m128d x) { return _mm_andnot_pd(_mm_set1_pd(-0.0), x); }
+VOCAFADE_ALWAYS_INLINE __m128 TurnSign(__m128 x, __m128 sign) {
+    return _mm_xor_ps(x, _mm_and_ps(sign, _mm_set1_ps(-0.0f)));
 }
-VOCAFADE_ALWAYS_INLINE void Store(double* to, Doubles x) {
-    _mm_storeu_pd(to, x.low);
-    _mm_storeu_pd(to + 2, x.high);
-}
-VOCAFADE_ALWAYS_INLINE Floats Broadcast(float x) { return {_mm_set1_ps(x)}; }
-VOCAFADE_ALWAYS_INLINE Doubles Broadcast(double x) { return {_mm_set1_pd(x), _mm_set1_pd(x)}; }
-VOCAFADE_ALWAYS_INLINE Floats LaneNumbers() { return {_mm_setr_ps(0, 1, 2, 3)}; }
-
-VOCAFADE_ALWAYS_INLINE Floats operator+(Floats a, Floats b) { return {_mm_add_ps(a.v, b.v)}; }
-VOCAFADE_ALWAYS_INLINE Floats operator-(Floats a, Floats b) { return {_mm_sub_ps(a.v, b.v)}; }
-VOCAFADE_ALWAYS_INLINE Floats operator*(Floats a, Floats b) { return {_mm_mul_ps(a.v, b.v)}; }
-VOCAFADE_ALWAYS_INLINE Floats operator/(Floats a, Floats b) { return {_mm_div_ps(a.v, b.v)}; }
-VOCAFADE_ALWAYS_INLINE Doubles operator+(Doubles a, Doubles b) {
-    return {_mm_add_pd(a.low, b.low), _mm_add_pd(a.high, b.high)};
-}
-VOCAFADE_ALWAYS_INLINE Doubles operator-(Doubles a, Doubles b) {
-    return {_mm_sub_pd(a.low, b.low), _mm_sub_pd(a.high, b.high)};
-}
-VOCAFADE_ALWAYS_INLINE Doubles operator*(Doubles a, Doubles b) {
-    return {_mm_mul_pd(a.low, b.low), _mm_mul_pd(a.high, b.high)};
-}
-VOCAFADE_ALWAYS_INLINE Doubles operator/(Doubles a, Doubles b) {
-    return {_mm_div_pd(a.low, b.low), _mm_div_pd(a.high, b.high)};
+VOCAFADE_ALWAYS_INLINE __m128d TurnSign(__m128d x, __m128d sign) {
+    return _mm_xor_pd(x, _mm_and_pd(sign, _mm_set1_pd(-0.0)));
 }
 
-VOCAFADE_ALWAYS_INLINE Floats Negative(Floats x) { return {_mm_xor_ps(x.v, _mm_set1_ps(-0.0f))}; }
+} // namespace
+} // namespace vocafade::kernels
+
+// Needs the operations above.
+#include "dsp/kernels/lanes_vectors.h"
+
+namespace vocafade::kernels {
+namespace {
+
 VOCAFADE_ALWAYS_INLINE Floats SquareRoot(Floats x) { return {_mm_sqrt_ps(x.v)}; }
-VOCAFADE_ALWAYS_INLINE Floats Minimum(Floats a, Floats b) { return {_mm_min_ps(a.v, b.v)}; }
-VOCAFADE_ALWAYS_INLINE Doubles Minimum(Doubles a, Doubles b) {
-    return {_mm_min_pd(a.low, b.low), _mm_min_pd(a.high, b.high)};
-}
-VOCAFADE_ALWAYS_INLINE Doubles Maximum(Doubles a, Doubles b) {
-    return {_mm_max_pd(a.low, b.low), _mm_max_pd(a.high, b.high)};
-}
-VOCAFADE_ALWAYS_INLINE Floats Maximum(Floats a, Floats b) { return {_mm_max_ps(a.v, b.v)}; }
-VOCAFADE_ALWAYS_INLINE Floats Absolute(Floats x) { return {_mm_andnot_ps(_mm_set1_ps(-0.0f), x.v)}; }
-VOCAFADE_ALWAYS_INLINE Doubles Absolute(Doubles x) {
-    const __m128d sign = _mm_set1_pd(-0.0);
-    return {_mm_andnot_pd(sign, x.low), _mm_andnot_pd(sign, x.high)};
-}
-
 VOCAFADE_ALWAYS_INLINE Doubles Widen(Floats x) {
     return {_mm_cvtps_pd(x.v), _mm_cvtps_pd(_mm_movehl_ps(x.v, x.v))};
 }
@@ -74,13 +46,6 @@ VOCAFADE_ALWAYS_INLINE Floats Narrow(Doubles x) {
     return {_mm_movelh_ps(_mm_cvtpd_ps(x.low), _mm_cvtpd_ps(x.high))};
 }
 
-VOCAFADE_ALWAYS_INLINE Floats TurnSign(Floats x, Floats sign) {
-    return {_mm_xor_ps(x.v, _mm_and_ps(sign.v, _mm_set1_ps(-0.0f)))};
-}
-VOCAFADE_ALWAYS_INLINE Doubles TurnSign(Doubles x, Doubles sign) {
-    const __m128d bit = _mm_set1_pd(-0.0);
-    return {_mm_xor_pd(x.low, _mm_and_pd(sign.low, bit)), _mm_xor_pd(x.high, _mm_and_pd(sign.high, bit))};
-}
 VOCAFADE_ALWAYS_INLINE Floats WhereNegative(Floats sign, Floats a, Floats b) {
     const __m128 mask = _mm_castsi128_ps(_mm_srai_epi32(_mm_castps_si128(sign.v), 31));
     return {_mm_or_ps(_mm_and_ps(mask, a.v), _mm_andnot_ps(mask, b.v))};
