@@ -89,6 +89,16 @@ void ButterflyPlain(float* a, int j, int l) {
     a[j3 + 1] = q.x1i - q.x3r;
 }
 
+/// The two-point butterfly that is left over where the length is no power of four.
+void ButterflyOfTwo(float* a, int j, int l) {
+    const float xr = a[j] - a[j + l];
+    const float xi = a[j + 1] - a[j + l + 1];
+    a[j] += a[j + l];
+    a[j + 1] += a[j + l + 1];
+    a[j + l] = xr;
+    a[j + l + 1] = xi;
+}
+
 /// Butterfly of the second group, whose twiddles are an eighth of a turn and its multiples: `c` is cos(pi/4).
 void ButterflyEighth(float* a, int j, int l, float c) {
     const Quartet q(a, j, l);
@@ -169,6 +179,21 @@ void RadixFourPass(int n, int l, float* a, const float* w) {
         for (int j = k + m; j < l + k + m; j += 2) {
             Butterfly(a, j, l, t);
         }
+    }
+}
+
+struct Pair {
+    float re, im;
+};
+
+/// Visits the elements j and k of a half-length spectrum that mirror each other, by their float indices, with
+/// their difference (real) and sum (imaginary) and the factor that makes a real transform of them.
+template <typename OnPair>
+void VisitRealPairs(int n, const float* a, int nc, const float* c, OnPair onPair) {
+    const int step = 4 * nc / n;
+    for (int j = 2, kk = step; j < n / 2; j += 2, kk += step) {
+        const int k = n - j;
+        onPair(j, k, {a[j] - a[k], a[j + 1] + a[k + 1]}, {0.5f - c[nc - kk], c[kk]});
     }
 }
 
@@ -321,91 +346,49 @@ int CFFT::AllPassesButTheLast(int n, float* a, const float* w) {
 
 void CFFT::cftfsub(int n, float* a, const float* w) {
     const int l = AllPassesButTheLast(n, a, w);
-    if ((l << 2) == n) {
-        for (int j = 0; j < l; j += 2) {
+    for (int j = 0; j < l; j += 2) {
+        if (4 * l == n) {
             ButterflyPlain(a, j, l);
-        }
-    } else {
-        for (int j = 0; j < l; j += 2) {
-            const int j1 = j + l;
-            const float xr = a[j] - a[j1];
-            const float xi = a[j + 1] - a[j1 + 1];
-            a[j] += a[j1];
-            a[j + 1] += a[j1 + 1];
-            a[j1] = xr;
-            a[j1 + 1] = xi;
+        } else {
+            ButterflyOfTwo(a, j, l);
         }
     }
 }
 
 void CFFT::cftbsub(int n, float* a, const float* w) {
-    const int l = AllPassesButTheLast(n, a, w);
-    // The data stand conjugated since the bit reversal; the last pass conjugates them back as it stores.
-    if ((l << 2) == n) {
-        for (int j = 0; j < l; j += 2) {
-            ButterflyPlain(a, j, l);
-            a[j + 1] = -a[j + 1];
-            a[j + l + 1] = -a[j + l + 1];
-            a[j + 2 * l + 1] = -a[j + 2 * l + 1];
-            a[j + 3 * l + 1] = -a[j + 3 * l + 1];
-        }
-    } else {
-        for (int j = 0; j < l; j += 2) {
-            const int j1 = j + l;
-            const float xr = a[j] - a[j1];
-            const float xi = -a[j + 1] + a[j1 + 1];
-            a[j] += a[j1];
-            a[j + 1] = -a[j + 1] - a[j1 + 1];
-            a[j1] = xr;
-            a[j1 + 1] = xi;
-        }
+    cftfsub(n, a, w);
+    // The data stand conjugated since the bit reversal.
+    for (int i = 1; i < n; i += 2) {
+        a[i] = -a[i];
     }
 }
 
-void CFFT::cft1st(int n, float* a, const float* w) { RadixFourPass(n, 2, a, w); }
+void CFFT::cft1st(int n, float* a, const float* w) { cftmdl(n, 2, a, w); }
 
 void CFFT::cftmdl(int n, int l, float* a, const float* w) { RadixFourPass(n, l, a, w); }
 
 void CFFT::rftfsub(int n, float* a, int nc, const float* c) {
-    const int m = n >> 1;
-    const int ks = 2 * nc / m;
-    int kk = 0;
-    for (int j = 2; j < m; j += 2) {
-        const int k = n - j;
-        kk += ks;
-        const float wkr = 0.5f - c[nc - kk];
-        const float wki = c[kk];
-        const float xr = a[j] - a[k];
-        const float xi = a[j + 1] + a[k + 1];
-        const float yr = wkr * xr - wki * xi;
-        const float yi = wkr * xi + wki * xr;
+    VisitRealPairs(n, a, nc, c, [a](int j, int k, Pair x, Pair w) {
+        const float yr = w.re * x.re - w.im * x.im;
+        const float yi = w.re * x.im + w.im * x.re;
         a[j] -= yr;
         a[j + 1] -= yi;
         a[k] += yr;
         a[k + 1] -= yi;
-    }
+    });
 }
 
 void CFFT::rftbsub(int n, float* a, int nc, const float* c) {
     a[1] = -a[1];
-    const int m = n >> 1;
-    const int ks = 2 * nc / m;
-    int kk = 0;
-    for (int j = 2; j < m; j += 2) {
-        const int k = n - j;
-        kk += ks;
-        const float wkr = 0.5f - c[nc - kk];
-        const float wki = c[kk];
-        const float xr = a[j] - a[k];
-        const float xi = a[j + 1] + a[k + 1];
-        const float yr = wkr * xr + wki * xi;
-        const float yi = wkr * xi - wki * xr;
+    VisitRealPairs(n, a, nc, c, [a](int j, int k, Pair x, Pair w) {
+        const float yr = w.re * x.re + w.im * x.im;
+        const float yi = w.re * x.im - w.im * x.re;
         a[j] -= yr;
         a[j + 1] = yi - a[j + 1];
         a[k] += yr;
         a[k + 1] = yi - a[k + 1];
-    }
-    a[m + 1] = -a[m + 1];
+    });
+    a[n / 2 + 1] = -a[n / 2 + 1];
 }
 
 } // namespace vocafade
