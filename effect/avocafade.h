@@ -89,7 +89,7 @@ class AVocafade : public AudioEffectX {
     void ProgramToInitial();              ///< [main-thread] the current program as it was loaded or saved
     void ProgramToAllInitial();           ///< [main-thread] all programs as they were loaded or saved
     void ProgramToFactory();              ///< [main-thread] the current program as the factory set has it
-    void ProgramToAllFactory() {}         ///< [main-thread] deliberately empty
+    void ProgramToAllFactory() {}         ///< [main-thread] empty; see docs/compatibility.md
     void CopyPgFrom(std::int32_t source); ///< [main-thread] copies program `source` over the current one
     /// [main-thread] Record `index` (0 to 63) of the current set.
     const AVocafadeProgram& Program(std::int32_t index) const;
@@ -141,6 +141,7 @@ class AVocafade : public AudioEffectX {
     AVocafadeProgram& Current() { return programs_[static_cast<std::size_t>(curProgram.load())]; }
     const AVocafadeProgram& Current() const { return programs_[static_cast<std::size_t>(curProgram.load())]; }
 
+    bool IsOn() const { return onOff_ != 0.0f; } ///< NaN counts as on
     void SetOnOff(float value);
     void ApplyParameter(std::int32_t index, float value);
     void TellEngine(std::int32_t index, float value);
@@ -152,7 +153,7 @@ class AVocafade : public AudioEffectX {
     // Steps of a block, with the audio lock held.
     void StartBlock();
     void MeasureInput(const float* const* inputs, std::int32_t sampleFrames);
-    bool IsBypassed();
+    void ShowInputAsOutput();
     void ProcessAndMeasure(float** inputs, std::int32_t sampleFrames, float** outputs);
     void LoadBank();
     std::string FolderOfPlugin();

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "base/float_mode.h"
-#include "dsp/kernels/kernel_set.h"
+#include "dsp/peak.h"
 #include "effect/avocafade.h"
 
 #include <algorithm>
@@ -13,11 +13,7 @@ namespace {
 /// Factor that shows a level of `db` on a meter. A boost is not shown.
 float MeterGain(float db) {
     const float gain = static_cast<float>(std::exp2(db / 6.0));
-    return gain > 0.001f ? std::min(gain, 1.0f) : 0.001f; // not-a-number gives the lowest
-}
-
-float Peak(const float* samples, std::int32_t count, float gain) {
-    return kernels::ChosenKernels().peak(samples, count, gain);
+    return gain > 0.001f ? std::min(gain, 1.0f) : 0.001f; // NaN gives the lowest
 }
 
 } // namespace
@@ -78,12 +74,16 @@ void AVocafade::processReplacing(float** inputs, float** outputs, std::int32_t s
         }
     } // the editor can read the meters between the two
     const CSingleLock hold(audioLock_);
-    if (!IsBypassed() && count > 0) ProcessAndMeasure(inputs, count, outputs);
+    if (!IsOn()) {
+        ShowInputAsOutput();
+    } else if (count > 0) {
+        ProcessAndMeasure(inputs, count, outputs);
+    }
 }
 
 void AVocafade::processDoubleReplacing(double** inputs, double** outputs, std::int32_t sampleFrames) {
     const AudioFloatMode mode;
-    ++processCounter_; // and once more below: twice a block here
+    ++processCounter_; // and once more below; see docs/compatibility.md
     // The block is converted in parts that the stack has room for, so no length needs to be known before.
     constexpr std::int32_t kPart = 512;
     float left[kPart];
@@ -106,10 +106,11 @@ void AVocafade::processDoubleReplacing(double** inputs, double** outputs, std::i
         }
     }
     const CSingleLock hold(audioLock_);
-    const bool bypassed = IsBypassed();
+    const bool on = IsOn();
+    if (!on) ShowInputAsOutput();
     for (std::int32_t done = 0; done < sampleFrames; done += kPart) {
         const std::int32_t count = convert(done);
-        if (!bypassed) ProcessAndMeasure(part, count, part);
+        if (on) ProcessAndMeasure(part, count, part);
         for (std::size_t channel = 0; channel < 2; ++channel) {
             std::copy_n(part[channel], count, outputs[channel] + done);
         }
@@ -127,11 +128,9 @@ void AVocafade::MeasureInput(const float* const* inputs, std::int32_t sampleFram
     meters_.inR = std::max(meters_.inR, Peak(inputs[1], sampleFrames, gain));
 }
 
-bool AVocafade::IsBypassed() {
-    if (onOff_ != 0.0f) return false; // what is no number counts as on
+void AVocafade::ShowInputAsOutput() {
     meters_.outL = meters_.inL;
     meters_.outR = meters_.inR;
-    return true;
 }
 
 void AVocafade::ProcessAndMeasure(float** inputs, std::int32_t sampleFrames, float** outputs) {
