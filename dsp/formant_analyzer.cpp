@@ -8,7 +8,7 @@
 namespace vocafade {
 namespace {
 
-/// Deliberately the shortened number, as a float.
+/// Not quite e; see docs/compatibility.md.
 constexpr float kBase = 2.71828f;
 
 } // namespace

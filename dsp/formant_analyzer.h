@@ -21,8 +21,8 @@ class CFormantAnalyzer {
 
     /// [main-thread] Writes the envelope of `spectrum` (n magnitudes, linear, not negative) to `envelope` (n
     /// floats), keeping `order` coefficients at each end; an order outside 0 to n counts as the nearest. A
-    /// magnitude of 0 counts as 1. The way back raises the float 2.71828 instead of e, which every user of
-    /// the curve was tuned with.
+    /// magnitude of 0 counts as 1. The way back raises the float 2.71828 instead of e; see
+    /// docs/compatibility.md.
     ///
     /// The coefficients between the ends are zero only in the first call after `Init`. In every later one
     /// they are what the call before left there, its smoothed logarithm: callers that want a curve of one
@@ -36,7 +36,7 @@ class CFormantAnalyzer {
     float GetTrueFormant(const float* envelope, float* out) const;
 
     /// [main-thread] Scales n floats to a maximum of 10. There is no guard for a curve without a positive
-    /// value, which becomes infinite or not-a-number.
+    /// value, which becomes infinite or NaN.
     void Normalize(float* curve) const;
 
   private:

@@ -18,7 +18,7 @@ constexpr float kLargestSample = 1e15f;
 void TakeInput(const float* in, float level, int count, float* buffer) {
     for (int i = 0; i < count; ++i) {
         const float sample = in[i] * level;
-        buffer[i] = std::fabs(sample) <= kLargestSample ? sample : 0.0f; // false for not-a-number, too
+        buffer[i] = std::fabs(sample) <= kLargestSample ? sample : 0.0f; // false for NaN, too
     }
 }
 
@@ -26,14 +26,6 @@ void GiveOutput(const float* accumulator, float level, int count, float* out) {
     for (int i = 0; i < count; ++i) {
         out[i] = accumulator[i] * level;
     }
-}
-
-int BinaryLogarithm(int n) {
-    int bits = 0;
-    while ((1LL << bits) < n) {
-        ++bits;
-    }
-    return bits;
 }
 
 /// The first bin below `bins` that `beyond` holds for, or `bins`; it holds for all bins after that one, too.
@@ -73,7 +65,6 @@ void CVocafadeUnit::Init(int frameSize, int sampleRate, int overlap, CCriticalSe
     sampleRate_ = static_cast<float>(std::max(sampleRate, 1));
     overlap_ = std::max(overlap, 1);
     frameSize_ = frameSize;
-    frameBits_ = BinaryLogarithm(frameSize);
     over_ = false;
     balance_ = 1.0f;
     hop_ = std::min(std::max(frameSize / overlap_, 1), frameSize);

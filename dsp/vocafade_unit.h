@@ -42,8 +42,8 @@ class CVocafadeUnit {
     void Init(int frameSize, int sampleRate, int overlap, CCriticalSection* lock);
 
     /// [audio-thread] Consumes `count` samples of both inputs, writes as many to both outputs (which may be
-    /// the inputs) and reports `count` in `produced`. Below 1 it does nothing else. Samples that are no
-    /// numbers, or too large for a spectrum in single precision (beyond 1e15), count as silence.
+    /// the inputs) and reports `count` in `produced`. Below 1 it does nothing else. NaN, and samples too
+    /// large for a spectrum in single precision (beyond 1e15), count as silence.
     void Operate(const float* inL, const float* inR, int count, float* outL, float* outR, int* produced);
 
     /// Factor applied to every incoming sample.
@@ -101,7 +101,6 @@ class CVocafadeUnit {
     bool over_ = false;
     CCriticalSection* lock_ = nullptr;
     int frameSize_ = 0;
-    int frameBits_ = 0; ///< base-2 logarithm of the frame size; kept, not used
     int hop_ = 0;
     float sampleRate_ = 0.0f;
     int overlap_ = 0;

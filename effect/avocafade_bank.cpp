@@ -60,9 +60,8 @@ void AVocafade::LoadBank() {
 }
 
 void AVocafade::SetFactoryProgram() {
-    getDirectory(); // some hosts note who asks; the answer that counts is the one `open` kept
-    // The folder is empty when the user's own bank was found: the factory programs then come from a bank in
-    // the current directory, if there is one, and otherwise stay as they are built in.
+    getDirectory(); // asked again, and not used
+    // Empty when the user's own bank was found, which leads to the current folder; see docs/compatibility.md.
     const ChunkBank bank = ReadChunkBank(pluginFolder_ + kDefaultBankName, kVocafadeId, sizeof(ProgramSet));
     if (bank.content != BankContent::chunk || bank.chunk.empty()) return;
     ProgramSet programs;

@@ -53,7 +53,7 @@ void AVocafade::StoreParameter(std::int32_t index, float value) {
 }
 
 void AVocafade::TellEngine(std::int32_t index, float value) {
-    // Levels travel normalised, frequencies and the position in their own units; the engine expects it so.
+    // Levels travel normalised, frequencies and the position in their own units; see docs/compatibility.md.
     const std::int32_t internal = TruncateToInt(NormalizeValToInternalVal(index, value));
     switch (index) {
     case kParameterOnOff:
@@ -117,7 +117,7 @@ void AVocafade::setParameterFromDiaplay(std::int32_t index, float displayValue) 
     }
     TellListener(index, normalised);
     CallHost(audioMasterAutomate, index, 0, nullptr, normalised);
-    endEdit(index); // without a beginning: typing is one step
+    endEdit(index); // without a beginning; see docs/compatibility.md
 }
 
 float AVocafade::getParameter(std::int32_t index) {

@@ -70,7 +70,7 @@ std::int32_t AVocafade::setChunk(void* data, std::int32_t byteSize, bool isPrese
 bool AVocafade::IsProgramChanged() const {
     const AVocafadeProgram& stored = initial_[static_cast<std::size_t>(curProgram.load())];
     for (std::int32_t i = 0; i < kParameterCount; ++i) {
-        // By their bits, so that a value that is no number equals itself.
+        // By their bits, so that NaN equals itself.
         const auto now = std::bit_cast<std::uint32_t>(LoadValue(Current(), i));
         if (now != std::bit_cast<std::uint32_t>(LoadValue(stored, i))) return true;
     }

@@ -144,7 +144,7 @@ TEST_F(Programs, TakeDamagedChunksSafely) {
     SetChunk(std::vector<char>(20, 0), false); // ends within the first record
     EXPECT_EQ(effect.getProgram(), 3);
 
-    const std::vector<char> garbage(3328, static_cast<char>(0xFF)); // every value is no number
+    const std::vector<char> garbage(3328, static_cast<char>(0xFF)); // every value is NaN
     SetChunk(garbage, false);
     char text[64];
     for (std::int32_t i = 0; i < kParameterCount; ++i) {
