@@ -15,7 +15,6 @@ namespace {
 class UnitEngine final : public Engine {
   public:
     explicit UnitEngine(const kernels::KernelSet& set) : unit_(set) {
-        unit_.SetOutputLevel(1.0f);
         unit_.SetCancelFS(kLowHertz, kHighHertz);
         unit_.Init(kFrameSize, 44100, kOverlap, &lock_);
     }

@@ -6,29 +6,20 @@
 
 namespace vocafade {
 
-CVocafadeManager::CVocafadeManager() {
-    unit_.SetActive(true);
-    unit_.SetInputLevel(1.0f);
-    unit_.SetOutputLevel(1.0f);
-}
-
 bool CVocafadeManager::set_Activate(bool on) {
     const CSingleLock hold(lock_);
     active_ = on;
-    unit_.SetActive(on);
     return true;
 }
 
 bool CVocafadeManager::set_InputLevel(float level) {
     const CSingleLock hold(lock_);
-    inputLevel_ = level;
     unit_.SetInputLevel(level);
     return true;
 }
 
 bool CVocafadeManager::set_OutputLevel(float level) {
     const CSingleLock hold(lock_);
-    outputLevel_ = level;
     unit_.SetOutputLevel(level);
     return true;
 }
@@ -49,24 +40,16 @@ bool CVocafadeManager::set_VocafadeLoFS(unsigned hertz) {
 
 bool CVocafadeManager::set_LRate(int position) {
     const CSingleLock hold(lock_);
-    position = std::max(position, 1);
-    lrRate_ = static_cast<float>(position);
+    const float rate = static_cast<float>(std::max(position, 1));
     // The formula would give 63/64 in the middle, which is not the centre.
-    unit_.SetLRBalance(position == 64 ? 1.0f : (127.0f - lrRate_) / lrRate_);
+    unit_.SetLRBalance(position == 64 ? 1.0f : (127.0f - rate) / rate);
     return true;
 }
 
 bool CVocafadeManager::SetMediaType(const tWAVEFORMATEX* format) {
     const CSingleLock hold(lock_);
-    mediaType_ = *format;
-    return CreateFilter(format->nChannels, static_cast<int>(std::min<std::uint32_t>(
-                                               format->nSamplesPerSec, std::numeric_limits<int>::max())));
-}
-
-bool CVocafadeManager::CreateFilter(int channels, int sampleRate) {
-    channels_ = channels;
-    sampleRate_ = static_cast<std::uint32_t>(sampleRate);
-    unit_.Init(kFrameSize, sampleRate, kOverlap, &lock_);
+    constexpr std::uint32_t most = std::numeric_limits<int>::max();
+    unit_.Init(kFrameSize, static_cast<int>(std::min(format->nSamplesPerSec, most)), kOverlap, &lock_);
     return true;
 }
 

@@ -18,7 +18,7 @@ class CVocafadeManager {
     static constexpr int kFrameSize = 2048;
     static constexpr int kOverlap = 6;
 
-    CVocafadeManager();
+    CVocafadeManager() = default;
     virtual ~CVocafadeManager() = default;
     CVocafadeManager(const CVocafadeManager&) = delete;
     CVocafadeManager& operator=(const CVocafadeManager&) = delete;
@@ -41,8 +41,6 @@ class CVocafadeManager {
     /// [main-thread] Takes the stream's format and starts the engine anew: audio in flight is dropped and the
     /// balance returns to the centre until the next `set_LRate`. Levels and band limits stay.
     bool SetMediaType(const tWAVEFORMATEX* format);
-    /// [main-thread] Starts the engine for another rate without the lock; only while no audio runs.
-    bool CreateFilter(int channels, int sampleRate);
     /// [any-thread] Takes the size of blocks to come. Nothing depends on it: the unit writes straight into
     /// the outputs, so there are no work arrays to make or to free.
     bool SetSampleSize(unsigned /*count*/) { return true; }
@@ -56,15 +54,9 @@ class CVocafadeManager {
 
   private:
     CCriticalSection lock_;
-    int channels_ = 0;
-    std::uint32_t sampleRate_ = 0;
     bool active_ = true;
-    float inputLevel_ = 1.0f;
-    float outputLevel_ = 1.0f;
     std::uint32_t lowHertz_ = 0;
     std::uint32_t highHertz_ = 0;
-    float lrRate_ = 1.0f;
-    tWAVEFORMATEX mediaType_{};
     CVocafadeUnit unit_;
 };
 

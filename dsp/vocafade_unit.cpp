@@ -62,20 +62,20 @@ void CVocafadeUnit::Channel::Init(int frameSize) {
 void CVocafadeUnit::Init(int frameSize, int sampleRate, int overlap, CCriticalSection* lock) {
     if (frameSize < 2 || !std::has_single_bit(static_cast<unsigned>(frameSize))) frameSize = 0;
     lock_ = lock;
-    sampleRate_ = static_cast<float>(std::max(sampleRate, 1));
-    overlap_ = std::max(overlap, 1);
+    sampleRate = std::max(sampleRate, 1);
+    overlap = std::max(overlap, 1);
     frameSize_ = frameSize;
     over_ = false;
     balance_ = 1.0f;
-    hop_ = std::min(std::max(frameSize / overlap_, 1), frameSize);
+    hop_ = std::min(std::max(frameSize / overlap, 1), frameSize);
     silentLead_ = Latency();
     if (frameSize == 0) return;
 
     const float n = static_cast<float>(frameSize);
     vocoder_.bins = frameSize / 2;
-    vocoder_.binWidth = sampleRate_ / n;
+    vocoder_.binWidth = static_cast<float>(sampleRate) / n;
     vocoder_.expectedPhaseAdvance = static_cast<float>(hop_) * kTwoPi / n;
-    vocoder_.overlap = static_cast<float>(overlap_);
+    vocoder_.overlap = static_cast<float>(overlap);
 
     const auto size = static_cast<std::size_t>(frameSize);
     const bool sameWindow = window_.size() == size + kernels::kPadding;

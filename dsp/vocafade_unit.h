@@ -50,10 +50,6 @@ class CVocafadeUnit {
     void SetInputLevel(float level) { inputLevel_ = level; }
     /// Factor applied to every outgoing sample, on top of the unit's own 1.7.
     void SetOutputLevel(float level) { outputLevel_ = level * 170.0f / 100.0f; }
-    /// Kept for a clip indication; nothing compares against it.
-    void SetOverLevelThreshold(float threshold) { overLevelThreshold_ = threshold; }
-    /// Kept; the owner gates processing.
-    void SetActive(bool active) { active_ = active; }
     /// Limits of the band in Hz, both inclusive; an upper limit below the lower one removes nothing.
     void SetCancelFS(unsigned low, unsigned high);
     /// The left-to-right magnitude ratio of what is removed; 1 is the centre.
@@ -66,8 +62,6 @@ class CVocafadeUnit {
 
     /// Samples from input to output: frame size minus hop.
     int Latency() const { return frameSize_ - hop_; }
-    /// Samples from one frame to the next.
-    int Hop() const { return hop_; }
 
     /// Kept for callers of the toolkit; does nothing.
     void Vocafade() {}
@@ -95,15 +89,11 @@ class CVocafadeUnit {
 
     const kernels::KernelSet& kernels_;
     float inputLevel_ = 1.0f;
-    float outputLevel_ = 1.0f;
-    float overLevelThreshold_ = 0.0f; ///< kept, not used
-    bool active_ = false;             ///< kept, not used
+    float outputLevel_ = 170.0f / 100.0f;
     bool over_ = false;
     CCriticalSection* lock_ = nullptr;
     int frameSize_ = 0;
     int hop_ = 0;
-    float sampleRate_ = 0.0f;
-    int overlap_ = 0;
     kernels::VocoderConstants vocoder_{};
     kernels::FrameTransform transform_;
     float balance_ = 1.0f;

@@ -254,7 +254,6 @@ TEST(Engine, IsSilentWithFramesThatAreNoPowerOfTwo) {
     const StereoSamples input = StereoNoise(500);
     CCriticalSection lock;
     CVocafadeUnit unit;
-    unit.SetOutputLevel(1.0f);
     for (const int size : {1, 0, -2048, 3, 100, 2049}) {
         unit.Init(64, 44100, 6, &lock); // what was there before does not sound
         StereoSamples output{Samples(500, 7.0f), Samples(500, 7.0f)};

@@ -83,7 +83,6 @@ class EverythingSong {
 
 struct Running {
     explicit Running(const KernelSet& set) : name(set.instructionSet), unit(set) {
-        unit.SetOutputLevel(1.0f);
         unit.Init(2048, 44100, 6, &lock);
     }
     std::string name;
@@ -188,7 +187,6 @@ TEST(InstructionSets, ServeOtherFramesThanTheEnginesOwn) {
             for (const KernelSet* set : KernelSets()) {
                 CCriticalSection lock;
                 CVocafadeUnit unit(*set);
-                unit.SetOutputLevel(1.0f);
                 unit.SetCancelFS(1, 0);
                 unit.Init(size, 48000, overlap, &lock);
                 outputs.push_back({Samples(9000), Samples(9000)});
