@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vocafade {
+namespace vocafade::test {
 namespace {
 
 TEST(Utf8, EveryCharacterComesBack) {
@@ -34,4 +34,4 @@ TEST(Utf8, WhatIsNoneIsReplacedByteByByte) {
 }
 
 } // namespace
-} // namespace vocafade
+} // namespace vocafade::test

@@ -8,7 +8,7 @@
 #include <numbers>
 #include <vector>
 
-namespace vocafade {
+namespace vocafade::test {
 namespace {
 
 constexpr int kPoints = 256;
@@ -112,4 +112,4 @@ TEST(Formants, PeaksAreJoinedByLinesAndCurvesScaled) {
 }
 
 } // namespace
-} // namespace vocafade
+} // namespace vocafade::test

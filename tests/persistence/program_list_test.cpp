@@ -11,7 +11,7 @@
 #include <gtest/gtest.h>
 #include <string>
 
-namespace vocafade {
+namespace vocafade::test {
 namespace {
 
 using test::TempFolder;
@@ -242,4 +242,4 @@ TEST_F(ProgramList, TokensEndAtBlanks) {
 }
 
 } // namespace
-} // namespace vocafade
+} // namespace vocafade::test

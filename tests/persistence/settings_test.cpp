@@ -17,7 +17,7 @@
 #include <thread>
 #include <unistd.h>
 
-namespace vocafade {
+namespace vocafade::test {
 namespace {
 
 using test::ReadFile;
@@ -361,4 +361,4 @@ TEST(ProfileCache, SectionsHoldEntriesButTheCallsAreInert) {
 }
 
 } // namespace
-} // namespace vocafade
+} // namespace vocafade::test

@@ -15,7 +15,7 @@
 #include <unistd.h>
 #include <vector>
 
-namespace vocafade {
+namespace vocafade::test {
 namespace {
 
 using test::ReadFile;
@@ -600,4 +600,4 @@ TEST(UserChunk, FilesOfTheSoundExchangeProgramKeepTheirSound) {
 }
 
 } // namespace
-} // namespace vocafade
+} // namespace vocafade::test

@@ -8,7 +8,7 @@
 #include <cstring>
 #include <gtest/gtest.h>
 
-namespace vocafade {
+namespace vocafade::test {
 namespace {
 
 constexpr std::uint32_t kOpaque = 0xFF000000U;
@@ -333,4 +333,4 @@ TEST(Resources, BitmapsComeFromTheFolderElseFromTheLibrary) {
 }
 
 } // namespace
-} // namespace vocafade
+} // namespace vocafade::test
