@@ -93,7 +93,7 @@ void Sounds() {
              Big32(46) + "AIFF" + Chunk("COMM", std::string(18, '\0')) + "SSND" + Big32(8) +
              std::string(40, '\1'));
     Seed("user_chunk_fuzzer", "wrapped",
-         "\x09" + std::string(Form(common + sound)).replace(42, 4, Big32(0xFFFFFFF0u)));
+         "\x09" + std::string(Form(common + sound)).replace(42, 4, Big32(0xFFFFFFF0U)));
 }
 
 } // namespace

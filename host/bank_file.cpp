@@ -60,7 +60,7 @@ ProgramValues ReadValues(Reader& reader, std::uint32_t count) {
     program.values.reserve(count);
     for (std::uint32_t i = 0; i < count; ++i) {
         const float value = std::bit_cast<float>(reader.Number());
-        program.values.push_back(std::isnan(value) ? 0.0F : std::clamp(value, 0.0F, 1.0F));
+        program.values.push_back(std::isnan(value) ? 0.0f : std::clamp(value, 0.0f, 1.0f));
     }
     return program;
 }

@@ -136,7 +136,7 @@ int Effect::canDo(std::string_view what) {
 }
 
 float Effect::parameter(std::int32_t index) {
-    return isParameter(index) ? effect_->getParameter(effect_, index) : 0.0F;
+    return isParameter(index) ? effect_->getParameter(effect_, index) : 0.0f;
 }
 
 void Effect::setParameter(std::int32_t index, float value) {

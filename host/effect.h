@@ -95,7 +95,7 @@ class Effect {
 
     /// [main-thread] Any opcode at all, for tools that look closer.
     VstIntPtr Dispatch(std::int32_t opcode, std::int32_t index = 0, VstIntPtr value = 0, void* ptr = nullptr,
-                       float opt = 0.0F);
+                       float opt = 0.0f);
     /// The descriptor itself, for tools that look closer.
     AEffect* descriptor() { return effect_; }
 

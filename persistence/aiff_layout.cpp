@@ -20,7 +20,7 @@ struct ChunkHeader {
 /// IDs are printable ASCII: "(c) " is one of the published ones.
 bool IsChunkId(std::uint32_t id) {
     for (int shift = 0; shift < 32; shift += 8) {
-        const std::uint32_t character = id >> shift & 0xFFu;
+        const std::uint32_t character = id >> shift & 0xFFU;
         if (character < 0x20 || character > 0x7E) return false;
     }
     return true;

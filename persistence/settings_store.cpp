@@ -30,9 +30,9 @@ constexpr std::int64_t kLargestFile = 64 * 1024 * 1024;
 
 /// 64-bit FNV-1a, the constants as published.
 std::uint64_t Hash(std::string_view text) {
-    std::uint64_t hash = 14695981039346656037u;
+    std::uint64_t hash = 14695981039346656037U;
     for (const char c : text) {
-        hash = (hash ^ static_cast<unsigned char>(c)) * 1099511628211u;
+        hash = (hash ^ static_cast<unsigned char>(c)) * 1099511628211U;
     }
     return hash;
 }

@@ -32,7 +32,7 @@ TEST_F(FormatsCommand, AListBecomesABankThatTheCommandItselfOpens) {
     EXPECT_EQ(run.exitCode, 0) << run.err;
     EXPECT_EQ(run.out, "new.fxb: 2 programs\n");
     const std::string bank = Content(At("new.fxb"));
-    ASSERT_EQ(bank.size(), 3488u);
+    ASSERT_EQ(bank.size(), 3488U);
     EXPECT_EQ(bank.substr(0, 12), std::string("CcnK\0\0\x0D\x98"
                                               "FBCh",
                                               12))
@@ -110,7 +110,7 @@ TEST_F(FormatsCommand, NothingIsWrittenOverWhatItIsMadeFrom) {
     EXPECT_EQ(Content(At("Hall.PGM")), kFile + "0\t\t\t\n");
     EXPECT_TRUE(Content(plugin).starts_with("\x7F"
                                             "ELF"));
-    EXPECT_EQ(Run({"chunks", song, "--get", "COMM", "-o", "-"}).out.size(), 18u);
+    EXPECT_EQ(Run({"chunks", song, "--get", "COMM", "-o", "-"}).out.size(), 18U);
 }
 
 TEST_F(FormatsCommand, ASongKeepsItsChunksAndTagsOverManyRenderings) {
@@ -247,13 +247,13 @@ TEST_F(FormatsCommand, ChunkCommandsThatMakeNoSenseChangeNothing) {
     std::string large = Content(At(song)) + "WVL4\x90";
     large.append(3, '\0');
     StoreBigEndian32(reinterpret_cast<unsigned char*>(&large[4]),
-                     static_cast<std::uint32_t>(large.size() - 8 + 0x90000000u));
+                     static_cast<std::uint32_t>(large.size() - 8 + 0x90000000U));
     Text("large.aiff", large);
-    std::filesystem::resize_file(At("large.aiff"), large.size() + 0x90000000u);
+    std::filesystem::resize_file(At("large.aiff"), large.size() + 0x90000000U);
     const RunResult refused = Run({"chunks", "large.aiff", "--put", "KEY=value"});
     EXPECT_EQ(refused.exitCode, 1);
     EXPECT_NE(refused.err.find("nothing was written"), std::string::npos) << refused.err;
-    EXPECT_EQ(std::filesystem::file_size(At("large.aiff")), large.size() + 0x90000000u);
+    EXPECT_EQ(std::filesystem::file_size(At("large.aiff")), large.size() + 0x90000000U);
 }
 
 TEST_F(FormatsCommand, UsageErrorsNameTheHelpThatHelps) {
@@ -300,7 +300,7 @@ std::vector<float> Vowel(int rate, int frames, const std::array<double, 3>& form
     double peak = 0.0;
     for (const double sample : sound)
         peak = std::max(peak, std::abs(sample));
-    std::vector<float> stereo = Noise(frames, 1e-4F);
+    std::vector<float> stereo = Noise(frames, 1e-4f);
     for (int i = 0; i < 2 * frames; ++i)
         stereo[static_cast<std::size_t>(i)] +=
             static_cast<float>(sound[static_cast<std::size_t>(i / 2)] / peak * 0.5);
@@ -334,7 +334,7 @@ TEST_F(FormatsCommand, TheFormantsOfAVowelAreFoundAndDrawn) {
         EXPECT_NE(run.out.find("try --lofreq"), std::string::npos) << run.out;
         const std::string picture = Content(At("vowel.png"));
         EXPECT_EQ(picture.substr(0, 24), std::string("\x89PNG\r\n\x1A\n\0\0\0\rIHDR\0\0\5\0\0\0\2\xD0", 24));
-        EXPECT_GT(picture.size(), 20000u);
+        EXPECT_GT(picture.size(), 20000U);
     }
 }
 

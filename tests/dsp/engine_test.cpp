@@ -102,7 +102,7 @@ TEST(Engine, AgreesWithAnIndependentPlainModel) {
 TEST(Engine, GivesTheSameBitsAtAnyBlockSize) {
     const StereoSamples input = StereoNoise(30000);
     const StereoSamples whole = Engine().Run(input, input.left.size());
-    for (const std::size_t block : {1u, 7u, 340u, 341u, 342u, 4096u, 5000u}) {
+    for (const std::size_t block : {1U, 7U, 340U, 341U, 342U, 4096U, 5000U}) {
         const StereoSamples output = Engine().Run(input, block);
         EXPECT_EQ(output.left, whole.left) << block;
         EXPECT_EQ(output.right, whole.right) << block;
@@ -127,7 +127,7 @@ TEST(Engine, MayWriteOverItsInput) {
 
 TEST(Engine, StaysSilentForExactlyItsLatency) {
     StereoSamples input = StereoNoise(6000);
-    for (const unsigned high : {20000u, 20u}) { // with and without a band: leaks of modified frames count
+    for (const unsigned high : {20000U, 20U}) { // with and without a band: leaks of modified frames count
         Engine engine(kRate, 400, high);
         for (int pass = 0; pass < 2; ++pass) { // a new start is as silent as the first
             engine.SetRate(kRate);

@@ -83,7 +83,7 @@ TEST(ParameterConversions, MatchTheTable) {
     for (const std::int32_t index : {-1, 6, 7, 8, 1000}) {
         EXPECT_EQ(ValToNormalizeValue(index, 1.0f), 0.0f);
         EXPECT_EQ(NormalizeValToInternalVal(index, 1.0f), 0.0f);
-        EXPECT_EQ(NormalizeValToDWValue(index, 1.0f), 0u);
+        EXPECT_EQ(NormalizeValToDWValue(index, 1.0f), 0U);
     }
 }
 
@@ -110,10 +110,10 @@ TEST(ParameterConversions, KeepWhatIsTypedWhole) {
 }
 
 TEST(ParameterConversions, GiveFixedPointAndRanges) {
-    EXPECT_EQ(NormalizeValToDWValue(0, 1.0f), 1u);
-    EXPECT_EQ(NormalizeValToDWValue(5, 0.5f), 127u * 32768u);
-    EXPECT_EQ(NormalizeValToDWValue(3, 1.0f), 20000u * 65536u);
-    EXPECT_EQ(NormalizeValToDWValue(1, 1.0f), 6u * 65536u);
+    EXPECT_EQ(NormalizeValToDWValue(0, 1.0f), 1U);
+    EXPECT_EQ(NormalizeValToDWValue(5, 0.5f), 127U * 32768U);
+    EXPECT_EQ(NormalizeValToDWValue(3, 1.0f), 20000U * 65536U);
+    EXPECT_EQ(NormalizeValToDWValue(1, 1.0f), 6U * 65536U);
     const auto lowest = static_cast<std::int32_t>(NormalizeValToDWValue(2, 0.0f));
     EXPECT_EQ(lowest, static_cast<std::int32_t>(-59.794705707972525 * 65536.0)) << "cut towards zero";
 
@@ -210,7 +210,7 @@ TEST_F(Parameters, EditorHearsOfSwitchesAndProgramsOnceTheyHold) {
     expectSince(all, {6, 6});
     effect.CopyPgFrom(2);
     expectSince(all, {6});
-    EXPECT_EQ(host.Calls(audioMasterUpdateDisplay).size(), 2u);
+    EXPECT_EQ(host.Calls(audioMasterUpdateDisplay).size(), 2U);
 }
 
 TEST_F(Parameters, TypedValuesAreShownAsTypedAndLimitedInEffect) {
@@ -250,7 +250,7 @@ TEST_F(Parameters, NanCountsAsTheMinimumAndInfinityIsClamped) {
     EXPECT_EQ(Internal(4, kInfinity), 20000.0f);
     EXPECT_EQ(Internal(5, kInfinity), 127.0f);
     EXPECT_EQ(ValToNormalizeValue(3, kInfinity), 1.0f);
-    EXPECT_EQ(NormalizeValToDWValue(3, kInfinity), 20000u * 65536u);
+    EXPECT_EQ(NormalizeValToDWValue(3, kInfinity), 20000U * 65536U);
     effect.setParameterFromDiaplay(1, kInfinity);
     EXPECT_EQ(effect.getParameter(1), 1.0f);
     EXPECT_FLOAT_EQ(Internal(5, -3.0f), 0.0f);
@@ -279,7 +279,7 @@ TEST_F(Parameters, DescribeTheirRangesInWholeNumbers) {
     VstParameterProperties p;
     EXPECT_TRUE(effect.getParameterProperties(99, &p));
     EXPECT_EQ(p.maxInteger, 0);
-    EXPECT_EQ(host.Calls(audioMasterGetProductString).size(), 1u);
+    EXPECT_EQ(host.Calls(audioMasterGetProductString).size(), 1U);
 }
 
 TEST_F(Parameters, HideTheirRangesFromHostsThatMisreadThem) {
@@ -296,7 +296,7 @@ TEST_F(Parameters, HideTheirRangesFromHostsThatMisreadThem) {
             const bool clear = std::all_of(bytes, bytes + sizeof p, [](unsigned char b) { return b == 0; });
             EXPECT_EQ(clear, !told) << product;
         }
-        EXPECT_EQ(host.Calls(audioMasterGetProductString).size(), 1u) << "asked once";
+        EXPECT_EQ(host.Calls(audioMasterGetProductString).size(), 1U) << "asked once";
     }
     host.product = std::string(200, 'A'); // longer than the interface allows
     AVocafade other(RecordingHost::Callback);

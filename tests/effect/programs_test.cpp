@@ -91,7 +91,7 @@ TEST_F(Programs, TravelAsABankChunkWithTheCurrentNumber) {
     char name[] = "Fünf";
     effect.setProgramName(name);
     const std::vector<char> chunk = Chunk(false);
-    ASSERT_EQ(chunk.size(), 3328u);
+    ASSERT_EQ(chunk.size(), 3328U);
     std::int32_t current = 0;
     std::memcpy(&current, chunk.data() + 48, 4);
     EXPECT_EQ(current, 5);
@@ -111,7 +111,7 @@ TEST_F(Programs, TravelAsASingleProgramChunk) {
     effect.setProgram(2);
     effect.setParameter(1, 0.75f);
     const std::vector<char> chunk = Chunk(true);
-    ASSERT_EQ(chunk.size(), 52u);
+    ASSERT_EQ(chunk.size(), 52U);
     effect.setProgram(9);
     SetChunk(chunk, true);
     EXPECT_EQ(effect.getProgram(), 9);
@@ -150,7 +150,7 @@ TEST_F(Programs, TakeDamagedChunksSafely) {
     for (std::int32_t i = 0; i < kParameterCount; ++i) {
         effect.getParameterDisplay(i, text);
     }
-    EXPECT_EQ(Name(3).size(), 23u);
+    EXPECT_EQ(Name(3).size(), 23U);
 }
 
 TEST_F(Programs, ReturnToTheirStoredAndFactoryStates) {
@@ -164,7 +164,7 @@ TEST_F(Programs, ReturnToTheirStoredAndFactoryStates) {
     EXPECT_FALSE(effect.IsProgramChanged());
     EXPECT_EQ(Name(4), "Empty");
     EXPECT_EQ(effect.getParameter(2), DefaultNormalizedValue(2));
-    EXPECT_EQ(host.Calls(audioMasterUpdateDisplay).size(), 1u);
+    EXPECT_EQ(host.Calls(audioMasterUpdateDisplay).size(), 1U);
 
     effect.setParameter(2, 0.5f);
     effect.ProgramToFactory();
@@ -179,7 +179,7 @@ TEST_F(Programs, ReturnToTheirStoredAndFactoryStates) {
         effect.setProgram(i);
         EXPECT_FALSE(effect.IsProgramChanged()) << i;
     }
-    EXPECT_EQ(host.Calls(audioMasterUpdateDisplay).size(), 3u);
+    EXPECT_EQ(host.Calls(audioMasterUpdateDisplay).size(), 3U);
 
     effect.setProgram(1);
     effect.setParameter(5, 1.0f);

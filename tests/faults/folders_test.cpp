@@ -31,9 +31,9 @@ class Folders : public WithSettings {
         int messages = 0;
         effect.SetMessageHook(
             [&](std::int32_t id, const std::string&) { messages += id == 20135 ? 1 : 1000; });
-        effect.setParameter(3, 0.5F);
+        effect.setParameter(3, 0.5f);
         effect.SaveProgram(7, name);
-        EXPECT_EQ(effect.getParameter(3), 0.5F) << "the edit stays, saved or not";
+        EXPECT_EQ(effect.getParameter(3), 0.5f) << "the edit stays, saved or not";
         EXPECT_EQ(effect.getProgram(), 7);
         return messages;
     }
@@ -158,15 +158,15 @@ TEST_F(Folders, CurrentOneGivesFactoryProgramsAndIsNeverWritten) {
         AVocafade effect(SilentHost);
         effect.open();
         effect.setProgram(7);
-        effect.setParameter(3, 0.9F);
+        effect.setParameter(3, 0.9f);
         effect.SetFactoryProgram();
         effect.ProgramToFactory();
         return effect.getParameter(3);
     };
     const float builtIn = factoryValue();
-    EXPECT_NE(builtIn, 0.5F);
+    EXPECT_NE(builtIn, 0.5f);
     WriteFile("VocafadeDef.fxb", bank);
-    EXPECT_EQ(factoryValue(), 0.5F);
+    EXPECT_EQ(factoryValue(), 0.5f);
     for (const std::string& broken : {std::string(), bank.substr(0, 100), std::string(4000, '\xff'),
                                       bank.substr(0, 16) + "Else" + bank.substr(20)}) {
         WriteFile("VocafadeDef.fxb", broken);

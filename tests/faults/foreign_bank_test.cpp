@@ -45,7 +45,7 @@ class ForeignBank : public WithSettings {
             effect.getProgramName(name);
             EXPECT_LT(::strnlen(name, sizeof name), sizeof name);
             if (program % 8 != 0) continue;
-            effect.setParameter(0, 1.0F);
+            effect.setParameter(0, 1.0f);
             float* in[] = {const_cast<float*>(left.data()), const_cast<float*>(left.data())};
             float* out[] = {outL.data(), outR.data()};
             effect.processReplacing(in, out, 4096);

@@ -31,8 +31,8 @@ void Expect(bool condition, const char* what) {
 }
 
 void Play(AEffect* effect) {
-    std::vector<float> left(512, 0.25F);
-    std::vector<float> right(512, -0.25F);
+    std::vector<float> left(512, 0.25f);
+    std::vector<float> right(512, -0.25f);
     std::vector<float> outLeft(512);
     std::vector<float> outRight(512);
     float* in[] = {left.data(), right.data()};
@@ -50,11 +50,11 @@ void UseOnce(const char* plugin) {
     Expect(entry != nullptr, "it has no entry");
     AEffect* effect = entry(Answer);
     Expect(effect != nullptr, "it refuses");
-    const auto ask = [&](std::int32_t opcode, VstIntPtr value = 0, void* ptr = nullptr, float opt = 0.0F) {
+    const auto ask = [&](std::int32_t opcode, VstIntPtr value = 0, void* ptr = nullptr, float opt = 0.0f) {
         return effect->dispatcher(effect, opcode, 0, value, ptr, opt);
     };
     ask(effOpen);
-    ask(effSetSampleRate, 0, nullptr, 48000.0F);
+    ask(effSetSampleRate, 0, nullptr, 48000.0f);
     ask(effSetBlockSize, 512);
     ask(effMainsChanged, 1);
     std::thread audio(Play, effect);

@@ -39,14 +39,14 @@ Bytes ValueProgram(const char* name, float first) {
     Bytes file;
     file.Head("FxCk", 6).Text(name, 28).Value(first);
     for (int i = 1; i < 6; ++i)
-        file.Value(0.5F);
+        file.Value(0.5f);
     return file;
 }
 
 Bytes ValueBank() {
     Bytes file;
     file.Head("FxBk", 2).Text("", 128);
-    for (const Bytes& program : {ValueProgram("First", 1.0F), ValueProgram("Second", 0.0F)})
+    for (const Bytes& program : {ValueProgram("First", 1.0f), ValueProgram("Second", 0.0f)})
         file.bytes.insert(file.bytes.end(), program.bytes.begin(), program.bytes.end());
     return file;
 }
@@ -63,11 +63,11 @@ TEST(BankFile, AllFourKindsAreRead) {
     ASSERT_EQ(std::get<1>(values.content).size(), 2U);
     EXPECT_EQ(std::get<1>(values.content)[1].name, "Second");
     const BankFile odd = ParseBankFile(ValueProgram("Odd", std::numeric_limits<float>::quiet_NaN()).bytes);
-    EXPECT_EQ(std::get<1>(odd.content)[0].values[0], 0.0F) << "NaN is the minimum";
+    EXPECT_EQ(std::get<1>(odd.content)[0].values[0], 0.0f) << "NaN is the minimum";
 }
 
 TEST(BankFile, CutShortAnywhereIsRefused) {
-    for (const Bytes& whole : {ChunkBank(), ValueBank(), ValueProgram("x", 1.0F)})
+    for (const Bytes& whole : {ChunkBank(), ValueBank(), ValueProgram("x", 1.0f)})
         for (std::size_t length = 0; length < whole.bytes.size(); ++length)
             ASSERT_THROW(ParseBankFile(std::span(whole.bytes).first(length)), HostError) << length;
 }

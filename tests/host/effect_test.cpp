@@ -36,7 +36,7 @@ class KeptFake {
 struct Buffers {
     std::vector<float> left, right;
     float* pointers[2];
-    explicit Buffers(int frames, float value = 0.0F)
+    explicit Buffers(int frames, float value = 0.0f)
         : left(static_cast<std::size_t>(frames), value), right(left), pointers{left.data(), right.data()} {}
 };
 
@@ -56,11 +56,11 @@ TEST(Effect, LivesInOneOrder) {
         EXPECT_THROW(effect.Start(), HostError) << "before it knows its rate";
         effect.Configure(48000.0, 64);
         effect.Start();
-        Buffers buffers(64, 1.0F);
+        Buffers buffers(64, 1.0f);
         effect.Process(buffers.pointers, buffers.pointers, 64);
         effect.Process(buffers.pointers, buffers.pointers, 10);
-        EXPECT_FLOAT_EQ(buffers.left[0], 0.25F);
-        EXPECT_FLOAT_EQ(buffers.right[63], 0.5F);
+        EXPECT_FLOAT_EQ(buffers.left[0], 0.25f);
+        EXPECT_FLOAT_EQ(buffers.right[63], 0.5f);
         effect.Configure(44100.0, 32, Precision::float64); // stops by itself
     }
     const std::vector<std::int32_t> order = {
@@ -139,8 +139,8 @@ TEST(Effect, UnrulyAnswersStayHarmless) {
     Effect effect(FakePath(5));
     EXPECT_EQ(effect.parameterName(0), std::string(200, 'x'));
     EXPECT_EQ(effect.parameterName(1), "");
-    EXPECT_EQ(effect.parameter(-1), 0.0F);
-    effect.setParameter(77, 1.0F);
+    EXPECT_EQ(effect.parameter(-1), 0.0f);
+    effect.setParameter(77, 1.0f);
     EXPECT_THROW(effect.chunk(false), HostError);
     EXPECT_FALSE(effect.editorRect().has_value());
     EXPECT_FALSE(effect.OpenEditor(nullptr));
@@ -157,15 +157,15 @@ TEST(Effect, ManyRunAtOnceOnTheirOwnThreads) {
                 Effect effect(FakePath(0));
                 effect.Configure(44100.0, 16);
                 effect.Start();
-                effect.setParameter(0, 0.1F * static_cast<float>(t));
-                Buffers buffers(16, 1.0F);
+                effect.setParameter(0, 0.1f * static_cast<float>(t));
+                Buffers buffers(16, 1.0f);
                 effect.Process(buffers.pointers, buffers.pointers, 16);
                 results[t] = buffers.left[15];
             }
         });
     threads.clear();
     for (std::size_t t = 0; t < results.size(); ++t)
-        EXPECT_FLOAT_EQ(results[t], 0.1F * static_cast<float>(t));
+        EXPECT_FLOAT_EQ(results[t], 0.1f * static_cast<float>(t));
 }
 
 } // namespace

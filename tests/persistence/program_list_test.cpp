@@ -83,7 +83,7 @@ TEST_F(ProgramList, AMissingFileGetsTheValuesOfTheProgramBefore) {
     Program("Hall.PGM", "0\t" + Fixed(400) + "\n");
     const ProgramListImport import = Import();
     EXPECT_EQ(import.outcome, Outcome::imported);
-    ASSERT_EQ(import.unread.size(), 2u);
+    ASSERT_EQ(import.unread.size(), 2U);
     EXPECT_EQ(import.unread[0].name, "Missing");
     EXPECT_EQ(import.unread[0].content, ProgramFileContent::noFile);
     EXPECT_STREQ(programs_[0].name, "Missing");
@@ -114,7 +114,7 @@ TEST_F(ProgramList, ManyProgramsAndLongNamesStayInTheirBounds) {
     const ProgramListImport import = Import();
     EXPECT_EQ(import.imported, kProgramCount);
     EXPECT_EQ(import.listed, 2147483647);
-    EXPECT_EQ(import.cutNames.size(), 2u);
+    EXPECT_EQ(import.cutNames.size(), 2U);
     EXPECT_EQ(std::string(programs_[0].name), longName.substr(0, 23));
     EXPECT_EQ(std::string(programs_[1].name), std::string(22, 'j') + "\x83");
     EXPECT_STREQ(CheckSJISAndToUFT8(programs_[1].name), (std::string(22, 'j') + "\uFFFD").c_str());
@@ -181,9 +181,9 @@ TEST_F(ProgramList, LinesKeepTheirQuirks) {
     WriteFile(folder_ / "lines", "one\r\ntwo;three\n\r\nend");
     Myifstream stream;
     stream.open((folder_ / "missing").c_str());
-    EXPECT_NE(stream.rdstate() & 6u, 0u);
+    EXPECT_NE(stream.rdstate() & 6U, 0U);
     stream.open((folder_ / "lines").c_str(), Myifstream::in | Myifstream::binary);
-    ASSERT_EQ(stream.rdstate(), 0u);
+    ASSERT_EQ(stream.rdstate(), 0U);
     char line[12] = "xxxxxxxxxxx";
     stream.getline(line, 10);
     EXPECT_STREQ(line, "one");
@@ -229,7 +229,7 @@ TEST_F(ProgramList, TokensEndAtBlanks) {
     EXPECT_EQ(byte, 't');
     stream >> token;
     EXPECT_STREQ(token, "wo");
-    EXPECT_EQ(stream.rdstate(), 0u);
+    EXPECT_EQ(stream.rdstate(), 0U);
     stream >> byte;
     EXPECT_EQ(byte, 'x');
     EXPECT_EQ(stream.rdstate(), Myistrstream::kUsedUp);

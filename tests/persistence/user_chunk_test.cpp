@@ -192,7 +192,7 @@ TEST(UserChunk, ChunksThatOthersAppendedBehindTheFormAreKept) {
         Form(head) + user(first) + tags,                                     // behind one that was removed,
         Form(head + Chunk("FLLR", second)) + user(first).substr(46) + tags}; // behind what once was one
     for (const std::string& bytes : begun) {
-        for (const std::size_t size : {0u, 2u, 22u, 30u, 100u, 101u, 300u}) {
+        for (const std::size_t size : {0U, 2U, 22U, 30U, 100U, 101U, 300U}) {
             WriteFile(path, bytes);
             EXPECT_NE(Ids(path).find("ID3  XTRA"), std::string::npos) << Ids(path);
             const std::string data(size, 'd');
@@ -251,7 +251,7 @@ TEST(UserChunk, FrameCountsThatTheSoundDoesNotHaveAreComputed) {
     TempFolder folder;
     const std::string path = folder / "song.aif", key = "key", samples = Noise(400);
     const std::string user = Chunk("WVL4", Chunk("KEY ", key));
-    for (const std::uint32_t frames : {0u, 1u, 99u, 101u, 4000u}) {
+    for (const std::uint32_t frames : {0U, 1U, 99U, 101U, 4000U}) {
         WriteFile(path, Form(Common(frames) + Sound(samples)));
         ASSERT_EQ(Put(path, {Sub("KEY ", key)}), Result::done);
         EXPECT_EQ(ReadFile(path), Form(Common(100) + Sound(samples) + user)) << frames;
@@ -341,7 +341,7 @@ TEST(UserChunk, DamagedFilesAreLeftAsTheyAre) {
     KVBFILECHUNKINFO nothing{1, 5, nullptr};
     WriteFile(path, Form(Common(16) + Sound(samples)));
     EXPECT_EQ(Put(path, {nothing}), Result::tooLarge);
-    const KVBFILECHUNKINFO large{1, 0x80000000u, reinterpret_cast<const unsigned char*>(samples.data())};
+    const KVBFILECHUNKINFO large{1, 0x80000000U, reinterpret_cast<const unsigned char*>(samples.data())};
     EXPECT_EQ(Put(path, {large, large}), Result::tooLarge); // refused before a byte of it is looked at
     EXPECT_EQ(ReadFile(path), Form(Common(16) + Sound(samples)));
 
@@ -412,7 +412,7 @@ TEST(UserChunk, EveryTruncationAndEveryWrongSizeKeepsTheSound) {
     // Sizes of the form, of MARK and of the user chunk. (The sound's own size is what says where it ends.)
     for (const std::size_t field : {std::size_t{4}, std::size_t{42}, sound + samples.size() + 4}) {
         for (const std::uint32_t size :
-             {0u, 1u, 2u, 7u, 46u, 0x7FFFFFFFu, 0x80000000u, 0xFFFFFFF0u, 0xFFFFFFFFu}) {
+             {0U, 1U, 2U, 7U, 46U, 0x7FFFFFFFU, 0x80000000U, 0xFFFFFFF0U, 0xFFFFFFFFU}) {
             check(std::string(whole).replace(field, 4, Big32(size)));
         }
     }
@@ -486,13 +486,13 @@ TEST(UserChunk, FrameCountsThatWrapLikeTheSizeAreSeenThrough) {
 TEST(UserChunk, UserChunksAboveTwoGibibytesAreNotChanged) {
     TempFolder folder;
     const std::string path = folder / "long.aif", value = "value";
-    const std::string begun = "FORM" + Big32(0x90000000u + 54) + "AIFF" + Common(1) + Sound("abcd") + "WVL4" +
-                              Big32(0x90000000u) + "KEY " + Big32(0x90000000u - 8);
+    const std::string begun = "FORM" + Big32(0x90000000U + 54) + "AIFF" + Common(1) + Sound("abcd") + "WVL4" +
+                              Big32(0x90000000U) + "KEY " + Big32(0x90000000U - 8);
     WriteFile(path, begun);
     if (!Lengthen(path, 66 + 0x90000000LL)) GTEST_SKIP() << "no sparse files here";
     const auto add = [&](std::vector<KVBFILECHUNKINFO>& subs) { subs.push_back(Sub("NEW ", value)); };
     EXPECT_EQ(ChangeUserChunk(path.c_str(), add), Result::unreadable);
-    EXPECT_EQ(std::filesystem::file_size(path), 66 + 0x90000000u);
+    EXPECT_EQ(std::filesystem::file_size(path), 66 + 0x90000000U);
     CFile file;
     std::string now(begun.size(), '\0');
     ASSERT_TRUE(file.Open(path.c_str(), CFile::modeRead) && ReadAt(file, 0, now.data(), now.size()));
@@ -500,7 +500,7 @@ TEST(UserChunk, UserChunksAboveTwoGibibytesAreNotChanged) {
     file.Close();
     // And none is made that could not be read again.
     WriteFile(path, Form(Common(1) + Sound("abcd")));
-    const KVBFILECHUNKINFO large{1, 0x7FFFFFFFu, reinterpret_cast<const unsigned char*>(value.data())};
+    const KVBFILECHUNKINFO large{1, 0x7FFFFFFFU, reinterpret_cast<const unsigned char*>(value.data())};
     EXPECT_EQ(Put(path, {large}), Result::tooLarge);
 }
 
@@ -519,14 +519,14 @@ TEST(UserChunk, SubChunksAreTakenApartOrRefusedWhole) {
     const auto subs = ParseUserChunk(bytes(payload));
     ASSERT_TRUE(subs && subs->size() == 2);
     EXPECT_EQ((*subs)[0].id, FourCharacterCode("one "));
-    EXPECT_EQ((*subs)[0].size, 3u);
-    EXPECT_EQ((*subs)[1].size, 0u);
+    EXPECT_EQ((*subs)[0].size, 3U);
+    EXPECT_EQ((*subs)[1].size, 0U);
     EXPECT_TRUE(ParseUserChunk({})->empty());
     const auto padded = ParseUserChunk(bytes(payload + std::string(7, '\0')));
     ASSERT_TRUE(padded.has_value()) << "filled up by another program";
     EXPECT_EQ(padded->size(), subs->size());
     EXPECT_FALSE(ParseUserChunk(bytes(payload + std::string("\0\1", 2))));
-    for (std::size_t cut : {1u, 7u, 10u, 12u, 18u}) {
+    for (std::size_t cut : {1U, 7U, 10U, 12U, 18U}) {
         const std::string part = payload.substr(0, cut);
         EXPECT_FALSE(ParseUserChunk(bytes(part))) << cut;
     }
@@ -548,7 +548,7 @@ void ExpectSoundKept(const std::string& path) {
     const std::vector<int> samples = SamplesOf(path, before);
     ASSERT_FALSE(samples.empty()) << path;
     const std::string ids = Ids(path);
-    for (const std::size_t size : {5u, 300u, 2u, 77u}) {
+    for (const std::size_t size : {5U, 300U, 2U, 77U}) {
         const std::string value = Noise(size);
         ASSERT_EQ(Put(path, {Sub("KEY ", value)}), Result::done) << path;
         EXPECT_EQ(Payload(path), Chunk("KEY ", value));
