@@ -12,7 +12,9 @@
 #include <atomic>
 #include <chrono>
 #include <cmath>
+#include <csignal>
 #include <map>
+#include <sys/wait.h>
 #include <thread>
 
 namespace vocafade::test {
@@ -33,9 +35,9 @@ class Playing {
     Playing(const Playing&) = delete;
     Playing& operator=(const Playing&) = delete;
 
-    /// False when no `count` more blocks come within ten seconds.
+    /// False when no `count` more blocks come within a minute.
     bool GoesOn(int count) const {
-        const auto until = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+        const auto until = std::chrono::steady_clock::now() + std::chrono::minutes(1);
         for (const int wanted = blocks_ + count; blocks_ < wanted; std::this_thread::yield())
             if (std::chrono::steady_clock::now() > until) return false;
         return true;
@@ -73,6 +75,13 @@ class SlowDisk : public WithSettings {
         effect.setBlockSize(kBlock);
         effect.SetMessageHook([this](std::int32_t, const std::string&) { ++messages; });
         effect.SaveProgram(kSlot, "old");
+    }
+    int CallsOfASave() {
+        int calls = 0;
+        const TroubledDisk disk([&](const char*) { return ++calls > 0; });
+        effect.SaveProgram(kSlot, "old");
+        EXPECT_GT(calls, 15);
+        return calls;
     }
     static std::string StoredName(const std::string& bank) { return bank.c_str() + 160 + kSlot * 52 + 24; }
     std::string NameInFile() const {
@@ -133,13 +142,37 @@ TEST_F(SlowDisk, HoldsUpNoSound) {
     EXPECT_EQ(NameInFile(), "slow");
 }
 
-TEST_F(SlowDisk, PulledOutAtAnyCallLeavesAWholeBank) {
-    int inASave = 0;
-    {
-        const TroubledDisk disk([&](const char*) { return ++inASave > 0; });
+TEST_F(SlowDisk, AHostKilledAtAnyCallLeavesTheOldBankOrTheNewOne) {
+    const int inASave = CallsOfASave();
+    int newOnes = 0;
+    std::size_t most = 0;
+    for (int last = 0; last < inASave; ++last) {
+        const pid_t host = ::fork();
+        if (host == 0) {
+            int calls = 0;
+            const TroubledDisk disk([&](const char*) { return ++calls <= last || ::raise(SIGKILL) == 0; });
+            effect.SaveProgram(kSlot, "new");
+            ::_exit(0);
+        }
+        int status = 0;
+        ::waitpid(host, &status, 0);
+        ASSERT_TRUE(WIFSIGNALED(status)) << last;
+        const std::string name = NameInFile();
+        ASSERT_TRUE(name == "old" || name == "new") << last << ": " << name;
+        if (name == "new") ++newOnes;
+        most = std::max(most, Files());
+        MakeOld(settings.path() / "config"); // what it had begun
         effect.SaveProgram(kSlot, "old");
+        ASSERT_EQ(Files(), 1U) << last;
     }
-    ASSERT_GT(inASave, 15);
+    EXPECT_GT(newOnes, 0);
+    EXPECT_LT(newOnes, inASave);
+    EXPECT_GT(most, 1U);
+    EXPECT_EQ(messages, 0);
+}
+
+TEST_F(SlowDisk, PulledOutAtAnyCallLeavesAWholeBank) {
+    const int inASave = CallsOfASave();
     bool reachedRename = false;
     for (int i = 0; i < 2 * inASave; ++i) {
         const int last = i / 2;
