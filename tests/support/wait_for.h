@@ -7,10 +7,10 @@
 
 namespace vocafade::test {
 
-/// Calls `step` every millisecond or so until `done` says so; false after `limit`, which only a fault or a
-/// very busy machine uses up.
+/// Calls `step` every millisecond or so until `done` says so; false after `limit`, which only a fault uses
+/// up: on a quiet machine nothing that is waited for takes a hundredth of it.
 inline bool WaitFor(const std::function<void()>& step, const std::function<bool()>& done,
-                    std::chrono::milliseconds limit = std::chrono::seconds(20)) {
+                    std::chrono::milliseconds limit = std::chrono::seconds(60)) {
     const auto end = std::chrono::steady_clock::now() + limit;
     for (;;) {
         step();
