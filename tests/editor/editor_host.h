@@ -73,12 +73,17 @@ class HostedEditor {
     int y_;
 };
 
+inline testing::Environment* const kNeedsXServer = testing::AddGlobalTestEnvironment(new NeedsXServer);
+
 /// The X server that all tests of this program share.
 XServer& SharedServer();
 
 /// A test with a server, a user, preferences of its own, and a host that notes what it is told.
 class EditorTest : public WithSettings {
   protected:
+    /// However busy the machine is, two quick presses are a double click.
+    EditorTest() { user.PublishSettings(DoubleClickSettings(60000)); }
+
     /// The values that the host was told for a parameter, in order.
     std::vector<float> Automated(std::int32_t index) const;
     void Forget() { host.calls.clear(); }

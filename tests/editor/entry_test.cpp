@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Numbers typed into the read-outs.
 #include "tests/editor/panel_picture.h"
+#include "tests/support/wait_for.h"
 
 #include <X11/keysym.h>
 #include <chrono>
@@ -232,28 +233,31 @@ TEST_F(Entry, SpinStepsByATenthAndStaysInRange) {
 }
 
 TEST_F(Entry, AHeldArrowGoesOnUntilItIsReleased) {
-    const auto idleFor = [this](int milliseconds) {
-        for (int i = 0; i < milliseconds / 20; ++i) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(20));
-            editor.Idle();
-        }
-    };
+    const auto idle = [this] { editor.Idle(); };
     editor.Click(kLoFreq);
+    const Picture opened = editor.Look(kField);
     constexpr CPoint kArrow{125 + 1 + 15 + 47, 188}; // the upper one, behind the field
+    const auto start = std::chrono::steady_clock::now();
     editor.Press(kArrow);
-    idleFor(200);
-    const Picture once = editor.Look(kField);
-    idleFor(800);
+    Picture last = editor.Look(kField);
+    EXPECT_NE(last, opened); // a step at once
+    for (int steps = 0; steps < 3; ++steps) {
+        EXPECT_TRUE(WaitFor(idle, [&] { return editor.Look(kField) != last; }));
+        last = editor.Look(kField);
+    }
     editor.Release(kArrow);
+    const std::chrono::duration<double> held = std::chrono::steady_clock::now() - start;
     const Picture released = editor.Look(kField);
-    EXPECT_NE(released, once);
-    idleFor(600);
+    for (int i = 0; i < 30; ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        editor.Idle();
+    }
     EXPECT_EQ(editor.Look(kField), released);
     editor.Key(XK_Return);
-    // A step at once, and one each twentieth of a second after four tenths.
+    // And one each twentieth of a second after four tenths.
     const double stepped = std::stod(editor.Display(3)) - 400.0;
     EXPECT_GT(stepped, 0.35);
-    EXPECT_LT(stepped, 2.5);
+    EXPECT_LT(stepped, 0.1 * (2.0 + (held.count() - 0.4) / 0.05) + 0.05);
 }
 
 TEST_F(Entry, TakesTheKeyboardAndGivesItBack) {

@@ -226,10 +226,7 @@ TEST_F(Forged, SelectionsAndMappingsThatNobodyAskedFor) {
 }
 
 TEST_F(Forged, SettingsOfADesktopThatMakeNoSense) {
-    // A byte order, a serial, a count; then a type, a name with its length, a serial and a value each.
-    const std::string doubleClick =
-        std::string("\0\0\x13\0Net/DoubleClickTime\0\0\0\0\0\xff\xff\xff\x7f", 32);
-    const std::string good = std::string("\0\0\0\0\0\0\0\0\1\0\0\0", 12) + doubleClick;
+    const std::string good = DoubleClickSettings(0x7FFFFFFF);
     std::mt19937 random(5);
     for (int round = 0; round < 60; ++round) {
         std::string bytes = good;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The editor among threads, other editors, and hosts that take things away.
 #include "tests/editor/panel_picture.h"
+#include "tests/support/wait_for.h"
 
 #include <atomic>
 #include <filesystem>
@@ -22,9 +23,7 @@ std::size_t Threads() { return CountFiles("/proc/self/task"); }
 
 /// The number of threads once those that are ending have ended.
 std::size_t ThreadsLeft(std::size_t wanted) {
-    for (int i = 0; i < 200 && Threads() > wanted; ++i) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
+    WaitFor([] {}, [wanted] { return Threads() <= wanted; });
     return Threads();
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <gtest/gtest.h>
 #include <string>
 #include <sys/types.h>
 
@@ -17,6 +18,9 @@ class XServer {
     XServer(const XServer&) = delete;
     XServer& operator=(const XServer&) = delete;
 
+    /// Whether there is an Xvfb to start.
+    static bool IsInstalled();
+
     static constexpr int kWidth = 1280;
     static constexpr int kHeight = 1024;
 
@@ -30,6 +34,12 @@ class XServer {
 
     pid_t process_ = -1;
     std::string name_;
+};
+
+/// Skips all tests of a program where there is no X server to start: for `testing::AddGlobalTestEnvironment`.
+class NeedsXServer : public testing::Environment {
+  public:
+    void SetUp() override;
 };
 
 } // namespace vocafade::test

@@ -19,6 +19,14 @@ std::unique_ptr<T, decltype(&std::free)> Own(T* reply) {
 
 } // namespace
 
+std::string DoubleClickSettings(std::uint32_t milliseconds) {
+    // A byte order, a serial, a count; then a type, a name with its length, a serial and a value.
+    std::string bytes("\0\0\0\0\0\0\0\0\1\0\0\0\0\0\x13\0Net/DoubleClickTime\0\0\0\0\0", 40);
+    for (int bit = 0; bit < 32; bit += 8)
+        bytes += static_cast<char>(milliseconds >> bit);
+    return bytes;
+}
+
 XUser::XUser() : connection_(::xcb_connect(nullptr, nullptr)) {
     if (::xcb_connection_has_error(connection_) != 0) {
         ::xcb_disconnect(connection_);
@@ -92,7 +100,7 @@ void XUser::AskToClose(xcb_window_t window) {
 }
 
 void XUser::PublishSettings(std::string_view bytes) {
-    if (settingsWindow_ == 0) settingsWindow_ = MakeWindow(-10, -10, 1, 1);
+    if (settingsWindow_ == 0) settingsWindow_ = MakeWindow(-10, -10, 1, 1, false);
     const xcb_atom_t property = Atom("_XSETTINGS_SETTINGS");
     ::xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, settingsWindow_, property, property, 8,
                           static_cast<std::uint32_t>(bytes.size()), bytes.data());

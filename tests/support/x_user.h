@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstdint>
+#include <string>
 #include <string_view>
 #include <vector>
 #include <xcb/xcb.h>
@@ -21,6 +22,10 @@ struct Picture {
     }
     bool operator==(const Picture&) const = default;
 };
+
+/// A desktop's settings that hold one thing: the longest time in milliseconds between the presses of a double
+/// click.
+std::string DoubleClickSettings(std::uint32_t milliseconds);
 
 /// A user with a mouse, a keyboard and eyes, on the display that DISPLAY names, and the host whose windows he
 /// works in. What he does has reached the server when the call returns, and what he sees is what all other
@@ -47,7 +52,8 @@ class XUser {
     /// What any client may send to another one's window: 32 bytes that claim to be an event. With a mask of 0
     /// it goes to who made the window, else to those who selected such events of it.
     void Forge(xcb_window_t window, const std::array<std::uint8_t, 32>& event, std::uint32_t mask = 0);
-    /// Publishes these bytes as the desktop's settings, as a settings daemon does.
+    /// Publishes these bytes as the desktop's settings, as a settings daemon does; an editor reads them when
+    /// it opens.
     void PublishSettings(std::string_view bytes);
     /// Key presses that reached the host's windows since the last call.
     int TakeHostKeys();

@@ -4,17 +4,18 @@
 #include "tests/support/environment.h"
 #include "tests/support/wait_for.h"
 #include "tests/support/x_server.h"
+#include "tests/support/x_traffic.h"
 #include "tests/support/x_user.h"
 #include "ui/ui.h"
 
 #include <algorithm>
-#include <chrono>
 #include <gtest/gtest.h>
-#include <limits>
 #include <memory>
 #include <vector>
 
 namespace vocafade::test {
+
+inline testing::Environment* const kNeedsXServer = testing::AddGlobalTestEnvironment(new NeedsXServer);
 
 struct Seen {
     UINT message;
@@ -65,6 +66,7 @@ class Desk : public ::testing::Test {
         user.SetFocus(user.Root());
         user.MoveTo(1, 1);
         host = user.MakeWindow(100, 100, 500, 300);
+        user.PublishSettings(DoubleClickSettings(doubleClickMilliseconds));
         user.SetFocus(host);
         ASSERT_TRUE(frame.AttachHost(Native(host)));
         ASSERT_TRUE(panel.Create(WindowClass{}, "panel", WS_CHILD | WS_VISIBLE, {0, 0, 460, 210}, &frame, 0));
@@ -93,23 +95,9 @@ class Desk : public ::testing::Test {
             ::usleep(2000);
         }
     }
-    /// Milliseconds of the longest of `count` idles, each after `step`. On a busy machine any may be
-    /// interrupted, so this is of the best of several rounds, each begun with `begin`: what holds the host up
-    /// does so in all.
-    double LongestIdle(int count, const std::function<void()>& begin, const std::function<void(int)>& step) {
-        double best = std::numeric_limits<double>::infinity();
-        for (int round = 0; round < 20 && best > 2.0; ++round) {
-            begin();
-            std::chrono::duration<double, std::milli> longest{};
-            for (int i = 0; i < count; ++i) {
-                step(i);
-                const auto start = std::chrono::steady_clock::now();
-                frame.Idle();
-                longest = std::max<decltype(longest)>(longest, std::chrono::steady_clock::now() - start);
-            }
-            best = std::min(best, longest.count());
-        }
-        return best;
+    /// How often the next idle waits for the display.
+    long WaitsOfAnIdle() {
+        return XTraffic::Of([this] { frame.Idle(); }).waits;
     }
     /// The highest window on the screen: a dialog or a menu, else the host's.
     xcb_window_t TopWindow() {
@@ -119,6 +107,8 @@ class Desk : public ::testing::Test {
         return top;
     }
 
+    /// However busy the machine is, two quick presses are a double click.
+    std::uint32_t doubleClickMilliseconds = 60000;
     XServer server;
     XUser user;
     xcb_window_t host = 0;

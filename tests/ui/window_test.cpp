@@ -34,10 +34,19 @@ TEST_F(Windows, ASecondQuickPressNearbyIsADoubleClick) {
     user.Click(190, 130); // quick, but elsewhere
     ASSERT_TRUE(Until([this] { return panel.Count(WM_LBUTTONUP) == 4; }));
     EXPECT_EQ(presses().back(), WM_LBUTTONDOWN);
-    std::this_thread::sleep_for(std::chrono::milliseconds(600));
-    user.Click(190, 130); // there, but late
-    ASSERT_TRUE(Until([this] { return panel.Count(WM_LBUTTONUP) == 5; }));
-    EXPECT_EQ(presses().back(), WM_LBUTTONDOWN);
+}
+
+class SlowHands : public Desk {
+  protected:
+    SlowHands() { doubleClickMilliseconds = 10; }
+};
+
+TEST_F(SlowHands, MakeTwoSinglePresses) {
+    user.Click(150, 130);
+    std::this_thread::sleep_for(std::chrono::milliseconds(30));
+    user.Click(150, 130);
+    ASSERT_TRUE(Until([this] { return panel.Count(WM_LBUTTONUP) == 2; }));
+    EXPECT_EQ(panel.Count(WM_LBUTTONDOWN), 2);
 }
 
 TEST_F(Windows, OtherButtonsAreIgnoredAndTheWheelIsAMessageOfItsOwn) {
@@ -225,20 +234,16 @@ TEST_F(Windows, TimersTickAtIdleAndNeverAfterTheirEnd) {
     EXPECT_EQ(panel.seen.back(), (Seen{WM_TIMER, 0, 0}));
     ASSERT_TRUE(Until([this] { return panel.Count(WM_TIMER) == 6; }));
     // The first of the five may have been due already, and when it is late the second follows at once.
-    const auto taken = Clock::now() - start;
-    EXPECT_GE(taken, 3 * std::chrono::milliseconds(20));
-    EXPECT_LT(taken, std::chrono::seconds(3)) << "a busy machine is late";
+    EXPECT_GE(Clock::now() - start, 3 * std::chrono::milliseconds(20));
     std::this_thread::sleep_for(std::chrono::milliseconds(30)); // a tick is due
     EXPECT_TRUE(panel.KillTimer(1024));
     panel.seen.clear();
     Settle();
     EXPECT_EQ(panel.Count(WM_TIMER), 0);
     EXPECT_FALSE(panel.KillTimer(1024));
-    // One timer a window: the second replaces the first.
-    panel.SetTimer(1, 100000);
-    const auto replaced = Clock::now();
+    // One timer a window: the second replaces the first, whose sleep of ten days ends at once.
+    panel.SetTimer(1, 864000000);
     panel.SetTimer(2, 5);
-    EXPECT_LT(Clock::now() - replaced, std::chrono::seconds(5)) << "a sleeping timer ends at once";
     EXPECT_TRUE(Until([this] { return panel.Count(WM_TIMER) > 0; }));
 }
 
