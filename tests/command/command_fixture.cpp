@@ -14,7 +14,6 @@
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
-#include <thread>
 #include <unistd.h>
 
 namespace vocafade::command {
@@ -75,11 +74,20 @@ RunResult CommandTest::Finish(pid_t process) {
     return result;
 }
 
+bool CommandTest::HasTerminals() {
+    int master = -1;
+    int terminal = -1;
+    if (::openpty(&master, &terminal, nullptr, nullptr, nullptr) != 0) return false;
+    ::close(master);
+    ::close(terminal);
+    return true;
+}
+
 RunResult CommandTest::Run(const std::vector<std::string>& arguments, const RunLimits& limits) {
     if (!limits.onTerminal) return Finish(Start(arguments, limits));
     int master = -1;
     int terminal = -1;
-    if (::openpty(&master, &terminal, nullptr, nullptr, nullptr) != 0) return {};
+    EXPECT_EQ(::openpty(&master, &terminal, nullptr, nullptr, nullptr), 0);
     const pid_t process = Start(arguments, limits, terminal);
     ::close(terminal);
     std::string seen;

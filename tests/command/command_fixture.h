@@ -41,6 +41,8 @@ class CommandTest : public ::testing::Test {
   protected:
     CommandTest();
 
+    /// Whether a run can be given a terminal here.
+    static bool HasTerminals();
     RunResult Run(const std::vector<std::string>& arguments, const RunLimits& limits = {});
     pid_t Start(const std::vector<std::string>& arguments, const RunLimits& limits = {}, int terminal = -1);
     RunResult Finish(pid_t process);

@@ -2,11 +2,12 @@
 // The subcommands that show the plug-in's editor.
 #include "tests/command/command_fixture.h"
 #include "tests/support/environment.h"
+#include "tests/support/wait_for.h"
 #include "tests/support/x_server.h"
 #include "tests/support/x_user.h"
 
 #include <X11/keysym.h>
-#include <thread>
+#include <algorithm>
 
 namespace vocafade::command {
 namespace {
@@ -23,14 +24,24 @@ class EditorCommands : public CommandTest {
         const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(bytes[offset + i]); };
         return byte(0) << 24 | byte(1) << 16 | byte(2) << 8 | byte(3);
     }
-    /// Waits until the user sees one more window than `before`, and answers it.
+    void SetUp() override {
+        if (!XServer::IsInstalled()) GTEST_SKIP() << "Xvfb is not installed";
+    }
+    /// Waits until the user sees one more window than `before`, and something in it; answers it.
     static xcb_window_t WaitForWindow(XUser& user, std::size_t before) {
-        for (int i = 0; i < 500; ++i) {
-            const std::vector<xcb_window_t> windows = user.TopLevels();
-            if (windows.size() > before) return windows.back();
-            std::this_thread::sleep_for(std::chrono::milliseconds(20));
-        }
-        return 0;
+        xcb_window_t window = 0;
+        EXPECT_TRUE(test::WaitFor([] {},
+                                  [&] {
+                                      const std::vector<xcb_window_t> windows = user.TopLevels();
+                                      if (windows.size() <= before) return false;
+                                      window = windows.back();
+                                      const XUser::Bounds bounds = user.BoundsOf(window);
+                                      const test::Picture seen =
+                                          user.Look(window, 0, 0, bounds.width, bounds.height);
+                                      return std::any_of(seen.pixels.begin(), seen.pixels.end(),
+                                                         [](auto pixel) { return pixel != 0; });
+                                  }));
+        return window;
     }
 };
 
@@ -77,16 +88,11 @@ TEST_F(EditorCommands, EditOpensAWindowThatSavesAndCloses) {
     const XUser::Bounds bounds = user.BoundsOf(window);
     EXPECT_EQ(bounds.width, 477);
     EXPECT_EQ(bounds.height, 214);
-    std::this_thread::sleep_for(std::chrono::milliseconds(300));
-    user.MoveTo(bounds.x + 280, bounds.y + 15);
-    user.Press();
-    user.Release();
-    EXPECT_NE(WaitForWindow(user, 1), 0U); // the dialog
-    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    user.Click(bounds.x + 280, bounds.y + 15);
+    const xcb_window_t dialog = WaitForWindow(user, 1);
+    EXPECT_TRUE(test::WaitFor([] {}, [&] { return user.Focus() == dialog; }));
     user.Key(XK_Return);
-    for (int i = 0; i < 200 && user.TopLevels().size() > 1; ++i) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    }
+    EXPECT_TRUE(test::WaitFor([] {}, [&] { return user.TopLevels().size() == 1; }));
     user.AskToClose(window);
     EXPECT_EQ(Finish(process).exitCode, 0);
     EXPECT_EQ(std::filesystem::file_size(preferences_ / "VocafadeDef.fxb"), 3488U);
