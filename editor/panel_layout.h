@@ -19,6 +19,11 @@ inline constexpr int kHiFreqFader = 110;
 inline constexpr int kPositionKnob = 111;
 inline constexpr int kCopyButton = 131;
 
+// Commands of the menu of programs, which opens at the copy button: the program's number is added to the
+// first.
+inline constexpr unsigned kFirstCopyCommand = 1010;
+inline constexpr unsigned kLastCopyCommand = 1110;
+
 inline constexpr CRect kInputFaderRect{48, 45, 64, 178};
 inline constexpr CRect kOutputFaderRect{413, 45, 429, 178};
 inline constexpr CRect kLoFreqFaderRect{141, 45, 157, 178};
@@ -61,6 +66,7 @@ inline constexpr Readouts kReadouts{{
 /// Left edges of the meters: input left and right, output left and right.
 inline constexpr std::array<int, 4> kMeterX{29, 38, 432, 441};
 inline constexpr int kMeterY = 45;
+inline constexpr float kMeterFloorDb = -38.0f; ///< at their lower end
 
 /// Where the menu of programs opens: the copy button's right edge.
 inline constexpr CPoint kCopyMenuPlace{91, 13};

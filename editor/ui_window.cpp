@@ -17,7 +17,6 @@ constexpr char kFontName[] = "Osaka";
 constexpr int kReadoutPoints = 9;
 constexpr int kEntryPoints = 12;
 constexpr int kDefaultEntryWidth = 6;
-constexpr float kMeterFloorDb = -38.0f;
 constexpr int kKnobFrames = 61;
 constexpr float kKnobAngleMin = 30.0f;
 constexpr float kKnobAngleMax = 330.0f;
@@ -25,9 +24,6 @@ constexpr int kKnobSpare = 8;
 /// A tick that nothing listens to, kept for those who watch the editor's timers.
 constexpr UINT kTimerId = 1024;
 constexpr UINT kTimerMilliseconds = 75;
-/// Commands of the menu of programs.
-constexpr UINT kFirstCopyCommand = 1010;
-constexpr UINT kLastCopyCommand = 1110;
 constexpr UINT kShowMessage = WM_USER + 100;
 
 } // namespace
@@ -44,7 +40,7 @@ ON_WM_MOUSEMOVE()
 ON_WM_LBUTTONUP()
 ON_MESSAGE(kEntryConfirmed, OnInputValReturn)
 ON_MESSAGE(kEntryTabbed, OnEntryTabbed)
-ON_COMMAND_RANGE(kFirstCopyCommand, kLastCopyCommand, OnSelCopyPg)
+ON_COMMAND_RANGE(layout::kFirstCopyCommand, layout::kLastCopyCommand, OnSelCopyPg)
 ON_MESSAGE(WM_CAPTURECHANGED, OnCaptureChanged)
 ON_MESSAGE(kShowMessage, OnShowMessage)
 END_MESSAGE_MAP()
@@ -92,7 +88,7 @@ int CUIWindow::OnCreate() {
     if (CWnd::OnCreate() == -1) return -1;
     bitmaps_.Load();
     MakeControls();
-    vuDb_.fill(kMeterFloorDb);
+    vuDb_.fill(layout::kMeterFloorDb);
     entryWnd_.MakeWindow(this, this, "", nullptr, kDefaultEntryWidth, &largeFont_, true);
     entryWnd_.ShowWindow(SW_HIDE);
     activeEntry_ = -1;
@@ -266,7 +262,7 @@ LRESULT CUIWindow::OnEntryTabbed(WPARAM, LPARAM direction) {
 }
 
 void CUIWindow::OnSelCopyPg(UINT id) {
-    effect().CopyPgFrom(static_cast<std::int32_t>(id - kFirstCopyCommand));
+    effect().CopyPgFrom(static_cast<std::int32_t>(id - layout::kFirstCopyCommand));
     InvalidateRect(&layout::kModifyRect);
 }
 

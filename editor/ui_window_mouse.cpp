@@ -9,8 +9,6 @@
 namespace vocafade {
 namespace {
 
-/// The first of the menu's commands; the program's number is added.
-constexpr UINT kFirstCopyCommand = 1010;
 /// A program cannot be copied onto itself.
 constexpr UINT kCurrentProgramFlags = MF_CHECKED | MF_DISABLED | MF_GRAYED;
 
@@ -83,7 +81,7 @@ void CUIWindow::OpenCopyMenu() {
     menu.CreatePopupMenu();
     for (std::int32_t i = 0; i < kProgramCount; ++i) {
         const UINT flags = i == effect().getProgram() ? kCurrentProgramFlags : MF_STRING;
-        menu.AppendMenu(flags, kFirstCopyCommand + static_cast<UINT>(i),
+        menu.AppendMenu(flags, layout::kFirstCopyCommand + static_cast<UINT>(i),
                         CheckSJISAndToUFT8(effect().ProgramName(i)));
     }
     const bool shown = menu.TrackPopupMenu(TPM_RIGHTBUTTON, layout::kCopyMenuPlace.x,

@@ -15,7 +15,6 @@ constexpr COLORREF kReadoutText = RGB(72, 72, 72);
 /// Optical correction: digits have no descenders.
 constexpr int kReadoutDrop = 3;
 
-constexpr float kMeterFloorDb = -38.0f;
 constexpr float kMeterCeilingDb = 6.0f;
 /// How far a meter falls at each idle without new audio.
 constexpr float kMeterFallDb = 0.25f;
@@ -25,7 +24,7 @@ constexpr float kMeterZeroRow = 19.0f;
 /// Peak level as the meters show it: 6 dB a doubling, held within their scale.
 float MeterDb(float level) {
     const double db = 6.0 * (std::log(static_cast<double>(level)) / std::numbers::ln2);
-    if (!(db > kMeterFloorDb)) return kMeterFloorDb; // silence is minus infinity
+    if (!(db > layout::kMeterFloorDb)) return layout::kMeterFloorDb; // silence is minus infinity
     return static_cast<float>(std::min(db, static_cast<double>(kMeterCeilingDb)));
 }
 
@@ -147,7 +146,7 @@ bool CUIWindow::FollowMeters() {
         std::transform(levels.begin(), levels.end(), vuDb_.begin(), MeterDb);
     } else {
         for (float& db : vuDb_) {
-            db = std::max(db - kMeterFallDb, kMeterFloorDb);
+            db = std::max(db - kMeterFallDb, layout::kMeterFloorDb);
         }
     }
     return vuDb_ != before;

@@ -11,7 +11,7 @@
 namespace vocafade {
 namespace {
 
-constexpr int kMargin = 16;
+constexpr int kBoxMargin = 16;
 constexpr int kButtonWidth = 84;
 constexpr int kButtonHeight = 26;
 constexpr int kButtonGap = 8;
@@ -121,24 +121,24 @@ class MessageBoxDlg : public CDialog {
         CFont& font = theme::UseControlFont(ownFont);
         CDC dc;
         dc.SelectObject(&font);
-        constexpr int kOthers = 3 * kMargin + kButtonHeight + kFrame;
+        constexpr int kOthers = 3 * kBoxMargin + kButtonHeight + kFrame;
         message_ = Joined(dc, Wrapped(dc, font, ValidUtf8(text)), height - kOthers);
         const CSize lines = theme::MeasureLines(dc, message_);
         const std::vector<Answer> answers = AnswersOf(type);
         const auto count = static_cast<int>(answers.size());
         const int buttons = count * (kButtonWidth + kButtonGap) - kButtonGap;
-        const int width = std::max({kLeastWidth, lines.cx + 2 * kMargin, buttons + 2 * kMargin});
-        const int buttonTop = kMargin + lines.cy + kMargin;
+        const int width = std::max({kLeastWidth, lines.cx + 2 * kBoxMargin, buttons + 2 * kBoxMargin});
+        const int buttonTop = kBoxMargin + lines.cy + kBoxMargin;
         template_.title = "Vocafade";
-        template_.size = {width, buttonTop + kButtonHeight + kMargin};
+        template_.size = {width, buttonTop + kButtonHeight + kBoxMargin};
         template_.items.push_back({DialogItem::Kind::label, -1,
-                                   CRect({kMargin, kMargin}, {width - 2 * kMargin, lines.cy}), 0,
+                                   CRect({kBoxMargin, kBoxMargin}, {width - 2 * kBoxMargin, lines.cy}), 0,
                                    message_.str().c_str()});
-        int x = width - kMargin - buttons;
+        int x = width - kBoxMargin - buttons;
         for (const Answer& answer : answers) {
             template_.items.push_back(
                 {DialogItem::Kind::button, answer.id, CRect({x, buttonTop}, {kButtonWidth, kButtonHeight}),
-                 WS_TABSTOP | (x == width - kMargin - buttons ? BS_DEFPUSHBUTTON : 0U), answer.caption});
+                 WS_TABSTOP | (x == width - kBoxMargin - buttons ? BS_DEFPUSHBUTTON : 0U), answer.caption});
             x += kButtonWidth + kButtonGap;
         }
     }

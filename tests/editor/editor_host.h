@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "editor/panel_layout.h"
 #include "tests/support/recording_host.h"
 #include "tests/support/temp_folder.h"
 #include "tests/support/x_server.h"
@@ -12,6 +13,16 @@
 #include <string>
 
 namespace vocafade::test {
+
+// Places of the panel that the mouse goes to.
+inline constexpr CPoint kSwitch = layout::kOnOffRect.CenterPoint();
+inline constexpr CPoint kCopy = layout::kCopyRect.CenterPoint();
+inline constexpr CPoint kSave = layout::kSaveRect.CenterPoint();
+inline constexpr CPoint kInput = layout::kInputReadout.CenterPoint();
+inline constexpr CPoint kOutput = layout::kOutputReadout.CenterPoint();
+inline constexpr CPoint kLoFreq = layout::kLoFreqReadout.CenterPoint();
+inline constexpr CPoint kHiFreq = layout::kHiFreqReadout.CenterPoint();
+inline constexpr CPoint kPosition = layout::kPositionReadout.CenterPoint();
 
 /// One effect out of the built plug-in, and its editor in a window of the host's, all through the binary
 /// interface.

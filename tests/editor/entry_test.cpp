@@ -11,11 +11,6 @@
 namespace vocafade::test {
 namespace {
 
-constexpr CPoint kInput{30, 192};
-constexpr CPoint kOutput{430, 192};
-constexpr CPoint kLoFreq{150, 192};
-constexpr CPoint kHiFreq{238, 192};
-constexpr CPoint kPosition{324, 192};
 constexpr CRect kField{125, 182, 180, 204}; ///< a part of the one that opens over kLoFreq
 
 struct Typed {

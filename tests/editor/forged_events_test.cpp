@@ -11,11 +11,6 @@
 namespace vocafade::test {
 namespace {
 
-constexpr CPoint kLoFreqReadout{150, 192};
-constexpr CPoint kCopy{75, 18};
-constexpr CPoint kSave{280, 15};
-constexpr CPoint kSwitch{30, 10};
-
 using Bytes = std::array<std::uint8_t, 32>;
 
 template <typename Event>
@@ -43,7 +38,7 @@ class Forged : public OpenEditorTest {
         return windows;
     }
     void Open(int what) {
-        if (what == 1) editor.Click(kLoFreqReadout);
+        if (what == 1) editor.Click(kLoFreq);
         if (what == 2) editor.Click(kCopy);
         if (what == 3) editor.Click(kSave);
     }

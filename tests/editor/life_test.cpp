@@ -10,10 +10,6 @@
 namespace vocafade::test {
 namespace {
 
-constexpr CPoint kLoFreqReadout{150, 192};
-constexpr CPoint kCopy{75, 18};
-constexpr CPoint kSave{280, 15};
-
 std::size_t CountFiles(const char* folder) {
     const std::filesystem::directory_iterator files(folder);
     return static_cast<std::size_t>(std::distance(begin(files), end(files)));
@@ -102,7 +98,7 @@ TEST_F(Life, TwoEditorsKeepToThemselves) {
     one.Press({150, 45 + 50}); // held in one ...
     two.Click({30, 10});       // (a release of the same mouse, so the first drag ends here)
     one.Settle();
-    two.Click(kLoFreqReadout);
+    two.Click(kLoFreq);
     two.Type("1000");
     two.Key(XK_Return);
     one.Click(kCopy);
@@ -137,7 +133,7 @@ TEST_P(GoingAway, LeavesNothingBehind) {
         editor.Settle();
         switch (open) {
         case Open::entry:
-            editor.Click(kLoFreqReadout);
+            editor.Click(kLoFreq);
             editor.Type("77");
             break;
         case Open::menu:
@@ -222,7 +218,7 @@ TEST_F(Life, HostMayCloseTheEditorFromInsideItsCallback) {
     }
     closing = &editor;
     closingAt = audioMasterEndEdit;
-    editor.Click(kLoFreqReadout);
+    editor.Click(kLoFreq);
     editor.Type("500");
     editor.Key(XK_Return);
     EXPECT_EQ(editor.Display(3), "500.0");

@@ -10,8 +10,6 @@
 namespace vocafade::test {
 namespace {
 
-constexpr CPoint kCopy{75, 18};
-constexpr CPoint kSave{280, 15};
 constexpr std::size_t kChunkAt = 160;
 constexpr std::size_t kRecord = 52;
 constexpr std::size_t kNameAt = 24;

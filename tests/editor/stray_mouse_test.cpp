@@ -10,9 +10,6 @@
 namespace vocafade::test {
 namespace {
 
-constexpr CPoint kCopy{75, 18};
-constexpr CPoint kSave{280, 15};
-constexpr CPoint kLoFreqReadout{150, 192};
 constexpr CPoint kLoFreqFader{149, 85};
 constexpr CPoint kHiFreqFader{237, 85};
 
@@ -104,7 +101,7 @@ TEST_F(StrayMouse, AHeldSpinButtonStopsWhenItsReleaseIsLost) {
             editor.Idle();
         }
     };
-    editor.Click(kLoFreqReadout);
+    editor.Click(kLoFreq);
     const Picture open = editor.LookAtPanel();
     editor.Press({125 + 1 + 15 + 47, 188}); // the upper arrow
     ASSERT_NE(editor.LookAtPanel(), open);
