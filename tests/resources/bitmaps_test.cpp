@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The bitmaps against the panel's fixed rectangles: sizes, seams, and scales that tell the truth.
-#include <algorithm>
+#include "editor/panel_layout.h"
+
 #include <cmath>
 #include <cstdint>
 #include <gtest/gtest.h>
@@ -48,137 +49,52 @@ Bitmap Load(int number) {
     return bitmap;
 }
 
-struct Size {
-    int number, width, height;
-};
-
-constexpr int kFaderLefts[] = {48, 141, 229, 413};
-constexpr int kFaderTop = 45;
+using namespace vocafade;
 
 /// Row of the panel on which a fader's index line stands for a normalised value.
 int FaderRow(double normalised, int thumbHeight) {
-    const int start = 133 - thumbHeight / 2;
+    const int start = layout::kInputFaderRect.Height() - thumbHeight / 2;
     const int end = thumbHeight / 2;
-    return kFaderTop +
+    return layout::kInputFaderRect.top +
            static_cast<int>(std::floor(start + (end - start) * std::log10(normalised * 9.0 + 1.0) + 0.5));
 }
 
 TEST(Bitmaps, FillThePanelsRectangles) {
-    const Size sizes[] = {{3002, 25, 42},      {3003, 25, 42},  {3006, 16, 133},
-                          {3011, 27, 38},      {3012, 27, 38},  {3014, 43, 32},
-                          {3004, 34, 34 * 61}, {3008, 14, 133}, {3013, 43, 16}};
-    for (const Size& size : sizes) {
-        const Bitmap bitmap = Load(size.number);
-        EXPECT_EQ(bitmap.width, size.width) << size.number;
-        EXPECT_EQ(bitmap.height, size.height) << size.number;
+    struct Use {
+        int number;
+        CRect rect;
+        int states; ///< below each other
+    };
+    const Use uses[] = {{3002, layout::kOnOffRect, 2},      {3003, layout::kOnOffRect, 2},
+                        {3006, layout::kInputFaderRect, 1}, {3011, layout::kCopyRect, 2},
+                        {3012, layout::kCopyRect, 2},       {3014, layout::kModifyRect, 2},
+                        {3004, layout::kKnobRect, 61},      {3013, layout::kSaveRect, 1}};
+    for (const Use& use : uses) {
+        const Bitmap bitmap = Load(use.number);
+        EXPECT_EQ(bitmap.width, use.rect.Width()) << use.number;
+        EXPECT_EQ(bitmap.height, use.rect.Height() * use.states) << use.number;
     }
-    for (const int spare : {3001, 3009, 3010}) {
-        EXPECT_GT(Load(spare).width, 0) << spare;
-    }
-    const Bitmap plate = Load(3005);
-    EXPECT_GE(plate.width, 450);
-    EXPECT_GE(plate.height, 201);
     const Bitmap thumb = Load(3007);
     EXPECT_LE(1 + thumb.width, 16) << "the thumb is drawn at x = 1 in the track";
     EXPECT_EQ(thumb.height % 2, 1) << "an index line in the very middle needs an odd height";
 }
 
-TEST(Bitmaps, AreOpaqueButForTheThumb) {
-    for (int number = 3001; number <= 3014; ++number) {
-        if (number == 3007 || number == 3001 || number == 3009 || number == 3010) {
-            continue;
-        }
-        const Bitmap bitmap = Load(number);
-        int clear = 0;
-        for (std::size_t i = 3; i < bitmap.bytes.size(); i += 4) {
-            clear += bitmap.bytes[i] != 255 ? 1 : 0;
-        }
-        EXPECT_EQ(clear, 0) << number << ": controls are drawn over older ones";
-    }
-    // The row that the editor cuts off at the bottom of the travel carries nothing but shadow.
-    const Bitmap thumb = Load(3007);
-    for (int x = 0; x < thumb.width; ++x) {
-        EXPECT_LT(thumb.At(x, thumb.height - 1).alpha, 128) << x;
-    }
-}
-
 TEST(Bitmaps, JoinThePlateWithoutASeam) {
     const Bitmap plate = Load(3005);
     const Bitmap track = Load(3006);
-    for (const int left : kFaderLefts) {
-        for (int y = 0; y < track.height; ++y) {
-            for (int x = 0; x < track.width; ++x) {
-                ASSERT_EQ(track.At(x, y), plate.At(left + x, kFaderTop + y))
-                    << left << ": " << x << ", " << y;
-            }
-        }
-    }
+    for (const CRect& fader : {layout::kInputFaderRect, layout::kLoFreqFaderRect, layout::kHiFreqFaderRect,
+                               layout::kOutputFaderRect})
+        for (int y = 0; y < track.height; ++y)
+            for (int x = 0; x < track.width; ++x)
+                ASSERT_EQ(track.At(x, y), plate.At(fader.left + x, fader.top + y)) << x << ", " << y;
     const Bitmap knob = Load(3004);
+    const CRect& place = layout::kKnobRect;
     for (int frame = 0; frame < 61; ++frame) {
         for (int i = 0; i < 34; ++i) {
-            ASSERT_EQ(knob.At(i, frame * 34), plate.At(307 + i, 147)) << frame << ": " << i;
-            ASSERT_EQ(knob.At(i, frame * 34 + 33), plate.At(307 + i, 180)) << frame << ": " << i;
-            ASSERT_EQ(knob.At(0, frame * 34 + i), plate.At(307, 147 + i)) << frame << ": " << i;
-            ASSERT_EQ(knob.At(33, frame * 34 + i), plate.At(340, 147 + i)) << frame << ": " << i;
-        }
-    }
-    const Bitmap power = Load(3003);
-    for (int x = 0; x < 25; ++x) {
-        EXPECT_EQ(power.At(x, 0), plate.At(24 + x, 7)) << x;
-        EXPECT_EQ(power.At(x, 21), plate.At(24 + x, 7)) << x;
-    }
-}
-
-TEST(Bitmaps, StatesCanBeToldApart) {
-    const auto differing = [](const Bitmap& a, int ay, const Bitmap& b, int by, int rows) {
-        int count = 0;
-        for (int y = 0; y < rows; ++y) {
-            for (int x = 0; x < a.width; ++x) {
-                count += std::abs(a.At(x, ay + y).Light() - b.At(x, by + y).Light()) > 60 ? 1 : 0;
-            }
-        }
-        return count;
-    };
-    const Bitmap off = Load(3002);
-    const Bitmap on = Load(3003);
-    const Bitmap closed = Load(3012);
-    const Bitmap open = Load(3011);
-    const Bitmap edited = Load(3014);
-    EXPECT_GT(differing(off, 0, on, 0, 21), 20);
-    EXPECT_GT(differing(off, 21, on, 21, 21), 20);
-    EXPECT_GT(differing(on, 0, on, 21, 21), 20) << "held looks like released";
-    EXPECT_GT(differing(closed, 0, open, 0, 19), 20);
-    EXPECT_GT(differing(closed, 0, closed, 19, 19), 20) << "held looks like released";
-    EXPECT_GT(differing(edited, 0, edited, 16, 16), 60);
-}
-
-TEST(Bitmaps, OnShinesAndOffDoesNot) {
-    const auto strongestGreen = [](const Bitmap& bitmap) {
-        int strongest = 0;
-        for (int y = 0; y < bitmap.height / 2; ++y) {
-            for (int x = 0; x < bitmap.width; ++x) {
-                strongest = std::max(strongest, bitmap.At(x, y).green - bitmap.At(x, y).red);
-            }
-        }
-        return strongest;
-    };
-    EXPECT_GT(strongestGreen(Load(3003)), 80);
-    EXPECT_LT(strongestGreen(Load(3002)), 20);
-}
-
-TEST(Bitmaps, ReadOutsAreLightAndClear) {
-    const Bitmap plate = Load(3005);
-    const int rectangles[][4] = {{14, 184, 48, 200},
-                                 {414, 184, 448, 200},
-                                 {125, 184, 174, 200},
-                                 {213, 184, 262, 200},
-                                 {300, 184, 349, 200}};
-    for (const auto& r : rectangles) {
-        // The outermost pixels belong to the rounded frame.
-        for (int y = r[1] + 1; y < r[3] - 1; ++y) {
-            for (int x = r[0] + 1; x < r[2] - 1; ++x) {
-                ASSERT_GT(plate.At(x, y).Light(), 3 * 220) << "text of grey 72 at " << x << ", " << y;
-            }
+            for (const CPoint edge : {CPoint(i, 0), CPoint(i, 33), CPoint(0, i), CPoint(33, i)})
+                ASSERT_EQ(knob.At(edge.x, frame * 34 + edge.y),
+                          plate.At(place.left + edge.x, place.top + edge.y))
+                    << frame << ": " << i;
         }
     }
 }
@@ -227,27 +143,12 @@ TEST(Bitmaps, ScalesMeetTheFadersIndexLine) {
         expectMark(225, row, "HiFreq " + std::to_string(hertz));
     }
     for (int decibels = 6; decibels >= -36; decibels -= 6) {
-        expectMark(24, kFaderTop + 19 - 3 * decibels, "input meter " + std::to_string(decibels));
-        expectMark(452, kFaderTop + 19 - 3 * decibels, "output meter " + std::to_string(decibels));
+        expectMark(24, layout::kMeterY + 19 - 3 * decibels, "input meter " + std::to_string(decibels));
+        expectMark(452, layout::kMeterY + 19 - 3 * decibels, "output meter " + std::to_string(decibels));
     }
     const Bitmap thumb = Load(3007);
     const int middle = thumb.height / 2;
     EXPECT_GT(thumb.At(7, middle).Light(), 650) << "the index line is the thumb's middle row";
-}
-
-TEST(Bitmaps, MetersShineFromGreenToRed) {
-    const Bitmap meter = Load(3008);
-    const int half = meter.width / 2;
-    for (int decibels = 6; decibels > -38; --decibels) {
-        const int row = 19 - 3 * decibels;
-        EXPECT_GT(meter.At(half + 3, row).Light(), 3 * meter.At(3, row).Light()) << decibels << " dB";
-        const Pixel lit = meter.At(half + 3, row + 1);
-        if (decibels > 0) {
-            EXPECT_GT(lit.red, 2 * lit.green) << decibels << " dB";
-        } else if (decibels <= -20) {
-            EXPECT_GT(lit.green, 2 * lit.red) << decibels << " dB";
-        }
-    }
 }
 
 } // namespace
