@@ -1,58 +1,19 @@
 // SPDX-License-Identifier: MIT
-// Counts what the audio thread allocates. The counter sits under malloc itself, so nothing gets past it.
+// Counts what the audio thread allocates.
 #include "effect/avocafade.h"
+#include "tests/support/counted_memory.h"
 #include "tests/support/recording_host.h"
 #include "tests/support/signals.h"
 #include "tests/support/temp_folder.h"
-
-#include <atomic>
-#include <cstdlib>
-
-extern "C" {
-void* __libc_malloc(std::size_t size);
-void* __libc_calloc(std::size_t count, std::size_t size);
-void* __libc_realloc(void* pointer, std::size_t size);
-void* __libc_memalign(std::size_t alignment, std::size_t size);
-}
-
-namespace {
-thread_local bool counting = false;
-thread_local int allocations = 0;
-
-void Count() {
-    if (counting) ++allocations;
-}
-} // namespace
-
-extern "C" {
-void* malloc(std::size_t size) {
-    Count();
-    return __libc_malloc(size);
-}
-void* calloc(std::size_t count, std::size_t size) {
-    Count();
-    return __libc_calloc(count, size);
-}
-void* realloc(void* pointer, std::size_t size) {
-    Count();
-    return __libc_realloc(pointer, size);
-}
-void* aligned_alloc(std::size_t alignment, std::size_t size) {
-    Count();
-    return __libc_memalign(alignment, size);
-}
-}
 
 namespace vocafade::test {
 namespace {
 
 template <typename Work>
-int AllocationsOf(Work work) {
-    allocations = 0;
-    counting = true;
+long AllocationsOf(Work work) {
+    const long before = AllocationsOfThread();
     work();
-    counting = false;
-    return allocations;
+    return AllocationsOfThread() - before;
 }
 
 using Allocations = WithSettings;

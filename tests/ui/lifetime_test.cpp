@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What hosts do to their windows, displays that go away, and editors that open and close all day.
 
-#include "tests/support/live_blocks.h"
+#include "tests/support/counted_memory.h"
 #include "tests/ui/desk.h"
 
 #include <X11/keysym.h>

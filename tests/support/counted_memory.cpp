@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
-#include "tests/support/live_blocks.h"
+#include "tests/support/counted_memory.h"
 
 #ifdef VOCAFADE_SANITIZED
 
 long vocafade::test::LiveBlocks() { return -1; }
+
+long vocafade::test::AllocationsOfThread() { return -1; }
 
 #else
 
@@ -22,14 +24,18 @@ void __libc_free(void*);
 
 namespace {
 std::atomic<long> live{0};
+thread_local long allocations = 0;
 
 void* Count(void* block) {
+    ++allocations;
     if (block != nullptr) live.fetch_add(1, std::memory_order_relaxed);
     return block;
 }
 } // namespace
 
 long vocafade::test::LiveBlocks() { return live.load(); }
+
+long vocafade::test::AllocationsOfThread() { return allocations; }
 
 extern "C" {
 __attribute__((visibility("default"))) void* malloc(std::size_t size) { return Count(__libc_malloc(size)); }
@@ -50,6 +56,7 @@ __attribute__((visibility("default"))) int posix_memalign(void** block, std::siz
 __attribute__((visibility("default"))) void* realloc(void* block, std::size_t size) {
     void* moved = __libc_realloc(block, size);
     if (block == nullptr) return Count(moved);
+    ++allocations;
     if (moved == nullptr && size == 0) live.fetch_sub(1, std::memory_order_relaxed);
     return moved;
 }
