@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 #include "apps/demo/before_after.h"
-#include "apps/demo/color_map.h"
 #include "apps/demo/spectrogram.h"
 #include "apps/demo/stereo_file.h"
 #include "tests/support/temp_folder.h"
@@ -38,29 +37,6 @@ TEST(Spectrogram, ShowsAToneAtItsTimeHeightAndLevel) {
     EXPECT_LT(picture.At(150, row - 20), -60.0f);
     EXPECT_LT(picture.At(150, row + 20), -60.0f);
     EXPECT_NEAR(picture.Loudest(), 0.0, 1.5);
-}
-
-TEST(Spectrogram, OfAShortFileFillsEveryColumn) {
-    const TempFolder folder;
-    StereoSound sound = SilenceThenTone();
-    sound.erase(sound.begin(), sound.begin() + kRate);
-    sound.resize(4000);
-    WriteWave(folder / "short.wav", sound, kRate);
-    const Spectrogram picture = MakeSpectrogram(folder / "short.wav", {100.0, 10000.0}, 300, 10);
-    for (int column = 0; column < 300; ++column)
-        EXPECT_GT(std::max(picture.At(column, 5), picture.At(column, 4)), -20.0f) << column;
-}
-
-TEST(LevelColor, GrowsLighterEvenly) {
-    double previous = -1.0;
-    for (int step = 0; step <= 64; ++step) {
-        const std::uint32_t color = LevelColor(step / 64.0);
-        const double light = 0.2126 * (color >> 16) + 0.7152 * (color >> 8 & 255U) + 0.0722 * (color & 255U);
-        EXPECT_GT(light, previous) << step;
-        previous = light;
-    }
-    EXPECT_EQ(LevelColor(-3.0), LevelColor(0.0));
-    EXPECT_EQ(LevelColor(7.0), LevelColor(1.0));
 }
 
 TEST(BeforeAfter, IsWrittenWholeOrNotAtAll) {
