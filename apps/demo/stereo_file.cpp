@@ -14,24 +14,24 @@ namespace {
 SNDFILE* Handle(void* file) { return static_cast<SNDFILE*>(file); }
 
 // libsndfile writes through these, so that the file replacement below stays in charge of the name.
-CFile& Target(void* file) { return *static_cast<CFile*>(file); }
+CFile& FileOf(void* file) { return *static_cast<CFile*>(file); }
 
-sf_count_t TargetLength(void* file) { return Target(file).GetLength(); }
-sf_count_t TargetPosition(void* file) { return Target(file).GetPosition(); }
+sf_count_t TargetLength(void* file) { return FileOf(file).GetLength(); }
+sf_count_t TargetPosition(void* file) { return FileOf(file).GetPosition(); }
 
 sf_count_t SeekTarget(sf_count_t offset, int whence, void* file) {
     const CFile::SeekPosition from = whence == SEEK_SET   ? CFile::begin
                                      : whence == SEEK_CUR ? CFile::current
                                                           : CFile::end;
-    return Target(file).Seek(offset, from) ? Target(file).GetPosition() : -1;
+    return FileOf(file).Seek(offset, from) ? FileOf(file).GetPosition() : -1;
 }
 
 sf_count_t ReadTarget(void* buffer, sf_count_t count, void* file) {
-    return static_cast<sf_count_t>(Target(file).Read(buffer, static_cast<std::size_t>(count)));
+    return static_cast<sf_count_t>(FileOf(file).Read(buffer, static_cast<std::size_t>(count)));
 }
 
 sf_count_t WriteTarget(const void* buffer, sf_count_t count, void* file) {
-    return Target(file).Write(buffer, static_cast<std::size_t>(count)) ? count : 0;
+    return FileOf(file).Write(buffer, static_cast<std::size_t>(count)) ? count : 0;
 }
 
 std::runtime_error CannotWrite(const std::string& path) {

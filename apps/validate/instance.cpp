@@ -13,8 +13,8 @@
 namespace vocafade::validate {
 namespace {
 
-constexpr double kRate = 44100.0;
-constexpr std::int32_t kBlock = 512;
+constexpr double kFirstRate = 44100.0;
+constexpr std::int32_t kFirstBlock = 512;
 constexpr std::int32_t kMostChannels = 256;
 constexpr std::int32_t kMostPrograms = 65536;
 constexpr VstIntPtr kMostStateBytes = VstIntPtr{64} << 20;
@@ -37,7 +37,7 @@ const char* WhatIsWrong(const AEffect* effect) {
 } // namespace
 
 Instance::Instance(const host::SharedObject& object)
-    : context_(std::make_unique<host::HostContext>(object.folder(), kRate, kBlock, nullptr)) {
+    : context_(std::make_unique<host::HostContext>(object.folder(), kFirstRate, kFirstBlock, nullptr)) {
     const host::HostContext::Constructing scope(*context_);
     AEffect* effect = object.entry()(&host::HostContext::Callback);
     if (const char* wrong = WhatIsWrong(effect)) throw Hopeless(wrong);

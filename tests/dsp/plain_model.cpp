@@ -10,7 +10,7 @@ namespace {
 using Complex = std::complex<double>;
 constexpr int kFrame = 2048;
 constexpr int kOverlap = 6;
-constexpr int kHop = kFrame / kOverlap;
+constexpr int kModelHop = kFrame / kOverlap;
 constexpr int kBins = kFrame / 2;
 constexpr double kTurn = 2.0 * std::numbers::pi;
 
@@ -55,7 +55,7 @@ struct Voice {
         for (std::size_t k = 0; k < kBins; ++k) {
             magnitude[k] = std::abs(spectrum[k]);
             const double angle = std::arg(spectrum[k]);
-            const double expected = kTurn * static_cast<double>(k) * kHop / kFrame;
+            const double expected = kTurn * static_cast<double>(k) * kModelHop / kFrame;
             const double deviation = std::remainder(angle - phase[k] - expected, kTurn);
             phase[k] = angle;
             // The frequency deviation is scaled by the overlap factor both ways, so it is the advance itself.
@@ -72,9 +72,9 @@ struct Voice {
         }
         const std::vector<Complex> frame = Transform(spectrum, 1.0);
         // The first hop of each frame comes too late to be heard; the rest is delayed by the latency.
-        for (int i = kHop; i < kFrame; ++i) {
-            const int at = start + i + kFrame - kHop;
-            if (at < kFrame - kHop || at >= static_cast<int>(output.size())) continue;
+        for (int i = kModelHop; i < kFrame; ++i) {
+            const int at = start + i + kFrame - kModelHop;
+            if (at < kFrame - kModelHop || at >= static_cast<int>(output.size())) continue;
             output[static_cast<std::size_t>(at)] +=
                 frame[static_cast<std::size_t>(i)].real() / kFrame * 4.0 * Window(i) / kOverlap * 1.7;
         }
@@ -89,7 +89,7 @@ StereoSamples PlainModel(const StereoSamples& input, const ModelSettings& settin
     Voice right;
     std::vector<double> outL(input.left.size());
     std::vector<double> outR(input.left.size());
-    for (int end = kHop; end <= count; end += kHop) {
+    for (int end = kModelHop; end <= count; end += kModelHop) {
         const int start = end - kFrame;
         left.Analyse(input.left, start);
         right.Analyse(input.right, start);

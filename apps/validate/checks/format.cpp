@@ -48,7 +48,7 @@ void SwitchOn(Instance& effect, double rate, std::int32_t block) {
     effect.On();
 }
 
-void Sound(Subject& subject, Report& report) {
+void FiniteSound(Subject& subject, Report& report) {
     InEachPrecision(subject, [&](auto zero, const char* precision) {
         using Sample = decltype(zero);
         Instance effect(subject.Object());
@@ -70,7 +70,8 @@ void Sound(Subject& subject, Report& report) {
         effect.Off();
     });
 }
-const Check kSound{"sound", 1, 30, kPlain, "noise and silence go in, and what comes out is finite", Sound};
+const Check kSound{"sound",    1, 30, kPlain, "noise and silence go in, and what comes out is finite",
+                   FiniteSound};
 
 void Rates(Subject& subject, Report& report) {
     InEachPrecision(subject, [&](auto zero, const char* precision) {

@@ -10,7 +10,7 @@ namespace vocafade::validate {
 namespace {
 
 /// Bytes behind an opcode's pointer.
-constexpr std::size_t kRoom = 4096;
+constexpr std::size_t kAnswerRoom = 4096;
 
 /// An arrangement of speakers as hosts pass it: a type, the number of channels and eight records of them.
 struct Arrangement {
@@ -55,7 +55,8 @@ bool TakesNoPointer(std::int32_t opcode) {
 class Asker {
   public:
     Asker(Instance& effect, Report& report)
-        : effect_(effect), report_(report), room_(kRoom, GuardedMemory::Against::end, "the request's buffer"),
+        : effect_(effect), report_(report),
+          room_(kAnswerRoom, GuardedMemory::Against::end, "the request's buffer"),
           arrangement_(sizeof(Arrangement), GuardedMemory::Against::end, "the speakers' arrangement") {}
 
     void Ask(std::int32_t opcode, std::int32_t index, VstIntPtr value, float opt) {
@@ -64,7 +65,7 @@ class Asker {
             return;
         }
         report_.Trying("opcode {} with index {}, value {}, opt {}", opcode, index, value, opt);
-        std::memset(room_.data(), 0, kRoom);
+        std::memset(room_.data(), 0, kAnswerRoom);
         effect_.Ask(opcode, index, value, room_.data(), opt);
     }
 

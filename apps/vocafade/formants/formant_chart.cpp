@@ -16,7 +16,7 @@ namespace {
 
 constexpr int kWidth = 1280, kHeight = 720;
 constexpr double kLeft = 78, kRight = 1250, kTop = 96, kBottom = 650;
-constexpr double kLowestHz = 50, kHighestHz = 20000;
+constexpr double kAxisFromHz = 50, kAxisToHz = 20000;
 constexpr double kRangeDb = 90; // from the loudest down to the lower edge
 
 constexpr Rgb kFaint{0.42, 0.44, 0.48};
@@ -26,7 +26,7 @@ constexpr Rgb kSide{0.16, 0.42, 0.60}, kBand{0.96, 0.80, 0.45};
 class FormantChart {
   public:
     explicit FormantChart(const FormantAnalysis& analysis)
-        : analysis_(analysis), highest_(std::min(kHighestHz, analysis.rate / 2.0)) {
+        : analysis_(analysis), highest_(std::min(kAxisToHz, analysis.rate / 2.0)) {
         const auto loudest = [](const std::vector<float>& curve) {
             return curve.empty() ? -200.0
                                  : static_cast<double>(*std::max_element(curve.begin() + 1, curve.end()));
@@ -56,8 +56,8 @@ class FormantChart {
 
   private:
     double X(double hz) const {
-        return kLeft +
-               std::log(std::max(hz, 1.0) / kLowestHz) / std::log(highest_ / kLowestHz) * (kRight - kLeft);
+        return kLeft + std::log(std::max(hz, 1.0) / kAxisFromHz) / std::log(highest_ / kAxisFromHz) *
+                           (kRight - kLeft);
     }
     double Y(double decibels) const { return kTop + (top_ - decibels) / kRangeDb * (kBottom - kTop); }
 
