@@ -81,6 +81,8 @@ void Sounds() {
     const std::string pad(1, '\0');
     Seed("user_chunk_fuzzer", "plain", "\x11" + Form(common + sound));
     Seed("user_chunk_fuzzer", "user", "\x05" + Form(common + sound + user) + "stale bytes");
+    Seed("user_chunk_fuzzer", "appended",
+         "\x05" + Form(common + sound + user) + "stale" + Chunk("ID3 ", "tags") + Chunk("NAME", "n"));
     Seed("user_chunk_fuzzer", "between",
          "\x15" + Form(common + sound + user + pad + Chunk("NAME", "n") + pad));
     Seed("user_chunk_fuzzer", "odd",
