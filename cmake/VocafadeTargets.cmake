@@ -61,6 +61,27 @@ function(vocafade_library name)
   target_link_libraries(${name} PUBLIC vocafade_flags ${ARG_USES})
 endfunction()
 
+# A plug-in: vocafade_module(NAME SOURCES ... EXPORTS version-script OUTPUT folder name)
+function(vocafade_module name)
+  cmake_parse_arguments(ARG "" "EXPORTS" "SOURCES;OUTPUT" ${ARGN})
+  list(GET ARG_OUTPUT 0 folder)
+  list(GET ARG_OUTPUT 1 file)
+  # The last one is compiled into the module itself, since it works by being loaded and nothing refers to it.
+  add_library(${name} MODULE ${ARG_SOURCES} "${PROJECT_SOURCE_DIR}/ui/platform/x11/resident_libraries.cpp")
+  target_link_libraries(${name} PRIVATE vocafade_instance)
+  set_target_properties(${name} PROPERTIES
+    PREFIX "" OUTPUT_NAME "${file}" LIBRARY_OUTPUT_DIRECTORY "${folder}" LINK_DEPENDS "${ARG_EXPORTS}")
+  target_link_options(${name} PRIVATE
+    # Not LINKER:, which would split a folder's name at a comma.
+    "SHELL:-Xlinker \"--version-script=${ARG_EXPORTS}\"" "LINKER:-Bsymbolic" "LINKER:--as-needed")
+  if(NOT VOCAFADE_SANITIZE)
+    target_sources(${name} PRIVATE "${PROJECT_SOURCE_DIR}/plugin/unload.cpp")
+    # The C++ library comes along, so that a host that brings another one cannot clash with it.
+    target_link_options(${name} PRIVATE -static-libstdc++ -static-libgcc "LINKER:-z,defs"
+                        "LINKER:--exclude-libs,ALL")
+  endif()
+endfunction()
+
 # A program: vocafade_program(NAME SOURCES ... [USES ...]); it lands in the build folder's root.
 function(vocafade_program name)
   cmake_parse_arguments(ARG "" "" "SOURCES;USES" ${ARGN})

@@ -1,15 +1,13 @@
 // SPDX-License-Identifier: MIT
-#include "editor/vocafade_editor.h"
 #include "effect/avocafade.h"
-#include "plugin/plugin_resources.h"
+#include "plugin/instance.h"
 #include "vst/opcodes.h"
 
 namespace vocafade {
 
 /// [main-thread] Makes one effect for the host behind `audioMaster`. The descriptor's `effClose` deletes it.
 AudioEffect* createEffectInstance(audioMasterCallback audioMaster) {
-    PluginResources::Register();
-    return new AVocafade(audioMaster, MakeVocafadeEditor);
+    return MakeInstance(audioMaster).release();
 }
 
 } // namespace vocafade
