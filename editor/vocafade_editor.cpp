@@ -81,6 +81,14 @@ void CVocafadeEditor::idle() {
     if (session_ != nullptr) session_->hostFrame.Idle();
 }
 
+std::uintptr_t CVocafadeEditor::NativeWindow() {
+    return session_ != nullptr ? session_->panel->NativeId() : 0;
+}
+
+bool CVocafadeEditor::IsHeld() const {
+    return session_ != nullptr && session_->panel->GetCapture() != nullptr;
+}
+
 void CVocafadeEditor::draw(ERect*) {
     const Busy working(*this);
     if (session_ != nullptr) session_->panel->SendMessage(WM_PAINT);

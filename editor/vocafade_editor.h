@@ -41,6 +41,10 @@ class CVocafadeEditor : public AEffEditor, private EffectListener {
     void draw(ERect* rect) override;
 
     AVocafade& vocafade();
+    /// The system's number of the panel's window, which every program sees by now; 0 while closed.
+    std::uintptr_t NativeWindow();
+    /// True while the user holds a control with the mouse.
+    bool IsHeld() const;
 
   private:
     struct Session;

@@ -54,6 +54,8 @@ class AVocafade : public AudioEffectX {
 
     /// [any-thread] Peaks of the last block, linear, 1 is full scale.
     void GetVU(float* inL, float* inR, float* outL, float* outR);
+    /// [any-thread] Puts in readings of a block that was processed elsewhere, for an effect that only shows.
+    void ShowVU(float inL, float inR, float outL, float outR);
     /// [any-thread] There is no clip detection: always 0.
     std::int32_t GetClip() const { return 0; }
     /// [any-thread] Advances with every processed block and wraps; a changed value means new meter readings.

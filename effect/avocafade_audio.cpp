@@ -149,4 +149,10 @@ void AVocafade::GetVU(float* inL, float* inR, float* outL, float* outR) {
     *outR = meters_.outR;
 }
 
+void AVocafade::ShowVU(float inL, float inR, float outL, float outR) {
+    const CSingleLock hold(audioLock_);
+    StartBlock();
+    meters_ = {inL, inR, outL, outR};
+}
+
 } // namespace vocafade

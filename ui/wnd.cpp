@@ -207,6 +207,13 @@ TopLevel* CWnd::FindTopLevel(CPoint* offset) const {
     return at != nullptr ? at->topLevel_.get() : nullptr;
 }
 
+std::uintptr_t CWnd::NativeId() const {
+    const TopLevel* top = FindTopLevel();
+    if (top == nullptr || top->native() == nullptr) return 0;
+    top->native()->ScreenPosition(); // the system answers this after all that was asked before
+    return top->native()->NativeId();
+}
+
 CWnd* CWnd::WindowAt(CPoint point) {
     if (!CRect({0, 0}, bounds_.Size()).PtInRect(point)) return nullptr;
     for (auto it = children_.rbegin(); it != children_.rend(); ++it) {

@@ -97,6 +97,9 @@ class CWnd : public CCmdTarget {
     void GetClientRect(CRect* rect) const { *rect = {0, 0, bounds_.Width(), bounds_.Height()}; }
     /// Bounds in the parent's client area; of a dialog or menu on the screen, where it was put.
     const CRect& bounds() const { return bounds_; }
+    /// The system's number of the native window that this one is or lies in; 0 without one. Waits until other
+    /// programs can see that window, too.
+    std::uintptr_t NativeId() const;
     /// @}
 
     /// @name Painting
