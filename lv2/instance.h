@@ -1,0 +1,87 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "effect/avocafade.h"
+#include "lv2/sound.h"
+
+#include <array>
+#include <chrono>
+#include <cstdint>
+#include <lv2/state/state.h>
+#include <lv2/urid/urid.h>
+#include <memory>
+#include <string>
+
+namespace vocafade::lv2 {
+
+/// Where what the user does in the editor goes.
+class PortWriter {
+  public:
+    virtual ~PortWriter() = default;
+    virtual void WritePort(std::int32_t parameter, float value) = 0; ///< [main-thread]
+    virtual void TouchPort(std::int32_t parameter, bool held) = 0;   ///< [main-thread]
+};
+
+/// One plug-in of a host's: what sounds (`Sound`), and what is shown and saved: an effect with 64 programs
+/// and the editor, which processes no audio. The ports join the two: the main thread brings what they say to
+/// the effect that is shown, the editor writes what the user changes to them.
+class Instance {
+  public:
+    /// [main-thread] `rate` in Hz; `bundle` is the folder of the plug-in, with a "/" at its end; `map` may be
+    /// null, then there is no state.
+    Instance(double rate, const char* bundle, const LV2_URID_Map* map);
+    ~Instance();
+    Instance(const Instance&) = delete;
+    Instance& operator=(const Instance&) = delete;
+
+    /// [main-thread] The instance that a host's handle stands for; null for any other pointer, such as that
+    /// of a host which runs the editor in another process than the plug-in, or through a bridge of its own.
+    static Instance* Find(void* handle);
+
+    Sound& sound() { return sound_; }
+    /// [main-thread] The effect that is shown.
+    AVocafade& shown() { return *shown_; }
+    /// [main-thread] Null for none. There is one editor at most.
+    void SetPortWriter(PortWriter* writer) { writer_ = writer; }
+    const PortWriter* portWriter() const { return writer_; }
+
+    /// [main-thread] Brings what the audio thread has met (ports, meters) to the effect that is shown.
+    void FollowSound();
+    /// [main-thread] The host says that the port of `parameter` has this value.
+    void FollowPort(std::int32_t parameter, float value);
+
+    // State: state.cpp
+    /// [main-thread] The 64 programs as one chunk.
+    LV2_State_Status Save(LV2_State_Store_Function store, LV2_State_Handle handle);
+    /// [main-thread] The ports win over the current program of the chunk.
+    LV2_State_Status Restore(LV2_State_Retrieve_Function retrieve, LV2_State_Handle handle);
+
+  private:
+    using Clock = std::chrono::steady_clock;
+
+    static VstIntPtr FromEffect(AEffect* effect, std::int32_t opcode, std::int32_t index, VstIntPtr value,
+                                void* ptr, float opt);
+    void Write(std::int32_t parameter);
+    void WriteWhatDiffers();
+
+    /// What the port of a parameter said that the shown value stands for.
+    struct Agreement {
+        float port; ///< NaN: nothing yet
+        Clock::time_point
+            writtenUntil;            ///< until then the host may still tell what it had before the user wrote
+        Clock::time_point toldUntil; ///< until then the audio thread may still tell less than the host did
+    };
+
+    void Agree(std::int32_t parameter, const Agreement& agreement);
+    void FollowSound(std::int32_t parameter, float port);
+
+    std::string bundle_;
+    Sound sound_;
+    std::unique_ptr<AVocafade> shown_;
+    PortWriter* writer_ = nullptr;
+    std::array<Agreement, kParameterCount> agreed_{};
+    std::uint32_t blocksSeen_ = 0;
+    const LV2_URID_Map* map_;
+};
+
+} // namespace vocafade::lv2

@@ -1,0 +1,106 @@
+// SPDX-License-Identifier: MIT
+#include "tests/lv2/panel_host.h"
+
+#include <chrono>
+#include <dlfcn.h>
+#include <lv2/instance-access/instance-access.h>
+#include <stdexcept>
+#include <thread>
+
+namespace vocafade::test {
+namespace {
+
+const LV2UI_Descriptor* Descriptor() {
+    // Never unloaded: sanitizers want the names of what leaked.
+    void* library = ::dlopen(VOCAFADE_LV2 "/vocafade.so", RTLD_NOW | RTLD_LOCAL);
+    if (library == nullptr) throw std::runtime_error("the plug-in cannot be loaded");
+    const auto entry = reinterpret_cast<LV2UI_DescriptorFunction>(::dlsym(library, "lv2ui_descriptor"));
+    return entry(0);
+}
+
+} // namespace
+
+PanelHost::PanelHost(XUser& someUser, Lv2Plugin& somePlugin)
+    : PanelHost(someUser, somePlugin, Offer{somePlugin.handle()}) {}
+
+PanelHost::PanelHost(XUser& someUser, Lv2Plugin& somePlugin, Offer offer, xcb_window_t someParent)
+    : user(someUser), plugin(somePlugin), parent(someParent), descriptor_(Descriptor()) {
+    ownsParent_ = parent == 0;
+    if (ownsParent_) parent = user.MakeWindow(kX, kY, 477, 214);
+    const LV2UI_Touch touch{this, [](LV2UI_Feature_Handle handle, std::uint32_t port, bool held) {
+                                static_cast<PanelHost*>(handle)->touches.emplace_back(port, held);
+                            }};
+    const LV2UI_Resize resize{this, [](LV2UI_Feature_Handle handle, int width, int height) {
+                                  static_cast<PanelHost*>(handle)->size = {width, height};
+                                  return 0;
+                              }};
+    static LV2UI_Touch lasting; // features live as long as the editor
+    lasting = touch;
+    const LV2_Feature access{LV2_INSTANCE_ACCESS_URI, offer.instance};
+    const LV2_Feature window{LV2_UI__parent, reinterpret_cast<void*>(static_cast<std::uintptr_t>(parent))};
+    const LV2_Feature touching{LV2_UI__touch, &lasting};
+    const LV2_Feature resizing{LV2_UI__resize, const_cast<LV2UI_Resize*>(&resize)};
+    std::vector<const LV2_Feature*> features;
+    if (offer.instance != nullptr) features.push_back(&access);
+    if (offer.parent) features.push_back(&window);
+    if (offer.touchAndResize) features.insert(features.end(), {&touching, &resizing});
+    features.push_back(nullptr);
+    const auto write = [](LV2UI_Controller controller, std::uint32_t port, std::uint32_t bytes,
+                          std::uint32_t protocol, const void* buffer) {
+        auto* self = static_cast<PanelHost*>(controller);
+        if (bytes != sizeof(float) || protocol != 0) throw std::runtime_error("no plain number was written");
+        self->writes.emplace_back(port, *static_cast<const float*>(buffer));
+        if (!self->deaf) self->plugin.controls[port] = *static_cast<const float*>(buffer);
+    };
+    LV2UI_Widget shown = nullptr;
+    panel_ = descriptor_->instantiate(descriptor_, lv2::kPluginUri, VOCAFADE_LV2 "/", write, this, &shown,
+                                      features.data());
+    widget = static_cast<xcb_window_t>(reinterpret_cast<std::uintptr_t>(shown));
+}
+
+PanelHost::~PanelHost() {
+    Close();
+    if (ownsParent_) user.DestroyWindow(parent);
+}
+
+void PanelHost::Close() {
+    if (panel_ != nullptr) descriptor_->cleanup(panel_);
+    panel_ = nullptr;
+}
+
+void PanelHost::Idle() {
+    static_cast<const LV2UI_Idle_Interface*>(descriptor_->extension_data(LV2_UI__idleInterface))
+        ->idle(panel_);
+}
+
+void PanelHost::Settle() {
+    for (int i = 0; i < 4; ++i) {
+        user.Sync();
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        Idle();
+    }
+    user.Sync();
+}
+
+void PanelHost::MoveTo(Point point) {
+    user.MoveTo(kX + point.x, kY + point.y);
+    Settle();
+}
+
+void PanelHost::Press(Point point) {
+    user.MoveTo(kX + point.x, kY + point.y);
+    user.Press();
+    Settle();
+}
+
+void PanelHost::Release(Point point) {
+    user.MoveTo(kX + point.x, kY + point.y);
+    user.Release();
+    Settle();
+}
+
+void PanelHost::Tell(std::int32_t parameter, float value) {
+    descriptor_->port_event(panel_, lv2::PortOf(parameter), sizeof value, 0, &value);
+}
+
+} // namespace vocafade::test

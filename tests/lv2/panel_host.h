@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "tests/lv2/lv2_host.h"
+#include "tests/support/x_user.h"
+
+#include <lv2/ui/ui.h>
+#include <utility>
+#include <vector>
+
+namespace vocafade::test {
+
+/// The host's side of an editor in a window of the host's. What it writes goes to the plug-in's ports, as in
+/// every host.
+class PanelHost {
+  public:
+    /// A place on the panel.
+    struct Point {
+        int x, y;
+    };
+    /// Which of the features that the editor asks for this host has.
+    struct Offer {
+        void* instance;
+        bool parent = true;
+        bool touchAndResize = true;
+    };
+
+    PanelHost(XUser& someUser, Lv2Plugin& somePlugin);
+    PanelHost(XUser& someUser, Lv2Plugin& somePlugin, Offer offer, xcb_window_t someParent = 0);
+    ~PanelHost();
+    PanelHost(const PanelHost&) = delete;
+    PanelHost& operator=(const PanelHost&) = delete;
+
+    bool IsOpen() const { return panel_ != nullptr; }
+    void Close();
+    void Idle();
+    /// Idles until everything that has happened is handled and painted.
+    void Settle();
+    void MoveTo(Point point);
+    void Press(Point point);
+    void Release(Point point);
+    void Click(Point point) {
+        Press(point);
+        Release(point);
+    }
+    /// Tells the editor what a port says.
+    void Tell(std::int32_t parameter, float value);
+    Picture Look(int x, int y, int width, int height) { return user.Look(parent, x, y, width, height); }
+
+    XUser& user;
+    Lv2Plugin& plugin;
+    xcb_window_t parent = 0;
+    xcb_window_t widget = 0;
+    bool deaf = false; ///< what the editor writes does not reach the ports
+    std::vector<std::pair<std::uint32_t, float>> writes;
+    std::vector<std::pair<std::uint32_t, bool>> touches;
+    std::pair<int, int> size{};
+
+  private:
+    static constexpr int kX = 20;
+    static constexpr int kY = 30;
+
+    const LV2UI_Descriptor* descriptor_;
+    LV2UI_Handle panel_ = nullptr;
+    bool ownsParent_ = false;
+};
+
+} // namespace vocafade::test

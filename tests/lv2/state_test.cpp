@@ -1,0 +1,152 @@
+// SPDX-License-Identifier: MIT
+#include "effect/program.h"
+#include "tests/lv2/lv2_host.h"
+#include "tests/support/temp_folder.h"
+
+#include <cstring>
+#include <limits>
+#include <lv2/atom/atom.h>
+#include <lv2/state/state.h>
+
+namespace vocafade::test {
+namespace {
+
+/// What a host keeps of a plug-in without a world around it.
+struct Kept {
+    std::vector<char> bytes;
+    std::uint32_t type = 0;
+    std::uint32_t flags = 0;
+    bool missing = false;
+};
+
+class Lv2State : public WithSettings {
+  protected:
+    const LV2_State_Interface& StateOf(const Lv2Plugin& plugin) {
+        return *static_cast<const LV2_State_Interface*>(
+            plugin.descriptor().extension_data(LV2_STATE__interface));
+    }
+
+    Kept Save(const Lv2Plugin& plugin) {
+        Kept kept;
+        const auto store = [](LV2_State_Handle handle, std::uint32_t, const void* value, std::size_t size,
+                              std::uint32_t type, std::uint32_t flags) {
+            const char* bytes = static_cast<const char*>(value);
+            *static_cast<Kept*>(handle) = {{bytes, bytes + size}, type, flags};
+            return LV2_STATE_SUCCESS;
+        };
+        const LV2_Feature* none[] = {nullptr};
+        EXPECT_EQ(StateOf(plugin).save(plugin.handle(), store, &kept, 0, none), LV2_STATE_SUCCESS);
+        return kept;
+    }
+
+    LV2_State_Status Restore(const Lv2Plugin& plugin, Kept kept) {
+        const auto retrieve = [](LV2_State_Handle handle, std::uint32_t, std::size_t* size,
+                                 std::uint32_t* type, std::uint32_t* flags) -> const void* {
+            const Kept& known = *static_cast<Kept*>(handle);
+            *size = known.bytes.size();
+            *type = known.type;
+            *flags = known.flags;
+            return known.missing ? nullptr : known.bytes.data();
+        };
+        const LV2_Feature* none[] = {nullptr};
+        return StateOf(plugin).restore(plugin.handle(), retrieve, &kept, 0, none);
+    }
+
+    static ProgramSet Programs(const Kept& kept) {
+        ProgramSet programs;
+        EXPECT_EQ(kept.bytes.size(), sizeof programs);
+        std::memcpy(programs.data(), kept.bytes.data(), std::min(kept.bytes.size(), sizeof programs));
+        return programs;
+    }
+
+    static Kept From(const ProgramSet& programs, Kept like) {
+        std::memcpy(like.bytes.data(), programs.data(), sizeof programs);
+        return like;
+    }
+
+    Lv2Bundle bundle;
+};
+
+TEST_F(Lv2State, ComesBackEqualInAnotherInstanceAndFromText) {
+    Lv2Plugin first(bundle);
+    Kept kept = Save(first);
+    EXPECT_EQ(kept.flags, LV2_STATE_IS_POD | LV2_STATE_IS_PORTABLE);
+    ProgramSet programs = Programs(kept);
+    SetName(programs[7], "Choir");
+    StoreValue(programs[7], kParameterLoFreq, 0.25f);
+    ASSERT_EQ(Restore(first, From(programs, kept)), LV2_STATE_SUCCESS);
+    first.Control(kParameterPosition) = 40.0f;
+    first.Run(Song(1024));
+
+    const Lilv<LilvState> state = first.Save();
+    char* text = lilv_state_to_string(bundle.world(), bundle.map(), bundle.unmap(), state.get(),
+                                      "urn:test:state", nullptr);
+    const Lilv<LilvState> read(lilv_state_new_from_string(bundle.world(), bundle.map(), text));
+    lilv_free(text);
+    ASSERT_NE(read, nullptr);
+    Lv2Plugin second(bundle);
+    second.Restore(*read);
+    EXPECT_EQ(second.Control(kParameterPosition), 40.0f);
+    second.Run(Song(1024));
+    EXPECT_EQ(Programs(Save(second)), Programs(Save(first)));
+    EXPECT_TRUE(lilv_state_equals(second.Save().get(), state.get()));
+    EXPECT_EQ(second.Run(Song()), first.Run(Song()));
+}
+
+TEST_F(Lv2State, ThePortsWinOverTheChunksCurrentProgram) {
+    Lv2Plugin plugin(bundle);
+    Kept kept = Save(plugin);
+    ProgramSet programs = Programs(kept);
+    programs[0].currentProgram = 3;
+    SetName(programs[3], "Third");
+    StoreValue(programs[3], kParameterHiFreq, 0.125f);
+    plugin.Control(kParameterHiFreq) = 5000.0f;
+    plugin.Run(Song(512));
+    ASSERT_EQ(Restore(plugin, From(programs, kept)), LV2_STATE_SUCCESS);
+    plugin.Run(Song(512));
+    const ProgramSet now = Programs(Save(plugin));
+    EXPECT_EQ(now[0].currentProgram, 3);
+    EXPECT_EQ(LoadValue(now[3], kParameterHiFreq), NormalizeWholeDisplayValue(kParameterHiFreq, 5000.0f));
+    EXPECT_EQ(LoadValue(now[3], kParameterLoFreq), NormalizeWholeDisplayValue(kParameterLoFreq, 400.0f));
+    plugin.Deactivate();
+    plugin.Activate();
+    EXPECT_EQ(plugin.Run(Song()), Expected(Song(), {1, 0, 0, 400, 5000, 64})) << "it sounds as the ports say";
+}
+
+TEST_F(Lv2State, RefusesWhatIsNoStateOfIts) {
+    Lv2Plugin plugin(bundle);
+    const Kept kept = Save(plugin);
+    Kept cut = kept;
+    cut.bytes.resize(100);
+    EXPECT_NE(Restore(plugin, cut), LV2_STATE_SUCCESS);
+    Kept long_ = kept;
+    long_.bytes.resize(1 << 20);
+    EXPECT_NE(Restore(plugin, long_), LV2_STATE_SUCCESS);
+    Kept text = kept;
+    text.type = bundle.map()->map(bundle.map()->handle, LV2_ATOM__String);
+    EXPECT_EQ(Restore(plugin, text), LV2_STATE_ERR_BAD_TYPE);
+    Kept missing = kept;
+    missing.missing = true;
+    EXPECT_EQ(Restore(plugin, missing), LV2_STATE_SUCCESS) << "a preset of ports alone";
+    EXPECT_EQ(Save(plugin).bytes, kept.bytes);
+    ProgramSet wild = Programs(kept); // values that no fader gives are kept, and harm nobody
+    wild[0].currentProgram = 1 << 30;
+    StoreValue(wild[1], kParameterLoFreq, std::numeric_limits<float>::quiet_NaN());
+    EXPECT_EQ(Restore(plugin, From(wild, kept)), LV2_STATE_SUCCESS);
+    plugin.Run(Song(512));
+}
+
+TEST_F(Lv2State, NeedsNumbersForItsNames) {
+    const Lv2Plugin with(bundle);
+    const LV2_Feature* none[] = {nullptr};
+    const LV2_Handle handle =
+        with.descriptor().instantiate(&with.descriptor(), 44100.0, VOCAFADE_LV2 "/", none);
+    ASSERT_NE(handle, nullptr) << "it plays without";
+    const auto store = [](LV2_State_Handle, std::uint32_t, const void*, std::size_t, std::uint32_t,
+                          std::uint32_t) { return LV2_STATE_SUCCESS; };
+    EXPECT_EQ(StateOf(with).save(handle, store, nullptr, 0, none), LV2_STATE_ERR_NO_FEATURE);
+    with.descriptor().cleanup(handle);
+}
+
+} // namespace
+} // namespace vocafade::test
