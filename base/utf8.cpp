@@ -23,7 +23,7 @@ char32_t TakeCharacter(std::string_view& text) {
     constexpr char32_t kLeast[] = {0, 0x80, 0x800, 0x10000}; // smaller ones have a shorter form
     const auto first = static_cast<unsigned char>(text[0]);
     const int more = ContinuationsAfter(first);
-    const auto size = static_cast<std::size_t>(more + 1);
+    const std::size_t size = 1 + static_cast<std::size_t>(more);
     bool valid = more >= 0 && text.size() >= size;
     char32_t character = more > 0 ? first & (0x3FU >> more) : first;
     for (std::size_t i = 1; valid && i < size; ++i) {
