@@ -101,6 +101,14 @@ TEST(Documents, NameFilesAndTestsThatExist) {
     }
 }
 
+TEST(Documents, NameWhatContinuousIntegrationRuns) {
+    std::smatch call;
+    const std::string script = Read(kRoot / ".ci/run");
+    ASSERT_TRUE(std::regex_search(script, call, std::regex("scripts/test\"?([^\"\n]*)\n")));
+    EXPECT_NE(Documents().at("README.md").find("`scripts/test" + call.str(1) + "`"), std::string::npos)
+        << call.str(1);
+}
+
 /// A value as the documents write it: "-59.8 dB", "20 kHz", "64".
 std::string Written(double value, const std::string& unit) {
     const bool kilo = unit == "Hz" && value >= 1000.0;
