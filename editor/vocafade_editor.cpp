@@ -9,8 +9,8 @@
 namespace vocafade {
 
 /// What lives from `open` to `close`.
-struct CVocafadeEditor::Session {
-    ~Session() {
+struct CVocafadeEditor::Windows {
+    ~Windows() {
         if (panel != nullptr) panel->DestroyWindow();
         panel.reset();
         hostFrame.DetachHost();
@@ -53,15 +53,15 @@ bool CVocafadeEditor::getRect(ERect** bounds) {
 }
 
 bool CVocafadeEditor::open(void* ptr) {
-    if (session_ != nullptr) return true;
+    if (windows_ != nullptr) return true;
     const Busy working(*this);
-    auto session = std::make_unique<Session>();
-    if (!session->hostFrame.AttachHost(ptr)) return false;
-    session->panel = std::make_unique<CUIWindow>();
-    if (!session->panel->MakeWindow(&session->hostFrame, &background_, this)) return false;
-    session->panel->MoveWindow(0, 0, background_.Width(), background_.Height(), true);
+    auto windows = std::make_unique<Windows>();
+    if (!windows->hostFrame.AttachHost(ptr)) return false;
+    windows->panel = std::make_unique<CUIWindow>();
+    if (!windows->panel->MakeWindow(&windows->hostFrame, &background_, this)) return false;
+    windows->panel->MoveWindow(0, 0, background_.Width(), background_.Height(), true);
     systemWindow = ptr;
-    session_ = std::move(session);
+    windows_ = std::move(windows);
     windowThread_.store(std::this_thread::get_id(), std::memory_order_relaxed);
     return true;
 }
@@ -69,16 +69,16 @@ bool CVocafadeEditor::open(void* ptr) {
 void CVocafadeEditor::close() {
     systemWindow = nullptr;
     windowThread_.store(std::thread::id(), std::memory_order_relaxed);
-    if (session_ == nullptr) return;
-    retired_.push_back(std::move(session_));
+    if (windows_ == nullptr) return;
+    retired_.push_back(std::move(windows_));
     if (busy_ == 0) retired_.clear();
 }
 
 void CVocafadeEditor::idle() {
     const Busy working(*this);
     // Before the events, so that what the panel finds changed is painted in the same idle.
-    if (session_ != nullptr) session_->panel->idle();
-    if (session_ != nullptr) session_->hostFrame.Idle();
+    if (windows_ != nullptr) windows_->panel->idle();
+    if (windows_ != nullptr) windows_->hostFrame.Idle();
 }
 
 std::uintptr_t CVocafadeEditor::NativeWindow() {
@@ -91,12 +91,12 @@ bool CVocafadeEditor::IsHeld() const {
 
 void CVocafadeEditor::draw(ERect*) {
     const Busy working(*this);
-    if (session_ != nullptr) session_->panel->SendMessage(WM_PAINT);
+    if (windows_ != nullptr) windows_->panel->SendMessage(WM_PAINT);
 }
 
 CUIWindow* CVocafadeEditor::PanelOfThisThread() {
     if (windowThread_.load(std::memory_order_relaxed) != std::this_thread::get_id()) return nullptr;
-    return session_ != nullptr ? session_->panel.get() : nullptr;
+    return windows_ != nullptr ? windows_->panel.get() : nullptr;
 }
 
 void CVocafadeEditor::UpdateControl(std::int32_t index, float value) {
@@ -108,7 +108,7 @@ void CVocafadeEditor::UpdateModify() {
 }
 
 void CVocafadeEditor::ShowMessage(std::int32_t stringId, const std::string& path) {
-    if (session_ != nullptr) session_->panel->ShowMessage(stringId, path);
+    if (windows_ != nullptr) windows_->panel->ShowMessage(stringId, path);
 }
 
 AEffEditor* MakeVocafadeEditor(AudioEffect* owner) { return new CVocafadeEditor(owner); }

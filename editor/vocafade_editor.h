@@ -2,7 +2,7 @@
 #pragma once
 
 #include "editor/in_vocafade.h"
-#include "effect/editor_door.h"
+#include "effect/editor_interface.h"
 #include "ui/gdi.h"
 #include "vst/aeff_editor.h"
 
@@ -47,7 +47,7 @@ class CVocafadeEditor : public AEffEditor, private EffectListener {
     bool IsHeld() const;
 
   private:
-    struct Session;
+    struct Windows;
     class Busy;
 
     void UpdateControl(std::int32_t index, float value) override;
@@ -59,8 +59,8 @@ class CVocafadeEditor : public AEffEditor, private EffectListener {
     void* bitmapHandle_ = nullptr;
     CInVocafade application_;
     CKVBBitmap background_;
-    std::unique_ptr<Session> session_;              ///< while open
-    std::vector<std::unique_ptr<Session>> retired_; ///< closed while the panel was at work
+    std::unique_ptr<Windows> windows_;              ///< while open
+    std::vector<std::unique_ptr<Windows>> retired_; ///< closed while the panel was at work
     int busy_ = 0;
     std::atomic<std::thread::id> windowThread_; ///< of the open panel; of no thread while closed
 };

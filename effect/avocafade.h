@@ -5,7 +5,7 @@
 #include "base/cstring.h"
 #include "base/wave_format.h"
 #include "dsp/vocafade_manager.h"
-#include "effect/editor_door.h"
+#include "effect/editor_interface.h"
 #include "effect/identity.h"
 #include "effect/parameters.h"
 #include "effect/program.h"
