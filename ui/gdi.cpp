@@ -43,8 +43,7 @@ CFont::CFont() = default;
 CFont::~CFont() = default;
 
 bool CFont::CreatePointFont(int size, const char* name, CDC* /*dc*/) {
-    // Never without a font: the system's choice stands in for a name that it does not know, so there is
-    // nothing to complain of (and standard output is the host's).
+    // The system's choice stands in for a name that it does not know; standard output is the host's.
     name_ = name;
     size_ = std::clamp(size, 1, 1000);
     font_ = platform::OpenFont(name_.str(), size_);

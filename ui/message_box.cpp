@@ -18,7 +18,7 @@ constexpr int kButtonGap = 8;
 constexpr int kLeastWidth = 260;
 constexpr int kWrapAt = 440;                ///< pixels
 constexpr std::size_t kMostLineBytes = 256; ///< more are always wider: measuring them would only take time
-constexpr int kFrame = 64;                  ///< of the window manager, and a panel of the session
+constexpr int kFrame = 64;                  ///< of the window manager, and a panel of the desktop
 
 struct Answer {
     int id;
@@ -151,7 +151,7 @@ class MessageBoxDlg : public CDialog {
     void OnYes() { EndDialog(IDYES); }
     void OnNo() { EndDialog(IDNO); }
     void OnOK() override { EndDialog(type_ == MB_YESNO ? IDYES : IDOK); }
-    /// With one button, or none that means no, leaving the box is its only answer.
+    /// Leaving the box means No or Cancel where there is such a button, else OK.
     void OnCancel() override { EndDialog(type_ == MB_YESNO ? IDNO : type_ == MB_OKCANCEL ? IDCANCEL : IDOK); }
 
     DialogTemplate template_;
