@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "apps/chart/lettering.h"
 
+#include "base/utf8.h"
+
 #include <memory>
 #include <pango/pangocairo.h>
 
@@ -24,9 +26,8 @@ double Lettering::Draw(cairo_t* context, const std::string& text, double x, doub
     pango_font_description_set_weight(font, bold ? PANGO_WEIGHT_SEMIBOLD : PANGO_WEIGHT_NORMAL);
     pango_layout_set_font_description(layout.get(), font);
     pango_font_description_free(font);
-    const std::unique_ptr<char, decltype(&g_free)> valid(
-        g_utf8_make_valid(text.c_str(), static_cast<gssize>(text.size())), &g_free);
-    pango_layout_set_text(layout.get(), valid.get(), -1);
+    const std::string valid = ValidUtf8(text);
+    pango_layout_set_text(layout.get(), valid.data(), static_cast<int>(valid.size()));
     pango_layout_set_single_paragraph_mode(layout.get(), TRUE);
     pango_layout_set_ellipsize(layout.get(), PANGO_ELLIPSIZE_MIDDLE);
     pango_layout_set_width(layout.get(), kWidestPixels * PANGO_SCALE);
