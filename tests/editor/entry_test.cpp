@@ -1,17 +1,12 @@
 // SPDX-License-Identifier: MIT
 // Numbers typed into the read-outs.
 #include "tests/editor/panel_picture.h"
-#include "tests/support/wait_for.h"
 
 #include <X11/keysym.h>
-#include <chrono>
 #include <random>
-#include <thread>
 
 namespace vocafade::test {
 namespace {
-
-constexpr CRect kField{125, 182, 180, 204}; ///< a part of the one that opens over kLoFreq
 
 struct Typed {
     CPoint readout;
@@ -225,34 +220,6 @@ TEST_F(Entry, SpinStepsByATenthAndStaysInRange) {
     editor.Key(XK_Return);
     EXPECT_EQ(editor.Display(3), "20.0");
     EXPECT_TRUE(host.Calls(audioMasterBeginEdit).empty());
-}
-
-TEST_F(Entry, AHeldArrowGoesOnUntilItIsReleased) {
-    const auto idle = [this] { editor.Idle(); };
-    editor.Click(kLoFreq);
-    const Picture opened = editor.Look(kField);
-    constexpr CPoint kArrow{125 + 1 + 15 + 47, 188}; // the upper one, behind the field
-    const auto start = std::chrono::steady_clock::now();
-    editor.Press(kArrow);
-    Picture last = editor.Look(kField);
-    EXPECT_NE(last, opened); // a step at once
-    for (int steps = 0; steps < 3; ++steps) {
-        EXPECT_TRUE(WaitFor(idle, [&] { return editor.Look(kField) != last; }));
-        last = editor.Look(kField);
-    }
-    editor.Release(kArrow);
-    const std::chrono::duration<double> held = std::chrono::steady_clock::now() - start;
-    const Picture released = editor.Look(kField);
-    for (int i = 0; i < 30; ++i) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
-        editor.Idle();
-    }
-    EXPECT_EQ(editor.Look(kField), released);
-    editor.Key(XK_Return);
-    // And one each twentieth of a second after four tenths.
-    const double stepped = std::stod(editor.Display(3)) - 400.0;
-    EXPECT_GT(stepped, 0.35);
-    EXPECT_LT(stepped, 0.1 * (2.0 + (held.count() - 0.4) / 0.05) + 0.05);
 }
 
 TEST_F(Entry, TakesTheKeyboardAndGivesItBack) {

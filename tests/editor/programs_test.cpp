@@ -76,21 +76,6 @@ TEST_F(Programs, MenuCopiesAnotherProgramOverTheCurrentOne) {
     EXPECT_TRUE(ShowsItsEffect(editor, true));
 }
 
-TEST_F(Programs, MenuLeftWithoutAChoiceChangesNothing) {
-    for (const bool byKey : {true, false}) {
-        editor.Click(kCopy);
-        EXPECT_NE(Popup(), 0U);
-        if (byKey) {
-            editor.Key(XK_Escape);
-        } else {
-            editor.Click({230, 11}); // on EDITED, where the menu leaves it uncovered
-        }
-        EXPECT_EQ(Popup(), 0U);
-        EXPECT_TRUE(ShowsItsEffect(editor));
-        EXPECT_TRUE(host.Calls(audioMasterUpdateDisplay).empty());
-    }
-}
-
 TEST_F(Programs, SaveStoresTheCurrentSettingsUnderANewName) {
     editor.SetValue(3, 0.5f);
     editor.Settle();
