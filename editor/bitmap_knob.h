@@ -1,17 +1,12 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "editor/control_callback.h"
-#include "ui/dc.h"
-#include "ui/gdi.h"
-#include "ui/wnd.h"
+#include "editor/bitmap_control.h"
 
 namespace vocafade {
 
-/// A knob drawn from a strip of frames, which follows the pointer's angle around its centre. Not a window:
-/// its parent passes it presses and moves, and the context to draw on. Every operation is [main-thread];
-/// `Make` comes first.
-class CKVBNewBitmapTumamiDC {
+/// A knob drawn from a strip of frames, which follows the pointer's angle around its centre.
+class CKVBNewBitmapTumamiDC : public BitmapControl {
   public:
     /// `stripImage` holds `frames` pictures below each other, each of `knobRect`'s size. Angles are in
     /// degrees clockwise from straight down. `spare` is kept and not used. The knob starts in the middle of
@@ -27,18 +22,12 @@ class CKVBNewBitmapTumamiDC {
     float GetValue() const { return value_; }
     /// The value in steps from the minimum, rounded up.
     int GetIndexValue() const;
-    void Draw(CDC* dc);
+    void Draw(CDC* dc) override;
 
     /// True when the knob is hit; it then follows the mouse until `OnLButtonUp`.
     bool PtInTumami(CPoint point);
-    void OnMouseMove(CPoint point, CDC* dc);
-    void OnLButtonUp(CPoint point, CDC* dc);
-    bool IsTracking() const { return tracking_; }
-    /// Lets go of the mouse without a value, when it was taken away.
-    void CancelTracking();
-
-    void GetRect(CRect* rect) const { *rect = knobRect_; }
-    void SetNewRect(const CRect& knobRect, const CRect& readoutRect);
+    bool Press(CPoint point) override;
+    void Show(float value) override { SetValue(value, nullptr, false); }
 
     /// The frame that shows the value.
     int Frame() const;
@@ -47,15 +36,13 @@ class CKVBNewBitmapTumamiDC {
 
   private:
     double AngleTowards(int dx, int dy) const;
-    void InvalidateReadout();
+    void Follow(CPoint point) override { SetValue(point); }
+    void DragEnded() override;
 
-    unsigned id_ = 0;
     CKVBBitmap* stripImage_ = nullptr;
-    CWnd* parent_ = nullptr;
     float min_ = 0.0f;
     float max_ = 1.0f;
     float value_ = 0.0f;
-    CRect knobRect_;
     float angleMin_ = 0.0f;
     float angleMax_ = 360.0f;
     int spare_ = 0;
@@ -64,10 +51,6 @@ class CKVBNewBitmapTumamiDC {
     float step_ = 1.0f;
     int frames_ = 1;
     bool logTaper_ = false;
-    bool tracking_ = false;
-    ControlCallbackFunction callback_ = nullptr;
-    void* context_ = nullptr;
-    CRect readoutRect_;
 };
 
 } // namespace vocafade

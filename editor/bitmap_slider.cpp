@@ -13,16 +13,15 @@ void CKVBBitmapSliderDC::Make(const CRect& trackRect, const CRect& readoutRect, 
                               float minimum, float maximum, CPoint startPoint, CPoint endPoint, unsigned id,
                               int vertical, bool logTaper, bool inverted, bool hideThumb, bool twoPosition,
                               ControlCallbackFunction callback, void* context) {
+    BitmapControl::Make(trackRect, readoutRect, parent, id, callback, context);
     min_ = minimum;
     max_ = maximum;
     startPoint_ = startPoint;
     endPoint_ = endPoint;
-    id_ = id;
     vertical_ = vertical;
     trackImage_ = trackImage;
     thumbImage_ = thumbImage;
     altImage_ = altImage;
-    tracking_ = false;
     value_ = minimum;
     hideThumb_ = hideThumb;
     logTaper_ = logTaper;
@@ -30,25 +29,7 @@ void CKVBBitmapSliderDC::Make(const CRect& trackRect, const CRect& readoutRect, 
     twoPosition_ = twoPosition;
     imageWidth_ = trackImage != nullptr ? trackImage->Width() : 0;
     imageHeight_ = trackImage != nullptr ? trackImage->Height() : 0;
-    trackRect_ = trackRect;
-    parent_ = parent;
-    callback_ = callback;
-    context_ = context;
     enabled_ = true;
-    readoutRect_ = readoutRect;
-}
-
-void CKVBBitmapSliderDC::SetNewRect(const CRect& trackRect, const CRect& readoutRect) {
-    trackRect_ = trackRect;
-    readoutRect_ = readoutRect;
-}
-
-void CKVBBitmapSliderDC::InvalidateReadout() {
-    if (parent_ != nullptr && !readoutRect_.IsRectEmpty()) parent_->InvalidateRect(&readoutRect_, true);
-}
-
-void CKVBBitmapSliderDC::Notify() {
-    if (callback_ != nullptr) callback_(static_cast<int>(id_), value_, context_);
 }
 
 void CKVBBitmapSliderDC::SetValue(float value, CDC* dc, bool notify) {
@@ -56,16 +37,17 @@ void CKVBBitmapSliderDC::SetValue(float value, CDC* dc, bool notify) {
     value = std::clamp(value, min_, max_);
     if (value != value_) {
         value_ = value;
-        if (notify) Notify();
+        if (notify) Notify(value_);
     }
     if (dc != nullptr) DrawSlider(dc);
     InvalidateReadout();
 }
 
-bool CKVBBitmapSliderDC::PtInSwitch(CPoint point) {
-    if (!enabled_ || !trackRect_.PtInRect(point)) return false;
-    tracking_ = true;
-    if (parent_ != nullptr) parent_->SetCapture();
+bool CKVBBitmapSliderDC::PtInSwitch(CPoint point) { return enabled_ && Track(point); }
+
+bool CKVBBitmapSliderDC::Press(CPoint point) {
+    if (!PtInSwitch(point)) return false;
+    SetValueByPoint(point);
     return true;
 }
 
@@ -77,7 +59,7 @@ double CKVBBitmapSliderDC::ValueAlong(int place, int start, int end) const {
 }
 
 float CKVBBitmapSliderDC::ValueAt(CPoint point) const {
-    const int place = vertical_ != 0 ? point.y - trackRect_.top : point.x - trackRect_.left;
+    const int place = vertical_ != 0 ? point.y - rect().top : point.x - rect().left;
     const int start = vertical_ != 0 ? startPoint_.y : startPoint_.x;
     const int end = vertical_ != 0 ? endPoint_.y : endPoint_.x;
     // Up is more: a vertical fader starts at the greater coordinate, unless it is inverted.
@@ -100,22 +82,8 @@ bool CKVBBitmapSliderDC::SetValueByPoint(CPoint point) {
     if (value == value_) return false;
     value_ = value;
     InvalidateReadout();
-    Notify();
+    Notify(value_);
     return true;
-}
-
-void CKVBBitmapSliderDC::OnMouseMove(CPoint point, CDC* dc) {
-    if (!tracking_) return;
-    SetValueByPoint(point);
-    DrawSlider(dc);
-}
-
-void CKVBBitmapSliderDC::OnLButtonUp(CPoint point, CDC* dc) {
-    if (!tracking_) return;
-    tracking_ = false; // before the capture goes, so that its loss does not look like a cancelled drag
-    if (parent_ != nullptr) parent_->ReleaseCapture();
-    SetValueByPoint(point);
-    DrawSlider(dc);
 }
 
 double CKVBBitmapSliderDC::Fraction() const {
@@ -163,7 +131,7 @@ void CKVBBitmapSliderDC::DrawSlider(CDC* dc) {
         source.SelectObject(thumbImage_);
         picture.BitBlt(thumb.x, thumb.y, thumbImage_->Width(), thumbImage_->Height(), &source, 0, 0, SRCCOPY);
     }
-    dc->BitBlt(trackRect_.left, trackRect_.top, imageWidth_, imageHeight_, &picture, 0, 0, SRCCOPY);
+    dc->BitBlt(rect().left, rect().top, imageWidth_, imageHeight_, &picture, 0, 0, SRCCOPY);
 }
 
 } // namespace vocafade

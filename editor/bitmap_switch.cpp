@@ -4,9 +4,9 @@
 namespace vocafade {
 
 void CKVBBitmapSwitch2DC::Make(const CRect& switchRect, CWnd* parent, CKVBBitmap* offImage,
-                               CKVBBitmap* onImage, unsigned id, const CRect& secondRect, bool latching,
+                               CKVBBitmap* onImage, unsigned id, const CRect& /*secondRect*/, bool latching,
                                CKVBBitmap* maskImage, ControlCallbackFunction callback, void* context) {
-    id_ = id;
+    BitmapControl::Make(switchRect, {}, parent, id, callback, context);
     pressed_ = false;
     latching_ = latching;
     offImage_ = offImage;
@@ -16,17 +16,18 @@ void CKVBBitmapSwitch2DC::Make(const CRect& switchRect, CWnd* parent, CKVBBitmap
     state_ = 0;
     selected_ = false;
     enabled_ = true;
-    secondRect_ = secondRect;
-    switchRect_ = switchRect;
-    parent_ = parent;
-    callback_ = callback;
-    context_ = context;
 }
 
 void CKVBBitmapSwitch2DC::SetValue(int state, bool notify) {
     if (!enabled_ || IsLatched() || state == state_) return;
     state_ = state;
-    if (notify && callback_ != nullptr) callback_(static_cast<int>(id_), static_cast<float>(state), context_);
+    if (notify) Notify(static_cast<float>(state));
+}
+
+bool CKVBBitmapSwitch2DC::Press(CPoint point) {
+    if (!PtInSwitch(point)) return false;
+    SetValue(state_ != 0 ? 0 : 1, true);
+    return true;
 }
 
 void CKVBBitmapSwitch2DC::LButtonDown(CDC* dc) {
@@ -43,8 +44,8 @@ void CKVBBitmapSwitch2DC::LButtonUp(CDC* dc) {
 
 void CKVBBitmapSwitch2DC::DrawPart(CDC* dc, CKVBBitmap* image, int row, int height) {
     if (image == nullptr) return;
-    const int x = switchRect_.left;
-    const int y = switchRect_.top;
+    const int x = rect().left;
+    const int y = rect().top;
     CDC source;
     source.CreateCompatibleDC(dc);
     source.SelectObject(image);

@@ -17,11 +17,8 @@ constexpr char kFontName[] = "Osaka";
 constexpr int kReadoutPoints = 9;
 constexpr int kEntryPoints = 12;
 constexpr int kDefaultEntryWidth = 6;
-constexpr int kKnobFrames = 61;
-constexpr float kKnobAngleMin = 30.0f;
-constexpr float kKnobAngleMax = 330.0f;
 constexpr int kKnobSpare = 8;
-/// A tick that nothing listens to, kept for those who watch the editor's timers.
+/// Ticks that no handler takes.
 constexpr UINT kTimerId = 1024;
 constexpr UINT kTimerMilliseconds = 75;
 constexpr UINT kShowMessage = WM_USER + 100;
@@ -97,33 +94,43 @@ int CUIWindow::OnCreate() {
     return 0;
 }
 
-void CUIWindow::MakeFader(CKVBBitmapSliderDC& fader, int id, int parameter, const CRect& rect,
-                          const CRect& readout) {
+BitmapControl* CUIWindow::MakeSwitch(const layout::Control& control) {
+    onOffSwitch_.Make(control.rect, this, &bitmaps_.switchOff, &bitmaps_.switchOn,
+                      static_cast<unsigned>(control.id), {}, false, nullptr, &ControlCallback, this);
+    onOffSwitch_.SetValue(TruncateToInt(effect().getParameter(control.parameter)) != 0 ? 1 : 0, false);
+    return &onOffSwitch_;
+}
+
+BitmapControl* CUIWindow::MakeKnob(const layout::Control& control) {
+    positionKnob_.Make(control.rect, control.readout, this, &bitmaps_.knobStrip, 0.0f, 1.0f,
+                       static_cast<unsigned>(control.id), layout::kKnobFrames, layout::kKnobAngleMin,
+                       layout::kKnobAngleMax, kKnobSpare, control.decadeTaper, &ControlCallback, this);
+    positionKnob_.Show(effect().getParameter(control.parameter));
+    return &positionKnob_;
+}
+
+BitmapControl* CUIWindow::MakeFader(CKVBBitmapSliderDC& fader, const layout::Control& control) {
     const int trackHeight = bitmaps_.faderTrack.Height();
     const int halfThumb = bitmaps_.faderThumb.Height() / 2;
-    fader.Make(rect, readout, this, &bitmaps_.faderTrack, nullptr, &bitmaps_.faderThumb, 0.0f, 1.0f,
-               {1, trackHeight - halfThumb}, {1, halfThumb}, static_cast<unsigned>(id), 1, true, false, false,
-               false, &ControlCallback, this);
-    fader.SetValue(effect().getParameter(parameter), nullptr, false);
+    fader.Make(control.rect, control.readout, this, &bitmaps_.faderTrack, nullptr, &bitmaps_.faderThumb, 0.0f,
+               1.0f, {1, trackHeight - halfThumb}, {1, halfThumb}, static_cast<unsigned>(control.id), 1,
+               control.decadeTaper, false, false, false, &ControlCallback, this);
+    fader.Show(effect().getParameter(control.parameter));
+    return &fader;
 }
 
 void CUIWindow::MakeControls() {
-    using namespace layout;
-    MakeFader(inputFader_, kInputFader, kParameterInput, kInputFaderRect, kInputReadout);
-    MakeFader(outputFader_, kOutputFader, kParameterOutput, kOutputFaderRect, kOutputReadout);
-    MakeFader(loFreqFader_, kLoFreqFader, kParameterLoFreq, kLoFreqFaderRect, kLoFreqReadout);
-    MakeFader(hiFreqFader_, kHiFreqFader, kParameterHiFreq, kHiFreqFaderRect, kHiFreqReadout);
-    positionKnob_.Make(kKnobRect, kPositionReadout, this, &bitmaps_.knobStrip, 0.0f, 1.0f, kPositionKnob,
-                       kKnobFrames, kKnobAngleMin, kKnobAngleMax, kKnobSpare, false, &ControlCallback, this);
-    positionKnob_.SetValue(effect().getParameter(kParameterPosition), nullptr, false);
-    onOffSwitch_.Make(kOnOffRect, this, &bitmaps_.switchOff, &bitmaps_.switchOn, kOnOffSwitch, {}, false,
-                      nullptr, &ControlCallback, this);
-    onOffSwitch_.SetValue(TruncateToInt(effect().getParameter(kParameterOnOff)) != 0 ? 1 : 0, false);
-    copyButton_.Make(kCopyRect, this, &bitmaps_.copyOff, &bitmaps_.copyOn, kCopyButton, {}, false, nullptr,
-                     &ControlCallback, this);
-    for (std::int32_t i = 0; i < kParameterCount; ++i) {
-        shown_.values[static_cast<std::size_t>(i)] = effect().getParameter(i);
+    std::size_t faders = 0;
+    for (std::size_t i = 0; i < controls_.size(); ++i) {
+        const layout::Control& control = layout::kControls[i];
+        controls_[i] = control.picture == resource::kSwitchOff   ? MakeSwitch(control)
+                       : control.picture == resource::kKnobStrip ? MakeKnob(control)
+                                                                 : MakeFader(faders_[faders++], control);
     }
+    copyButton_.Make(layout::kCopyRect, this, &bitmaps_.copyOff, &bitmaps_.copyOn, layout::kCopyButton, {},
+                     false, nullptr, &ControlCallback, this);
+    for (std::int32_t i = 0; i < kParameterCount; ++i)
+        shown_.values[static_cast<std::size_t>(i)] = effect().getParameter(i);
 }
 
 void CUIWindow::OnSize(UINT type, int width, int height) {
@@ -134,71 +141,30 @@ void CUIWindow::OnSize(UINT type, int width, int height) {
 void CUIWindow::OnDestroy() { CWnd::OnDestroy(); }
 
 void CUIWindow::ChangeControl(int controlId, float value) {
-    const auto change = [&](std::int32_t parameter) {
+    const std::size_t at = layout::IndexOf(&layout::Control::id, controlId);
+    if (at < layout::kControls.size()) {
+        const int parameter = layout::kControls[at].parameter;
         shown_.values[static_cast<std::size_t>(parameter)] = value;
         effect().setParameterFormUI(parameter, value);
-    };
-    switch (controlId) {
-    case layout::kInputFader:
-        change(kParameterInput);
-        break;
-    case layout::kOutputFader:
-        change(kParameterOutput);
-        break;
-    case layout::kLoFreqFader:
-        change(kParameterLoFreq);
-        break;
-    case layout::kHiFreqFader:
-        change(kParameterHiFreq);
-        break;
-    case layout::kPositionKnob:
-        change(kParameterPosition);
-        break;
-    case layout::kOnOffSwitch:
-        change(kParameterOnOff);
+    }
+    if (controlId == layout::kOnOffSwitch) {
         if (GetKeyState(VK_SHIFT) < 0) {
             effect().ProgramToFactory();
         } else if (GetKeyState(VK_CONTROL) < 0) {
             effect().ProgramToAllFactory();
         }
-        break;
-    default:
-        break;
     }
     InvalidateRect(&layout::kModifyRect);
 }
 
 void CUIWindow::UpdateControl(std::int32_t index, float value) {
     if (!painted_) return;
-    if (index >= 0 && index < kParameterCount) shown_.values[static_cast<std::size_t>(index)] = value;
-    CClientDC dc(this);
-    const auto moveFader = [&](CKVBBitmapSliderDC& fader) {
-        fader.SetValue(value, nullptr, false);
-        fader.DrawSlider(&dc);
-    };
-    switch (index) {
-    case kParameterOnOff:
-        onOffSwitch_.SetValue(static_cast<int>(NormalizeValToDWValue(kParameterOnOff, value)), false);
-        onOffSwitch_.DrawSwitch(&dc);
-        break;
-    case kParameterOutput:
-        moveFader(outputFader_);
-        break;
-    case kParameterInput:
-        moveFader(inputFader_);
-        break;
-    case kParameterLoFreq:
-        moveFader(loFreqFader_);
-        break;
-    case kParameterHiFreq:
-        moveFader(hiFreqFader_);
-        break;
-    case kParameterPosition:
-        positionKnob_.SetValue(value, nullptr, false);
-        positionKnob_.Draw(&dc);
-        break;
-    default:
-        break;
+    const std::size_t at = layout::IndexOf(&layout::Control::parameter, index);
+    if (at < layout::kControls.size()) {
+        shown_.values[static_cast<std::size_t>(index)] = value;
+        CClientDC dc(this);
+        controls_[at]->Show(index == kParameterOnOff ? NormalizeValToDWValue(index, value) : value);
+        controls_[at]->Draw(&dc);
     }
     InvalidateRect(&layout::kModifyRect);
 }
@@ -222,9 +188,12 @@ void CUIWindow::HideEdit() {
     if (entryWnd_.IsWindowVisible()) entryWnd_.ShowWindow(SW_HIDE);
 }
 
-layout::Readouts::const_iterator CUIWindow::EntryReadout() const {
-    return std::find_if(layout::kReadouts.begin(), layout::kReadouts.end(),
-                        [this](const layout::Readout& readout) { return readout.entryId == activeEntry_; });
+std::size_t CUIWindow::EntryControl() const {
+    std::size_t at = 0;
+    while (at < layout::kControls.size() &&
+           (activeEntry_ < 0 || layout::kControls[at].entry.id != activeEntry_))
+        ++at;
+    return at;
 }
 
 LRESULT CUIWindow::OnInputValReturn(WPARAM, LPARAM) {
@@ -235,14 +204,15 @@ LRESULT CUIWindow::OnInputValReturn(WPARAM, LPARAM) {
     std::from_chars(text, text + length, entered);
     // Half a hundredth away from zero, so that the display's last place is the one that was typed.
     float value = static_cast<float>(entered / 10.0 + (entered >= 0 ? 0.005 : -0.005));
-    const auto readout = EntryReadout();
-    if (readout != layout::kReadouts.end()) {
+    const std::size_t at = EntryControl();
+    if (at < layout::kControls.size()) {
+        const layout::Control& control = layout::kControls[at];
         float minimum = 0.0f;
         float maximum = 0.0f;
-        GetParamMinMax(readout->parameter, &minimum, &maximum);
-        const auto factor = static_cast<float>(readout->clampFactor);
+        GetParamMinMax(control.parameter, &minimum, &maximum);
+        const auto factor = static_cast<float>(control.entry.clampFactor);
         value = std::clamp(value, minimum * factor, maximum * factor);
-        effect().setParameterFromDiaplay(readout->parameter, value);
+        effect().setParameterFromDiaplay(control.parameter, value);
     }
     activeEntry_ = -1;
     InvalidateRect(&layout::kModifyRect);
@@ -252,12 +222,13 @@ LRESULT CUIWindow::OnInputValReturn(WPARAM, LPARAM) {
 }
 
 LRESULT CUIWindow::OnEntryTabbed(WPARAM, LPARAM direction) {
-    const auto from = EntryReadout();
-    if (from == layout::kReadouts.end()) return 0;
+    std::size_t at = EntryControl();
+    if (at == layout::kControls.size()) return 0;
     SendMessage(kEntryConfirmed);
-    const auto count = static_cast<std::ptrdiff_t>(layout::kReadouts.size());
-    const std::ptrdiff_t to = (from - layout::kReadouts.begin() + direction + count) % count;
-    OpenEntryFor(layout::kReadouts[static_cast<std::size_t>(to)]);
+    do {
+        at = (at + layout::kControls.size() + static_cast<std::size_t>(direction)) % layout::kControls.size();
+    } while (layout::kControls[at].entry.id < 0);
+    OpenEntryFor(layout::kControls[at]);
     return 0;
 }
 

@@ -81,30 +81,31 @@ class CUIWindow : public CWnd {
 
     // ui_window.cpp
     void MakeControls();
-    void MakeFader(CKVBBitmapSliderDC& fader, int id, int parameter, const CRect& rect, const CRect& readout);
+    BitmapControl* MakeSwitch(const layout::Control& control);
+    BitmapControl* MakeKnob(const layout::Control& control);
+    BitmapControl* MakeFader(CKVBBitmapSliderDC& fader, const layout::Control& control);
     // ui_window_paint.cpp
-    void DrawDisp(CDC* dc, int parameter, const CRect& rect);
-    void DrawOutDisp(CDC* dc);
-    void DrawInputDisp(CDC* dc);
-    void DrawLoFreqDisp(CDC* dc);
-    void DrawHiFreqDisp(CDC* dc);
-    void DrawBlanceDisp(CDC* dc);
+    void DrawDisp(CDC* dc, int parameter);
+    void DrawOutDisp(CDC* dc) { DrawDisp(dc, kParameterOutput); }
+    void DrawInputDisp(CDC* dc) { DrawDisp(dc, kParameterInput); }
+    void DrawLoFreqDisp(CDC* dc) { DrawDisp(dc, kParameterLoFreq); }
+    void DrawHiFreqDisp(CDC* dc) { DrawDisp(dc, kParameterHiFreq); }
+    void DrawBlanceDisp(CDC* dc) { DrawDisp(dc, kParameterPosition); }
     void DrawVU(CDC* dc);
     void DrawClip(CDC*) {} ///< there is no clip detection
     void DrawButtons(CDC* dc);
-    void DrawControls(CDC* dc);
     void NoteShown(const CRect& painted);
     bool FollowMeters();
     void ShowForeignChanges();
     // ui_window_mouse.cpp
     bool PressReadout(CPoint point);
-    bool PressControl(CPoint point);
-    void OpenEntryFor(const layout::Readout& readout);
-    /// The read-out whose entry field shows, else the end.
-    layout::Readouts::const_iterator EntryReadout() const;
-    void ToggleOnOff();
+    void PressControl(CPoint point);
+    BitmapControl* TrackingControl() const;
+    void OpenEntryFor(const layout::Control& control);
+    /// The place in the layout of the control whose entry field shows; the number of controls for none.
+    std::size_t EntryControl() const;
     void OpenCopyMenu();
-    void CloseCopyMenu();
+    void ShowCopyButton(bool open);
     void OpenSaveDialog();
     void SaveDialogEnded(int result);
 
@@ -115,12 +116,10 @@ class CUIWindow : public CWnd {
     CVocafadeEditor* editor_ = nullptr;
     CKVBFloatEditWnd entryWnd_;
     int activeEntry_ = -1;
-    CKVBBitmapSliderDC inputFader_;
-    CKVBBitmapSliderDC outputFader_;
-    CKVBBitmapSliderDC loFreqFader_;
-    CKVBBitmapSliderDC hiFreqFader_;
+    std::array<CKVBBitmapSliderDC, 4> faders_;
     CKVBNewBitmapTumamiDC positionKnob_;
     CKVBBitmapSwitch2DC onOffSwitch_;
+    std::array<BitmapControl*, layout::kControls.size()> controls_{}; ///< the six, in the order of the layout
     CKVBBitmapSwitch2DC copyButton_;
     std::array<float, 4> vuDb_{};
     std::uint16_t lastVuCounter_ = 0xFFFF;

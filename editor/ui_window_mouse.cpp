@@ -6,6 +6,8 @@
 #include "effect/avocafade.h"
 #include "ui/menu.h"
 
+#include <algorithm>
+
 namespace vocafade {
 namespace {
 
@@ -22,61 +24,37 @@ void CUIWindow::OnLButtonDown(UINT, CPoint point) {
 void CUIWindow::OnLButtonDblClk(UINT flags, CPoint point) { OnLButtonDown(flags, point); }
 
 bool CUIWindow::PressReadout(CPoint point) {
-    for (const layout::Readout& readout : layout::kReadouts) {
-        if (!readout.rect.PtInRect(point)) continue;
-        OpenEntryFor(readout);
+    for (const layout::Control& control : layout::kControls) {
+        if (!control.readout.PtInRect(point)) continue;
+        OpenEntryFor(control);
         return true;
     }
     return false;
 }
 
-void CUIWindow::OpenEntryFor(const layout::Readout& readout) {
+void CUIWindow::OpenEntryFor(const layout::Control& control) {
     float minimum = 0.0f;
     float maximum = 0.0f;
-    GetParamMinMax(readout.parameter, &minimum, &maximum);
-    const auto factor = static_cast<float>(readout.spinFactor);
-    const float shown = effect().getParameterDisplayVal(readout.parameter);
+    GetParamMinMax(control.parameter, &minimum, &maximum);
+    const layout::Entry& entry = control.entry;
+    const auto factor = static_cast<float>(entry.spinFactor);
+    const float shown = effect().getParameterDisplayVal(control.parameter);
     ShowEdit(TruncateToInt(shown * 10.0f), TruncateToInt(minimum * factor), TruncateToInt(maximum * factor),
-             readout.withSign, readout.width, readout.rect, readout.entryId);
+             entry.withSign, entry.width, control.readout, entry.id);
 }
 
-bool CUIWindow::PressControl(CPoint point) {
-    const auto pressFader = [&](CKVBBitmapSliderDC& fader) {
-        if (!fader.PtInSwitch(point)) return false;
-        fader.SetValueByPoint(point);
+void CUIWindow::PressControl(CPoint point) {
+    for (BitmapControl* control : controls_) {
+        if (!control->Press(point)) continue;
         CClientDC dc(this);
-        fader.DrawSlider(&dc);
-        return true;
-    };
-    if (pressFader(loFreqFader_) || pressFader(hiFreqFader_)) return true;
-    if (positionKnob_.PtInTumami(point)) {
-        positionKnob_.SetValue(point);
-        CClientDC dc(this);
-        positionKnob_.Draw(&dc);
-        return true;
+        control->Draw(&dc);
+        return;
     }
-    if (pressFader(inputFader_) || pressFader(outputFader_)) return true;
-    if (onOffSwitch_.PtInSwitch(point)) {
-        ToggleOnOff();
-        return true;
-    }
-    if (copyButton_.PtInSwitch(point)) {
-        OpenCopyMenu();
-        return true;
-    }
-    return false;
-}
-
-void CUIWindow::ToggleOnOff() {
-    onOffSwitch_.SetValue(onOffSwitch_.GetValue() ? 0 : 1, true);
-    CClientDC dc(this);
-    onOffSwitch_.DrawSwitch(&dc);
+    if (copyButton_.PtInSwitch(point)) OpenCopyMenu();
 }
 
 void CUIWindow::OpenCopyMenu() {
-    copyButton_.SetValue(1, false);
-    CClientDC dc(this);
-    copyButton_.DrawSwitch(&dc);
+    ShowCopyButton(true);
     CMenu menu;
     menu.CreatePopupMenu();
     for (std::int32_t i = 0; i < kProgramCount; ++i) {
@@ -85,44 +63,32 @@ void CUIWindow::OpenCopyMenu() {
                         CheckSJISAndToUFT8(effect().ProgramName(i)));
     }
     const bool shown = menu.TrackPopupMenu(TPM_RIGHTBUTTON, layout::kCopyMenuPlace.x,
-                                           layout::kCopyMenuPlace.y, this, [this] { CloseCopyMenu(); });
-    if (!shown) CloseCopyMenu();
+                                           layout::kCopyMenuPlace.y, this, [this] { ShowCopyButton(false); });
+    if (!shown) ShowCopyButton(false);
 }
 
-void CUIWindow::CloseCopyMenu() {
-    copyButton_.SetValue(0, false);
+void CUIWindow::ShowCopyButton(bool open) {
+    copyButton_.SetValue(open ? 1 : 0, false);
     CClientDC dc(this);
     copyButton_.DrawSwitch(&dc);
+}
+
+BitmapControl* CUIWindow::TrackingControl() const {
+    const auto* found = std::find_if(controls_.begin(), controls_.end(),
+                                     [](const BitmapControl* control) { return control->IsTracking(); });
+    return found != controls_.end() ? *found : nullptr;
 }
 
 void CUIWindow::OnMouseMove(UINT flags, CPoint point) {
     CWnd::OnMouseMove(flags, point);
     CClientDC dc(this);
-    if (loFreqFader_.IsTracking()) {
-        loFreqFader_.OnMouseMove(point, &dc);
-    } else if (hiFreqFader_.IsTracking()) {
-        hiFreqFader_.OnMouseMove(point, &dc);
-    } else if (positionKnob_.IsTracking()) {
-        positionKnob_.OnMouseMove(point, &dc);
-    } else if (inputFader_.IsTracking()) {
-        inputFader_.OnMouseMove(point, &dc);
-    } else if (outputFader_.IsTracking()) {
-        outputFader_.OnMouseMove(point, &dc);
-    }
+    if (BitmapControl* control = TrackingControl()) control->OnMouseMove(point, &dc);
 }
 
 void CUIWindow::OnLButtonUp(UINT, CPoint point) {
     CClientDC dc(this);
-    if (loFreqFader_.IsTracking()) {
-        loFreqFader_.OnLButtonUp(point, &dc);
-    } else if (hiFreqFader_.IsTracking()) {
-        hiFreqFader_.OnLButtonUp(point, &dc);
-    } else if (positionKnob_.IsTracking()) {
-        positionKnob_.OnLButtonUp(point, &dc);
-    } else if (inputFader_.IsTracking()) {
-        inputFader_.OnLButtonUp(point, &dc);
-    } else if (outputFader_.IsTracking()) {
-        outputFader_.OnLButtonUp(point, &dc);
+    if (BitmapControl* control = TrackingControl()) {
+        control->OnLButtonUp(point, &dc);
     } else if (layout::kSaveRect.PtInRect(point)) {
         OpenSaveDialog();
     } else if (layout::kModifyRect.PtInRect(point)) {
@@ -131,10 +97,7 @@ void CUIWindow::OnLButtonUp(UINT, CPoint point) {
 }
 
 LRESULT CUIWindow::OnCaptureChanged(WPARAM, LPARAM) {
-    for (CKVBBitmapSliderDC* fader : {&loFreqFader_, &hiFreqFader_, &inputFader_, &outputFader_}) {
-        fader->CancelTracking();
-    }
-    positionKnob_.CancelTracking();
+    if (BitmapControl* control = TrackingControl()) control->CancelTracking();
     return 0;
 }
 

@@ -18,8 +18,6 @@ constexpr int kReadoutDrop = 3;
 constexpr float kMeterCeilingDb = 6.0f;
 /// How far a meter falls at each idle without new audio.
 constexpr float kMeterFallDb = 0.25f;
-constexpr float kMeterRowsPerDb = -3.0f;
-constexpr float kMeterZeroRow = 19.0f;
 
 /// Peak level as the meters show it: 6 dB a doubling, held within their scale.
 float MeterDb(float level) {
@@ -66,7 +64,9 @@ void CUIWindow::OnPaint() {
     picture.SelectObject(font);
 
     dc.BitBlt(0, 0, client.Width(), client.Height(), &picture, 0, 0, SRCCOPY);
-    DrawControls(&dc);
+    for (BitmapControl* control : controls_)
+        control->Draw(&dc);
+    copyButton_.Draw(&dc);
     NoteShown(dc.updateRect());
 }
 
@@ -82,17 +82,8 @@ void CUIWindow::DrawButtons(CDC* dc) {
                layout::kModifyRect.Height(), &source, 0, row, SRCCOPY);
 }
 
-void CUIWindow::DrawControls(CDC* dc) {
-    inputFader_.DrawSlider(dc);
-    outputFader_.DrawSlider(dc);
-    loFreqFader_.DrawSlider(dc);
-    hiFreqFader_.DrawSlider(dc);
-    positionKnob_.Draw(dc);
-    onOffSwitch_.DrawSwitch(dc);
-    copyButton_.DrawSwitch(dc);
-}
-
-void CUIWindow::DrawDisp(CDC* dc, int parameter, const CRect& rect) {
+void CUIWindow::DrawDisp(CDC* dc, int parameter) {
+    const CRect& rect = layout::ControlOf(parameter).readout;
     char shown[kVstMaxParamStrLen * 8] = "";
     effect().getParameterDisplay(parameter, shown);
     const CString text(shown);
@@ -101,16 +92,6 @@ void CUIWindow::DrawDisp(CDC* dc, int parameter, const CRect& rect) {
     const int y = rect.top + (rect.Height() - size.cy) / 2 + kReadoutDrop;
     dc->ExtTextOut(x, y, ETO_CLIPPED, &rect, text);
 }
-
-void CUIWindow::DrawOutDisp(CDC* dc) { DrawDisp(dc, kParameterOutput, layout::kOutputReadout); }
-
-void CUIWindow::DrawInputDisp(CDC* dc) { DrawDisp(dc, kParameterInput, layout::kInputReadout); }
-
-void CUIWindow::DrawLoFreqDisp(CDC* dc) { DrawDisp(dc, kParameterLoFreq, layout::kLoFreqReadout); }
-
-void CUIWindow::DrawHiFreqDisp(CDC* dc) { DrawDisp(dc, kParameterHiFreq, layout::kHiFreqReadout); }
-
-void CUIWindow::DrawBlanceDisp(CDC* dc) { DrawDisp(dc, kParameterPosition, layout::kPositionReadout); }
 
 void CUIWindow::DrawVU(CDC* dc) {
     const int width = bitmaps_.meter.Width() / 2;
@@ -122,7 +103,7 @@ void CUIWindow::DrawVU(CDC* dc) {
     if (!scratch.CreateBitmapDC(width, height)) return;
     for (std::size_t i = 0; i < vuDb_.size(); ++i) {
         scratch.BitBlt(0, 0, width, height, &source, 0, 0, SRCCOPY);
-        const int y = static_cast<int>(vuDb_[i] * kMeterRowsPerDb + kMeterZeroRow);
+        const int y = static_cast<int>(vuDb_[i] * layout::kMeterRowsPerDb + layout::kMeterZeroRow);
         scratch.BitBlt(0, y, width, height - y, &source, width, y, SRCCOPY);
         dc->BitBlt(layout::kMeterX[i], layout::kMeterY, width, height, &scratch, 0, 0, SRCCOPY);
     }
@@ -153,25 +134,21 @@ bool CUIWindow::FollowMeters() {
 }
 
 void CUIWindow::NoteShown(const CRect& painted) {
-    for (const layout::Readout& readout : layout::kReadouts) {
-        if (!Covers(painted, readout.rect)) continue;
-        shown_.displays[static_cast<std::size_t>(readout.parameter)] =
-            effect().getParameterDisplayVal(readout.parameter);
-    }
+    for (const layout::Control& control : layout::kControls)
+        if (Covers(painted, control.readout))
+            shown_.displays[static_cast<std::size_t>(control.parameter)] =
+                effect().getParameterDisplayVal(control.parameter);
     if (Covers(painted, layout::kModifyRect)) shown_.modified = effect().IsProgramChanged();
 }
 
 void CUIWindow::ShowForeignChanges() {
     if (!painted_) return;
-    for (std::int32_t i = 0; i < kParameterCount; ++i) {
-        const float value = effect().getParameter(i);
-        if (!SameBits(value, shown_.values[static_cast<std::size_t>(i)])) UpdateControl(i, value);
-    }
-    for (const layout::Readout& readout : layout::kReadouts) {
-        const float display = effect().getParameterDisplayVal(readout.parameter);
-        if (!SameBits(display, shown_.displays[static_cast<std::size_t>(readout.parameter)])) {
-            InvalidateRect(&readout.rect);
-        }
+    for (const layout::Control& control : layout::kControls) {
+        const auto at = static_cast<std::size_t>(control.parameter);
+        const float value = effect().getParameter(control.parameter);
+        if (!SameBits(value, shown_.values[at])) UpdateControl(control.parameter, value);
+        if (!SameBits(effect().getParameterDisplayVal(control.parameter), shown_.displays[at]))
+            InvalidateRect(&control.readout);
     }
     if (effect().IsProgramChanged() != shown_.modified) UpdateModify();
 }

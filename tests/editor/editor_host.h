@@ -15,14 +15,14 @@
 namespace vocafade::test {
 
 // Places of the panel that the mouse goes to.
-inline constexpr CPoint kSwitch = layout::kOnOffRect.CenterPoint();
+inline constexpr CPoint kSwitch = layout::ControlOf(kParameterOnOff).rect.CenterPoint();
 inline constexpr CPoint kCopy = layout::kCopyRect.CenterPoint();
 inline constexpr CPoint kSave = layout::kSaveRect.CenterPoint();
-inline constexpr CPoint kInput = layout::kInputReadout.CenterPoint();
-inline constexpr CPoint kOutput = layout::kOutputReadout.CenterPoint();
-inline constexpr CPoint kLoFreq = layout::kLoFreqReadout.CenterPoint();
-inline constexpr CPoint kHiFreq = layout::kHiFreqReadout.CenterPoint();
-inline constexpr CPoint kPosition = layout::kPositionReadout.CenterPoint();
+inline constexpr CPoint kInput = layout::ControlOf(kParameterInput).readout.CenterPoint();
+inline constexpr CPoint kOutput = layout::ControlOf(kParameterOutput).readout.CenterPoint();
+inline constexpr CPoint kLoFreq = layout::ControlOf(kParameterLoFreq).readout.CenterPoint();
+inline constexpr CPoint kHiFreq = layout::ControlOf(kParameterHiFreq).readout.CenterPoint();
+inline constexpr CPoint kPosition = layout::ControlOf(kParameterPosition).readout.CenterPoint();
 
 /// One effect out of the built plug-in, and its editor in a window of the host's, all through the binary
 /// interface.

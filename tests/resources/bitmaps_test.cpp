@@ -53,9 +53,9 @@ using namespace vocafade;
 
 /// Row of the panel on which a fader's index line stands for a normalised value.
 int FaderRow(double normalised, int thumbHeight) {
-    const int start = layout::kInputFaderRect.Height() - thumbHeight / 2;
+    const int start = layout::ControlOf(kParameterInput).rect.Height() - thumbHeight / 2;
     const int end = thumbHeight / 2;
-    return layout::kInputFaderRect.top +
+    return layout::ControlOf(kParameterInput).rect.top +
            static_cast<int>(std::floor(start + (end - start) * std::log10(normalised * 9.0 + 1.0) + 0.5));
 }
 
@@ -65,10 +65,14 @@ TEST(Bitmaps, FillThePanelsRectangles) {
         CRect rect;
         int states; ///< below each other
     };
-    const Use uses[] = {{3002, layout::kOnOffRect, 2},      {3003, layout::kOnOffRect, 2},
-                        {3006, layout::kInputFaderRect, 1}, {3011, layout::kCopyRect, 2},
-                        {3012, layout::kCopyRect, 2},       {3014, layout::kModifyRect, 2},
-                        {3004, layout::kKnobRect, 61},      {3013, layout::kSaveRect, 1}};
+    const Use uses[] = {{3002, layout::ControlOf(kParameterOnOff).rect, 2},
+                        {3003, layout::ControlOf(kParameterOnOff).rect, 2},
+                        {3006, layout::ControlOf(kParameterInput).rect, 1},
+                        {3011, layout::kCopyRect, 2},
+                        {3012, layout::kCopyRect, 2},
+                        {3014, layout::kModifyRect, 2},
+                        {3004, layout::ControlOf(kParameterPosition).rect, 61},
+                        {3013, layout::kSaveRect, 1}};
     for (const Use& use : uses) {
         const Bitmap bitmap = Load(use.number);
         EXPECT_EQ(bitmap.width, use.rect.Width()) << use.number;
@@ -82,13 +86,15 @@ TEST(Bitmaps, FillThePanelsRectangles) {
 TEST(Bitmaps, JoinThePlateWithoutASeam) {
     const Bitmap plate = Load(3005);
     const Bitmap track = Load(3006);
-    for (const CRect& fader : {layout::kInputFaderRect, layout::kLoFreqFaderRect, layout::kHiFreqFaderRect,
-                               layout::kOutputFaderRect})
+    for (const layout::Control& control : layout::kControls) {
+        if (control.picture != resource::kFaderTrack) continue;
         for (int y = 0; y < track.height; ++y)
             for (int x = 0; x < track.width; ++x)
-                ASSERT_EQ(track.At(x, y), plate.At(fader.left + x, fader.top + y)) << x << ", " << y;
+                ASSERT_EQ(track.At(x, y), plate.At(control.rect.left + x, control.rect.top + y))
+                    << x << ", " << y;
+    }
     const Bitmap knob = Load(3004);
-    const CRect& place = layout::kKnobRect;
+    const CRect& place = layout::ControlOf(kParameterPosition).rect;
     for (int frame = 0; frame < 61; ++frame) {
         for (int i = 0; i < 34; ++i) {
             for (const CPoint edge : {CPoint(i, 0), CPoint(i, 33), CPoint(0, i), CPoint(33, i)})
