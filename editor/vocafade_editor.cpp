@@ -82,11 +82,11 @@ void CVocafadeEditor::idle() {
 }
 
 std::uintptr_t CVocafadeEditor::NativeWindow() {
-    return session_ != nullptr ? session_->panel->NativeId() : 0;
+    return windows_ != nullptr ? windows_->panel->NativeId() : 0;
 }
 
 bool CVocafadeEditor::IsHeld() const {
-    return session_ != nullptr && session_->panel->GetCapture() != nullptr;
+    return windows_ != nullptr && windows_->panel->GetCapture() != nullptr;
 }
 
 void CVocafadeEditor::draw(ERect*) {
