@@ -262,9 +262,12 @@ std::int64_t ChunksBehindForm(CFile& file, std::int64_t formEnd) {
     std::vector<unsigned char> bytes(size);
     if (!ReadAt(file, start, bytes.data(), size)) return length;
     std::vector<bool> leads(size + 1); // from here to the end of the file; found from behind
-    leads[size] = true;
+    std::size_t zeros = size;          // that fill the file up; the first place of them
+    while (zeros > 0 && bytes[zeros - 1] == 0)
+        --zeros;
+    std::fill(leads.begin() + static_cast<std::ptrdiff_t>(zeros), leads.end(), true);
     std::size_t first = size;
-    for (std::size_t at = size; at-- > 0;) {
+    for (std::size_t at = zeros; at-- > 0;) {
         if (size - at < kChunkHeaderSize) continue;
         const std::uint32_t id = LoadBigEndian32(&bytes[at]), declared = LoadBigEndian32(&bytes[at + 4]);
         if (!IsChunkId(id) || id == kUserChunk || declared > size - at - kChunkHeaderSize) continue;

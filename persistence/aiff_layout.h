@@ -96,8 +96,8 @@ struct AiffLayout {
 AiffLayout ReadAiffLayout(CFile& file);
 
 /// [main-thread] The first place behind the form, which ends at `formEnd`, from which whole chunks lead
-/// exactly to the end of the file, user chunks that were taken away aside; the length of the file when there
-/// is none. Only the last 64 MiB are searched.
+/// exactly to the end of the file or to zeros that fill it up, user chunks that were taken away aside; the
+/// length of the file when there is none. Only the last 64 MiB are searched.
 std::int64_t ChunksBehindForm(CFile& file, std::int64_t formEnd);
 
 /// [main-thread] The payload of the last chunk with that ID, which stands for all before it; empty when there
