@@ -202,7 +202,7 @@ void VisitRealPairs(int n, const float* a, int nc, const float* c, OnPair onPair
 void CFFT::Init(int n, bool /*complex*/, bool forward) {
     forward_ = forward; // the tables serve both directions
     if (n == n_) return;
-    n_ = n >= 2 && n <= 1 << 29 && std::has_single_bit(static_cast<unsigned>(n)) ? n : 0;
+    n_ = n >= 2 && n <= kMostPoints && std::has_single_bit(static_cast<unsigned>(n)) ? n : 0;
     if (n_ == 0) return;
     ip_.assign(static_cast<std::size_t>(std::sqrt(n)) + 2, 0);
     w_.assign(static_cast<std::size_t>(n / 2 + n / 4), 0.0f);

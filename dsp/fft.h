@@ -14,13 +14,16 @@ namespace vocafade {
 /// [audio-thread] for the transforms, [main-thread] for `Init`; one object serves one thread at a time.
 class CFFT {
   public:
+    /// The longest transform, in points.
+    static constexpr int kMostPoints = 1 << 29;
+
     CFFT() = default;
     virtual ~CFFT() = default;
 
-    /// Builds the tables for `n` points, a power of two of 2 to 2^29: complex points, or real samples when
-    /// `complex` is false, which is for the reader only, since the tables serve both. With another `n` there
-    /// are none, and transforms leave their data alone, as before the first call. May be called again; for
-    /// the same length it allocates nothing.
+    /// Builds the tables for `n` points, a power of two of 2 to `kMostPoints`: complex ones, or real samples
+    /// when `complex` is false, which is for the reader only, since the tables serve both. With another `n`
+    /// there are none, and transforms leave their data alone, as before the first call. May be called again;
+    /// for the same length it allocates nothing.
     void Init(int n, bool complex, bool forward);
 
     /// Transforms `n` complex values, interleaved (real, imaginary), 2n floats in natural order both ways.

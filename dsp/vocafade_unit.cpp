@@ -60,7 +60,8 @@ void CVocafadeUnit::Channel::Init(int frameSize) {
 }
 
 void CVocafadeUnit::Init(int frameSize, int sampleRate, int overlap, CCriticalSection* lock) {
-    if (frameSize < 2 || !std::has_single_bit(static_cast<unsigned>(frameSize))) frameSize = 0;
+    const bool fits = frameSize >= 2 && frameSize <= CFFT::kMostPoints;
+    if (!fits || !std::has_single_bit(static_cast<unsigned>(frameSize))) frameSize = 0;
     lock_ = lock;
     sampleRate = std::max(sampleRate, 1);
     overlap = std::max(overlap, 1);

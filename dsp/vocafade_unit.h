@@ -36,9 +36,9 @@ class CVocafadeUnit {
     CVocafadeUnit& operator=(const CVocafadeUnit&) = delete;
 
     /// Starts anew: all audio in flight is dropped, phases return to zero, balance to 1 (the centre). Levels
-    /// and band limits stay. `frameSize` is a power of two; below 2, and for any other number, the unit gives
-    /// silence, as it does before the first `Init`. `sampleRate` is in Hz; it and `overlap` count as 1 below
-    /// that, and a hop is one sample at least. Allocates only when `frameSize` changes.
+    /// and band limits stay. `frameSize` is a power of two of 2 to `CFFT::kMostPoints`; with any other number
+    /// the unit is silent, as before the first `Init`. `sampleRate` is in Hz; it and `overlap` count as 1
+    /// below that, and a hop is one sample at least. Allocates only when `frameSize` changes.
     void Init(int frameSize, int sampleRate, int overlap, CCriticalSection* lock);
 
     /// [audio-thread] Consumes `count` samples of both inputs, writes as many to both outputs (which may be

@@ -254,7 +254,7 @@ TEST(Engine, IsSilentWithFramesThatAreNoPowerOfTwo) {
     const StereoSamples input = StereoNoise(500);
     CCriticalSection lock;
     CVocafadeUnit unit;
-    for (const int size : {1, 0, -2048, 3, 100, 2049}) {
+    for (const int size : {1, 0, -2048, 3, 100, 2049, 1 << 30}) {
         unit.Init(64, 44100, 6, &lock); // what was there before does not sound
         StereoSamples output{Samples(500, 7.0f), Samples(500, 7.0f)};
         int produced = 0;
