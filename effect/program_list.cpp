@@ -76,7 +76,7 @@ ProgramListImport ImportProgramList(ProgramSet& programs, const std::string& lis
         const std::string path = ProgramFilePath(folder, name);
         import.files.push_back(path);
         const ProgramFileContent content = LoadPGMFileBody(path.c_str(), body.data());
-        if (content != ProgramFileContent::body) import.unread.push_back({name, content, errno});
+        if (content != ProgramFileContent::body) import.unread.push_back({i, name, content, errno});
         ApplyProgramBody(program, body.data());
     }
     return import;

@@ -15,6 +15,7 @@ inline constexpr char kProgramFileFolder[] = "D:\\VSTEFX\\EFX\\Delay\\";
 
 /// A program of a list without a program file as it should be.
 struct UnreadProgram {
+    int index = 0;    ///< in the list, from 0
     std::string name; ///< Shift-JIS, as the list has it
     ProgramFileContent content = ProgramFileContent::noFile;
     int error = 0; ///< the system's, when there is no file

@@ -41,8 +41,8 @@ ProgramFileContent LoadPGMFileBody(const char* path, char* body) {
     Myifstream stream;
     stream.open(path);
     if (stream.fail()) return ProgramFileContent::noFile;
-    if (!ReadLine(stream, body, kLineLimit) ||
-        std::strncmp(body, kProgramFileHeader, sizeof kProgramFileHeader - 1) != 0)
+    if (!ReadLine(stream, body, kLineLimit)) return ProgramFileContent::empty;
+    if (std::strncmp(body, kProgramFileHeader, sizeof kProgramFileHeader - 1) != 0)
         return ProgramFileContent::noHeader;
     return ReadLine(stream, body, kBodyLimit) ? ProgramFileContent::body : ProgramFileContent::noBody;
 }

@@ -16,6 +16,7 @@ inline constexpr unsigned kBodyLimit = 500;
 enum class ProgramFileContent {
     body,     ///< a program file with a body
     noFile,   ///< missing or not to be opened; `errno` says why
+    empty,    ///< not even a first line
     noHeader, ///< its first line is not that of a program file
     noBody,   ///< its first line is all there is
 };

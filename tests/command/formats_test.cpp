@@ -54,12 +54,17 @@ TEST_F(FormatsCommand, WhatCannotBeConvertedIsSaid) {
     Text("Hall.PGM", kFile + "0\t65536\t65536\t65536\n");
     Text("Bare.PGM", "0\t65536\t65536\t65536\n");
     Text("Head.PGM", kFile);
-    Text("odd.LST", kList + "4\nHall\nBare\nHead\n\x83\x5C\n");
+    Text("Null.PGM", "");
+    Text("odd.LST", kList + "6\nGone\nHall\nNull\nBare\nHead\n\x83\x5C\n");
     const RunResult odd = Run({"convert", "odd.LST", "-o", "new.fxb"});
     EXPECT_EQ(odd.exitCode, 1);
     EXPECT_EQ(odd.err.find("'Hall'"), std::string::npos) << odd.err;
-    for (const char* part : {"'Bare' does not begin", "'Head' holds no values",
-                             "'\xE3\x82\xBD' cannot be read: No such file or directory"})
+    const std::string before = "it gets the values of the program before it";
+    for (const std::string& part :
+         {std::string("'Gone' cannot be read: No such file or directory; it gets the default values"),
+          "'Null' is empty; " + before, std::string("'Bare' does not begin"),
+          std::string("'Head' holds no values"),
+          "'\xE3\x82\xBD' cannot be read: No such file or directory; " + before})
         EXPECT_NE(odd.err.find(part), std::string::npos) << part << "\n" << odd.err;
     // Programs that are left out or made up show in the exit status too.
     std::string names;

@@ -41,14 +41,17 @@ std::string NameText(const std::string& shiftJis) {
 
 /// What is wrong with a program file, and what becomes of the program.
 std::string Trouble(const UnreadProgram& program) {
+    const char* const instead =
+        program.index == 0 ? "it gets the default values" : "it gets the values of the program before it";
     switch (program.content) {
     case ProgramFileContent::noFile:
-        return fmt::format("cannot be read: {}; it gets the values of the program before it",
-                           SystemReason(program.error));
+        return fmt::format("cannot be read: {}; {}", SystemReason(program.error), instead);
+    case ProgramFileContent::empty:
+        return fmt::format("is empty; {}", instead);
     case ProgramFileContent::noHeader:
         return "does not begin as one; its first line is taken for the values";
     case ProgramFileContent::noBody:
-        return "holds no values; it gets the default ones";
+        return "holds no values; it gets the default values";
     case ProgramFileContent::body:
         break;
     }
