@@ -26,24 +26,23 @@ VOCAFADE_ALWAYS_INLINE Floats NearestWhole(Floats x) {
     return (x + large) - large;
 }
 
-/// Less the nearest number of whole turns.
-VOCAFADE_ALWAYS_INLINE Floats Folded(Floats phase, Floats twoPi) {
-    return phase - NearestWhole(phase / twoPi) * twoPi;
-}
-
 void Resynthesise(const VocoderConstants& constants, const float* amplitude, const float* trueFrequency,
                   const float* phase, float* phaseSum, float* re, float* im) {
     const Floats advance = Broadcast(constants.expectedPhaseAdvance);
     const Floats binWidth = Broadcast(constants.binWidth);
     const Floats overlap = Broadcast(constants.overlap);
     const Floats twoPi = Broadcast(kTwoPi);
+    const Floats turnsPerRadian = Broadcast(1.0f / kTwoPi);
     const Floats pull = Broadcast(1.0f / 16.0f);
     // Two walks over the bins: the processor overlaps the turns of a short loop, not those of a long one.
     for (int k = 0; k < constants.bins; k += Floats::kLanes) {
         const Floats bin = Broadcast(static_cast<float>(k)) + LaneNumbers();
         const Floats deviation = (Load(trueFrequency + k) - bin * binWidth) / binWidth;
-        const Floats sum = Folded(Load(phaseSum + k) + (deviation * twoPi / overlap + bin * advance), twoPi);
-        Store(phaseSum + k, sum + Folded(Load(phase + k) - sum, twoPi) * pull);
+        Floats sum = Load(phaseSum + k) + (deviation * twoPi / overlap + bin * advance);
+        sum = sum - NearestWhole(sum / twoPi) * twoPi;
+        Floats apart = Load(phase + k) - sum; // next to nothing, or next to one turn
+        apart = apart - NearestWhole(apart * turnsPerRadian) * twoPi;
+        Store(phaseSum + k, sum + apart * pull);
     }
     for (int k = 0; k < constants.bins; k += Floats::kLanes) {
         const SineCosine at = OfFoldedPhase(Load(phaseSum + k));
