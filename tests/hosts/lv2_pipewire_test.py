@@ -1,0 +1,137 @@
+# SPDX-License-Identifier: MIT
+"""PipeWire: the example of an output device that takes the voice out, started headless, recorded while a song plays."""
+
+import array
+import os
+import re
+import signal
+import time
+from pathlib import Path
+
+from support import RATE, HostTest, main, read_wav, song, to_normalised, write_wav
+
+LV2 = Path(os.environ.get("VOCAFADE_LV2", "build/release/vocafade.lv2")).resolve()
+EXAMPLE = Path(__file__).resolve().parents[2] / "lv2/examples/pipewire.conf"
+QUANTUM = 8192  # samples of PipeWire's block: a busy machine has time enough
+
+SERVER = f"""
+context.properties = {{
+    core.daemon = true
+    core.name = pipewire-0
+    support.dbus = false
+    default.clock.rate = {RATE}
+    default.clock.allowed-rates = [ {RATE} ]
+    default.clock.quantum = {QUANTUM}
+    default.clock.min-quantum = {QUANTUM}
+    default.clock.max-quantum = {QUANTUM}
+}}
+context.spa-libs = {{
+    audio.convert.* = audioconvert/libspa-audioconvert
+    support.* = support/libspa-support
+}}
+context.modules = [
+    {{ name = libpipewire-module-protocol-native }}
+    {{ name = libpipewire-module-client-node }}
+    {{ name = libpipewire-module-adapter }}
+    {{ name = libpipewire-module-metadata }}
+    {{ name = libpipewire-module-spa-node-factory }}
+    {{ name = libpipewire-module-link-factory }}
+    {{ name = libpipewire-module-session-manager }}
+    {{ name = libpipewire-module-access }}
+]
+context.objects = [
+    {{ factory = spa-node-factory
+       args = {{ factory.name = support.node.driver node.name = Clock node.group = pipewire.dummy priority.driver = 20000 }} }}
+    {{ factory = adapter
+       args = {{ factory.name = support.null-audio-sink node.name = speakers media.class = Audio/Sink
+                 audio.position = [ FL FR ] object.linger = true monitor.channel-volumes = false }} }}
+]
+"""
+# No hardware is looked for, and no service of a desktop.
+MANAGER = """
+default_access.properties["enable-flatpak-portal"] = false
+alsa_monitor.enabled = false
+v4l2_monitor.enabled = false
+libcamera_monitor.enabled = false
+"""
+
+
+class PipeWire(HostTest):
+    def setUp(self):
+        super().setUp()
+        plugins = self.home / "lv2"
+        plugins.mkdir()
+        (plugins / "vocafade.lv2").symlink_to(LV2)
+        self.environment["LV2_PATH"] = f"{plugins}:/usr/lib/lv2"
+        settings = self.home / ".config/pipewire"
+        (settings / "pipewire.conf.d").mkdir(parents=True)
+        (settings / "pipewire.conf").write_text(SERVER, encoding="utf-8")
+        # As users have it, but for the one value that lets the comparison see that controls arrive at all.
+        text = EXAMPLE.read_text(encoding="utf-8")
+        self.assertIn("lofreq = 400.0", text)
+        (settings / "pipewire.conf.d/vocafade.conf").write_text(text.replace("lofreq = 400.0", "lofreq = 300.0"),
+                                                               encoding="utf-8")
+        for part, lines in (("main", MANAGER), ("bluetooth", "bluez_monitor.enabled = false\n")):
+            folder = self.home / f".config/wireplumber/{part}.lua.d"
+            folder.mkdir(parents=True)
+            (folder / "60-alone.lua").write_text(lines, encoding="utf-8")
+
+    def ports(self):
+        return self.run_program(["pw-link", "-i", "-o"], check=False)
+
+    def record(self, path, seconds, when_ready):
+        """Four channels at once: what leaves by the speakers, and what went into the device before."""
+        recorder = self.start(["pw-record", "--target", 0, "--format", "f32", "--rate", RATE, "--channels", 4,
+                               "--channel-map", "FL,FR,RL,RR", "-P", "{ node.name = recorder }", path], "pw-record.log")
+        self.wait_for("the recorder", lambda: "recorder:input_RR" in self.ports(), process=recorder)
+        for source, place in (("speakers:monitor_FL", "FL"), ("speakers:monitor_FR", "FR"),
+                              ("vocafade:monitor_FL", "RL"), ("vocafade:monitor_FR", "RR")):
+            self.run_program(["pw-link", source, f"recorder:input_{place}"])
+        when_ready()
+        recorder.send_signal(signal.SIGINT)
+        recorder.wait(20)
+        raw = Path(path).read_bytes()
+        samples = array.array("f")
+        samples.frombytes(raw[raw.index(b"data") + 8:][:(len(raw) - 200) // 16 * 16])
+        self.assertGreater(len(samples), 4 * seconds * RATE)
+        return [samples[channel::4] for channel in range(4)]
+
+    def test_the_example_is_our_own_sound_and_follows_its_controls(self):
+        server = self.start(["pipewire"], "pipewire.log")
+        socket = Path(self.environment["XDG_RUNTIME_DIR"]) / "pipewire-0"
+        self.wait_for("PipeWire", socket.exists, process=server)
+        manager = self.start(["wireplumber"], "wireplumber.log")
+        self.wait_for("the device", lambda: "vocafade.output:output_FR" in self.ports(), process=manager)
+
+        path = self.work / "song.wav"
+        write_wav(path, *song())
+        plain = read_wav(path)
+
+        def play():
+            self.run_program(["pw-play", "--target", "vocafade", path])
+            time.sleep(1)
+
+        def compare(channels, name, *changes):
+            first = next(i for i, sample in enumerate(plain[0]) if sample)
+            start = next(i for i, sample in enumerate(channels[2]) if sample) - first
+            length = len(plain[0]) - QUANTUM  # the player leaves out a last block that is not full
+            for side in (0, 1):
+                self.assertEqual(channels[2 + side][start:start + length], plain[side][:length], "the player lost samples")
+            # The way from the device to the speakers takes one block.
+            begin, heard = self.work / "begin.wav", self.work / name
+            write_wav(begin, *(side[:length] for side in plain[:2]))
+            write_wav(heard, *(side[start + QUANTUM:start + QUANTUM + length] for side in channels[:2]))
+            self.assert_same_sound(begin, heard, *changes)
+
+        output = f"0:1:{(2 ** (3.9 / 6) - 0.001) / 1.999:.9g}"
+        compare(self.record(self.work / "first.wav", 3, play), "heard.wav", output, f"0:3:{to_normalised(3, 300.5):.9g}")
+
+        number = re.search(r"^\s*id: (\d+)", self.run_program(["pw-cli", "info", "vocafade"]), re.M)[1]
+        self.run_program(["pw-cli", "set-param", number, "Props",
+                          '{ params = [ "vocafade:lofreq" 1000.0 "vocafade:position" 30.0 ] }'])
+        compare(self.record(self.work / "second.wav", 3, play), "changed.wav", output,
+                f"0:3:{to_normalised(3, 1000.5):.9g}", f"0:5:{to_normalised(5, 30.2):.9g}")
+
+
+if __name__ == "__main__":
+    main()
