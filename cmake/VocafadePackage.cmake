@@ -14,6 +14,25 @@ file(GLOB VOCAFADE_DOCUMENTS CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/docs/*.md"
 install(FILES "${PROJECT_SOURCE_DIR}/README.md" DESTINATION "${CMAKE_INSTALL_DOCDIR}")
 install(FILES ${VOCAFADE_DOCUMENTS} DESTINATION "${CMAKE_INSTALL_DOCDIR}/docs")
 
+# For software centres: what it is, its icon and, where one lies on the web (they load no other), its picture.
+set(VOCAFADE_SCREENSHOT_URL "" CACHE STRING "Where the editor's picture, docs/images/editor-panel.png, lies on the web")
+set(VOCAFADE_SCREENSHOTS "")
+if(VOCAFADE_SCREENSHOT_URL)
+  set(VOCAFADE_SCREENSHOTS "
+  <screenshots>
+    <screenshot type=\"default\">
+      <caption>The editor</caption>
+      <image>${VOCAFADE_SCREENSHOT_URL}</image>
+    </screenshot>
+  </screenshots>")
+endif()
+configure_file("${PROJECT_SOURCE_DIR}/resources/desktop/jp.velmorax.vocafade.metainfo.xml.in"
+  "${PROJECT_BINARY_DIR}/jp.velmorax.vocafade.metainfo.xml" @ONLY)
+install(FILES "${PROJECT_BINARY_DIR}/jp.velmorax.vocafade.metainfo.xml" DESTINATION "share/metainfo")
+install(FILES "${PROJECT_SOURCE_DIR}/resources/desktop/jp.velmorax.vocafade.svg"
+  DESTINATION "share/icons/hicolor/scalable/apps")
+install(FILES "${PROJECT_SOURCE_DIR}/lv2/examples/pipewire.conf" DESTINATION "${CMAKE_INSTALL_DOCDIR}/examples")
+
 set(VOCAFADE_MAINTAINER "Vocafade maintainers <maintainers@vocafade.invalid>" CACHE STRING
   "Who answers for the package: Name <address>")
 set(VOCAFADE_PACKAGE_REVISION 1)
@@ -47,12 +66,13 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 # Hosts that load the plug-in; none of them is needed to render files.
 set(CPACK_DEBIAN_PACKAGE_SUGGESTS "ardour | qtractor | audacity | lmms | carla")
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "takes the lead voice out of a stereo song (VST 2.4 effect)")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "takes the lead voice out of a stereo song (LV2 and VST 2.4 effect)")
 set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
 "Vocafade takes what stands at a chosen place of the stereo picture, by default
 the middle, out of a chosen band of frequencies: for singing along, practising
 or making a backing track, while the song plays.
 
-This package holds the plug-in, for digital audio workstations that load VST
-2.4 effects, and the command vocafade, which does the same to sound files.")
+This package holds the plug-in, for digital audio workstations that load LV2
+or VST 2.4 effects, an example that makes it an output device of the desktop,
+and the command vocafade, which does the same to sound files.")
 include(CPack)
