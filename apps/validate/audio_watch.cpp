@@ -173,6 +173,7 @@ VOCAFADE_WATCHED void free(void* pointer) {
     __libc_free(pointer);
 }
 
+// NOLINTBEGIN(bugprone-macro-parentheses): types cannot stand in brackets
 #define VOCAFADE_WATCH_LOCK(type, name, tryName)                                                             \
     VOCAFADE_WATCHED int name(type* lock) noexcept {                                                         \
         static const auto real = Real<int (*)(type*)>(#name);                                                \
@@ -217,6 +218,7 @@ VOCAFADE_WATCH(NoteFileCall, nullptr, int, fputs, (const char* text, std::FILE* 
 VOCAFADE_WATCH(NoteFileCall, nullptr, int, puts, (const char* text), (text))
 VOCAFADE_WATCH(NoteFileCall, nullptr, int, vfprintf,
                (std::FILE * file, const char* format, std::va_list arguments), (file, format, arguments))
+// NOLINTEND(bugprone-macro-parentheses)
 
 VOCAFADE_WATCHED int open(const char* path, int flags, ...) {
     static const auto real = Real<int (*)(const char*, int, ...)>("open");

@@ -7,6 +7,7 @@
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <sstream>
 
@@ -141,7 +142,7 @@ class OwnSettings {
   public:
     OwnSettings() : folder_((fs::temp_directory_path() / "vocafade-validate-XXXXXX").string()) {
         if (::mkdtemp(folder_.data()) == nullptr) throw std::runtime_error("no temporary folder can be made");
-        const char* home = std::getenv("HOME");
+        const char* home = std::getenv("HOME"); // NOLINT(concurrency-mt-unsafe): there is one thread
         if (home != nullptr) Set("XAUTHORITY", std::string(home) + "/.Xauthority", 0); // the display's key
         Set("HOME", folder_);
         Set("XDG_CONFIG_HOME", folder_ + "/config");
@@ -157,15 +158,13 @@ class OwnSettings {
 
   private:
     static void Set(const char* name, const std::string& value, int overwrite = 1) {
-        ::setenv(name, value.c_str(), overwrite);
+        ::setenv(name, value.c_str(), overwrite); // NOLINT(concurrency-mt-unsafe): there is one thread
     }
 
     std::string folder_;
 };
 
-} // namespace
-
-int main(int argumentCount, char** arguments) {
+int ParseAndRun(int argumentCount, char** arguments) {
     Options options;
     CLI::App app(
         "Tries a VST 2.4 plug-in in the ways that hosts use and faults take, each in a process of its own "
@@ -182,13 +181,19 @@ int main(int argumentCount, char** arguments) {
             fmt::print("level {:>2}  {:<20} {}\n", check->level, check->name, check->summary);
         return EXIT_SUCCESS;
     }
+    const OwnSettings settings;
+    fs::path plugin = options.plugin;
+    if (plugin.empty()) plugin = fs::read_symlink("/proc/self/exe").parent_path() / "Vocafade.vst";
+    return Run(options, fs::absolute(plugin));
+}
+
+} // namespace
+
+int main(int argumentCount, char** arguments) {
     try {
-        const OwnSettings settings;
-        fs::path plugin = options.plugin;
-        if (plugin.empty()) plugin = fs::read_symlink("/proc/self/exe").parent_path() / "Vocafade.vst";
-        return Run(options, fs::absolute(plugin));
+        return ParseAndRun(argumentCount, arguments);
     } catch (const std::exception& error) {
-        fmt::print(stderr, "vocafade-validate: {}\n", error.what());
+        std::fprintf(stderr, "vocafade-validate: %s\n", error.what());
         return EXIT_FAILURE;
     }
 }

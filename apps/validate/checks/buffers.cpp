@@ -54,7 +54,7 @@ struct Buffers {
 Sound Plain(Subject& subject, Report& report) {
     report.Trying("processing in aligned buffers, separate for input and output");
     Buffers buffers(subject, kFrames);
-    const Sound sound = SoundFrom(subject, Buffers::Of(buffers.in), Buffers::Of(buffers.out));
+    Sound sound = SoundFrom(subject, Buffers::Of(buffers.in), Buffers::Of(buffers.out));
     if (SoundFrom(subject, Buffers::Of(buffers.in), Buffers::Of(buffers.out)) == sound) return sound;
     report.Remark("its output differs from run to run, so it cannot be compared");
     return {};
