@@ -60,7 +60,9 @@ PRESET = f"""<?xml version="1.0" encoding="UTF-8"?>
 """
 
 
-class Ardour(HostTest):
+class ArdourSession(HostTest):
+    """A session with one track and the plug-in on it."""
+
     def setUp(self):
         super().setUp()
         self.environment.update({
@@ -89,7 +91,7 @@ class Ardour(HostTest):
 
     def make_session(self):
         self.scan()
-        return self.lua("ardour_make.lua", RATE)
+        return self.lua("ardour_make.lua", RATE, "LXVST", "Vocafade")
 
     def put_song(self, path, frames):
         """Lays a stereo file onto the track, from the session's start, and sends the track to the master bus."""
@@ -221,6 +223,8 @@ class Ardour(HostTest):
         self.wait_for("the saved session", lambda: self.file.read_bytes() not in (text, b""), process=process)
         end_all(folders_too=False)
 
+
+class Ardour(ArdourSession):
     def test_its_own_controls_span_the_whole_range(self):
         self.make_session()
         self.lay_song()
@@ -277,7 +281,7 @@ class Ardour(HostTest):
         self.assertIn(["instance", "Vocafade", "VELMORAX Co.,Ltd.", "6", "0"], facts)
         # Its generic controls and its lanes: each parameter by its own name, from 0 to 1.
         described = [line[1:] for line in facts if line[0] == "parameter"]
-        self.assertEqual(described, [[str(n), name, "0", "1", "false"] for n, name in enumerate(NAMES)])
+        self.assertEqual(described, [[str(n), name, "0", "1", "false", "false"] for n, name in enumerate(NAMES)])
         path = self.lay_song()
         low, high = to_normalised(3, 250.0), to_normalised(4, 6000.0)
         settings = {1: 0.6, 2: 0.8, 3: low, 4: high, 5: 0.3}

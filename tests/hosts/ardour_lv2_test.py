@@ -1,0 +1,81 @@
+# SPDX-License-Identifier: MIT
+"""Ardour with the LV2 plug-in: ranges and lanes, a bounce that is in time, the session opened again, the window."""
+
+import os
+import unittest
+import xml.etree.ElementTree as xml
+from pathlib import Path
+
+import ardour_test
+from ardour_test import FRAMES
+from support import OUTPUT_FADER, RATE, has_editor, main, read_wav, to_normalised, write_wav
+
+LV2 = Path(os.environ.get("VOCAFADE_LV2", "build/release/vocafade.lv2")).resolve()
+URI = "urn:velmorax:vocafade"
+LATENCY = 1707
+# As the lanes have them: port, name, least, most, toggled, logarithmic.
+LANES = [["4", "ON/OFF", "0", "1", "true", "false"], ["5", "Output", "-59.79", "6", "false", "false"],
+         ["6", "Input", "-59.79", "0", "false", "false"], ["7", "LoFreq", "20", "20000", "false", "true"],
+         ["8", "HiFreq", "20", "20000", "false", "true"], ["9", "Position", "0", "127", "false", "false"]]
+
+
+class ArdourLv2(ardour_test.ArdourSession):
+    def setUp(self):
+        super().setUp()
+        plugins = self.home / "lv2"
+        plugins.mkdir()
+        (plugins / "vocafade.lv2").symlink_to(LV2)
+        # Without the system's folder Ardour knows no category of a plug-in.
+        self.environment["LV2_PATH"] = f"{plugins}:/usr/lib/lv2"
+
+    def make_session(self):
+        return self.lua("ardour_make.lua", RATE, "LV2", URI)
+
+    def assert_in_time(self, song_path, host_path, *changes):
+        """Ardour makes up for the delay, so that what it rendered is ours when the delay is put back. (It plays silence
+        into the plug-in before the range, without a reset; the comparison finds how much.)"""
+        channels = read_wav(host_path)[:2]
+        late = self.work / f"late-{host_path.name}"
+        write_wav(late, *([0.0] * LATENCY + list(side[:FRAMES - LATENCY]) for side in channels))
+        self.assert_same_sound(song_path, late, *changes)
+
+    def values(self):
+        return {int(line[1]): float(line[2]) for line in self.lua("ardour_set.lua") if line[0] == "value"}
+
+    def test_ranges_lanes_and_a_bounce_in_time(self):
+        facts = self.make_session()
+        self.assertIn(["instance", "Vocafade", "VELMORAX Co.,Ltd.", "11", str(LATENCY)], facts)
+        self.assertEqual([line[1:] for line in facts if line[0] == "parameter" and 4 <= int(line[1]) <= 9], LANES)
+        path = self.lay_song()
+        self.lua("ardour_set.lua", "1=3.9", "2=-3", "3=250", "4=6000", "5=40")
+        self.bounce(self.work / "bounced.wav")
+        # Frequencies and places are cut to whole numbers: in the middle of a step nothing hangs on a rounding.
+        changes = [f"0:1:{(2 ** (3.9 / 6) - 0.001) / 1.999:.9g}", f"0:2:{(2 ** (-3 / 6) - 0.001) / 0.999:.9g}",
+                   f"0:3:{to_normalised(3, 250.5):.9g}", f"0:4:{to_normalised(4, 6000.5):.9g}",
+                   f"0:5:{to_normalised(5, 40.5):.9g}"]
+        self.assert_in_time(path, self.work / "bounced.wav", *changes)
+        # Opened again it has the same values.
+        values = self.values()
+        for number, value in enumerate((1, 3.9, -3, 250, 6000, 40)):
+            self.assertAlmostEqual(values[number], value, places=4)
+        self.bounce(self.work / "again.wav")
+        self.assert_in_time(path, self.work / "again.wav", *changes)
+
+    @unittest.skipUnless(has_editor(), "this build's editor has no window")
+    def test_drag_in_the_editor_changes_the_port(self):
+        self.make_session()
+        process, window = self.start_window()
+        editor = self.open_editor(window, self.panel_window)
+        before = self.wait_for_picture(editor, OUTPUT_FADER)
+        self.drag(editor, OUTPUT_FADER, 60, 110)
+        self.wait_for_picture(editor, OUTPUT_FADER, other_than=before)
+        self.screenshot("ardour-lv2.png")
+        self.save(process, window)
+        ports = {port.get("symbol"): float(port.get("value"))
+                 for port in xml.parse(self.file).getroot().iter("Port") if port.get("symbol")}
+        self.assertLess(ports["output"], -3.0)
+        self.assertEqual((ports["enabled"], ports["lofreq"], ports["position"]), (1.0, 400.0, 64.0))
+
+
+if __name__ == "__main__":
+    main()
