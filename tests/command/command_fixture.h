@@ -13,6 +13,8 @@
 
 namespace vocafade::command {
 
+inline constexpr int kWav16 = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
+
 /// How a run of the command is hemmed in.
 struct RunLimits {
     std::int64_t fileBytes = -1;   ///< the largest file that it may write

@@ -16,7 +16,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr int kWav16 = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
 constexpr std::int64_t kMemoryBound = 64 << 20;
 
 using Words = std::vector<std::string>;

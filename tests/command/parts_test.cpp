@@ -13,8 +13,6 @@
 namespace vocafade::command {
 namespace {
 
-constexpr int kWav16 = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
-
 SF_INFO Info(int format, int rate = 44100) {
     SF_INFO info{};
     info.format = format;

@@ -13,7 +13,6 @@
 namespace vocafade::command {
 namespace {
 
-constexpr int kWav16 = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
 constexpr int kWavFloat = SF_FORMAT_WAV | SF_FORMAT_FLOAT;
 /// Options that make the removal band empty, so that everything passes the engine.
 const std::vector<std::string> kPassAll = {"--lofreq", "20000", "--hifreq", "20"};

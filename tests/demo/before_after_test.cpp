@@ -11,14 +11,14 @@
 namespace vocafade::test {
 namespace {
 
-constexpr int kRate = 44100;
+constexpr int kToneRate = 44100;
 
 /// One second of silence, then one second of a full-scale tone of 1 kHz.
 StereoSound SilenceThenTone() {
-    StereoSound sound(2 * kRate);
-    for (std::size_t i = kRate; i < sound.size(); ++i) {
-        const auto sample =
-            static_cast<float>(std::sin(2.0 * std::numbers::pi * 1000.0 * static_cast<double>(i) / kRate));
+    StereoSound sound(2 * kToneRate);
+    for (std::size_t i = kToneRate; i < sound.size(); ++i) {
+        const auto sample = static_cast<float>(
+            std::sin(2.0 * std::numbers::pi * 1000.0 * static_cast<double>(i) / kToneRate));
         sound[i] = {sample, sample};
     }
     return sound;
@@ -26,7 +26,7 @@ StereoSound SilenceThenTone() {
 
 TEST(Spectrogram, ShowsAToneAtItsTimeHeightAndLevel) {
     const TempFolder folder;
-    WriteWave(folder / "tone.wav", SilenceThenTone(), kRate);
+    WriteWave(folder / "tone.wav", SilenceThenTone(), kToneRate);
     constexpr int kColumns = 200;
     constexpr int kRows = 100;
     const Spectrogram picture = MakeSpectrogram(folder / "tone.wav", {100.0, 10000.0}, kColumns, kRows);
@@ -41,7 +41,7 @@ TEST(Spectrogram, ShowsAToneAtItsTimeHeightAndLevel) {
 
 TEST(BeforeAfter, IsWrittenWholeOrNotAtAll) {
     const TempFolder folder;
-    WriteWave(folder / "tone.wav", SilenceThenTone(), kRate);
+    WriteWave(folder / "tone.wav", SilenceThenTone(), kToneRate);
     const std::string picture = folder / "picture.png";
     // A name that is no valid text must not stop it.
     DrawBeforeAfter(folder / "tone.wav", folder / "tone.wav", {}, 0.5, {"T\xFFitle", "", ""}, picture);
