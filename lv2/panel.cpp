@@ -83,7 +83,7 @@ void Panel::TouchPort(std::int32_t parameter, bool held) {
 
 void Panel::LetGo() {
     for (std::int32_t i = 0; i < kParameterCount; ++i)
-        TouchPort(i, false);
+        Panel::TouchPort(i, false);
 }
 
 } // namespace vocafade::lv2

@@ -67,7 +67,7 @@ std::string HertzLabel(double hz) {
 
 std::string DecibelLabel(double decibels) {
     char text[32];
-    std::snprintf(text, sizeof text, "%s%.0f", decibels < 0.0 ? "\u2212" : "", std::abs(decibels));
+    std::snprintf(text, sizeof text, "%s%.0f", decibels < 0.0 ? "\u2212" : "", std::fabs(decibels));
     return text;
 }
 

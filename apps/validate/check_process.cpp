@@ -52,9 +52,10 @@ constexpr rlim_t kMostMemory = rlim_t{8} << 30; // a damaged state must not take
 class SharedNotes {
   public:
     SharedNotes() {
+        constexpr int kAccess = PROT_READ | PROT_WRITE;
+        constexpr int kKind = MAP_SHARED | MAP_ANONYMOUS;
         // cppcheck-suppress invalidFunctionArg ; no file is mapped, which -1 says
-        void* memory =
-            ::mmap(nullptr, sizeof(Notes), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+        void* memory = ::mmap(nullptr, sizeof(Notes), kAccess, kKind, -1, 0);
         if (memory == MAP_FAILED) ThrowSystemError("no shared memory");
         notes_ = new (memory) Notes;
     }
