@@ -355,7 +355,7 @@ TEST(Engine, KeepsTheFidelityOfNoiseForTenMinutes) {
 TEST(Engine, KeepsTheFidelityOfSteadyTonesForTenMinutes) {
     // A held chord rounds in the same way at every hop, so what noise averages out would add up here.
     const StereoSamples chord{Chord(kRate, 0.0), Chord(kRate, 1.0)};
-    EXPECT_GE(WorstFitAfterALongTime([&chord](std::size_t) { return chord; }), 41.0);
+    EXPECT_GE(WorstFitAfterALongTime([&chord](std::size_t) -> const StereoSamples& { return chord; }), 41.0);
 }
 
 #if defined(__SSE2__)
