@@ -6,10 +6,7 @@
 #include "tests/support/recording_host.h"
 #include "tests/support/temp_folder.h"
 
-#include <csignal>
 #include <cstring>
-#include <sys/resource.h>
-#include <sys/stat.h>
 
 namespace vocafade::test {
 namespace {
@@ -167,47 +164,6 @@ TEST_F(Bank, IgnoresWhatIsNotItsOwn) {
     for (std::size_t length = 0; length < 160; length += 13) {
         EXPECT_EQ(namesAfter(good.substr(0, length)), "Empty,Empty") << length;
     }
-    std::filesystem::remove(BankPath());
-    ASSERT_EQ(::mkfifo(BankPath().c_str(), 0600), 0); // must not hang
-    AVocafade effect(SilentHost);
-    effect.open();
-    std::filesystem::remove(BankPath());
-    std::filesystem::create_directory(BankPath());
-    AVocafade another(SilentHost);
-    another.open();
-    EXPECT_EQ(Name(another, 7), "Empty");
-}
-
-TEST_F(Bank, TellsAFailedSaveAndKeepsTheOldFileAndTheEdit) {
-    const std::string before = SavedBank();
-    AVocafade effect(SilentHost);
-    effect.open();
-    std::vector<std::pair<std::int32_t, std::string>> messages;
-    effect.SetMessageHook([&](std::int32_t id, const std::string& path) { messages.emplace_back(id, path); });
-    effect.setParameter(3, 0.75f);
-
-    rlimit limit{};
-    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &limit), 0);
-    const rlimit full{1000, limit.rlim_max}; // the disk fills up on the way
-    const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
-    ::setrlimit(RLIMIT_FSIZE, &full);
-    effect.SaveProgram(20, "lost?");
-    ::setrlimit(RLIMIT_FSIZE, &limit);
-    std::signal(SIGXFSZ, oldHandler);
-
-    ASSERT_EQ(messages.size(), 1u);
-    EXPECT_EQ(messages[0].first, 20135);
-    EXPECT_EQ(messages[0].second, BankPath());
-    EXPECT_EQ(ReadFile(BankPath()), before);
-    EXPECT_EQ(Name(effect, 20), "lost?") << "in memory it stays";
-    const auto files = std::filesystem::directory_iterator(settings / "config");
-    EXPECT_EQ(std::distance(begin(files), end(files)), 1) << "no scraps are left behind";
-
-    effect.SaveProgram(20, "kept");
-    EXPECT_EQ(messages.size(), 1u);
-    AVocafade next(SilentHost);
-    next.open();
-    EXPECT_EQ(Name(next, 20), "kept");
 }
 
 TEST_F(Bank, ReplacesWhatALinkPointsTo) {
