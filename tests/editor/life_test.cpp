@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: MIT
-// The editor among threads, other editors, and hosts that take things away.
+// The editor among other editors, and hosts that take things away.
 #include "tests/editor/panel_picture.h"
 #include "tests/support/wait_for.h"
 
-#include <atomic>
+#include <csignal>
 #include <filesystem>
-#include <thread>
 
 namespace vocafade::test {
 namespace {
@@ -233,6 +232,8 @@ TEST_F(Life, HostMayCloseTheEditorFromInsideItsCallback) {
 }
 
 TEST_F(Life, DisplayMayGoAway) {
+    // The process must not even notice: nobody has asked for SIGPIPE to be ignored.
+    ASSERT_NE(std::signal(SIGPIPE, SIG_DFL), SIG_ERR);
     const std::string shared = SharedServer().name();
     {
         XServer doomed;
@@ -251,6 +252,9 @@ TEST_F(Life, DisplayMayGoAway) {
         EXPECT_FALSE(editor.Open());
         editor.Idle();
     }
+    sigset_t pending;
+    sigpending(&pending);
+    EXPECT_EQ(sigismember(&pending, SIGPIPE), 0) << "and no signal is left behind";
     UnsetVariable("DISPLAY");
     {
         HostedEditor editor(user);

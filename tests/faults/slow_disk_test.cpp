@@ -73,7 +73,10 @@ class SlowDisk : public WithSettings {
         effect.open();
         effect.setSampleRate(48000.0F);
         effect.setBlockSize(kBlock);
-        effect.SetMessageHook([this](std::int32_t, const std::string&) { ++messages; });
+        effect.SetMessageHook([this](std::int32_t, const std::string& path) {
+            EXPECT_EQ(path, BankPath());
+            ++messages;
+        });
         effect.SaveProgram(kSlot, "old");
     }
     int CallsOfASave() {

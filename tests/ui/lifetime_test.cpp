@@ -1,13 +1,7 @@
 // SPDX-License-Identifier: MIT
-// What hosts do to their windows, displays that go away, and editors that open and close all day.
+// What hosts do to their windows.
 
-#include "tests/support/counted_memory.h"
 #include "tests/ui/desk.h"
-
-#include <X11/keysym.h>
-#include <csignal>
-#include <filesystem>
-#include <sys/wait.h>
 
 namespace vocafade::test {
 namespace {
@@ -92,36 +86,6 @@ TEST_F(Hosts, MayOpenTheEditorBeforeTheirWindowShows) {
     EXPECT_FALSE(CFrameWnd().AttachHost(nullptr));
 }
 
-TEST_F(Hosts, SurviveTheirDisplayGoingAway) {
-    // The process must not even notice: nobody has asked for SIGPIPE to be ignored.
-    ASSERT_NE(std::signal(SIGPIPE, SIG_DFL), SIG_ERR);
-    panel.SetTimer(1, 5);
-    CMenu menu;
-    menu.AppendMenu(MF_STRING, 1, "Item");
-    ASSERT_TRUE(menu.TrackPopupMenu(0, 10, 10, &panel));
-    CDC shot;
-    shot.CreateBitmapDC(460, 210);
-    server.Kill();
-    for (int i = 0; i < 50; ++i) {
-        panel.Invalidate();
-        CClientDC dc(&panel);
-        dc.FillSolidRect({0, 0, 460, 210}, RGB(static_cast<unsigned>(i), 0, 0));
-        frame.Idle();
-    }
-    EXPECT_FALSE(frame.IsDisplayAlive());
-    EXPECT_TRUE(Until([this] { return panel.Count(WM_TIMER) > 0; })) << "timers and messages still come";
-    EXPECT_FALSE(menu.TrackPopupMenu(0, 10, 10, &panel));
-    Recorder child;
-    child.Create(WindowClass{}, "", WS_CHILD | WS_VISIBLE, {0, 0, 20, 20}, &panel, 1);
-    child.SetFocus();
-    panel.DestroyWindow();
-    frame.DetachHost();
-    EXPECT_FALSE(frame.AttachHost(Native(host)));
-    sigset_t pending;
-    sigpending(&pending);
-    EXPECT_EQ(sigismember(&pending, SIGPIPE), 0) << "and no signal is left behind";
-}
-
 TEST_F(Hosts, MayIdleSlowlyOrQuickly) {
     for (const int hertz : {15, 60}) {
         panel.seen.clear();
@@ -138,60 +102,6 @@ TEST_F(Hosts, MayIdleSlowlyOrQuickly) {
         EXPECT_GE(panel.Count(WM_MOUSEMOVE), hertz / 2);
         EXPECT_LE(panel.Count(WM_MOUSEMOVE), hertz * 3) << "of motions that no idle fetched, the last counts";
     }
-}
-
-/// Entries of a folder of the process in /proc.
-int Entries(const char* folder) {
-    const std::filesystem::directory_iterator all(std::string("/proc/self/") + folder);
-    return static_cast<int>(std::distance(begin(all), end(all)));
-}
-
-TEST_F(Hosts, OpenAndCloseTwoHundredTimesWithoutALoss) {
-    const auto once = [this] {
-        CFrameWnd opened;
-        Recorder window;
-        ASSERT_TRUE(opened.AttachHost(Native(host)));
-        ASSERT_TRUE(window.Create(WindowClass{}, "", WS_CHILD | WS_VISIBLE, {0, 0, 460, 210}, &opened, 0));
-        window.SetTimer(1, 1);
-        CEdit field;
-        ASSERT_TRUE(field.Create(WS_CHILD | WS_VISIBLE, {10, 10, 110, 30}, &window, 5));
-        field.SetWindowText("12.5");
-        field.SetFocus();
-        CFont font;
-        font.CreatePointFont(9, "Osaka");
-        {
-            CClientDC dc(&window);
-            dc.SelectObject(&font);
-            dc.TextOut(1, 1, "\xE6\xAD\x8C");
-        }
-        CMenu menu;
-        menu.AppendMenu(MF_STRING, 1, "Item");
-        menu.TrackPopupMenu(0, 10, 10, &window);
-        AfxMessageBox("Still here when the editor closes");
-        opened.Idle();
-        opened.Idle();
-        window.DestroyWindow();
-        opened.DetachHost();
-        user.TakeHostKeys(); // the host's own client keeps what nobody fetches
-    };
-    const int clients = user.Clients() - 1; // without the editor of `SetUp`
-    frame.DetachHost();
-    for (int i = 0; i < 20; ++i)
-        once();
-    ASSERT_TRUE(WaitFor([] {}, [&] { return user.Clients() == clients; }));
-    const std::size_t windows = user.Children(user.Root()).size() + user.Children(host).size();
-    const int threads = Entries("task");
-    const int descriptors = Entries("fd");
-    const long blocks = LiveBlocks();
-    for (int i = 0; i < 200; ++i)
-        once();
-    EXPECT_TRUE(WaitFor([] {}, [&] { return user.Clients() == clients; })) << "connections are left";
-    EXPECT_EQ(user.Children(user.Root()).size() + user.Children(host).size(), windows);
-    EXPECT_EQ(Entries("task"), threads);
-    EXPECT_EQ(Entries("fd"), descriptors);
-    // The libraries' caches move a little; one small object an opening would be two hundred.
-    EXPECT_LT(LiveBlocks() - blocks, 40);
-    EXPECT_EQ(user.Focus(), host);
 }
 
 } // namespace
