@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A host that automates everything from its audio thread at every block, whatever the editor does.
+// A host that automates everything from its audio thread at every block, whatever the editor and the main thread do.
 #include "tests/editor/panel_picture.h"
 #include "tests/support/wait_for.h"
 
@@ -65,6 +65,10 @@ TEST_F(Threads, AutomationGoesOnWhileTheEditorOpensWorksAndCloses) {
             editor.Settle();
             if (round % 2 == 0) editor.Key(XK_Escape);
             editor.Ask(effSetProgram, 0, round);
+            editor.Ask(effSetSampleRate, 0, 0, nullptr, round % 2 == 0 ? 48000.0f : 44100.0f);
+            editor.Ask(effSetBlockSize, 0, 100 + round * 100);
+            editor.Ask(effMainsChanged, 0, 0);
+            editor.Ask(effMainsChanged, 0, 1);
             editor.Close();
         }
         editor.Open();
@@ -87,7 +91,10 @@ TEST_F(Threads, SavesAndCopiesWhileSoundRuns) {
         editor.Click({75, 18});
         editor.Key(XK_Down);
         editor.Key(XK_Return);
-        editor.Click({245, 15});
+        editor.Click({245, 15}); // back to what is stored
+        user.KeyDown(XK_Shift_L);
+        editor.Click(kSwitch); // and to the factory's
+        user.KeyUp(XK_Shift_L);
     }
     EXPECT_EQ(ReadFile(BankPath()).size(), 3488U);
     editor.Ask(effSetProgram, 0, 5);
