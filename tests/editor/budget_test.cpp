@@ -33,24 +33,6 @@ TEST_F(Budget, AnIdleWithNothingToDoAsksTheDisplayNothingAndItsThreadSleeps) {
     EXPECT_LT(used / took.count(), 0.3) << "of a core: a thousandth, unless a thread goes round in circles";
 }
 
-TEST_F(Budget, NothingIsDrawnWhenNothingHasChanged) {
-    // What somebody else has put over the panel stays there.
-    const xcb_window_t panel = user.Children(editor.parent).at(0);
-    const xcb_gcontext_t red = xcb_generate_id(user.connection());
-    const std::uint32_t color = 0xFF0000;
-    const xcb_rectangle_t all{0, 0, 477, 214};
-    xcb_create_gc(user.connection(), red, panel, XCB_GC_FOREGROUND, &color);
-    xcb_poly_fill_rectangle(user.connection(), panel, red, 1, &all);
-    xcb_free_gc(user.connection(), red);
-    const Picture before = editor.LookAtPanel();
-    EXPECT_EQ(before.at(200, 100), color);
-    for (int i = 0; i < 5; ++i) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(40)); // its timer ticks, too
-        editor.Settle();
-    }
-    EXPECT_EQ(editor.LookAtPanel(), before);
-}
-
 TEST_F(Budget, ThePanelIsSentAtTheFirstIdleAndOnceMoreWhenTheDisplayAsks) {
     editor.Close();
     editor.Open();

@@ -112,7 +112,13 @@ class OpenEditorTest : public EditorTest {
         editor.Settle();
         Forget();
     }
+    /// The menu, dialog or box that is open beside the windows of the beginning; 0 for none.
+    xcb_window_t Popup() {
+        const std::vector<xcb_window_t> now = user.TopLevels();
+        return now.size() > windowsBefore.size() ? now.back() : 0;
+    }
     HostedEditor editor;
+    std::vector<xcb_window_t> windowsBefore = user.TopLevels();
 };
 
 } // namespace vocafade::test

@@ -23,8 +23,6 @@ Bytes BytesOf(const Event& event) {
 
 class Forged : public OpenEditorTest {
   protected:
-    Forged() : othersWindows(user.TopLevels()) {}
-
     xcb_window_t Panel() {
         const std::vector<xcb_window_t> children = user.Children(editor.parent);
         return children.empty() ? 0 : children.front();
@@ -33,7 +31,7 @@ class Forged : public OpenEditorTest {
     std::vector<xcb_window_t> Windows() {
         std::vector<xcb_window_t> windows{Panel()};
         for (const xcb_window_t window : user.TopLevels())
-            if (std::find(othersWindows.begin(), othersWindows.end(), window) == othersWindows.end())
+            if (std::find(windowsBefore.begin(), windowsBefore.end(), window) == windowsBefore.end())
                 windows.push_back(window);
         return windows;
     }
@@ -64,8 +62,6 @@ class Forged : public OpenEditorTest {
             EXPECT_LE(editor.Value(i), 1.0f) << i;
         }
     }
-
-    std::vector<xcb_window_t> othersWindows;
 };
 
 TEST_F(Forged, AnyBytesOfAnyType) {

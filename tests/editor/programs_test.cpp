@@ -4,7 +4,6 @@
 
 #include <X11/keysym.h>
 #include <cstring>
-#include <sys/stat.h>
 #include <xcb/xtest.h>
 
 namespace vocafade::test {
@@ -25,11 +24,6 @@ class Programs : public OpenEditorTest {
         editor.Settle();
         Forget();
     }
-    /// The menu, dialog or box that is open beside the windows of the beginning; 0 for none.
-    xcb_window_t Popup() {
-        const std::vector<xcb_window_t> now = user.TopLevels();
-        return now.size() > windowsBefore.size() ? now.back() : 0;
-    }
     std::string BankRecord(std::size_t program) {
         const std::string bank = ReadFile(BankPath());
         EXPECT_EQ(bank.size(), 3488U);
@@ -47,8 +41,6 @@ class Programs : public OpenEditorTest {
         user.KeyUp(XK_Control_L);
         editor.Key(XK_BackSpace);
     }
-
-    std::vector<xcb_window_t> windowsBefore = user.TopLevels();
 };
 
 TEST_F(Programs, MenuCopiesAnotherProgramOverTheCurrentOne) {
@@ -204,32 +196,6 @@ TEST_F(Programs, TellsWhenTheBankCannotBeSavedAndKeepsTheSettings) {
     editor.Key(XK_Return);
     EXPECT_EQ(Popup(), 0U);
     EXPECT_TRUE(ShowsItsEffect(editor, false)); // stored in memory
-}
-
-TEST_F(Programs, MessagesStayOnTheScreenHoweverLongThePath) {
-    const std::string japanese = "\xE6\xAD\x8C-folder";
-    for (const int folders : {1, 150}) {
-        std::string path = settings / std::string(300, 'x'); // longer than a folder's name can be
-        for (int i = 0; i < folders; ++i) {
-            path += '/';
-            path += japanese;
-        }
-        ::setenv("XDG_CONFIG_HOME", path.c_str(), 1); // NOLINT(concurrency-mt-unsafe)
-        HostedEditor late(user, 20, 300);
-        late.Open();
-        late.Settle();
-        windowsBefore = user.TopLevels();
-        late.Click(kSave);
-        late.Key(XK_Return);
-        late.Settle();
-        ASSERT_NE(Popup(), 0U);
-        const XUser::Bounds box = user.BoundsOf(Popup());
-        EXPECT_LE(box.width, 480);
-        EXPECT_GE(box.y, 0);
-        EXPECT_LE(box.y + box.height, 768);
-        late.Key(XK_Return);
-        EXPECT_EQ(Popup(), 0U);
-    }
 }
 
 } // namespace

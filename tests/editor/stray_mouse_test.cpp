@@ -15,11 +15,6 @@ constexpr CPoint kHiFreqFader{237, 85};
 
 class StrayMouse : public OpenEditorTest {
   protected:
-    /// The menu, dialog or box that is open beside the windows of the beginning; 0 for none.
-    xcb_window_t Popup() {
-        const std::vector<xcb_window_t> now = user.TopLevels();
-        return now.size() > windowsBefore.size() ? now.back() : 0;
-    }
     /// Two clicks at a place of the panel, idles in between.
     void DoubleClick(CPoint place) {
         editor.Click(place);
@@ -37,8 +32,6 @@ class StrayMouse : public OpenEditorTest {
         xcb_ungrab_pointer(user.connection(), XCB_CURRENT_TIME);
         return free;
     }
-
-    std::vector<xcb_window_t> windowsBefore = user.TopLevels();
 };
 
 TEST_F(StrayMouse, APressThatLeavesTheMenuDoesNothingElse) {

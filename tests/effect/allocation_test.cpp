@@ -47,13 +47,13 @@ long AllocationsOf(Work work) {
 using Allocations = WithSettings;
 
 TEST_F(Allocations, NoneOnTheAudioThread) {
-    EXPECT_EQ(AllocationsOf([] { Samples(1000); }), 1) << "they are counted at all";
+    Samples left;
+    EXPECT_EQ(AllocationsOf([&] { left = Noise(9000, 1); }), 1) << "they are counted at all";
     AVocafade effect(SilentHost);
     effect.open();
     effect.setSampleRate(48000.0f);
     effect.setBlockSize(1024);
     effect.resume();
-    const Samples left = Noise(9000, 1);
     const Samples right = Noise(9000, 2);
     Samples outL(9000);
     Samples outR(9000);

@@ -47,23 +47,12 @@ TEST_F(Bank, IsWrittenByteForByteAndReadBackAtTheNextStart) {
     EXPECT_EQ(Name(next, 7), "My song");
     EXPECT_EQ(next.getParameter(3), 0.5f);
     EXPECT_FALSE(next.IsProgramChanged());
+    for (const std::int32_t nowhere : {64, -1})
+        next.SaveProgram(nowhere, "nowhere");
+    EXPECT_EQ(next.getProgram(), 7);
     next.setProgram(0);
     EXPECT_EQ(next.getParameter(3), DefaultNormalizedValue(3))
         << "the edited slot went back to what was stored";
-}
-
-TEST_F(Bank, SavingIntoTheCurrentSlotKeepsTheEdit) {
-    AVocafade effect(SilentHost);
-    effect.open();
-    effect.setProgram(12);
-    effect.setParameter(5, 0.25f);
-    effect.SaveProgram(12, "an overlong name of thirty byte");
-    EXPECT_EQ(effect.getParameter(5), 0.25f);
-    EXPECT_EQ(Name(effect, 12), "an overlong name of thi");
-    EXPECT_FALSE(effect.IsProgramChanged());
-    effect.SaveProgram(64, "nowhere");
-    effect.SaveProgram(-1, "nowhere");
-    EXPECT_EQ(effect.getProgram(), 12);
 }
 
 TEST_F(Bank, BesideThePlugInFillsTheFactoryProgramsOnlyWithoutTheUsersOwn) {
