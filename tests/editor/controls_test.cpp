@@ -7,6 +7,7 @@
 #include "editor/format_edit.h"
 #include "editor/preset_save_dlg.h"
 #include "editor/spin_edit.h"
+#include "tests/support/temp_folder.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
@@ -200,13 +201,8 @@ TEST(Switch, DrawsItsHalvesAndThroughItsMask) {
         drawing.FillSolidRect({0, 2, width, 4}, below);
         const std::string path = ::testing::TempDir() + "switch.png";
         drawing.SavePng(path.c_str());
-        std::vector<std::byte> bytes;
-        std::FILE* file = std::fopen(path.c_str(), "rb");
-        for (int byte = std::fgetc(file); byte != EOF; byte = std::fgetc(file)) {
-            bytes.push_back(static_cast<std::byte>(byte));
-        }
-        std::fclose(file);
-        ASSERT_TRUE(bitmap.LoadPng(bytes));
+        const std::string png = ReadFile(path);
+        ASSERT_TRUE(bitmap.LoadPng(std::as_bytes(std::span(png))));
     };
     CKVBBitmap off;
     CKVBBitmap on;

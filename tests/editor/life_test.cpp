@@ -58,10 +58,6 @@ using Life = EditorTest;
 
 TEST_F(Life, ClosedEditorAnswersHarmlessly) {
     HostedEditor editor(user);
-    ERect* rect = nullptr;
-    EXPECT_NE(editor.Ask(effEditGetRect, 0, 0, &rect), 0);
-    EXPECT_EQ(rect->right, 477);
-    EXPECT_EQ(rect->bottom, 214);
     editor.Idle();
     editor.Ask(effEditDraw);
     editor.Close();
@@ -115,11 +111,37 @@ TEST_F(Life, TwoEditorsKeepToThemselves) {
     EXPECT_TRUE(ShowsItsEffect(two));
 }
 
-/// What is open while something goes away, and what goes away.
-enum class Open { entry, menu, dialog, list };
-enum class Gone { editor, effect, parent, parentThenEditor };
+/// Something that a user or a host does.
+struct Deed {
+    const char* name;
+    void (*run)(HostedEditor& editor);
+};
 
-class GoingAway : public EditorTest, public ::testing::WithParamInterface<std::tuple<Open, Gone>> {};
+// What is open while something goes away, and what goes away.
+const Deed kOpen[] = {{"Entry",
+                       [](HostedEditor& editor) {
+                           editor.Click(kLoFreq);
+                           editor.Type("77");
+                       }},
+                      {"Menu", [](HostedEditor& editor) { editor.Click(kCopy); }},
+                      {"Dialog", [](HostedEditor& editor) { editor.Click(kSave); }},
+                      {"List", [](HostedEditor& editor) {
+                           editor.Click(kSave);
+                           editor.Key(' ');
+                       }}};
+const Deed kGone[] = {{"Editor", [](HostedEditor& editor) { editor.Close(); }},
+                      {"Effect", [](HostedEditor& editor) { editor.End(); }},
+                      {"Parent",
+                       [](HostedEditor& editor) {
+                           editor.user.DestroyWindow(editor.parent);
+                           editor.Settle();
+                       }},
+                      {"ParentThenEditor", [](HostedEditor& editor) {
+                           editor.user.DestroyWindow(editor.parent);
+                           editor.Close();
+                       }}};
+
+class GoingAway : public EditorTest, public ::testing::WithParamInterface<std::tuple<Deed, Deed>> {};
 
 TEST_P(GoingAway, LeavesNothingBehind) {
     const auto [open, gone] = GetParam();
@@ -130,41 +152,13 @@ TEST_P(GoingAway, LeavesNothingBehind) {
         HostedEditor editor(user);
         editor.Open();
         editor.Settle();
-        switch (open) {
-        case Open::entry:
-            editor.Click(kLoFreq);
-            editor.Type("77");
-            break;
-        case Open::menu:
-            editor.Click(kCopy);
-            break;
-        case Open::dialog:
-        case Open::list:
-            editor.Click(kSave);
-            if (open == Open::list) editor.Key(' ');
-            break;
-        }
-        switch (gone) {
-        case Gone::editor:
-            editor.Close();
-            break;
-        case Gone::effect:
-            editor.End();
-            break;
-        case Gone::parent:
-            user.DestroyWindow(editor.parent);
-            editor.Settle();
-            break;
-        case Gone::parentThenEditor:
-            user.DestroyWindow(editor.parent);
-            editor.Close();
-            break;
-        }
-        if (gone != Gone::effect) {
+        open.run(editor);
+        gone.run(editor);
+        if (editor.effect != nullptr) {
             EXPECT_EQ(editor.Display(3), "400.0"); // nothing half typed was taken
             editor.Settle();
             editor.Close();
-            if (gone == Gone::editor) { // and it opens again
+            if (gone.name == std::string("Editor")) { // and it opens again
                 EXPECT_TRUE(editor.Open());
                 editor.Settle();
                 EXPECT_TRUE(ShowsItsEffect(editor));
@@ -177,18 +171,12 @@ TEST_P(GoingAway, LeavesNothingBehind) {
     EXPECT_EQ(ThreadsLeft(threads), threads);
 }
 
-std::string NameOf(const ::testing::TestParamInfo<std::tuple<Open, Gone>>& which) {
-    const char* open[] = {"Entry", "Menu", "Dialog", "List"};
-    const char* gone[] = {"Editor", "Effect", "Parent", "ParentThenEditor"};
-    return std::string(gone[static_cast<int>(std::get<1>(which.param))]) + "WithOpen" +
-           open[static_cast<int>(std::get<0>(which.param))];
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Editor, GoingAway,
-    ::testing::Combine(::testing::Values(Open::entry, Open::menu, Open::dialog, Open::list),
-                       ::testing::Values(Gone::editor, Gone::effect, Gone::parent, Gone::parentThenEditor)),
-    NameOf);
+INSTANTIATE_TEST_SUITE_P(Editor, GoingAway,
+                         ::testing::Combine(::testing::ValuesIn(kOpen), ::testing::ValuesIn(kGone)),
+                         [](const auto& which) {
+                             return std::string(std::get<1>(which.param).name) + "WithOpen" +
+                                    std::get<0>(which.param).name;
+                         });
 
 /// A host that closes the editor while it is being told something.
 HostedEditor* closing = nullptr;
