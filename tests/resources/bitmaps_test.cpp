@@ -1,55 +1,31 @@
 // SPDX-License-Identifier: MIT
 // The bitmaps against the panel's fixed rectangles: sizes, seams, and scales that tell the truth.
 #include "editor/panel_layout.h"
+#include "tests/support/temp_folder.h"
+#include "ui/dc.h"
 
 #include <cmath>
-#include <cstdint>
-#include <gtest/gtest.h>
-#include <png.h>
-#include <string>
-#include <vector>
 
+namespace vocafade::test {
 namespace {
 
-struct Pixel {
-    int red, green, blue, alpha;
-
-    bool operator==(const Pixel& other) const = default;
-    [[nodiscard]] int Light() const { return red + green + blue; }
-};
-
-/// A decoded bitmap resource.
-struct Bitmap {
-    int width = 0;
-    int height = 0;
-    std::vector<std::uint8_t> bytes;
-
-    [[nodiscard]] Pixel At(int x, int y) const {
-        const std::uint8_t* p = &bytes.at((static_cast<std::size_t>(y) * width + x) * 4);
-        return {p[0], p[1], p[2], p[3]};
+/// A bitmap resource.
+struct Bitmap : CDC {
+    explicit Bitmap(int number) {
+        const std::string file =
+            ReadFile(std::string(VOCAFADE_RESOURCES) + "/" + std::to_string(number) + ".png");
+        CBitmap bitmap;
+        EXPECT_TRUE(bitmap.LoadPng(std::as_bytes(std::span(file)))) << number;
+        CreateBitmapDC(bitmap.Width(), bitmap.Height());
+        CDC source;
+        source.SelectObject(&bitmap);
+        BitBlt(0, 0, bitmap.Width(), bitmap.Height(), &source, 0, 0, SRCCOPY);
+    }
+    int Light(int x, int y) const {
+        const COLORREF color = GetPixel(x, y);
+        return GetRValue(color) + GetGValue(color) + GetBValue(color);
     }
 };
-
-Bitmap Load(int number) {
-    const std::string path = std::string(VOCAFADE_RESOURCES) + "/" + std::to_string(number) + ".png";
-    png_image image{};
-    image.version = PNG_IMAGE_VERSION;
-    Bitmap bitmap;
-    if (png_image_begin_read_from_file(&image, path.c_str()) == 0) {
-        ADD_FAILURE() << path << ": " << image.message;
-        return bitmap;
-    }
-    image.format = PNG_FORMAT_RGBA;
-    bitmap.width = static_cast<int>(image.width);
-    bitmap.height = static_cast<int>(image.height);
-    bitmap.bytes.resize(PNG_IMAGE_SIZE(image));
-    if (png_image_finish_read(&image, nullptr, bitmap.bytes.data(), 0, nullptr) == 0) {
-        ADD_FAILURE() << path << ": " << image.message;
-    }
-    return bitmap;
-}
-
-using namespace vocafade;
 
 /// Row of the panel on which a fader's index line stands for a normalised value.
 int FaderRow(double normalised, int thumbHeight) {
@@ -74,39 +50,39 @@ TEST(Bitmaps, FillThePanelsRectangles) {
                         {3004, layout::ControlOf(kParameterPosition).rect, 61},
                         {3013, layout::kSaveRect, 1}};
     for (const Use& use : uses) {
-        const Bitmap bitmap = Load(use.number);
-        EXPECT_EQ(bitmap.width, use.rect.Width()) << use.number;
-        EXPECT_EQ(bitmap.height, use.rect.Height() * use.states) << use.number;
+        const Bitmap bitmap(use.number);
+        EXPECT_EQ(bitmap.size().cx, use.rect.Width()) << use.number;
+        EXPECT_EQ(bitmap.size().cy, use.rect.Height() * use.states) << use.number;
     }
-    const Bitmap thumb = Load(3007);
-    EXPECT_LE(1 + thumb.width, 16) << "the thumb is drawn at x = 1 in the track";
-    EXPECT_EQ(thumb.height % 2, 1) << "an index line in the very middle needs an odd height";
+    const Bitmap thumb(3007);
+    EXPECT_LE(1 + thumb.size().cx, 16) << "the thumb is drawn at x = 1 in the track";
+    EXPECT_EQ(thumb.size().cy % 2, 1) << "an index line in the very middle needs an odd height";
 }
 
 TEST(Bitmaps, JoinThePlateWithoutASeam) {
-    const Bitmap plate = Load(3005);
-    const Bitmap track = Load(3006);
+    const Bitmap plate(3005);
+    const Bitmap track(3006);
     for (const layout::Control& control : layout::kControls) {
         if (control.picture != resource::kFaderTrack) continue;
-        for (int y = 0; y < track.height; ++y)
-            for (int x = 0; x < track.width; ++x)
-                ASSERT_EQ(track.At(x, y), plate.At(control.rect.left + x, control.rect.top + y))
+        for (int y = 0; y < track.size().cy; ++y)
+            for (int x = 0; x < track.size().cx; ++x)
+                ASSERT_EQ(track.GetPixel(x, y), plate.GetPixel(control.rect.left + x, control.rect.top + y))
                     << x << ", " << y;
     }
-    const Bitmap knob = Load(3004);
+    const Bitmap knob(3004);
     const CRect& place = layout::ControlOf(kParameterPosition).rect;
     for (int frame = 0; frame < 61; ++frame) {
         for (int i = 0; i < 34; ++i) {
             for (const CPoint edge : {CPoint(i, 0), CPoint(i, 33), CPoint(0, i), CPoint(33, i)})
-                ASSERT_EQ(knob.At(edge.x, frame * 34 + edge.y),
-                          plate.At(place.left + edge.x, place.top + edge.y))
+                ASSERT_EQ(knob.GetPixel(edge.x, frame * 34 + edge.y),
+                          plate.GetPixel(place.left + edge.x, place.top + edge.y))
                     << frame << ": " << i;
         }
     }
 }
 
 TEST(Bitmaps, EveryKnobFramePointsAtItsAngle) {
-    const Bitmap knob = Load(3004);
+    const Bitmap knob(3004);
     for (int frame = 0; frame < 61; ++frame) {
         double x = 0;
         double y = 0;
@@ -114,7 +90,7 @@ TEST(Bitmaps, EveryKnobFramePointsAtItsAngle) {
             for (int column = 0; column < 34; ++column) {
                 const double dx = column + 0.5 - 17;
                 const double dy = row + 0.5 - 17;
-                if (std::hypot(dx, dy) < 13 && knob.At(column, frame * 34 + row).Light() > 450) {
+                if (std::hypot(dx, dy) < 13 && knob.Light(column, frame * 34 + row) > 450) {
                     x += dx;
                     y += dy;
                 }
@@ -127,13 +103,14 @@ TEST(Bitmaps, EveryKnobFramePointsAtItsAngle) {
 }
 
 TEST(Bitmaps, ScalesMeetTheFadersIndexLine) {
-    const Bitmap plate = Load(3005);
-    const int thumbHeight = Load(3007).height;
+    const Bitmap plate(3005);
+    const Bitmap thumb(3007);
+    const int thumbHeight = thumb.size().cy;
     // A graduation is darker than the plate three rows above and below it, at the end next to the fader.
     const auto expectMark = [&](int x, int row, const std::string& name) {
-        const int mark = plate.At(x, row).Light();
-        EXPECT_LT(mark, plate.At(x, row - 1).Light() - 100) << name;
-        EXPECT_LT(mark, plate.At(x, row + 1).Light() - 100) << name;
+        const int mark = plate.Light(x, row);
+        EXPECT_LT(mark, plate.Light(x, row - 1) - 100) << name;
+        EXPECT_LT(mark, plate.Light(x, row + 1) - 100) << name;
     };
     for (const int decibels : {6, 3, 0, -3, -6, -12, -18, -24}) {
         const double gain = std::exp2(decibels / 6.0);
@@ -152,9 +129,8 @@ TEST(Bitmaps, ScalesMeetTheFadersIndexLine) {
         expectMark(24, layout::kMeterY + 19 - 3 * decibels, "input meter " + std::to_string(decibels));
         expectMark(452, layout::kMeterY + 19 - 3 * decibels, "output meter " + std::to_string(decibels));
     }
-    const Bitmap thumb = Load(3007);
-    const int middle = thumb.height / 2;
-    EXPECT_GT(thumb.At(7, middle).Light(), 650) << "the index line is the thumb's middle row";
+    EXPECT_GT(thumb.Light(7, thumbHeight / 2), 650) << "the index line is the thumb's middle row";
 }
 
 } // namespace
+} // namespace vocafade::test
