@@ -44,10 +44,8 @@ TEST_F(Entry, TakesWhatIsTypedAndHoldsItInRange) {
         {kOutput, 1, "\b", "0.0"},
         // The decimal comma of half the world.
         {kLoFreq, 3, "440,5", "440.5"},
-        {kLoFreq, 3, "15000,5", "15000.5"},
         {kOutput, 1, "-3,5", "-3.5"},
         {kInput, 2, "-0,5", "-0.5"},
-        {kInput, 2, "-59,5", "-59.5"},
     };
     for (const Typed& typed : cases) {
         SCOPED_TRACE(std::string(typed.text) + " into parameter " + std::to_string(typed.parameter));

@@ -4,7 +4,6 @@
 
 #include <X11/keysym.h>
 #include <cstring>
-#include <xcb/xtest.h>
 
 namespace vocafade::test {
 namespace {
@@ -162,22 +161,17 @@ TEST_F(Programs, NamesWithoutATerminatorEndWithTheirField) {
 
 TEST_F(Programs, NamesTakeOnlyWhatCanBeStored) {
     // Letters that no Shift-JIS has, typed on a keyboard that has them, and one that it has.
-    const auto type = [this](xcb_keysym_t symbol) {
-        const xcb_keycode_t key = xcb_get_setup(user.connection())->max_keycode;
-        xcb_change_keyboard_mapping(user.connection(), 1, key, 1, &symbol);
-        editor.Settle();
-        for (const std::uint8_t event : {XCB_KEY_PRESS, XCB_KEY_RELEASE})
-            xcb_test_fake_input(user.connection(), event, key, XCB_CURRENT_TIME, user.Root(), 0, 0, 0);
-        editor.Settle();
-    };
+    constexpr xcb_keysym_t kSong = 0x1006B4C;
+    user.AddKeys({XK_eacute, XK_ssharp, kSong});
+    editor.Settle();
     editor.Click(kSave);
     editor.Key(XK_Tab);
     EraseText();
     editor.Type("Caf");
-    type(XK_eacute); // goes without its accent, which the user sees
-    type(XK_ssharp); // has no other form
+    editor.Key(XK_eacute); // goes without its accent, which the user sees
+    editor.Key(XK_ssharp); // has no other form
     editor.Type("?");
-    type(0x1006B4C); // "song"
+    editor.Key(kSong);
     editor.Key(XK_Return);
     EXPECT_EQ(BankName(0), "Cafe?\x89\xCC");
 }

@@ -209,9 +209,6 @@ TEST_F(Typing, TheSpinButtonStepsTheNumberBesideIt) {
     EXPECT_EQ(field.text(), "7") << "released, it stops";
 }
 
-// --- Menus
-// -----------------------------------------------------------------------------------------------------------
-
 class Menus : public Desk {
   protected:
     bool Open(int items = 3) {
@@ -326,9 +323,6 @@ TEST_F(Menus, TheHostGoesOnAndTheMenuGoesWithItsOwner) {
     EXPECT_EQ(panel.Count(WM_COMMAND), 0);
 }
 
-// --- Dialogs
-// ---------------------------------------------------------------------------------------------------------
-
 const DialogTemplate& SaveTemplate() {
     static const DialogTemplate saved{
         5040,
@@ -396,6 +390,17 @@ class Dialogs : public Desk {
         place = user.BoundsOf(id);
         return id != host;
     }
+    /// Shows a message and answers it with a key, once `look` has looked at it; gives the answer.
+    int Answer(
+        const char* text, UINT type, xcb_keysym_t key, const std::function<void()>& look = [] {}) {
+        int answer = 0;
+        EXPECT_TRUE(AfxMessageBox(text, type, [&](int given) { answer = given; }));
+        EXPECT_TRUE(Until([this] { return TopWindow() != host && user.Focus() == TopWindow(); }));
+        look();
+        user.Key(key);
+        EXPECT_TRUE(Until([&] { return answer != 0; }));
+        return answer;
+    }
     std::unique_ptr<SaveDlg> dialog;
     int result = 0;
     int chosen = -1;
@@ -431,20 +436,19 @@ TEST_F(Dialogs, IsFilledOutAndConfirmed) {
 }
 
 TEST_F(Dialogs, IsLeftByEscapeByCancelAndByItsFrame) {
-    ASSERT_TRUE(Open());
-    user.Key(XK_Escape);
-    ASSERT_TRUE(Until([this] { return result == IDCANCEL; }));
-    ASSERT_TRUE(Open());
-    user.Click(place.x + 230, place.y + 97);
-    ASSERT_TRUE(Until([this] { return result == IDCANCEL; }));
-    ASSERT_TRUE(Open());
-    for (int i = 0; i < 3; ++i)
-        user.Key(XK_Tab);
-    user.Key(XK_Return); // on the Cancel button, that is what it means
-    ASSERT_TRUE(Until([this] { return result == IDCANCEL; }));
-    ASSERT_TRUE(Open());
-    dialog->SendMessage(WM_CLOSE);
-    ASSERT_TRUE(Until([this] { return result == IDCANCEL; }));
+    const std::function<void()> ways[] = {[this] { user.Key(XK_Escape); },
+                                          [this] { user.Click(place.x + 230, place.y + 97); },
+                                          [this] {
+                                              for (int i = 0; i < 3; ++i)
+                                                  user.Key(XK_Tab);
+                                              user.Key(XK_Return); // on the Cancel button, so it cancels
+                                          },
+                                          [this] { dialog->SendMessage(WM_CLOSE); }};
+    for (const auto& leave : ways) {
+        ASSERT_TRUE(Open());
+        leave();
+        ASSERT_TRUE(Until([this] { return result == IDCANCEL; }));
+    }
 }
 
 TEST_F(Dialogs, ItsListDropsDownAndIsChosenFrom) {
@@ -531,15 +535,10 @@ TEST_F(Dialogs, AMessageBoxFitsOnTheScreen) {
         std::string text;
         while (text.size() < 6000)
             text += part;
-        ASSERT_TRUE(AfxMessageBox(text.c_str(), MB_OK, [this](int answer) { result = answer; }));
-        ASSERT_TRUE(Until([this] { return TopWindow() != host && user.Focus() == TopWindow(); }));
-        place = user.BoundsOf(TopWindow());
+        Answer(text.c_str(), MB_OK, XK_Return, [&] { place = user.BoundsOf(TopWindow()); });
         EXPECT_GE(place.y, 0) << part;
         EXPECT_LE(place.y + place.height, screen.height) << part;
         EXPECT_LE(place.width, 480) << part;
-        result = 0;
-        user.Key(XK_Return);
-        ASSERT_TRUE(Until([this] { return result == IDOK; }));
     }
 }
 
@@ -548,10 +547,7 @@ TEST_F(Dialogs, ADragOutlivesABoxThatComesAndGoes) {
     user.Press();
     ASSERT_TRUE(Until([this] { return panel.Count(WM_LBUTTONDOWN) == 1; }));
     panel.SetCapture();
-    ASSERT_TRUE(AfxMessageBox("Something went wrong", MB_OK, [this](int answer) { result = answer; }));
-    ASSERT_TRUE(Until([this] { return TopWindow() != host && user.Focus() == TopWindow(); }));
-    user.Key(XK_Return);
-    ASSERT_TRUE(Until([this] { return result == IDOK; }));
+    Answer("Something went wrong", MB_OK, XK_Return);
     panel.seen.clear();
     user.MoveTo(160, 160);
     user.Release();
@@ -560,22 +556,13 @@ TEST_F(Dialogs, ADragOutlivesABoxThatComesAndGoes) {
 }
 
 TEST_F(Dialogs, AMessageBoxAsksAndAnswers) {
-    std::vector<int> answers;
-    const auto note = [&](int answer) { answers.push_back(answer); };
-    ASSERT_TRUE(AfxMessageBox("The bank could not be written.\nIs the disk full?", MB_OK, note));
-    ASSERT_TRUE(Until([this] { return user.Focus() != host; }));
-    user.Key(XK_Return);
-    ASSERT_TRUE(Until([&] { return answers.size() == 1; }));
-    ASSERT_TRUE(AfxMessageBox("Replace it?", MB_YESNO, note));
-    ASSERT_TRUE(Until([this] { return TopWindow() != host && user.Focus() == TopWindow(); }));
-    user.Key(XK_Escape);
-    ASSERT_TRUE(Until([&] { return answers.size() == 2; }));
-    EXPECT_EQ(answers, (std::vector<int>{IDOK, IDNO}));
+    EXPECT_EQ(Answer("The bank could not be written.\nIs the disk full?", MB_OK, XK_Return), IDOK);
+    EXPECT_EQ(Answer("Replace it?", MB_YESNO, XK_Escape), IDNO);
     Settle();
     EXPECT_EQ(TopWindow(), host);
     frame.DetachHost();
     testing::internal::CaptureStderr();
-    EXPECT_FALSE(AfxMessageBox("Nobody is there", MB_OK, note));
+    EXPECT_FALSE(AfxMessageBox("Nobody is there", MB_OK, {}));
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "Vocafade: Nobody is there\n");
 }
 
