@@ -117,17 +117,13 @@ TEST(ParameterConversions, GiveFixedPointAndRanges) {
     const auto lowest = static_cast<std::int32_t>(NormalizeValToDWValue(2, 0.0f));
     EXPECT_EQ(lowest, static_cast<std::int32_t>(-59.794705707972525 * 65536.0)) << "cut towards zero";
 
-    float minimum = 0.0f;
-    float maximum = 0.0f;
-    GetParamMinMax(1, &minimum, &maximum);
-    EXPECT_FLOAT_EQ(minimum, -59.794705707972525f);
-    EXPECT_FLOAT_EQ(maximum, 6.0f);
-    GetParamMinMax(2, &minimum, &maximum);
-    EXPECT_FLOAT_EQ(minimum, -59.794705707972525f);
-    EXPECT_EQ(maximum, 0.0f);
-    GetParamMinMax(4, &minimum, &maximum);
-    EXPECT_EQ(minimum, 20.0f);
-    EXPECT_EQ(maximum, 20000.0f);
+    for (std::int32_t index = 1; index < kParameterCount; ++index) {
+        float minimum = -1.0f;
+        float maximum = -1.0f;
+        GetParamMinMax(index, &minimum, &maximum);
+        EXPECT_FLOAT_EQ(minimum, NormalizeValToInternalVal(index, 0.0f)) << index;
+        EXPECT_FLOAT_EQ(maximum, NormalizeValToInternalVal(index, 1.0f)) << index;
+    }
 }
 
 TEST_F(Parameters, ShowNamesUnitsAndValues) {

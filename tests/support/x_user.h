@@ -69,6 +69,7 @@ class XUser {
     bool IsViewable(xcb_window_t window);
     struct Bounds {
         int x, y, width, height;
+        bool operator==(const Bounds&) const = default;
     };
     /// Place on the screen and size.
     Bounds BoundsOf(xcb_window_t window);

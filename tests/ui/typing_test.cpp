@@ -503,17 +503,10 @@ TEST_F(Dialogs, IsMovedAndResizedIndependently) {
     ASSERT_TRUE(Open());
     EXPECT_TRUE(dialog->SetWindowPos(nullptr, 0, 0, 300, 150, SWP_NOMOVE | SWP_NOZORDER));
     Settle();
-    XUser::Bounds now = user.BoundsOf(id);
-    EXPECT_EQ(now.x, place.x);
-    EXPECT_EQ(now.y, place.y);
-    EXPECT_EQ(now.width, 300);
-    EXPECT_EQ(now.height, 150);
+    EXPECT_EQ(user.BoundsOf(id), (XUser::Bounds{place.x, place.y, 300, 150}));
     EXPECT_TRUE(dialog->SetWindowPos(nullptr, 50, 60, 0, 0, SWP_NOSIZE | SWP_NOZORDER));
     Settle();
-    now = user.BoundsOf(id);
-    EXPECT_EQ(now.x, 50);
-    EXPECT_EQ(now.y, 60);
-    EXPECT_EQ(now.width, 300);
+    EXPECT_EQ(user.BoundsOf(id), (XUser::Bounds{50, 60, 300, 150}));
     user.Click(50 + 230, 60 + 97); // the Cancel button went with it
     EXPECT_TRUE(Until([this] { return result == IDCANCEL; }));
 }
