@@ -3,17 +3,13 @@
 #include "effect/avocafade.h"
 #include "fuzz/support.h"
 #include "persistence/default_bank.h"
-#include "vst/opcodes.h"
+#include "tests/support/recording_host.h"
 
 #include <cstring>
 
 using namespace vocafade;
 
 namespace {
-
-VstIntPtr Host(AEffect*, std::int32_t opcode, std::int32_t, VstIntPtr, void*, float) {
-    return opcode == audioMasterVersion ? 2400 : 0;
-}
 
 const std::string& Folder() {
     static const std::string folder = [] {
@@ -33,7 +29,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     fuzz::Require(bank.chunk.size() <= sizeof(ProgramSet), "the chunk is bounded");
     fuzz::Require(bank.content == BankContent::chunk || bank.chunk.empty(), "only a bank gives a chunk");
 
-    AVocafade effect(Host);
+    AVocafade effect(test::SilentHost);
     effect.open();
     effect.ProgramToFactory();
     effect.ProgramToInitial();

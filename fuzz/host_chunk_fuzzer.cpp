@@ -3,6 +3,7 @@
 // questions.
 #include "effect/avocafade.h"
 #include "fuzz/support.h"
+#include "tests/support/recording_host.h"
 #include "vst/opcodes.h"
 
 #include <array>
@@ -13,10 +14,6 @@
 using namespace vocafade;
 
 namespace {
-
-VstIntPtr Host(AEffect*, std::int32_t opcode, std::int32_t, VstIntPtr, void*, float) {
-    return opcode == audioMasterVersion ? 2400 : 0;
-}
 
 void AskEverything(AEffect* effect) {
     std::array<char, 256> text{};
@@ -48,7 +45,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (size < 2) return 0;
     ::setenv("XDG_CONFIG_HOME", "/nonexistent", 1); // NOLINT(concurrency-mt-unsafe): one thread
     static AVocafade* const owner = [] {
-        auto* made = new AVocafade(Host); // for the whole run: its tables take long to build
+        auto* made = new AVocafade(test::SilentHost); // for the whole run: its tables take long to build
         made->open();
         return made;
     }();

@@ -1,14 +1,15 @@
 // SPDX-License-Identifier: MIT
 // Writes the seeds of all fuzz targets: a few whole inputs of each kind, from which damaged ones are bred.
-#include "base/big_endian.h"
 #include "effect/avocafade.h"
 #include "fuzz/support.h"
 #include "persistence/default_bank.h"
+#include "tests/support/aiff.h"
 
 #include <filesystem>
 #include <span>
 
 using namespace vocafade;
+using test::Big32, test::Chunk, test::Form;
 
 namespace {
 
@@ -17,20 +18,6 @@ std::string folder;
 void Seed(const std::string& target, const std::string& name, const std::string& bytes) {
     std::filesystem::create_directories(folder + "/" + target);
     fuzz::WriteFile(folder + "/" + target + "/" + name, bytes);
-}
-
-std::string Big32(std::uint32_t value) {
-    std::string bytes(4, '\0');
-    StoreBigEndian32(reinterpret_cast<unsigned char*>(bytes.data()), value);
-    return bytes;
-}
-
-std::string Chunk(const std::string& id, const std::string& data) {
-    return id + Big32(static_cast<std::uint32_t>(data.size())) + data;
-}
-
-std::string Form(const std::string& chunks) {
-    return "FORM" + Big32(static_cast<std::uint32_t>(chunks.size() + 4)) + "AIFF" + chunks;
 }
 
 void Banks() {

@@ -3,6 +3,8 @@
 #include "persistence/async_file_io.h"
 #include "persistence/large_sound.h"
 #include "persistence/user_chunk.h"
+#include "tests/support/aiff.h"
+#include "tests/support/run_command.h"
 #include "tests/support/temp_folder.h"
 
 #include <algorithm>
@@ -18,20 +20,7 @@
 namespace vocafade::test {
 namespace {
 
-using test::ReadFile;
-using test::TempFolder;
-using test::WriteFile;
 using Result = UserChunkResult;
-
-std::string Big32(std::uint32_t value) {
-    std::string bytes(4, '\0');
-    StoreBigEndian32(reinterpret_cast<unsigned char*>(bytes.data()), value);
-    return bytes;
-}
-
-std::string Chunk(const std::string& id, const std::string& data) {
-    return id + Big32(static_cast<std::uint32_t>(data.size())) + data;
-}
 
 std::string Common(std::uint32_t frames, std::uint16_t bits = 16, char channels = 2) {
     return Chunk("COMM", std::string{'\0', channels} + Big32(frames) + Big32(bits).substr(2) +
@@ -40,22 +29,20 @@ std::string Common(std::uint32_t frames, std::uint16_t bits = 16, char channels 
 
 std::string Sound(const std::string& samples) { return Chunk("SSND", std::string(8, '\0') + samples); }
 
-std::string Form(const std::string& chunks) {
-    return "FORM" + Big32(static_cast<std::uint32_t>(chunks.size() + 4)) + "AIFF" + chunks;
-}
-
 std::string Noise(std::size_t size, unsigned seed = 1) {
     std::mt19937 random(seed);
     std::string bytes(size, '\0');
-    for (char& byte : bytes) {
+    for (char& byte : bytes)
         byte = static_cast<char>(random());
-    }
     return bytes;
 }
 
+std::span<const unsigned char> BytesOf(const std::string& text) {
+    return {reinterpret_cast<const unsigned char*>(text.data()), text.size()};
+}
+
 KVBFILECHUNKINFO Sub(const char (&id)[5], const std::string& data) {
-    return {FourCharacterCode(id), static_cast<std::uint32_t>(data.size()),
-            reinterpret_cast<const unsigned char*>(data.data())};
+    return {FourCharacterCode(id), static_cast<std::uint32_t>(data.size()), BytesOf(data).data()};
 }
 
 Result Put(const std::string& path, const std::vector<KVBFILECHUNKINFO>& first,
@@ -81,15 +68,51 @@ AiffLayout LayoutOf(const std::string& path) {
 
 std::string Ids(const std::string& path) {
     std::string ids;
-    for (const AiffChunk& chunk : LayoutOf(path).chunks) {
+    for (const AiffChunk& chunk : LayoutOf(path).chunks)
         ids += (ids.empty() ? "" : " ") + Big32(chunk.id);
-    }
     return ids;
 }
 
-TEST(UserChunk, TheFamilysFileGetsChunkSizesAndFramesByteForByte) {
+/// The samples as the widely used library reads them.
+std::vector<int> SamplesOf(const std::string& path, SF_INFO& info) {
+    info = {};
+    SNDFILE* file = sf_open(path.c_str(), SFM_READ, &info);
+    if (file == nullptr) return {};
+    std::vector<int> samples(static_cast<std::size_t>(info.frames * info.channels));
+    sf_readf_int(file, samples.data(), info.frames);
+    sf_close(file);
+    return samples;
+}
+
+class UserChunk : public testing::Test {
+  protected:
+    /// Puts one sub-chunk that must then be read back.
+    void PutKey(const std::string& data) const {
+        EXPECT_EQ(Put(path, {Sub("KEY ", data)}), Result::done) << data.size();
+        EXPECT_EQ(Payload(path), Chunk("KEY ", data)) << data.size();
+    }
+
+    /// Puts of several sizes change nothing of the sound that the sound file library reads.
+    void ExpectSoundKept() const {
+        SF_INFO before{}, after{};
+        const std::vector<int> samples = SamplesOf(path, before);
+        ASSERT_FALSE(samples.empty());
+        const std::string ids = Ids(path);
+        for (const std::size_t size : {5U, 300U, 2U, 77U}) {
+            PutKey(Noise(size));
+            EXPECT_EQ(SamplesOf(path, after), samples);
+            EXPECT_EQ(after.frames, before.frames);
+            EXPECT_EQ(after.samplerate, before.samplerate);
+            EXPECT_EQ(Ids(path), ids + " WVL4");
+        }
+    }
+
     TempFolder folder;
     const std::string path = folder / "song.aif";
+    const std::string value = "value";
+};
+
+TEST_F(UserChunk, TheFamilysFileGetsChunkSizesAndFramesByteForByte) {
     const std::string samples = Noise(400);
     // As a recorder leaves it that never filled in its sizes.
     WriteFile(path,
@@ -99,17 +122,16 @@ TEST(UserChunk, TheFamilysFileGetsChunkSizesAndFramesByteForByte) {
     KVBFILECHUNKINFO second[] = {Sub("tri ", b)};
     EXPECT_TRUE(WriteUserChunk(("file://" + path).c_str(), first, 2, second, 1));
 
-    const std::string payload = Chunk("one ", a) + Chunk("two ", "") + Chunk("tri ", b);
+    const std::string two = Chunk("one ", a) + Chunk("two ", ""), payload = two + Chunk("tri ", b);
     EXPECT_EQ(ReadFile(path), Form(Common(100) + Sound(samples) + Chunk("WVL4", payload)));
     EXPECT_EQ(Payload(path), payload);
 
     // Shorter: the rest of the old one stays where it was, outside the form. It would make a chunk that leads
     // to the end of the file, so the file gets another end.
     EXPECT_TRUE(WriteUserChunk(path.c_str(), first, 2, nullptr, 0));
-    const std::string shorter =
-        Form(Common(100) + Sound(samples) + Chunk("WVL4", Chunk("one ", a) + Chunk("two ", "")));
-    EXPECT_EQ(ReadFile(path), shorter + Chunk("tri ", b) + "\xFF\xFF");
-    EXPECT_EQ(Payload(path), Chunk("one ", a) + Chunk("two ", ""));
+    EXPECT_EQ(ReadFile(path),
+              Form(Common(100) + Sound(samples) + Chunk("WVL4", two)) + Chunk("tri ", b) + "\xFF\xFF");
+    EXPECT_EQ(Payload(path), two);
     EXPECT_EQ(Ids(path), "COMM SSND WVL4");
     EXPECT_EQ(LayoutOf(path).leftover, 15);
 
@@ -122,10 +144,8 @@ TEST(UserChunk, TheFamilysFileGetsChunkSizesAndFramesByteForByte) {
     EXPECT_FALSE(WriteUserChunk((folder / "missing.aif").c_str(), first, 1, nullptr, 0));
 }
 
-TEST(UserChunk, OddSizesAreFollowedWithAndWithoutPadByte) {
-    TempFolder folder;
-    const std::string path = folder / "song.aif";
-    const std::string samples = Noise(4000), value = "value";
+TEST_F(UserChunk, OddSizesAreFollowedWithAndWithoutPadByte) {
+    const std::string samples = Noise(4000);
     const std::string odd = Chunk("ANNO", "odd"), pad(1, '\0');
     for (const std::string& gap : {std::string(), pad}) {
         WriteFile(path, Form(Common(1000) + odd + gap + Sound(samples) + Chunk("(c) ", "x") + gap));
@@ -150,9 +170,7 @@ std::string FamilyIds(const std::string& path) {
     return ids;
 }
 
-TEST(UserChunk, ChunksBehindTheUserChunkSurviveEveryPut) {
-    TempFolder folder;
-    const std::string path = folder / "song.aif";
+TEST_F(UserChunk, ChunksBehindTheUserChunkSurviveEveryPut) {
     const std::string samples = Noise(4000), tail = Chunk("NAME", "song") + Chunk("ID3 ", "tags");
     const std::string head = Common(1000) + Sound(samples);
     const std::string old = Chunk("WVL4", Chunk("KEY ", Noise(32)));
@@ -161,16 +179,14 @@ TEST(UserChunk, ChunksBehindTheUserChunkSurviveEveryPut) {
     for (int i = 0; i < 12; ++i) {
         const std::string& data = sizes[i / 2];
         WriteFile(path, Form(head + (i % 2 == 0 ? old : oldPadded) + tail));
-        ASSERT_EQ(Put(path, {Sub("KEY ", data)}), Result::done) << data.size();
-        EXPECT_EQ(Payload(path), Chunk("KEY ", data)) << data.size();
+        PutKey(data);
         const AiffLayout layout = LayoutOf(path);
         ASSERT_NE(layout.Find(FourCharacterCode("NAME")), nullptr) << data.size();
         const std::string file = ReadFile(path);
         EXPECT_EQ(file.substr(12, head.size()), head);
         // Other programs step from even place to even place.
-        for (const AiffChunk& chunk : layout.chunks) {
+        for (const AiffChunk& chunk : layout.chunks)
             EXPECT_EQ(chunk.position % 2, 0) << data.size();
-        }
         EXPECT_NE(FamilyIds(path).find("NAME ID3 "), std::string::npos) << FamilyIds(path) << data.size();
         const auto name = static_cast<std::size_t>(layout.Find(FourCharacterCode("NAME"))->position);
         EXPECT_EQ(file.substr(name, tail.size()), tail);
@@ -180,11 +196,9 @@ TEST(UserChunk, ChunksBehindTheUserChunkSurviveEveryPut) {
     }
 }
 
-TEST(UserChunk, ChunksThatOthersAppendedBehindTheFormAreKept) {
-    TempFolder folder;
-    const std::string path = folder / "song.aif";
+TEST_F(UserChunk, ChunksThatOthersAppendedBehindTheFormAreKept) {
     const std::string head = Common(16) + Sound(Noise(64)), tags = Chunk("ID3 ", "tags!") + Chunk("XTRA", "");
-    const std::string first = Noise(100, 2), second = Noise(30, 3), key = "key";
+    const std::string first = Noise(100, 2), second = Noise(30, 3);
     const auto user = [](const std::string& data) { return Chunk("WVL4", Chunk("KEY ", data)); };
     const std::string begun[] = {
         Form(head + user(first)) + tags,                                     // behind a user chunk,
@@ -197,8 +211,7 @@ TEST(UserChunk, ChunksThatOthersAppendedBehindTheFormAreKept) {
             EXPECT_NE(Ids(path).find("ID3  XTRA"), std::string::npos) << Ids(path);
             const std::string data(size, 'd');
             for (int i = 0; i < 2; ++i) { // the second finds what the first made of it
-                ASSERT_EQ(Put(path, {Sub("KEY ", data)}), Result::done) << size;
-                EXPECT_EQ(Payload(path), Chunk("KEY ", data)) << size;
+                PutKey(data);
                 const std::string now = ReadFile(path);
                 EXPECT_EQ(now.substr(12, head.size()), head);
                 EXPECT_NE(now.find(tags), std::string::npos) << size;
@@ -210,25 +223,22 @@ TEST(UserChunk, ChunksThatOthersAppendedBehindTheFormAreKept) {
     }
     // A sub-chunk that was removed does not come back as a chunk, and what is appended then is kept too.
     WriteFile(path, Form(head));
-    ASSERT_EQ(Put(path, {Sub("KEY ", key), Sub("GONE", first)}), Result::done);
-    ASSERT_EQ(Put(path, {Sub("KEY ", key)}), Result::done);
+    ASSERT_EQ(Put(path, {Sub("KEY ", value), Sub("GONE", first)}), Result::done);
+    ASSERT_EQ(Put(path, {Sub("KEY ", value)}), Result::done);
     EXPECT_EQ(Ids(path), "COMM SSND WVL4");
     WriteFile(path, ReadFile(path) + tags);
     EXPECT_EQ(Ids(path), "COMM SSND WVL4 ID3  XTRA");
     EXPECT_EQ(LayoutOf(path).leftover, 110);
 }
 
-TEST(UserChunk, ChangesAtOnceLoseNothing) {
-    TempFolder folder;
-    const std::string path = folder / "song.aif";
+TEST_F(UserChunk, ChangesAtOnceLoseNothing) {
     WriteFile(path, Form(Common(16) + Sound(Noise(64)) + Chunk("NAME", "song")));
     constexpr std::uint32_t processes = 4, changes = 25;
     for (std::uint32_t process = 0; process < processes; ++process) {
         if (::fork() != 0) continue;
         for (std::uint32_t i = 0; i < changes; ++i) {
-            const std::string value(i, 'v');
-            const KVBFILECHUNKINFO sub{process << 8 | i, i,
-                                       reinterpret_cast<const unsigned char*>(value.data())};
+            const std::string text(i, 'v');
+            const KVBFILECHUNKINFO sub{process << 8 | i, i, BytesOf(text).data()};
             const auto add = [&](std::vector<KVBFILECHUNKINFO>& subs) { subs.push_back(sub); };
             if (ChangeUserChunk(path.c_str(), add) != Result::done) ::_exit(1);
         }
@@ -240,30 +250,25 @@ TEST(UserChunk, ChangesAtOnceLoseNothing) {
         EXPECT_EQ(status, 0);
     }
     const std::string payload = Payload(path);
-    const auto subs =
-        ParseUserChunk({reinterpret_cast<const unsigned char*>(payload.data()), payload.size()});
+    const auto subs = ParseUserChunk(BytesOf(payload));
     ASSERT_TRUE(subs.has_value());
     EXPECT_EQ(subs->size(), processes * changes);
     EXPECT_NE(Ids(path).find("NAME"), std::string::npos);
 }
 
-TEST(UserChunk, FrameCountsThatTheSoundDoesNotHaveAreComputed) {
-    TempFolder folder;
-    const std::string path = folder / "song.aif", key = "key", samples = Noise(400);
-    const std::string user = Chunk("WVL4", Chunk("KEY ", key));
+TEST_F(UserChunk, FrameCountsThatTheSoundDoesNotHaveAreComputed) {
+    const std::string samples = Noise(400), user = Chunk("WVL4", Chunk("KEY ", value));
     for (const std::uint32_t frames : {0U, 1U, 99U, 101U, 4000U}) {
         WriteFile(path, Form(Common(frames) + Sound(samples)));
-        ASSERT_EQ(Put(path, {Sub("KEY ", key)}), Result::done);
+        ASSERT_EQ(Put(path, {Sub("KEY ", value)}), Result::done);
         EXPECT_EQ(ReadFile(path), Form(Common(100) + Sound(samples) + user)) << frames;
     }
     WriteFile(path, Form(Common(100, 12) + Sound(samples))); // 12 bits take two bytes
-    ASSERT_EQ(Put(path, {Sub("KEY ", key)}), Result::done);
+    ASSERT_EQ(Put(path, {Sub("KEY ", value)}), Result::done);
     EXPECT_EQ(ReadFile(path), Form(Common(100, 12) + Sound(samples) + user));
 }
 
-TEST(UserChunk, ReadingGivesPartsAndCarriesTheId3LengthOneWay) {
-    TempFolder folder;
-    const std::string path = folder / "song.aif";
+TEST_F(UserChunk, ReadingGivesPartsAndCarriesTheId3LengthOneWay) {
     WriteFile(path, Form(Common(1) + Chunk("ID3 ", "first") + Sound("abcd") + Chunk("WVL4", "0123456789") +
                          Chunk("ID3 ", "second")));
     CAsyncFileIO2 file;
@@ -285,9 +290,7 @@ TEST(UserChunk, ReadingGivesPartsAndCarriesTheId3LengthOneWay) {
     EXPECT_STREQ(sound, "abcd");
 }
 
-TEST(UserChunk, ASoundIsRecordedReadAndGrownInPlace) {
-    TempFolder folder;
-    const std::string path = folder / "new.aif";
+TEST_F(UserChunk, ASoundIsRecordedReadAndGrownInPlace) {
     const std::string samples = Noise(1000);
     CAsyncFileIO file;
     ASSERT_EQ(file.Open(path.c_str(), CAsyncFileIO::create), 0);
@@ -303,7 +306,6 @@ TEST(UserChunk, ASoundIsRecordedReadAndGrownInPlace) {
     const std::string whole = Form(Common(250) + Sound(samples));
     EXPECT_EQ(ReadFile(path), whole);
     // With a chunk behind it the sound can be changed but not grown.
-    const std::string value = "v";
     ASSERT_EQ(Put(path, {Sub("KEY ", value)}), Result::done);
     ASSERT_EQ(file.Open(path.c_str(), CAsyncFileIO::readWrite), 0);
     EXPECT_EQ(file.Seek(2, -4), 0);
@@ -316,10 +318,8 @@ TEST(UserChunk, ASoundIsRecordedReadAndGrownInPlace) {
     EXPECT_EQ(file.Open((folder / "none.aif").c_str(), CAsyncFileIO::read), -1);
 }
 
-TEST(UserChunk, DamagedFilesAreLeftAsTheyAre) {
-    TempFolder folder;
-    const std::string path = folder / "damaged.aif";
-    const std::string value = "value", samples = Noise(64);
+TEST_F(UserChunk, DamagedFilesAreLeftAsTheyAre) {
+    const std::string samples = Noise(64);
     const struct {
         std::string bytes;
         Result result;
@@ -341,7 +341,7 @@ TEST(UserChunk, DamagedFilesAreLeftAsTheyAre) {
     KVBFILECHUNKINFO nothing{1, 5, nullptr};
     WriteFile(path, Form(Common(16) + Sound(samples)));
     EXPECT_EQ(Put(path, {nothing}), Result::tooLarge);
-    const KVBFILECHUNKINFO large{1, 0x80000000U, reinterpret_cast<const unsigned char*>(samples.data())};
+    const KVBFILECHUNKINFO large{1, 0x80000000U, BytesOf(samples).data()};
     EXPECT_EQ(Put(path, {large, large}), Result::tooLarge); // refused before a byte of it is looked at
     EXPECT_EQ(ReadFile(path), Form(Common(16) + Sound(samples)));
 
@@ -360,24 +360,19 @@ TEST(UserChunk, DamagedFilesAreLeftAsTheyAre) {
     EXPECT_EQ(Ids(path), "COMM SSND ID3  WVL4");
 }
 
-TEST(UserChunk, AnEarlyUserChunkAndAFileWithoutSoundAreHandledToo) {
-    TempFolder folder;
-    const std::string path = folder / "early.aif";
-    const std::string samples = Noise(64), value = "value", longer(100, 'l');
+TEST_F(UserChunk, AnEarlyUserChunkAndAFileWithoutSoundAreHandledToo) {
+    const std::string samples = Noise(64), longer(100, 'l');
     // A form that ends behind the user chunk, with the sound outside it, is not believed.
     const std::string inForm = Form(Common(16) + Chunk("WVL4", Chunk("KEY ", "1234")));
     WriteFile(path, inForm + Sound(samples));
     for (const std::string& data : {value, longer, std::string("1")}) {
-        ASSERT_EQ(Put(path, {Sub("KEY ", data)}), Result::done);
-        EXPECT_EQ(Payload(path), Chunk("KEY ", data));
+        PutKey(data);
         EXPECT_EQ(LayoutOf(path).soundSize, 64);
         EXPECT_NE(ReadFile(path).find(samples), std::string::npos);
     }
     WriteFile(path, Form(Common(0)));
-    for (const std::string& data : {longer, value, std::string("1"), longer}) {
-        ASSERT_EQ(Put(path, {Sub("KEY ", data)}), Result::done);
-        EXPECT_EQ(Payload(path), Chunk("KEY ", data));
-    }
+    for (const std::string& data : {longer, value, std::string("1"), longer})
+        PutKey(data);
     EXPECT_EQ(Put(path, {}), Result::done);
     EXPECT_EQ(Payload(path), "");
     const std::string cut = Form(Common(0) + Chunk("SSND", "x"));
@@ -386,10 +381,8 @@ TEST(UserChunk, AnEarlyUserChunkAndAFileWithoutSoundAreHandledToo) {
     EXPECT_EQ(ReadFile(path), cut);
 }
 
-TEST(UserChunk, EveryTruncationAndEveryWrongSizeKeepsTheSound) {
-    TempFolder folder;
-    const std::string path = folder / "cut.aif";
-    const std::string samples = Noise(64), value = "value";
+TEST_F(UserChunk, EveryTruncationAndEveryWrongSizeKeepsTheSound) {
+    const std::string samples = Noise(64);
     const std::string whole =
         Form(Common(16) + Chunk("MARK", "odd") + std::string(1, '\0') + Sound(samples) +
              Chunk("WVL4", Chunk("KEY ", value)) + std::string(1, '\0') + Chunk("ID3 ", "tags"));
@@ -406,9 +399,8 @@ TEST(UserChunk, EveryTruncationAndEveryWrongSizeKeepsTheSound) {
             EXPECT_EQ(after, bytes);
         }
     };
-    for (std::size_t size = 0; size < whole.size(); ++size) {
+    for (std::size_t size = 0; size < whole.size(); ++size)
         check(whole.substr(0, size));
-    }
     // Sizes of the form, of MARK and of the user chunk. (The sound's own size is what says where it ends.)
     for (const std::size_t field : {std::size_t{4}, std::size_t{42}, sound + samples.size() + 4}) {
         for (const std::uint32_t size :
@@ -425,20 +417,15 @@ bool Lengthen(const std::string& path, std::int64_t size) {
     return !error;
 }
 
-TEST(UserChunk, SoundsAboveFourGibibytesAreWalked) {
-    TempFolder folder;
-    const std::string path = folder / "long.aif";
+TEST_F(UserChunk, SoundsAboveFourGibibytesAreWalked) {
     constexpr std::int64_t soundSize = 5LL * 1024 * 1024 * 1024 + 4;
-    const std::string value = "value";
     WriteFile(path, "FORM" + Big32(static_cast<std::uint32_t>(soundSize + 46)) + "AIFF" +
                         Common(static_cast<std::uint32_t>(soundSize / 4)) + "SSND" +
                         Big32(static_cast<std::uint32_t>(soundSize + 8)) + std::string(8, '\0'));
     if (!Lengthen(path, 54 + soundSize)) GTEST_SKIP() << "no sparse files here";
-    ASSERT_EQ(Put(path, {Sub("KEY ", value)}), Result::done);
+    PutKey(value);
     EXPECT_EQ(std::filesystem::file_size(path), static_cast<std::uintmax_t>(54 + soundSize + 8 + 13));
-    EXPECT_EQ(Payload(path), Chunk("KEY ", value));
-    ASSERT_EQ(Put(path, {Sub("KEY ", value + value)}), Result::done); // over the old one
-    EXPECT_EQ(Payload(path), Chunk("KEY ", value + value));
+    PutKey(value + value); // over the old one
     const AiffLayout layout = LayoutOf(path);
     EXPECT_EQ(layout.soundSize, soundSize);
     EXPECT_EQ(layout.common.frames, static_cast<std::uint32_t>(soundSize / 4));
@@ -458,9 +445,8 @@ TEST(UserChunk, SoundsAboveFourGibibytesAreWalked) {
     EXPECT_EQ(Analyze64(&raw, raw.GetLength() + 5), raw.GetLength() + 5);
 }
 
-TEST(UserChunk, FrameCountsThatWrapLikeTheSizeAreSeenThrough) {
-    TempFolder folder;
-    const std::string path = folder / "long.aif", value = "value", tags = Chunk("ID3 ", "tags");
+TEST_F(UserChunk, FrameCountsThatWrapLikeTheSizeAreSeenThrough) {
+    const std::string tags = Chunk("ID3 ", "tags");
     const struct {
         std::int64_t bytes;
         std::uint16_t bits;
@@ -475,17 +461,14 @@ TEST(UserChunk, FrameCountsThatWrapLikeTheSizeAreSeenThrough) {
             if (!Lengthen(path, 54 + sound.bytes)) GTEST_SKIP() << "no sparse files here";
             std::ofstream(path, std::ios::app | std::ios::binary) << behind;
             EXPECT_EQ(LayoutOf(path).soundSize, sound.bytes);
-            ASSERT_EQ(Put(path, {Sub("KEY ", value)}), Result::done);
+            PutKey(value);
             EXPECT_EQ(std::filesystem::file_size(path), static_cast<std::uintmax_t>(length + 21));
-            EXPECT_EQ(Payload(path), Chunk("KEY ", value));
             EXPECT_EQ(Ids(path), behind.empty() ? "COMM SSND WVL4" : "COMM SSND ID3  WVL4");
         }
     }
 }
 
-TEST(UserChunk, UserChunksAboveTwoGibibytesAreNotChanged) {
-    TempFolder folder;
-    const std::string path = folder / "long.aif", value = "value";
+TEST_F(UserChunk, UserChunksAboveTwoGibibytesAreNotChanged) {
     const std::string begun = "FORM" + Big32(0x90000000U + 54) + "AIFF" + Common(1) + Sound("abcd") + "WVL4" +
                               Big32(0x90000000U) + "KEY " + Big32(0x90000000U - 8);
     WriteFile(path, begun);
@@ -500,68 +483,34 @@ TEST(UserChunk, UserChunksAboveTwoGibibytesAreNotChanged) {
     file.Close();
     // And none is made that could not be read again.
     WriteFile(path, Form(Common(1) + Sound("abcd")));
-    const KVBFILECHUNKINFO large{1, 0x7FFFFFFFU, reinterpret_cast<const unsigned char*>(value.data())};
+    const KVBFILECHUNKINFO large{1, 0x7FFFFFFFU, BytesOf(value).data()};
     EXPECT_EQ(Put(path, {large}), Result::tooLarge);
 }
 
-TEST(UserChunk, DecimalsCoverAllSixtyFourBits) {
+TEST_F(UserChunk, DecimalsCoverAllSixtyFourBits) {
     char text[21];
     EXPECT_STREQ(i64toa(text, std::numeric_limits<long long>::min()), "-9223372036854775808");
     EXPECT_STREQ(i64toa(text, std::numeric_limits<long long>::max()), "9223372036854775807");
     EXPECT_STREQ(i64toa(text, 0), "0");
 }
 
-TEST(UserChunk, SubChunksAreTakenApartOrRefusedWhole) {
+TEST_F(UserChunk, SubChunksAreTakenApartOrRefusedWhole) {
     const std::string payload = Chunk("one ", "abc") + Chunk("two ", "");
-    const auto bytes = [](const std::string& text) {
-        return std::span(reinterpret_cast<const unsigned char*>(text.data()), text.size());
-    };
-    const auto subs = ParseUserChunk(bytes(payload));
+    const auto subs = ParseUserChunk(BytesOf(payload));
     ASSERT_TRUE(subs && subs->size() == 2);
     EXPECT_EQ((*subs)[0].id, FourCharacterCode("one "));
     EXPECT_EQ((*subs)[0].size, 3U);
     EXPECT_EQ((*subs)[1].size, 0U);
     EXPECT_TRUE(ParseUserChunk({})->empty());
-    const auto padded = ParseUserChunk(bytes(payload + std::string(7, '\0')));
+    const auto padded = ParseUserChunk(BytesOf(payload + std::string(7, '\0')));
     ASSERT_TRUE(padded.has_value()) << "filled up by another program";
     EXPECT_EQ(padded->size(), subs->size());
-    EXPECT_FALSE(ParseUserChunk(bytes(payload + std::string("\0\1", 2))));
-    for (std::size_t cut : {1U, 7U, 10U, 12U, 18U}) {
-        const std::string part = payload.substr(0, cut);
-        EXPECT_FALSE(ParseUserChunk(bytes(part))) << cut;
-    }
+    EXPECT_FALSE(ParseUserChunk(BytesOf(payload + std::string("\0\1", 2))));
+    for (std::size_t cut : {1U, 7U, 10U, 12U, 18U})
+        EXPECT_FALSE(ParseUserChunk(BytesOf(payload).first(cut))) << cut;
 }
 
-/// The samples as the widely used library reads them.
-std::vector<int> SamplesOf(const std::string& path, SF_INFO& info) {
-    info = {};
-    SNDFILE* file = sf_open(path.c_str(), SFM_READ, &info);
-    if (file == nullptr) return {};
-    std::vector<int> samples(static_cast<std::size_t>(info.frames * info.channels));
-    sf_readf_int(file, samples.data(), info.frames);
-    sf_close(file);
-    return samples;
-}
-
-void ExpectSoundKept(const std::string& path) {
-    SF_INFO before{}, after{};
-    const std::vector<int> samples = SamplesOf(path, before);
-    ASSERT_FALSE(samples.empty()) << path;
-    const std::string ids = Ids(path);
-    for (const std::size_t size : {5U, 300U, 2U, 77U}) {
-        const std::string value = Noise(size);
-        ASSERT_EQ(Put(path, {Sub("KEY ", value)}), Result::done) << path;
-        EXPECT_EQ(Payload(path), Chunk("KEY ", value));
-        EXPECT_EQ(SamplesOf(path, after), samples) << path;
-        EXPECT_EQ(after.frames, before.frames);
-        EXPECT_EQ(after.samplerate, before.samplerate);
-        EXPECT_EQ(Ids(path), ids + " WVL4");
-    }
-}
-
-TEST(UserChunk, FilesOfTheSoundFileLibraryKeepTheirSound) {
-    TempFolder folder;
-    const std::string path = folder / "library.aiff";
+TEST_F(UserChunk, FilesOfTheSoundFileLibraryKeepTheirSound) {
     for (const int format : {SF_FORMAT_PCM_S8, SF_FORMAT_PCM_16, SF_FORMAT_PCM_24, SF_FORMAT_PCM_32}) {
         for (const int frames : {1001, 1002}) {
             SF_INFO info{};
@@ -580,22 +529,17 @@ TEST(UserChunk, FilesOfTheSoundFileLibraryKeepTheirSound) {
             sf_writef_int(file, reinterpret_cast<const int*>(noise.data()), frames);
             sf_set_string(file, SF_STR_COMMENT, "behind the sound");
             sf_close(file);
-            ExpectSoundKept(path);
+            ExpectSoundKept();
         }
     }
 }
 
-TEST(UserChunk, FilesOfTheSoundExchangeProgramKeepTheirSound) {
-    const auto succeeds = [](const std::string& command) {
-        return std::system(command.c_str()) == 0; // NOLINT(concurrency-mt-unsafe): the test has one thread
-    };
-    if (!succeeds("sox --version > /dev/null 2>&1")) GTEST_SKIP() << "sox is not installed";
-    TempFolder folder;
-    const std::string path = folder / "sox.aiff";
+TEST_F(UserChunk, FilesOfTheSoundExchangeProgramKeepTheirSound) {
+    if (RunCommand("sox --version").status != 0) GTEST_SKIP() << "sox is not installed";
     for (const std::string form : {"-b 8 -c 1", "-b 16 -c 2", "-b 24 -c 1"}) {
-        ASSERT_TRUE(
-            succeeds("sox -n " + form + " --comment odd " + path + " synth 1001s pinknoise 2>/dev/null"));
-        ExpectSoundKept(path);
+        const std::string command = "sox -n " + form + " --comment odd " + path + " synth 1001s pinknoise";
+        ASSERT_EQ(RunCommand(command).status, 0);
+        ExpectSoundKept();
     }
 }
 

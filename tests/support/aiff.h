@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "base/big_endian.h"
+
+#include <cstdint>
+#include <string>
+
+namespace vocafade::test {
+
+inline std::string Big32(std::uint32_t value) {
+    std::string bytes(4, '\0');
+    StoreBigEndian32(reinterpret_cast<unsigned char*>(bytes.data()), value);
+    return bytes;
+}
+
+/// An AIFF chunk, without the pad byte that an odd size asks for.
+inline std::string Chunk(const std::string& id, const std::string& data) {
+    return id + Big32(static_cast<std::uint32_t>(data.size())) + data;
+}
+
+inline std::string Form(const std::string& chunks) {
+    return "FORM" + Big32(static_cast<std::uint32_t>(chunks.size() + 4)) + "AIFF" + chunks;
+}
+
+} // namespace vocafade::test
