@@ -45,20 +45,13 @@ class Folders : public WithSettings {
         effect.getProgramNameIndexed(0, 7, text);
         return text;
     }
-
-    static std::vector<std::string> NamesIn(const fs::path& folder) {
-        std::vector<std::string> names;
-        for (const auto& entry : fs::directory_iterator(folder))
-            names.push_back(entry.path().filename().string());
-        return names;
-    }
 };
 
 TEST_F(Folders, ThatAreMissingAreMade) {
     Point(settings / "a/b/c d/é");
     EXPECT_EQ(MessagesOfASave(), 0);
     EXPECT_EQ(NameAtNextStart(), "mine");
-    EXPECT_EQ(NamesIn(settings.path() / "a/b/c d/é"), std::vector<std::string>{"VocafadeDef.fxb"});
+    EXPECT_EQ(NamesIn(settings.path() / "a/b/c d/é"), std::set<std::string>{"VocafadeDef.fxb"});
 }
 
 TEST_F(Folders, ThatCannotBeMadeGiveOneMessage) {
@@ -81,19 +74,17 @@ TEST_F(Folders, ThatCannotBeMadeGiveOneMessage) {
 }
 
 TEST_F(Folders, WithHostileNamesAreTakenByTheLetter) {
-    const std::string inside = settings.path().string();
     for (const std::string& name :
          {std::string("new\nline"), std::string("tab\tand\x01"), std::string("%2e%2e%2f"),
           std::string("$HOME`x`"), std::string("\xff\xfe no text"), std::string("-rf"),
           std::string("file:")}) {
-        const fs::path folder = settings.path() / name;
-        Point(folder);
+        Point(settings / name);
         EXPECT_EQ(MessagesOfASave(), 0) << name;
-        EXPECT_TRUE(fs::exists(folder / "VocafadeDef.fxb")) << name;
+        EXPECT_TRUE(fs::exists(settings.path() / name / "VocafadeDef.fxb")) << name;
         EXPECT_EQ(NameAtNextStart(), "mine") << name;
     }
     // Two points go up, as everywhere; they lead where the user pointed.
-    Point(inside + "/x/../y");
+    Point(settings / "x/../y");
     MessagesOfASave();
     EXPECT_EQ(NameAtNextStart(), "mine");
 }
@@ -173,7 +164,7 @@ TEST_F(Folders, CurrentOneGivesFactoryProgramsAndIsNeverWritten) {
         EXPECT_EQ(factoryValue(), builtIn);
         EXPECT_EQ(MessagesOfASave(), 0);
         EXPECT_EQ(ReadFile("VocafadeDef.fxb"), broken);
-        EXPECT_EQ(NamesIn("."), std::vector<std::string>{"VocafadeDef.fxb"});
+        EXPECT_EQ(NamesIn("."), std::set<std::string>{"VocafadeDef.fxb"});
     }
     fs::current_path(before);
 }

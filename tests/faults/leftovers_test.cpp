@@ -5,7 +5,6 @@
 #include "tests/support/recording_host.h"
 #include "tests/support/temp_folder.h"
 
-#include <set>
 #include <sys/stat.h>
 
 namespace vocafade::test {
@@ -26,12 +25,7 @@ class Leftovers : public WithSettings {
         EXPECT_EQ(messages, 0);
     }
     std::string Beside(const std::string& name) const { return settings / ("config/" + name); }
-    std::set<std::string> Names() const {
-        std::set<std::string> names;
-        for (const auto& entry : fs::directory_iterator(settings / "config"))
-            names.insert(entry.path().filename().string());
-        return names;
-    }
+    std::set<std::string> Names() const { return NamesIn(settings / "config"); }
 };
 
 TEST_F(Leftovers, OfTheDeadGoWhenTheyAreOld) {

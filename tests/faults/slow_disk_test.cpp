@@ -93,10 +93,7 @@ class SlowDisk : public WithSettings {
         EXPECT_EQ(bank.substr(0, 4), "CcnK");
         return StoredName(bank);
     }
-    std::size_t Files() const {
-        const std::filesystem::directory_iterator files(settings / "config");
-        return static_cast<std::size_t>(std::distance(begin(files), end(files)));
-    }
+    std::size_t Files() const { return NamesIn(settings / "config").size(); }
 
     AVocafade effect;
     int messages = 0;
