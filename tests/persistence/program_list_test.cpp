@@ -14,8 +14,6 @@
 namespace vocafade::test {
 namespace {
 
-using test::TempFolder;
-using test::WriteFile;
 using Outcome = ProgramListImport::Outcome;
 
 const std::string kList = std::string(kProgramListHeader) + " 1.0\r\n";
@@ -26,7 +24,7 @@ const float kHiFreq9000 = ValToNormalizeValue(kParameterHiFreq, 9000.0f);
 /// `value` hundredths (or Hz) as a file holds them.
 std::string Fixed(int value) { return std::to_string(value * 65536); }
 
-class ProgramList : public test::WithSettings {
+class ProgramList : public WithSettings {
   protected:
     void List(const std::string& text) { WriteFile(folder_ / "PROGRAM.LST", text); }
     void Program(const std::string& file, const std::string& body) {

@@ -3,6 +3,7 @@
 #include "persistence/profile.h"
 #include "persistence/profile_cache.h"
 #include "persistence/settings_store.h"
+#include "tests/support/processes.h"
 #include "tests/support/temp_folder.h"
 
 #include <algorithm>
@@ -22,11 +23,6 @@
 
 namespace vocafade::test {
 namespace {
-
-using test::ReadFile;
-using test::SetVariable;
-using test::TempFolder;
-using test::WriteFile;
 
 class Settings : public testing::Test {
   protected:
@@ -156,30 +152,17 @@ TEST_F(Settings, NumbersAndBytesComeBack) {
 
 TEST_F(Settings, AnyNameAndAnyTextIsSafe) {
     std::mt19937 random(3);
-    std::vector<std::string> texts = {"../../escape",
-                                      "/etc/passwd",
-                                      ".",
-                                      "..",
-                                      "[S]",
-                                      "a=b",
-                                      "#c",
-                                      ":",
-                                      "%41",
-                                      " ",
-                                      "line\nbreak\r",
-                                      "\xE3\x83\x9C",
-                                      std::string(300, 'n'),
-                                      std::string(301, 'n')};
+    std::vector<std::string> texts = {std::string(300, 'n'), std::string(301, 'n')};
+    for (const char* text : {"../../escape", "/etc/passwd", ".", "..", "[S]", "a=b", "#c", ":", "%41", " ",
+                             "line\nbreak\r", "\xE3\x83\x9C"})
+        texts.emplace_back(text);
     for (int i = 0; i < 20; ++i) {
-        std::string text(1 + random() % 40, '\0');
-        for (char& c : text) {
+        texts.emplace_back(1 + random() % 40, '\0');
+        for (char& c : texts.back())
             c = static_cast<char>(1 + random() % 255);
-        }
-        texts.push_back(text);
     }
-    for (const std::string& text : texts) {
+    for (const std::string& text : texts)
         WritePrivateProfileString(text.c_str(), text.c_str(), text.c_str(), text.c_str());
-    }
     for (const std::string& text : texts) {
         char back[512];
         GetPrivateProfileString(text.c_str(), text.c_str(), "default", back, sizeof back, text.c_str());
@@ -217,33 +200,33 @@ TEST_F(Settings, TheRunningProgramHasUserAndSystemSettings) {
     StoreIn(SettingsScope::userThisHost, "T", "a", "here", self);
     EXPECT_EQ(GetProfileString("T", "a", "default", text, sizeof text), 7) << "not widened";
 
-    GetSystemProfileString("S", "a", "default", text, sizeof text);
-    EXPECT_STREQ(text, "mine") << "nothing for anybody yet";
+    const auto system = [&] {
+        GetSystemProfileString("S", "a", "default", text, sizeof text);
+        return std::string(text);
+    };
+    EXPECT_EQ(system(), "mine") << "nothing for anybody yet";
     WriteSystemProfileString("S", "a", "everybody's");
-    GetSystemProfileString("S", "a", "default", text, sizeof text);
-    EXPECT_STREQ(text, "everybody's");
+    EXPECT_EQ(system(), "everybody's");
     EXPECT_EQ(Private("S", "a", "default", nullptr), "mine");
     WriteSystemProfileString("S", nullptr, nullptr);
-    GetSystemProfileString("S", "a", "default", text, sizeof text);
-    EXPECT_STREQ(text, "mine");
+    EXPECT_EQ(system(), "mine");
 
-    const auto root = [&](const char* fallback) {
-        GetSystemProfileStringRoot("root", fallback, text, sizeof text);
+    const auto root = [&] {
+        GetSystemProfileStringRoot("root", "default", text, sizeof text);
         return std::string(text);
     };
     const auto setRoot = [&](SettingsScope scope, const char* value) {
         SettingsStore(self).Change(scope, [&](SettingsDocument& d) { d.roots().Set("root", {value}); });
     };
-    EXPECT_EQ(root("default"), "default");
+    EXPECT_EQ(root(), "default");
     setRoot(SettingsScope::userAnyHost, "user");
-    EXPECT_EQ(root("default"), "user");
+    EXPECT_EQ(root(), "user");
     setRoot(SettingsScope::anyUserThisHost, "");
-    EXPECT_EQ(root("default"), "user") << "an empty value counts as none";
+    EXPECT_EQ(root(), "user") << "an empty value counts as none";
     setRoot(SettingsScope::anyUserThisHost, "system");
-    EXPECT_EQ(root("default"), "system");
-}
+    EXPECT_EQ(root(), "system");
 
-TEST_F(Settings, WithoutPermissionForEverybodyTheUserGetsTheSetting) {
+    std::filesystem::remove_all(folder_ / "system"); // where nobody may write for everybody
     WriteFile(folder_ / "system", "a file where the folder should be");
     WriteSystemProfileString("S", "a", "fallen back");
     EXPECT_EQ(Private("S", "a", "default", nullptr), "fallen back");
@@ -277,41 +260,31 @@ TEST_F(Settings, ALockFileOfAnotherUserShutsNobodyOut) {
     constexpr uid_t nobody = 65534;
     for (const mode_t mode : {0444, 0000}) {
         ASSERT_EQ(::chmod(lock.c_str(), mode), 0);
-        const pid_t user = ::fork();
-        if (user == 0) {
+        const std::string value = std::to_string(mode);
+        InProcesses(1, [&](int) {
             if (::geteuid() == 0) { // as the user whose folder it is, the lock file being root's
                 for (const auto& entry : std::filesystem::recursive_directory_iterator(folder_.path()))
                     if (entry.path() != lock && ::chown(entry.path().c_str(), nobody, nobody) != 0)
-                        ::_exit(2);
-                if (::chown(folder_.path().c_str(), nobody, nobody) != 0 || ::setuid(nobody) != 0) ::_exit(2);
+                        return false;
+                if (::chown(folder_.path().c_str(), nobody, nobody) != 0 || ::setuid(nobody) != 0)
+                    return false;
             }
-            const std::string value = std::to_string(mode);
             const auto change = [&](SettingsDocument& document) { document.Section("S").Set("a", {value}); };
-            ::_exit(SettingsStore("app").Change(SettingsScope::userAnyHost, change) ? 0 : 1);
-        }
-        int status = 1;
-        ::waitpid(user, &status, 0);
-        EXPECT_EQ(status, 0) << mode;
-        EXPECT_EQ(Private("S", "a"), std::to_string(mode));
+            return SettingsStore("app").Change(SettingsScope::userAnyHost, change);
+        });
+        EXPECT_EQ(Private("S", "a"), value);
     }
 }
 
 TEST_F(Settings, ProcessesThatWriteAtOnceLoseNothing) {
     constexpr int processes = 4, entries = 40;
-    for (int process = 0; process < processes; ++process) {
-        if (::fork() == 0) {
-            for (int i = 0; i < entries; ++i) {
-                const std::string name = std::to_string(process) + "." + std::to_string(i);
-                WritePrivateProfileString("S", name.c_str(), name.c_str(), "shared");
-            }
-            ::_exit(0);
+    InProcesses(processes, [&](int process) {
+        for (int i = 0; i < entries; ++i) {
+            const std::string name = std::to_string(process) + "." + std::to_string(i);
+            WritePrivateProfileString("S", name.c_str(), name.c_str(), "shared");
         }
-    }
-    for (int process = 0; process < processes; ++process) {
-        int status = 1;
-        ::wait(&status);
-        EXPECT_EQ(status, 0);
-    }
+        return true;
+    });
     const SettingsDocument document = *SettingsStore("shared").Read(SettingsScope::userAnyHost);
     ASSERT_NE(document.FindSection("S"), nullptr);
     EXPECT_EQ(document.FindSection("S")->Names().size(), static_cast<std::size_t>(processes * entries));
@@ -336,19 +309,17 @@ TEST_F(Settings, AProcessKilledWhileWritingLeavesOneWholeState) {
         ::kill(writer, SIGKILL);
         ::waitpid(writer, nullptr, 0);
         const SettingsDocument document = *SettingsStore("killed").Read(SettingsScope::userAnyHost);
-        const SettingsSection* section = document.FindSection("S");
-        ASSERT_NE(section, nullptr) << "what was there once is gone";
-        const SettingsValue* value = section->Find("long");
+        ASSERT_NE(document.FindSection("S"), nullptr) << "what was there once is gone";
+        const SettingsValue* value = document.FindSection("S")->Find("long");
         ASSERT_NE(value, nullptr);
         EXPECT_EQ(value->bytes, std::string(200000, value->bytes.at(0)));
     }
     // The next writer is not held up, and clears away what the killed ones began, once it is old.
-    test::MakeOld(folder_.path() / "user/vocafade/settings");
+    MakeOld(folder_.path() / "user/vocafade/settings");
     WritePrivateProfileString("S", "after", "1", "killed");
     EXPECT_EQ(Private("S", "after", "default", "killed"), "1");
-    for (const auto& entry : std::filesystem::directory_iterator(folder_.path() / "user/vocafade/settings")) {
-        EXPECT_FALSE(entry.path().filename().string().starts_with(".")) << entry.path();
-    }
+    for (const std::string& name : NamesIn(folder_ / "user/vocafade/settings"))
+        EXPECT_FALSE(name.starts_with(".")) << name;
 }
 
 TEST(ProfileCache, SectionsHoldEntriesButTheCallsAreInert) {

@@ -4,6 +4,7 @@
 #include "persistence/large_sound.h"
 #include "persistence/user_chunk.h"
 #include "tests/support/aiff.h"
+#include "tests/support/processes.h"
 #include "tests/support/run_command.h"
 #include "tests/support/temp_folder.h"
 
@@ -13,8 +14,6 @@
 #include <random>
 #include <sndfile.h>
 #include <string>
-#include <sys/wait.h>
-#include <unistd.h>
 #include <vector>
 
 namespace vocafade::test {
@@ -234,21 +233,15 @@ TEST_F(UserChunk, ChunksThatOthersAppendedBehindTheFormAreKept) {
 TEST_F(UserChunk, ChangesAtOnceLoseNothing) {
     WriteFile(path, Form(Common(16) + Sound(Noise(64)) + Chunk("NAME", "song")));
     constexpr std::uint32_t processes = 4, changes = 25;
-    for (std::uint32_t process = 0; process < processes; ++process) {
-        if (::fork() != 0) continue;
+    InProcesses(processes, [&](std::uint32_t process) {
         for (std::uint32_t i = 0; i < changes; ++i) {
             const std::string text(i, 'v');
             const KVBFILECHUNKINFO sub{process << 8 | i, i, BytesOf(text).data()};
             const auto add = [&](std::vector<KVBFILECHUNKINFO>& subs) { subs.push_back(sub); };
-            if (ChangeUserChunk(path.c_str(), add) != Result::done) ::_exit(1);
+            if (ChangeUserChunk(path.c_str(), add) != Result::done) return false;
         }
-        ::_exit(0);
-    }
-    for (std::uint32_t process = 0; process < processes; ++process) {
-        int status = 1;
-        ::wait(&status);
-        EXPECT_EQ(status, 0);
-    }
+        return true;
+    });
     const std::string payload = Payload(path);
     const auto subs = ParseUserChunk(BytesOf(payload));
     ASSERT_TRUE(subs.has_value());
