@@ -23,7 +23,7 @@ namespace fs = std::filesystem;
 
 constexpr unsigned long kCapabilityDacOverride = 1; // root's right to write where nobody may
 
-[[noreturn]] void Become(const std::vector<std::string>& arguments, const RunLimits& limits) {
+[[noreturn]] void Become(const Words& arguments, const RunLimits& limits) {
     if (limits.fileBytes >= 0) {
         const rlimit limit{static_cast<rlim_t>(limits.fileBytes), static_cast<rlim_t>(limits.fileBytes)};
         ::setrlimit(RLIMIT_FSIZE, &limit);
@@ -45,7 +45,7 @@ CommandTest::CommandTest() {
     fs::create_directories(preferences_);
 }
 
-pid_t CommandTest::Start(const std::vector<std::string>& arguments, const RunLimits& limits, int terminal) {
+pid_t CommandTest::Start(const Words& arguments, const RunLimits& limits, int terminal) {
     const std::string out = root_ / "out";
     const std::string err = root_ / "err";
     const pid_t process = ::fork();
@@ -83,7 +83,7 @@ bool CommandTest::HasTerminals() {
     return true;
 }
 
-RunResult CommandTest::Run(const std::vector<std::string>& arguments, const RunLimits& limits) {
+RunResult CommandTest::Run(const Words& arguments, const RunLimits& limits) {
     if (!limits.onTerminal) return Finish(Start(arguments, limits));
     int master = -1;
     int terminal = -1;
@@ -100,12 +100,11 @@ RunResult CommandTest::Run(const std::vector<std::string>& arguments, const RunL
     return result;
 }
 
-std::vector<std::string> CommandTest::Names(const std::string& subfolder) const {
-    std::vector<std::string> names;
-    for (const fs::directory_entry& entry : fs::directory_iterator(folder_ / subfolder))
-        names.push_back(entry.path().filename().string());
-    std::sort(names.begin(), names.end());
-    return names;
+void CommandTest::Fails(const Words& arguments, int exitCode, const std::string& reason,
+                        const RunLimits& limits) {
+    const RunResult run = Run(arguments, limits);
+    EXPECT_EQ(run.exitCode, exitCode) << testing::PrintToString(arguments) << run.err;
+    EXPECT_NE(run.err.find(reason), std::string::npos) << reason << "\n" << run.err;
 }
 
 std::string CommandTest::Write(const std::string& name, int format, const std::vector<float>& samples,

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <set>
 #include <sndfile.h>
 #include <string>
 #include <sys/types.h>
@@ -14,6 +15,7 @@
 namespace vocafade::command {
 
 inline constexpr int kWav16 = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
+using Words = std::vector<std::string>;
 
 /// How a run of the command is hemmed in.
 struct RunLimits {
@@ -45,15 +47,20 @@ class CommandTest : public ::testing::Test {
 
     /// Whether a run can be given a terminal here.
     static bool HasTerminals();
-    RunResult Run(const std::vector<std::string>& arguments, const RunLimits& limits = {});
-    pid_t Start(const std::vector<std::string>& arguments, const RunLimits& limits = {}, int terminal = -1);
+    RunResult Run(const Words& arguments, const RunLimits& limits = {});
+    pid_t Start(const Words& arguments, const RunLimits& limits = {}, int terminal = -1);
     RunResult Finish(pid_t process);
+    /// Runs the command, which is to end with `exitCode` and a message with `reason` in it.
+    void Fails(const Words& arguments, int exitCode, const std::string& reason, const RunLimits& limits = {});
 
     std::filesystem::path At(const std::string& name) const { return folder_ / name; }
     bool Exists(const std::string& name) const { return std::filesystem::exists(At(name)); }
     static std::string Content(const std::filesystem::path& path) { return test::ReadFile(path); }
-    /// The names in the folder, sorted, hidden ones too.
-    std::vector<std::string> Names(const std::string& subfolder = "") const;
+    /// The names in the folder, hidden ones too.
+    std::set<std::string> Names(const std::string& subfolder = "") const {
+        return test::NamesIn(folder_ / subfolder);
+    }
+    void Text(const std::string& name, const std::string& text) const { test::WriteFile(At(name), text); }
 
     /// Writes a song and answers its name.
     std::string Write(const std::string& name, int format, const std::vector<float>& samples,

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
 // The subcommands for older formats, user chunks, settings and formants, run as a user runs them.
-#include "base/big_endian.h"
 #include "tests/command/command_fixture.h"
+#include "tests/support/aiff.h"
 #include "tests/support/environment.h"
-#include "tests/support/temp_folder.h"
 
 #include <array>
 #include <cmath>
@@ -13,12 +12,8 @@
 namespace vocafade::command {
 namespace {
 
-using test::WriteFile;
-
-class FormatsCommand : public CommandTest {
-  protected:
-    void Text(const std::string& name, const std::string& text) { WriteFile(At(name).string(), text); }
-};
+using test::Big32;
+using FormatsCommand = CommandTest;
 
 const std::string kList = "KVB5.0 EFFECT PROGRAM LIST\r\n";
 const std::string kFile = "KVB5.0 EFFECT PRG FILE\r\n";
@@ -77,9 +72,7 @@ TEST_F(FormatsCommand, WhatCannotBeConvertedIsSaid) {
     }
     Text("not.LST", "something else\n");
     EXPECT_EQ(Run({"convert", "not.LST", "-o", "none.fxb"}).exitCode, 1);
-    const RunResult missing = Run({"convert", "missing.LST", "-o", "none.fxb"});
-    EXPECT_EQ(missing.exitCode, 1);
-    EXPECT_NE(missing.err.find("missing.LST cannot be read: No such file"), std::string::npos) << missing.err;
+    Fails({"convert", "missing.LST", "-o", "none.fxb"}, 1, "missing.LST cannot be read: No such file");
     EXPECT_EQ(Run({"convert", "not.LST"}).exitCode, 2);
     EXPECT_FALSE(Exists("none.fxb"));
 }
@@ -94,19 +87,18 @@ TEST_F(FormatsCommand, NothingIsWrittenOverWhatItIsMadeFrom) {
     const std::string plugin = VOCAFADE_PLUGIN "/Vocafade.so";
     const std::string bytes = Content(At(song));
     const auto names = Names();
-    for (const std::vector<std::string>& arguments :
-         std::vector<std::vector<std::string>>{{"formants", song, "--plot", song},
-                                               {"formants", song, "--plot", "soft"},
-                                               {"formants", song, "--plot", "hard"},
-                                               {"formants", song, "--plot", url},
-                                               {"formants", song, "--plot", "-"},
-                                               {"chunks", song, "--get", "COMM", "-o", "./" + song},
-                                               {"chunks", song, "--get", "COMM", "-o", "hard"},
-                                               {"chunks", song, "--put", "KEY=soft"},
-                                               {"convert", "P.LST", "-o", "P.LST"},
-                                               {"convert", "P.LST", "-o", "Hall.PGM"},
-                                               {"screenshot", plugin, "--plugin", plugin},
-                                               {"screenshot", plugin}}) {
+    for (const Words& arguments : std::vector<Words>{{"formants", song, "--plot", song},
+                                                     {"formants", song, "--plot", "soft"},
+                                                     {"formants", song, "--plot", "hard"},
+                                                     {"formants", song, "--plot", url},
+                                                     {"formants", song, "--plot", "-"},
+                                                     {"chunks", song, "--get", "COMM", "-o", "./" + song},
+                                                     {"chunks", song, "--get", "COMM", "-o", "hard"},
+                                                     {"chunks", song, "--put", "KEY=soft"},
+                                                     {"convert", "P.LST", "-o", "P.LST"},
+                                                     {"convert", "P.LST", "-o", "Hall.PGM"},
+                                                     {"screenshot", plugin, "--plugin", plugin},
+                                                     {"screenshot", plugin}}) {
         const RunResult run = Run(arguments);
         EXPECT_EQ(run.exitCode, 2) << arguments[0] << arguments.back() << run.err;
     }
@@ -119,32 +111,26 @@ TEST_F(FormatsCommand, NothingIsWrittenOverWhatItIsMadeFrom) {
 }
 
 TEST_F(FormatsCommand, ASongKeepsItsChunksAndTagsOverManyRenderings) {
-    const auto big32 = [](std::uint32_t size) {
-        std::string bytes(4, '\0');
-        StoreBigEndian32(reinterpret_cast<unsigned char*>(bytes.data()), size);
-        return bytes;
+    const auto chunk = [](const std::string& id, const std::string& data) {
+        return test::Chunk(id, data) + std::string(data.size() % 2, '\0');
     };
-    const auto chunk = [&](const std::string& id, const std::string& data) {
-        return id + big32(static_cast<std::uint32_t>(data.size())) + data +
-               std::string(data.size() % 2, '\0');
-    };
-    const auto parts = std::vector<std::string>{
-        chunk("NAME", "odd"), chunk("ANNO", "first"), chunk("ANNO", "other"), chunk("APPL", "m3gaProgram"),
-        chunk("COMT", std::string("\0\1\0\0\0\7\0\0\0\5later\0", 16))};
+    const Words parts = {chunk("NAME", "odd"), chunk("ANNO", "first"), chunk("ANNO", "other"),
+                         chunk("APPL", "m3gaProgram"),
+                         chunk("COMT", std::string("\0\1\0\0\0\7\0\0\0\5later\0", 16))};
     Write("a.aiff", SF_FORMAT_AIFF | SF_FORMAT_PCM_16, Noise(3000));
-    std::string form = Content(At("a.aiff")).substr(8);
+    std::string form = Content(At("a.aiff")).substr(12);
     for (const char* id : {"NAME", "AUTH", "ANNO"})
         if (const std::size_t at = form.find(id); at != std::string::npos) form.replace(at, 4, "FLLR");
     for (const std::string& part : parts)
         form += part;
-    Text("a.aiff", "FORM" + big32(static_cast<std::uint32_t>(form.size())) + form);
+    Text("a.aiff", test::Form(form));
     Text("value", std::string(77, 'v')); // an 85-byte user chunk
     ASSERT_EQ(Run({"chunks", "a.aiff", "--put", "KEY=value"}).exitCode, 0);
     const std::string names[] = {"a.aiff", "b.aiff", "c.aiff", "d.aiff"};
     for (int i = 0; i < 3; ++i) {
         ASSERT_EQ(Run({names[i], "-o", names[i + 1]}).exitCode, 0);
         const std::string bytes = Content(At(names[i + 1]));
-        EXPECT_EQ(bytes.substr(4, 4), big32(static_cast<std::uint32_t>(bytes.size() - 8)));
+        EXPECT_EQ(bytes.substr(4, 4), Big32(static_cast<std::uint32_t>(bytes.size() - 8)));
         for (const std::string& part : parts) {
             const std::size_t at = bytes.find(part);
             ASSERT_NE(at, std::string::npos) << part;
@@ -168,15 +154,14 @@ TEST_F(FormatsCommand, ASongKeepsItsChunksAndTagsOverManyRenderings) {
         const std::string dot = std::string(".") + ending;
         Write("0" + dot, format, Noise(3000), 48000);
         const std::string xml = std::string("iXML\x0D\0\0\0<X>thirteen</\0", 22);
-        std::string wav = Content(At("0" + dot));
         const bool isWav = dot == ".wav";
         if (isWav) {
-            wav += xml;
+            std::string wav = Content(At("0.wav")) + xml;
             wav[4] = static_cast<char>(wav.size() - 8);
             wav[5] = static_cast<char>((wav.size() - 8) >> 8);
             Text("0.wav", wav);
         }
-        std::vector<std::string> texts;
+        Words texts;
         for (int i = 0; i < 4; ++i) {
             const std::string name = std::to_string(i) + dot;
             texts.emplace_back();
@@ -188,7 +173,7 @@ TEST_F(FormatsCommand, ASongKeepsItsChunksAndTagsOverManyRenderings) {
                 texts.back() += std::to_string(kind) + (text != nullptr ? text : "") + "\n";
             }
             sf_close(sound);
-            EXPECT_EQ(texts[static_cast<std::size_t>(i)], texts[0]) << name;
+            EXPECT_EQ(texts.back(), texts.front()) << name;
             const std::string bytes = Content(At(name));
             const std::size_t title = bytes.find("The Title");
             EXPECT_EQ(bytes.find("The Title", title + 1), std::string::npos) << name;
@@ -233,9 +218,8 @@ TEST_F(FormatsCommand, ChunkCommandsThatMakeNoSenseChangeNothing) {
     Text("cut.aiff", Content(At(song)) + "NAME\xFF\xFF\xFF\xFF");
     for (const std::string& name : {song, compressed, wave, std::string("cut.aiff")}) {
         const std::string bytes = Content(At(name));
-        EXPECT_EQ(Run({"chunks", name, "--put", "toolong=value"}).exitCode, name == wave         ? 1
-                                                                            : name == compressed ? 1
-                                                                                                 : 2);
+        const int tooLong = name == wave || name == compressed ? 1 : 2;
+        EXPECT_EQ(Run({"chunks", name, "--put", "toolong=value"}).exitCode, tooLong);
         EXPECT_EQ(Run({"chunks", name, "--put", "KEY=missing"}).exitCode, 1);
         EXPECT_EQ(Run({"chunks", name, "--remove", "KEY"}).exitCode, 1);
         if (name != song) {
@@ -243,46 +227,31 @@ TEST_F(FormatsCommand, ChunkCommandsThatMakeNoSenseChangeNothing) {
         }
         EXPECT_EQ(Content(At(name)), bytes);
     }
-    const RunResult missing = Run({"chunks", "missing.aiff"});
-    EXPECT_EQ(missing.exitCode, 1);
-    EXPECT_NE(missing.err.find("No such file or directory"), std::string::npos) << missing.err;
+    Fails({"chunks", "missing.aiff"}, 1, "No such file or directory");
     EXPECT_EQ(Run({"chunks", song, "-o", "x"}).exitCode, 2);
     EXPECT_EQ(Run({"chunks", "cut.aiff"}).exitCode, 1);
     // More than can be taken in is not taken for nothing.
-    std::string large = Content(At(song)) + "WVL4\x90";
-    large.append(3, '\0');
-    StoreBigEndian32(reinterpret_cast<unsigned char*>(&large[4]),
-                     static_cast<std::uint32_t>(large.size() - 8 + 0x90000000U));
+    std::string large = Content(At(song)) + "WVL4" + Big32(0x90000000U);
+    large.replace(4, 4, Big32(static_cast<std::uint32_t>(large.size() - 8 + 0x90000000U)));
     Text("large.aiff", large);
     std::filesystem::resize_file(At("large.aiff"), large.size() + 0x90000000U);
-    const RunResult refused = Run({"chunks", "large.aiff", "--put", "KEY=value"});
-    EXPECT_EQ(refused.exitCode, 1);
-    EXPECT_NE(refused.err.find("nothing was written"), std::string::npos) << refused.err;
+    Fails({"chunks", "large.aiff", "--put", "KEY=value"}, 1, "nothing was written");
     EXPECT_EQ(std::filesystem::file_size(At("large.aiff")), large.size() + 0x90000000U);
 }
 
 TEST_F(FormatsCommand, UsageErrorsNameTheHelpThatHelps) {
-    for (const char* name : {"chunks", "convert", "edit", "formants", "screenshot", "settings"}) {
-        const RunResult run = Run({name, "--no-such-option"});
-        EXPECT_EQ(run.exitCode, 2);
-        EXPECT_NE(run.err.find("Try 'vocafade " + std::string(name) + " --help'."), std::string::npos)
-            << run.err;
-    }
-    EXPECT_NE(Run({"--no-such-option"}).err.find("Try 'vocafade --help'."), std::string::npos);
+    for (const std::string name : {"chunks", "convert", "edit", "formants", "screenshot", "settings"})
+        Fails({name, "--no-such-option"}, 2, "Try 'vocafade " + name + " --help'.");
+    Fails({"--no-such-option"}, 2, "Try 'vocafade --help'.");
 }
 
 TEST_F(FormatsCommand, PicturesAreWrittenInTheFormatOfTheirName) {
     const std::string song = Write("song.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, Noise(4000));
-    for (const std::vector<std::string>& arguments :
-         {std::vector<std::string>{"formants", song, "--plot"}, {"screenshot"}})
-        for (const char* name : {"picture.jpg", "picture", "picture.png.svg"}) {
-            std::vector<std::string> all = arguments;
-            all.emplace_back(name);
-            const RunResult run = Run(all);
-            EXPECT_EQ(run.exitCode, 2) << run.err;
-            EXPECT_NE(run.err.find("ends in .png"), std::string::npos) << run.err;
-            EXPECT_FALSE(Exists(name));
-        }
+    for (const char* name : {"picture.jpg", "picture", "picture.png.svg"}) {
+        Fails({"formants", song, "--plot", name}, 2, "ends in .png");
+        Fails({"screenshot", name}, 2, "ends in .png");
+        EXPECT_FALSE(Exists(name));
+    }
     EXPECT_EQ(Run({"formants", song, "--plot", "picture.PNG"}).exitCode, 0);
     EXPECT_TRUE(Exists("picture.PNG"));
 }
@@ -359,9 +328,7 @@ TEST_F(FormatsCommand, FormantsTakeAnySoundAndRefuseNonsense) {
     std::string fast = Content(At(mono)); // a rate of 2 GHz
     fast.replace(24, 4, std::string("\0\x94\x35\x77", 4));
     Text("fast.wav", fast);
-    const RunResult refused = Run({"formants", "fast.wav"});
-    EXPECT_EQ(refused.exitCode, 1);
-    EXPECT_NE(refused.err.find("2000000000 Hz"), std::string::npos) << refused.err;
+    Fails({"formants", "fast.wav"}, 1, "2000000000 Hz");
     Write("wide.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_U8, std::vector<float>(1024 * 2000), 8000, 1024);
     const RunResult wide = Run({"formants", "wide.wav"});
     EXPECT_EQ(wide.exitCode, 0) << wide.err;
@@ -373,41 +340,39 @@ TEST_F(FormatsCommand, FormantsTakeAnySoundAndRefuseNonsense) {
 }
 
 TEST_F(FormatsCommand, SettingsAreShownAndChanged) {
-    EXPECT_EQ(Run({"settings", "--app", "../host", "Window", "title", "two words"}).exitCode, 0);
-    EXPECT_EQ(Run({"settings", "--app", "../host", "Window", "title"}).out, "two words\n");
-    const std::string line = Run({"settings", "--app", "../host", "--path"}).out;
+    const auto settings = [&](Words words) {
+        words.insert(words.begin(), {"settings", "--app", "../host"});
+        return Run(words);
+    };
+    EXPECT_EQ(settings({"Window", "title", "two words"}).exitCode, 0);
+    EXPECT_EQ(settings({"Window", "title"}).out, "two words\n");
+    const std::string line = settings({"--path"}).out;
     const std::string path = line.substr(0, line.size() - 1);
     EXPECT_TRUE(path.starts_with(preferences_.string() + "/vocafade/settings/")) << path;
     EXPECT_EQ(Content(path), "[Window]\ntitle=two words\n");
     const std::string mine = "# this user's, on every machine: " + path + "\n[Window]\ntitle = two words\n";
-    EXPECT_EQ(Run({"settings", "--app", "../host"}).out, mine);
+    EXPECT_EQ(settings({}).out, mine);
     // What is everybody's is shown too; the nearest section counts.
     const std::string everybodys = At("system/vocafade/settings/" + path.substr(path.rfind('/') + 1));
     std::filesystem::create_directories(At("system/vocafade/settings"));
-    WriteFile(everybodys, "root=1\n[Window]\ntitle=theirs\n[Other]\nx=2\n");
+    test::WriteFile(everybodys, "root=1\n[Window]\ntitle=theirs\n[Other]\nx=2\n");
     test::SetVariable("XDG_CONFIG_DIRS", At("system"));
-    EXPECT_EQ(Run({"settings", "--app", "../host"}).out,
-              mine + "# everybody's, on every machine: " + everybodys +
-                  "\nroot = 1\n[Window]\ntitle = theirs\n[Other]\nx = 2\n");
-    EXPECT_EQ(Run({"settings", "--app", "../host", "Window", "title"}).out, "two words\n");
-    EXPECT_EQ(Run({"settings", "--app", "../host", "Other", "x"}).out, "2\n");
-    EXPECT_EQ(Run({"settings", "--app", "../host", "Other", "y"}).exitCode, 1);
-    EXPECT_EQ(Run({"settings", "--app", "../host", "Window", "--remove"}).exitCode, 0);
-    EXPECT_EQ(Run({"settings", "--app", "../host", "Window", "title"}).out, "theirs\n");
+    EXPECT_EQ(settings({}).out, mine + "# everybody's, on every machine: " + everybodys +
+                                    "\nroot = 1\n[Window]\ntitle = theirs\n[Other]\nx = 2\n");
+    EXPECT_EQ(settings({"Window", "title"}).out, "two words\n");
+    EXPECT_EQ(settings({"Other", "x"}).out, "2\n");
+    EXPECT_EQ(settings({"Other", "y"}).exitCode, 1);
+    EXPECT_EQ(settings({"Window", "--remove"}).exitCode, 0);
+    EXPECT_EQ(settings({"Window", "title"}).out, "theirs\n");
     test::UnsetVariable("XDG_CONFIG_DIRS");
-    EXPECT_EQ(Run({"settings", "--app", "../host", "Window"}).exitCode, 1);
+    EXPECT_EQ(settings({"Window"}).exitCode, 1);
     EXPECT_EQ(Run({"settings", "Window"}).exitCode, 2);
-    EXPECT_EQ(Run({"settings", "--app", "../host", "--path", "Window"}).exitCode, 2);
+    EXPECT_EQ(settings({"--path", "Window"}).exitCode, 2);
     // A file that cannot be read is no empty one.
     std::filesystem::remove(path);
     std::filesystem::create_directory(path);
-    for (const std::vector<std::string>& words : {std::vector<std::string>{}, {"Window", "title", "new"}}) {
-        std::vector<std::string> all{"settings", "--app", "../host"};
-        all.insert(all.end(), words.begin(), words.end());
-        const RunResult refused = Run(all);
-        EXPECT_EQ(refused.exitCode, 1);
-        EXPECT_NE(refused.err.find(": Is a directory"), std::string::npos) << refused.err;
-    }
+    Fails({"settings", "--app", "../host"}, 1, ": Is a directory");
+    Fails({"settings", "--app", "../host", "Window", "title", "new"}, 1, ": Is a directory");
 }
 
 } // namespace
