@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Settings folders as they should not be: full, closed, missing, misnamed, made of links. A save then fails
 // in words or succeeds whole; nothing else happens to the effect or its host.
-#include "effect/avocafade.h"
-#include "tests/support/recording_host.h"
+#include "tests/faults/open_effect.h"
 #include "tests/support/temp_folder.h"
 
 #include <cerrno>
@@ -26,33 +25,16 @@ class Folders : public WithSettings {
 
     /// Opens an effect, saves into a slot and reports how many messages that gave.
     static int MessagesOfASave(const char* name = "mine") {
-        AVocafade effect(SilentHost);
-        effect.open();
-        int messages = 0;
-        effect.SetMessageHook(
-            [&](std::int32_t id, const std::string&) { messages += id == 20135 ? 1 : 1000; });
+        OpenEffect effect;
         effect.setParameter(3, 0.5f);
         effect.SaveProgram(7, name);
         EXPECT_EQ(effect.getParameter(3), 0.5f) << "the edit stays, saved or not";
         EXPECT_EQ(effect.getProgram(), 7);
-        return messages;
+        return effect.messages;
     }
 
-    static std::string NameAtNextStart() {
-        AVocafade effect(SilentHost);
-        effect.open();
-        char text[64] = {};
-        effect.getProgramNameIndexed(0, 7, text);
-        return text;
-    }
+    static std::string NameAtNextStart() { return OpenEffect().NameAt(7); }
 };
-
-TEST_F(Folders, ThatAreMissingAreMade) {
-    Point(settings / "a/b/c d/é");
-    EXPECT_EQ(MessagesOfASave(), 0);
-    EXPECT_EQ(NameAtNextStart(), "mine");
-    EXPECT_EQ(NamesIn(settings.path() / "a/b/c d/é"), std::set<std::string>{"VocafadeDef.fxb"});
-}
 
 TEST_F(Folders, ThatCannotBeMadeGiveOneMessage) {
     WriteFile(settings / "file", "in the way");
@@ -73,14 +55,12 @@ TEST_F(Folders, ThatCannotBeMadeGiveOneMessage) {
     EXPECT_EQ(NameAtNextStart() == "mine", fs::exists(settings / "nowhere/deeper/VocafadeDef.fxb"));
 }
 
-TEST_F(Folders, WithHostileNamesAreTakenByTheLetter) {
-    for (const std::string& name :
-         {std::string("new\nline"), std::string("tab\tand\x01"), std::string("%2e%2e%2f"),
-          std::string("$HOME`x`"), std::string("\xff\xfe no text"), std::string("-rf"),
-          std::string("file:")}) {
+TEST_F(Folders, WithHostileNamesAreMadeAndTakenByTheLetter) {
+    for (const std::string name : {"a/b/c d/é", "new\nline", "tab\tand\x01", "%2e%2e%2f", "$HOME`x`",
+                                   "\xff\xfe no text", "-rf", "file:"}) {
         Point(settings / name);
         EXPECT_EQ(MessagesOfASave(), 0) << name;
-        EXPECT_TRUE(fs::exists(settings.path() / name / "VocafadeDef.fxb")) << name;
+        EXPECT_EQ(NamesIn(settings / name), std::set<std::string>{"VocafadeDef.fxb"}) << name;
         EXPECT_EQ(NameAtNextStart(), "mine") << name;
     }
     // Two points go up, as everywhere; they lead where the user pointed.
@@ -146,8 +126,7 @@ TEST_F(Folders, CurrentOneGivesFactoryProgramsAndIsNeverWritten) {
     fs::create_directory(settings / "work");
     fs::current_path(settings / "work");
     const auto factoryValue = [] {
-        AVocafade effect(SilentHost);
-        effect.open();
+        OpenEffect effect;
         effect.setProgram(7);
         effect.setParameter(3, 0.9f);
         effect.SetFactoryProgram();
@@ -214,8 +193,7 @@ TEST_F(Folders, OnAReadOnlyOrVanishedDiskSayItAndGoOn) {
         if (MessagesOfASave("old") != 0) return 1;
         if (::mount("none", folder.c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr) != 0) return 77;
         if (MessagesOfASave("new") != 1 || NameAtNextStart() != "old") return 2;
-        AVocafade effect(SilentHost);
-        effect.open();
+        OpenEffect effect;
         if (::umount2(folder.c_str(), MNT_DETACH) != 0) return 77; // pulled out while the effect lives
         effect.SaveProgram(7, "elsewhere");
         return NameAtNextStart() == "elsewhere" ? 0 : 3; // the folder underneath is there and can be written
@@ -229,19 +207,12 @@ TEST_F(Folders, WithoutDescriptorsLeftSayItAndGoOn) {
     rlimit before{};
     ::getrlimit(RLIMIT_NOFILE, &before);
     const rlimit none{3, before.rlim_max};
-    AVocafade effect(SilentHost);
-    effect.open();
-    int messages = 0;
-    effect.SetMessageHook([&](std::int32_t, const std::string&) { ++messages; });
+    OpenEffect effect;
     ::setrlimit(RLIMIT_NOFILE, &none);
     effect.SaveProgram(7, "new");
-    {
-        AVocafade blind(SilentHost);
-        blind.open();
-        EXPECT_EQ(blind.getProgram(), 0);
-    }
+    EXPECT_EQ(OpenEffect().getProgram(), 0);
     ::setrlimit(RLIMIT_NOFILE, &before);
-    EXPECT_EQ(messages, 1);
+    EXPECT_EQ(effect.messages, 1);
     EXPECT_EQ(NameAtNextStart(), "old");
 }
 

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Banks that were not written by this effect on this machine: the other byte order, and bytes at random.
-#include "effect/avocafade.h"
-#include "tests/support/recording_host.h"
+#include "tests/faults/open_effect.h"
 #include "tests/support/signals.h"
 #include "tests/support/temp_folder.h"
 
@@ -16,9 +15,7 @@ namespace {
 class ForeignBank : public WithSettings {
   protected:
     std::string GoodBank() {
-        AVocafade effect(SilentHost);
-        effect.open();
-        effect.SaveProgram(5, "five");
+        OpenEffect().SaveProgram(5, "five");
         return ReadFile(BankPath());
     }
 
@@ -26,8 +23,7 @@ class ForeignBank : public WithSettings {
     /// and its texts must end.
     void OpenAndPlay(const std::string& bytes) {
         WriteFile(BankPath(), bytes);
-        AVocafade effect(SilentHost);
-        effect.open();
+        OpenEffect effect;
         effect.setBlockSize(4096);
         EXPECT_GE(effect.getProgram(), 0);
         EXPECT_LT(effect.getProgram(), 64);
@@ -61,11 +57,7 @@ TEST_F(ForeignBank, OfTheOtherByteOrderIsSafe) {
             std::reverse(bytes.begin() + static_cast<std::ptrdiff_t>(record + field),
                          bytes.begin() + static_cast<std::ptrdiff_t>(record + field + 4));
     OpenAndPlay(bytes);
-    AVocafade effect(SilentHost);
-    effect.open();
-    char name[64] = {};
-    effect.getProgramNameIndexed(0, 5, name);
-    EXPECT_STREQ(name, "five") << "names have no byte order";
+    EXPECT_EQ(OpenEffect().NameAt(5), "five") << "names have no byte order";
 }
 
 TEST_F(ForeignBank, OfRandomRecordsIsSafe) {

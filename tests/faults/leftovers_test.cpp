@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What saves that were killed left behind goes with a later save; what somebody still needs does not.
 #include "base/file_replacement.h"
-#include "effect/avocafade.h"
-#include "tests/support/recording_host.h"
+#include "tests/faults/open_effect.h"
 #include "tests/support/temp_folder.h"
 
 #include <sys/stat.h>
@@ -17,12 +16,9 @@ class Leftovers : public WithSettings {
     Leftovers() { fs::create_directory(settings / "config"); }
 
     void Save() {
-        AVocafade effect(SilentHost);
-        effect.open();
-        int messages = 0;
-        effect.SetMessageHook([&](std::int32_t, const std::string&) { ++messages; });
+        OpenEffect effect;
         effect.SaveProgram(3, "saved");
-        EXPECT_EQ(messages, 0);
+        EXPECT_EQ(effect.messages, 0);
     }
     std::string Beside(const std::string& name) const { return settings / ("config/" + name); }
     std::set<std::string> Names() const { return NamesIn(settings / "config"); }

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 // A host with another C++ library than the plug-in's: strings, exceptions, threads and streams of both live
 // in one process. Ends with 0 when the plug-in works and nothing of the host's has suffered.
-#include "vst/aeffect.h"
-#include "vst/opcodes.h"
+#include "tests/support/recording_host.h"
 
 #include <cmath>
 #include <cstdio>
@@ -21,10 +20,6 @@
 namespace {
 
 using namespace vocafade;
-
-VstIntPtr Answer(AEffect*, std::int32_t opcode, std::int32_t, VstIntPtr, void*, float) {
-    return opcode == audioMasterVersion ? 2400 : 0;
-}
 
 void Expect(bool condition, const char* what) {
     if (!condition) throw std::runtime_error(what);
@@ -48,7 +43,7 @@ void UseOnce(const char* plugin) {
     Expect(object != nullptr, "it cannot be loaded");
     const auto entry = reinterpret_cast<AEffect* (*)(audioMasterCallback)>(::dlsym(object, "VSTPluginMain"));
     Expect(entry != nullptr, "it has no entry");
-    AEffect* effect = entry(Answer);
+    AEffect* effect = entry(test::SilentHost);
     Expect(effect != nullptr, "it refuses");
     const auto ask = [&](std::int32_t opcode, VstIntPtr value = 0, void* ptr = nullptr, float opt = 0.0f) {
         return effect->dispatcher(effect, opcode, 0, value, ptr, opt);

@@ -2,9 +2,8 @@
 // The bank on a disk that takes its time, or that is pulled out in the middle: sound goes on, and the bank is
 // whole. Nothing here is measured in seconds: each call for the file returns only when the audio thread has
 // got on, which it could not if anything that it needs were held meanwhile.
-#include "effect/avocafade.h"
+#include "tests/faults/open_effect.h"
 #include "tests/faults/troubled_disk.h"
-#include "tests/support/recording_host.h"
 #include "tests/support/signals.h"
 #include "tests/support/temp_folder.h"
 
@@ -69,13 +68,12 @@ class Playing {
 
 class SlowDisk : public WithSettings {
   protected:
-    SlowDisk() : effect(SilentHost) {
-        effect.open();
+    SlowDisk() {
         effect.setSampleRate(48000.0F);
         effect.setBlockSize(kBlock);
         effect.SetMessageHook([this](std::int32_t, const std::string& path) {
             EXPECT_EQ(path, BankPath());
-            ++messages;
+            ++effect.messages;
         });
         effect.SaveProgram(kSlot, "old");
     }
@@ -95,8 +93,7 @@ class SlowDisk : public WithSettings {
     }
     std::size_t Files() const { return NamesIn(settings / "config").size(); }
 
-    AVocafade effect;
-    int messages = 0;
+    OpenEffect effect;
 };
 
 TEST_F(SlowDisk, HoldsUpNoSound) {
@@ -115,7 +112,7 @@ TEST_F(SlowDisk, HoldsUpNoSound) {
     EXPECT_EQ(stuck, "") << "no block was ready before the disk answered";
     for (const char* call : {"open", "fwrite", "fflush", "fsync", "rename"})
         EXPECT_GT(calls[call], 0) << call << " was never slow";
-    EXPECT_EQ(messages, 0);
+    EXPECT_EQ(effect.messages, 0);
     EXPECT_EQ(NameInFile(), "slow");
     EXPECT_EQ(Files(), 1U);
 
@@ -168,7 +165,7 @@ TEST_F(SlowDisk, AHostKilledAtAnyCallLeavesTheOldBankOrTheNewOne) {
     EXPECT_GT(newOnes, 0);
     EXPECT_LT(newOnes, inASave);
     EXPECT_GT(most, 1U);
-    EXPECT_EQ(messages, 0);
+    EXPECT_EQ(effect.messages, 0);
 }
 
 TEST_F(SlowDisk, PulledOutAtAnyCallLeavesAWholeBank) {
@@ -177,7 +174,7 @@ TEST_F(SlowDisk, PulledOutAtAnyCallLeavesAWholeBank) {
     for (int i = 0; i < 2 * inASave; ++i) {
         const int last = i / 2;
         const bool comesBack = i % 2 == 1; // one call fails, the next ones do not
-        messages = 0;
+        effect.messages = 0;
         int calls = 0;
         {
             const TroubledDisk disk(
@@ -186,16 +183,14 @@ TEST_F(SlowDisk, PulledOutAtAnyCallLeavesAWholeBank) {
         }
         // Said to have failed exactly when the old bank is still there.
         const std::string name = NameInFile();
-        ASSERT_EQ(name, messages == 0 ? "new" : "old") << last;
-        ASSERT_LE(messages, 1) << last;
+        ASSERT_EQ(name, effect.messages == 0 ? "new" : "old") << last;
+        ASSERT_LE(effect.messages, 1) << last;
         reachedRename = reachedRename || name == "new";
-        char edited[64] = {};
-        effect.getProgramNameIndexed(0, kSlot, edited);
-        ASSERT_STREQ(edited, "new") << "in memory it stays";
-        messages = 0;
+        ASSERT_EQ(effect.NameAt(kSlot), "new") << "in memory it stays";
+        effect.messages = 0;
         MakeOld(settings.path() / "config"); // the scrap that could not be removed from a disk that was gone
         effect.SaveProgram(kSlot, "old");
-        ASSERT_EQ(messages, 0) << last;
+        ASSERT_EQ(effect.messages, 0) << last;
         ASSERT_EQ(Files(), 1U) << last;
     }
     EXPECT_TRUE(reachedRename);

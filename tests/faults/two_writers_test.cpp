@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Several hosts at once, each with the effect, save into the one bank while others open it.
-#include "effect/avocafade.h"
-#include "tests/support/recording_host.h"
+#include "tests/faults/open_effect.h"
 #include "tests/support/temp_folder.h"
 
 #include <cstring>
@@ -16,25 +15,18 @@ constexpr int kSaves = 150;
 
 /// What one process does: its saves mark all they write with its own number.
 int SaveAgainAndAgain(int writer) {
-    AVocafade effect(SilentHost);
-    effect.open();
-    int messages = 0;
-    effect.SetMessageHook([&](std::int32_t, const std::string&) { ++messages; });
+    OpenEffect effect;
     for (int i = 0; i < kSaves; ++i) {
         effect.setProgram(writer);
         effect.setParameter(4, static_cast<float>(i) / kSaves);
         effect.SaveProgram(writer,
                            ("writer " + std::to_string(writer) + " save " + std::to_string(i)).c_str());
     }
-    return messages == 0 ? 0 : 1;
+    return effect.messages == 0 ? 0 : 1;
 }
 
 TEST_F(TwoWriters, LeaveAWholeBankAndNoScraps) {
-    { // so that readers find one from the start
-        AVocafade effect(SilentHost);
-        effect.open();
-        effect.SaveProgram(60, "first");
-    }
+    OpenEffect().SaveProgram(60, "first"); // so that readers find one from the start
     int running = 0;
     for (; running < 3; ++running)
         if (::fork() == 0) ::_exit(SaveAgainAndAgain(running));

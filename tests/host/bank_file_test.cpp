@@ -75,13 +75,11 @@ TEST(BankFile, CutShortAnywhereIsRefused) {
 TEST(BankFile, HugeSizesAreRefusedBeforeAnythingIsAllocated) {
     Bytes chunk;
     chunk.Head("FBCh", 64).Text("", 128).Number(0xFFFFFFFFU).Text("abc", 3);
-    EXPECT_THROW(ParseBankFile(chunk.bytes), HostError);
-    Bytes programs;
+    Bytes programs, values;
     programs.Head("FxBk", 0xFFFFFFFFU).Text("", 128);
-    EXPECT_THROW(ParseBankFile(programs.bytes), HostError);
-    Bytes values;
     values.Head("FxCk", 0xFFFFFFFFU).Text("", 28);
-    EXPECT_THROW(ParseBankFile(values.bytes), HostError);
+    for (const Bytes& file : {chunk, programs, values})
+        EXPECT_THROW(ParseBankFile(file.bytes), HostError);
 }
 
 TEST(BankFile, ReachesTheRealPlugin) {

@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "effect/avocafade.h"
+#include "tests/support/recording_host.h"
+
+namespace vocafade::test {
+
+/// An effect as a host has it after opening, which counts the messages to its user.
+class OpenEffect : public AVocafade {
+  public:
+    OpenEffect() : AVocafade(SilentHost) {
+        open();
+        SetMessageHook([this](std::int32_t id, const std::string&) { messages += id == 20135 ? 1 : 1000; });
+    }
+    std::string NameAt(std::int32_t program) {
+        char name[64] = {};
+        getProgramNameIndexed(0, program, name);
+        return name;
+    }
+
+    int messages = 0; ///< a thousand for each that is not about saving
+};
+
+} // namespace vocafade::test
