@@ -22,18 +22,16 @@ void AskEverything(AEffect* effect) {
         effect->dispatcher(effect, effGetParamDisplay, i, 0, text.data(), 0.0f);
         fuzz::Require(std::strlen(text.data()) < text.size(), "displays end");
     }
-    for (std::int32_t i = 0; i < effect->numPrograms; ++i) {
+    for (std::int32_t i = 0; i < effect->numPrograms; ++i)
         effect->dispatcher(effect, effGetProgramNameIndexed, i, -1, text.data(), 0.0f);
-    }
     const VstIntPtr program = effect->dispatcher(effect, effGetProgram, 0, 0, nullptr, 0.0f);
     fuzz::Require(program >= 0 && program < effect->numPrograms, "the current program exists");
 }
 
 void Process(AEffect* effect) {
     std::array<float, 1024> in{}, left{}, right{};
-    for (std::size_t i = 0; i < in.size(); ++i) {
+    for (std::size_t i = 0; i < in.size(); ++i)
         in[i] = static_cast<float>(static_cast<int>(i * 37 % 64) - 32) / 64.0f;
-    }
     float* inputs[] = {in.data(), in.data()};
     float* outputs[] = {left.data(), right.data()};
     effect->processReplacing(effect, inputs, outputs, static_cast<std::int32_t>(in.size()));

@@ -49,40 +49,39 @@ void Banks() {
 }
 
 void Lists() {
+    const auto seed = [](const char* name, const std::string& bytes) {
+        Seed("program_list_fuzzer", name, bytes);
+    };
     const std::string list =
         "KVB5.0 EFFECT PROGRAM LIST\r\n3\r\nHall\r\nA much longer name than fits\nHall\n";
     const std::string file = "KVB5.0 EFFECT PRG FILE\r\n0\t26214400\t589824000\t419430400\t1\r\n";
     const std::string parted("\0\xFF", 2);
-    Seed("program_list_fuzzer", "whole", list + parted + file);
-    Seed("program_list_fuzzer", "huge",
-         "KVB5.0 EFFECT PROGRAM LIST\n2147483647\nHall" + parted + "0\t\t 1\t-5");
-    Seed("program_list_fuzzer", "long",
-         list + std::string(200, 'x') + parted + file + std::string(600, '\t'));
+    seed("whole", list + parted + file);
+    seed("huge", "KVB5.0 EFFECT PROGRAM LIST\n2147483647\nHall" + parted + "0\t\t 1\t-5");
+    seed("long", list + std::string(200, 'x') + parted + file + std::string(600, '\t'));
 }
 
 void Sounds() {
+    const auto seed = [](const char* name, const std::string& bytes) {
+        Seed("user_chunk_fuzzer", name, bytes);
+    };
     const std::string common =
         Chunk("COMM", std::string("\0\2\0\0\0\4\0\x10\x40\x0E\xAC\x44\0\0\0\0\0\0", 18));
     const std::string sound = Chunk("SSND", std::string(8, '\0') + "0123456789abcdef");
     const std::string user = Chunk("WVL4", Chunk("KEY ", "value"));
     const std::string pad(1, '\0');
-    Seed("user_chunk_fuzzer", "plain", "\x11" + Form(common + sound));
-    Seed("user_chunk_fuzzer", "user", "\x05" + Form(common + sound + user) + "stale bytes");
-    Seed("user_chunk_fuzzer", "appended",
+    seed("plain", "\x11" + Form(common + sound));
+    seed("user", "\x05" + Form(common + sound + user) + "stale bytes");
+    seed("appended",
          "\x05" + Form(common + sound + user) + "stale" + Chunk("ID3 ", "tags") + Chunk("NAME", "n"));
-    Seed("user_chunk_fuzzer", "between",
-         "\x15" + Form(common + sound + user + pad + Chunk("NAME", "n") + pad));
-    Seed("user_chunk_fuzzer", "odd",
-         "\x40" + Form(common + Chunk("ANNO", "odd") + sound + Chunk("(c) ", "x")));
-    Seed("user_chunk_fuzzer", "padded",
-         "\x41" + Form(Chunk("MARK", "odd") + pad + common + sound + Chunk("ID3 ", "tags")));
-    Seed("user_chunk_fuzzer", "unfinished",
-         "\x02"
-         "FORM" +
-             Big32(46) + "AIFF" + Chunk("COMM", std::string(18, '\0')) + "SSND" + Big32(8) +
-             std::string(40, '\1'));
-    Seed("user_chunk_fuzzer", "wrapped",
-         "\x09" + std::string(Form(common + sound)).replace(42, 4, Big32(0xFFFFFFF0U)));
+    seed("between", "\x15" + Form(common + sound + user + pad + Chunk("NAME", "n") + pad));
+    seed("odd", "\x40" + Form(common + Chunk("ANNO", "odd") + sound + Chunk("(c) ", "x")));
+    seed("padded", "\x41" + Form(Chunk("MARK", "odd") + pad + common + sound + Chunk("ID3 ", "tags")));
+    seed("unfinished", "\x02"
+                       "FORM" +
+                           Big32(46) + "AIFF" + Chunk("COMM", std::string(18, '\0')) + "SSND" + Big32(8) +
+                           std::string(40, '\1'));
+    seed("wrapped", "\x09" + std::string(Form(common + sound)).replace(42, 4, Big32(0xFFFFFFF0U)));
 }
 
 } // namespace

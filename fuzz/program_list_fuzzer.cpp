@@ -18,9 +18,8 @@ namespace {
 void CheckStreams(std::string_view text, const std::string& path) {
     std::vector<char> token(text.size() + 1);
     Myistrstream tokens(text.data(), static_cast<int>(text.size()));
-    for (std::size_t i = 0; i <= text.size() && tokens.rdstate() == 0; ++i) {
+    for (std::size_t i = 0; i <= text.size() && tokens.rdstate() == 0; ++i)
         tokens >> token.data();
-    }
     fuzz::Require(tokens.rdstate() == Myistrstream::kUsedUp, "tokens come to an end");
 
     Myifstream stream;
@@ -63,10 +62,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         fuzz::Require(::strnlen(program.name, sizeof program.name) < sizeof program.name, "names end");
         fuzz::Require(program.values[kParameterOnOff] == 1.0f, "ON/OFF is not touched");
         fuzz::Require(program.currentProgram == 0, "nothing is written behind the name");
-        for (const ParameterIndex index : {kParameterLoFreq, kParameterHiFreq}) {
+        for (const ParameterIndex index : {kParameterLoFreq, kParameterHiFreq})
             fuzz::Require(program.values[index] >= 0.0f && program.values[index] <= 1.0f,
                           "frequencies are clamped");
-        }
     }
     return 0;
 }

@@ -334,14 +334,12 @@ TEST(ProfileCache, SectionsHoldEntriesButTheCallsAreInert) {
     EXPECT_STREQ(text, "123");
     EXPECT_FALSE(section->Get("b", text, 3));
     EXPECT_EQ(ProfileElement("e", "12345", 5).Get(text, 8), 5);
-    for (int i = 0; i < 300; ++i) {
+    for (int i = 0; i < 300; ++i)
         section->Set(("n" + std::to_string(i)).c_str(), &i, sizeof i);
-    }
     EXPECT_TRUE(section->Get("n254", text, 4));
     EXPECT_FALSE(section->Get("n255", text, 4)) << "256 entries with the first one";
-    for (int i = 0; i < 20; ++i) {
+    for (int i = 0; i < 20; ++i)
         EXPECT_EQ(profile.Section(std::to_string(i).c_str()) != nullptr, i < 15);
-    }
     EXPECT_TRUE(profile.WriteProfileString("S", "x", "1"));
     EXPECT_TRUE(profile.WriteProfileBinary("S", "x", "1", 1));
     EXPECT_FALSE(section->Get("x", text, 4));
