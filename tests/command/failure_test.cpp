@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 // What a user is told, and what is left on the disk, when something is in the way.
 #include "apps/vocafade/shared/parameters.h"
+#include "effect/identity.h"
+#include "effect/program.h"
+#include "persistence/default_bank.h"
 #include "tests/command/command_fixture.h"
 #include "tests/support/run_command.h"
 #include "tests/support/wait_for.h"
@@ -16,10 +19,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::int64_t kMemoryBound = 64 << 20;
-
-/// A bank whose chunk is empty, which changes nothing.
-const std::string kEmptyBank =
-    std::string("CcnK\0\0\0\0FBCh\0\0\0\1VfdQ\0\0\0\1\0\0\0\x40", 28) + std::string(132, '\0');
 
 TEST_F(CommandTest, BadSongsAreNamedWithTheReasonAndLeaveNothing) {
     Write("mono.wav", kWav16, Noise(100), 44100, 1);
@@ -64,7 +63,7 @@ TEST_F(CommandTest, ACommandLineThatMakesNoSenseEndsInTwoAndDoesNothing) {
     fs::create_symlink("a.wav", At("link.wav"));
     fs::create_directory(At("hard"));
     fs::create_hard_link(At("a.wav"), At("hard/a.wav"));
-    Text("b.fxb", kEmptyBank);
+    ASSERT_TRUE(WriteChunkBank(At("b.fxb"), kVocafadeId, kProgramCount, {}));
     const auto before = Names();
     const auto refuses = [&](const Words& arguments, const char* reason) { Fails(arguments, 2, reason); };
     refuses({}, "no input");

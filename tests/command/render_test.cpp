@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: MIT
 // What a user hears and finds after a good run.
 #include "apps/vocafade/shared/parameters.h"
+#include "effect/identity.h"
+#include "effect/program.h"
 #include "host/effect.h"
+#include "persistence/default_bank.h"
 #include "tests/command/command_fixture.h"
 
 #include <array>
@@ -176,22 +179,18 @@ TEST_F(CommandTest, EachWayOfSettingAParameterSetsIt) {
 }
 
 /// A bank whose program 3 differs, as the plug-in itself would have it saved.
-std::string MakeBank() {
+bool MakeBank(const std::string& path) {
     host::Effect effect(VOCAFADE_PLUGIN);
     effect.setProgram(2);
     effect.setProgramName("Choir");
     effect.setParameter(kParameterLoFreq, NormalizeWholeDisplayValue(kParameterLoFreq, 1000.0f));
     effect.setParameter(kParameterPosition, NormalizeWholeDisplayValue(kParameterPosition, 80.0f));
-    const std::vector<std::byte> chunk = effect.chunk(false);
-    std::string file = "CcnK";
-    file += std::string(4, '\0') + "FBCh" + std::string("\0\0\0\1", 4) + "VfdQ" + std::string("\0\0\0\1", 4);
-    file += std::string("\0\0\0\x40", 4) + std::string(128, '\0') + std::string("\0\0\x0D\0", 4);
-    return file + std::string(reinterpret_cast<const char*>(chunk.data()), chunk.size());
+    return WriteChunkBank(path, kVocafadeId, kProgramCount, effect.chunk(false));
 }
 
 TEST_F(CommandTest, ProgramsAndBanksAreAStartingPointAndStayUntouched) {
     Write("a.wav", kWavFloat, Noise(20000));
-    Text("my.fxb", MakeBank());
+    ASSERT_TRUE(MakeBank(At("my.fxb")));
     const auto render = [&](const Words& options) {
         const RunResult run = Run(Words{"a.wav", "-o", "out.wav"} + options);
         EXPECT_EQ(run.exitCode, 0) << run.err;
