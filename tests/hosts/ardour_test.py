@@ -9,8 +9,8 @@ import unittest
 import xml.etree.ElementTree as xml
 from pathlib import Path
 
-from support import (NAMES, OUTPUT_FADER, PERIOD, RATE, RECORD, HostStuck, HostTest, end_all, has_editor, main,
-                     read_wav, song, to_normalised, write_wav)
+from support import (CURRENT, NAMES, PERIOD, PROGRAMS, RATE, HostStuck, HostTest, end_all, has_editor, main, pack,
+                     read_wav, song, to_normalised, unpack, write_wav)
 
 LIBRARY = "/usr/lib/ardour7"
 FRAMES = 4 * RATE  # of the song
@@ -22,26 +22,19 @@ PLUGIN_ENTRY = (55, 190)  # the plug-in's name in the strip of the track's mixer
 OWN_BARS = {3: (206, 90, 190), 4: (225, 150, 110), 5: (244, 170, 90)}
 OWN_BAR_WIDTH = 195
 CONFIG = """<?xml version="1.0" encoding="UTF-8"?>
-<Ardour>
- <Config>
-  <Option name="try-autostart-engine" value="1"/>
-  <Option name="hide-dummy-backend" value="0"/>
-  <Option name="discover-plugins-on-start" value="0"/>
-  <Option name="use-plugin-own-gui" value="1"/>
- </Config>
-</Ardour>
+<Ardour><Config>
+ <Option name="try-autostart-engine" value="1"/> <Option name="hide-dummy-backend" value="0"/>
+ <Option name="discover-plugins-on-start" value="0"/> <Option name="use-plugin-own-gui" value="1"/>
+</Config></Ardour>
 """
 ENGINE = f"""<?xml version="1.0" encoding="UTF-8"?>
-<instant>
- <AudioMIDISetup>
-  <EngineStates>
+<instant><AudioMIDISetup><EngineStates>
    <State backend="None (Dummy)" driver="Normal Speed" device="Silence" input-device="Silence" output-device="Silence"
     sample-rate="{RATE}" buffer-size="{PERIOD}" n-periods="0" input-latency="0" output-latency="0" lm-input="0"
     lm-output="0" input-channels="0" output-channels="0" active="1" use-buffered-io="0" midi-option="" use="1"/>
-  </EngineStates>
- </AudioMIDISetup>
-</instant>
+</EngineStates></AudioMIDISetup></instant>
 """
+CHUNK = ".//Processor[@type='lxvst']/lxvst/chunk"  # the plug-in's state in a session
 PRESET_ID = "b3ad5a86-5aa2-4f5a-9d4f-6f6d1f5b5ac1"
 # Ardour's own format "BWAV 32float Export": nothing is normalised or trimmed.
 FLOAT_FORMAT = "20b4ab09-6452-4cb3-bd66-b921cdbd2942"
@@ -50,11 +43,9 @@ PRESET = f"""<?xml version="1.0" encoding="UTF-8"?>
  <ExportFormat id="{FLOAT_FORMAT}"/>
  <ExportFilename>
   <Folder relative="true" path="/export"/>
-  <Field name="label" enabled="false"/>
-  <Field name="session" enabled="false"/>
+  <Field name="label" enabled="false"/> <Field name="session" enabled="false"/>
   <Field name="revision" enabled="false"/>
-  <Field name="time" enabled="false" value="T_None"/>
-  <Field name="date" enabled="false" value="D_None"/>
+  <Field name="time" enabled="false" value="T_None"/> <Field name="date" enabled="false" value="D_None"/>
  </ExportFilename>
 </ExportPreset>
 """
@@ -155,16 +146,12 @@ class ArdourSession(HostTest):
         self.start_up("Ardour's export", render, times=8)
 
     def chunk(self):
-        """(current program, its 64 records) as the saved session holds them."""
-        element = xml.parse(self.file).getroot().find(".//Processor[@type='lxvst']/lxvst/chunk")
-        raw = base64.b64decode(element.text)
-        self.assertEqual(len(raw), 64 * RECORD.size)
-        return [RECORD.unpack_from(raw, i * RECORD.size) for i in range(64)]
+        """The 64 programs as the saved session holds them."""
+        return unpack(base64.b64decode(xml.parse(self.file).getroot().findtext(CHUNK)))
 
     def put_chunk(self, records):
         tree = xml.parse(self.file)
-        element = tree.getroot().find(".//Processor[@type='lxvst']/lxvst/chunk")
-        element.text = base64.b64encode(b"".join(RECORD.pack(*record) for record in records)).decode()
+        tree.getroot().find(CHUNK).text = base64.b64encode(pack(records)).decode()
         tree.write(self.file)
 
     def start_window(self):
@@ -200,21 +187,19 @@ class ArdourSession(HostTest):
 
     def open_editor(self, window, opened, *modifier):
         """Opens a window of the plug-in's from the strip of the track's mixer: the panel, or with Alt the controls that
-        Ardour makes for every plug-in. What comes before the windows stand is lost. The value of `opened`."""
-        for attempt in range(6):
+        Ardour makes for every plug-in. The value of `opened`."""
+        hold, let_go = [[f"key{way}", *modifier] if modifier else [] for way in ("down", "up")]
+
+        def gesture(attempt):
             time.sleep(2)
             if attempt % 2 == 0:
                 self.xdotool("mousemove", *TRACK, "click", 1)
                 time.sleep(1)
                 self.xdotool("windowfocus", window, "key", "shift+e")  # shows the strip, or hides it
                 time.sleep(2)
-            hold, let_go = [[f"key{way}", *modifier] if modifier else [] for way in ("down", "up")]
             self.xdotool("mousemove", *PLUGIN_ENTRY, *hold, "click", "--repeat", 2, "--delay", 80, 1, *let_go)
-            try:
-                return self.wait_for("the plug-in's window", opened, timeout=8)
-            except HostStuck as reason:
-                print(f"    {reason}; again", file=sys.stderr)
-        return self.fail("Ardour does not open the plug-in's window")
+
+        return self.open_until(opened, gesture, times=6, patience=8)
 
     def save(self, process, window):
         """Has the window save its session, and ends it."""
@@ -233,11 +218,7 @@ class Ardour(ArdourSession):
         was = self.chunk()[0]
         for place, start, end in OWN_BARS.values():
             time.sleep(2)  # or it is a double click
-            self.xdotool("mousemove", start, place, "mousedown", 1)
-            for i in range(1, 11):
-                self.xdotool("mousemove", start + (end - start) * i // 10, place)
-                time.sleep(0.05)
-            self.xdotool("mouseup", 1)
+            self.slide(lambda x, y=place: (x, y), start, end)
         self.screenshot("ardour-own-controls.png")
         self.save(process, window)
         now = self.chunk()[0]
@@ -252,12 +233,7 @@ class Ardour(ArdourSession):
         path = self.lay_song()
         process, window = self.start_window()
         editor = self.open_editor(window, self.panel_window)
-        before = self.wait_for_picture(editor, OUTPUT_FADER)
-        self.screenshot("ardour-before.png")
-        self.drag(editor, OUTPUT_FADER, 40, 80)
-        self.wait_for_picture(editor, OUTPUT_FADER, other_than=before)
-        self.screenshot("ardour.png")
-
+        self.drag_output(editor, "ardour")
         was = self.chunk()[0]
         self.save(process, window)
         now = self.chunk()[0]
@@ -320,16 +296,11 @@ class Ardour(ArdourSession):
     def test_session_brings_back_all_programs(self):
         self.make_session()
         self.assertEqual({record[6].rstrip(b"\0") for record in self.chunk()}, {b"Empty"})
-        programs = [(float(n % 2), n / 64, 1 - n / 64, n / 100, 0.5 + n / 200, n / 63, f"Program {n}".encode(), 0)
-                    for n in range(64)]
-        programs[0] = (*programs[0][:7], 37)  # the current one
-        self.put_chunk(programs)
+        self.put_chunk(PROGRAMS)
         values = {int(line[1]): float(line[2]) for line in self.lua("ardour_set.lua") if line[0] == "value"}
         for parameter in range(1, 6):
-            self.assertAlmostEqual(values[parameter], programs[37][parameter], places=6)
-        back = self.chunk()
-        for n in range(64):
-            self.assertEqual(RECORD.pack(*back[n]), RECORD.pack(*programs[n]), f"program {n}")
+            self.assertAlmostEqual(values[parameter], PROGRAMS[CURRENT][parameter], places=6)
+        self.assertEqual(pack(self.chunk()), pack(PROGRAMS))
 
 
 if __name__ == "__main__":

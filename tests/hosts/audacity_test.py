@@ -6,12 +6,11 @@ import errno
 import os
 import re
 import shutil
-import sys
 import time
 import unittest
 from pathlib import Path
 
-from support import (COMMAND, OUTPUT_FADER, HostStuck, HostTest, end_all, end_group, forget_semaphores, has_editor,
+from support import (COMMAND, HostStuck, HostTest, end_all, end_group, forget_semaphores, has_editor,
                      main, panel_size, peak, peak_difference, read_wav, song, to_normalised, write_bank, write_wav)
 
 MODULE = "/usr/lib/audacity/modules/mod-script-pipe.so"
@@ -82,7 +81,11 @@ class ScriptPipe:
         os.close(self.answers)
 
 
-class Audacity(HostTest):
+class AudacityTest(HostTest):
+    """Audacity with the plug-in scanned and a song open."""
+
+    kind = "VST"
+    entry = None  # what the registry has for the plug-in's path, if not its file
     scanned = None  # the registry after the scan, with @home@ for the home folder
 
     def setUp(self):
@@ -102,42 +105,18 @@ class Audacity(HostTest):
     def configure(self, pipe):
         changed = time.strftime("%Y-%m-%dT%H:%M:%S", time.localtime(os.stat(MODULE).st_mtime))
         # Plug-ins of other kinds are left alone: there may be hundreds on a machine.
-        (self.config / "audacity.cfg").write_text(f"""NewPrefsInitialized=1
-PrefsVersion=1.1.1r1
-[Version]
-Major=3
-Minor=2
-Micro=4
-[Locale]
-Language=en
-[GUI]
-ShowSplashScreen=0
-[Update]
-DefaultUpdatesChecking=0
-UpdateNoticeShown=1
-[Directories]
-TempDir={self.temporary}
-[FileFormats/ExportFormat_SF1_Type]
-WAV_10000={FLOAT_WAV}
-[LADSPA]
-Enable=0
-[LV2]
-Enable=0
-[Vamp]
-Enable=0
-[VAMP]
-Enable=0
-[Nyquist]
-Enable=0
-[Effects]
-GroupBy=publisher
-[Module]
-mod-script-pipe={int(pipe)}
-[ModulePath]
-mod-script-pipe={MODULE}
-[ModuleDateTime]
-mod-script-pipe={changed}
-""", encoding="utf-8")
+        settings = {
+            "Version": ("Major=3", "Minor=2", "Micro=4"), "Locale": ["Language=en"], "GUI": ["ShowSplashScreen=0"],
+            "Update": ("DefaultUpdatesChecking=0", "UpdateNoticeShown=1"),
+            "Directories": [f"TempDir={self.temporary}"],
+            "FileFormats/ExportFormat_SF1_Type": [f"WAV_10000={FLOAT_WAV}"],
+            **{kind: [f"Enable={int(kind == self.kind)}"] for kind in ("LADSPA", "LV2", "Vamp", "VAMP", "Nyquist")},
+            "Effects": ["GroupBy=publisher"], "Module": [f"mod-script-pipe={int(pipe)}"],
+            "ModulePath": [f"mod-script-pipe={MODULE}"], "ModuleDateTime": [f"mod-script-pipe={changed}"]}
+        lines = ["NewPrefsInitialized=1", "PrefsVersion=1.1.1r1"]
+        for section, values in settings.items():
+            lines += [f"[{section}]", *values]
+        (self.config / "audacity.cfg").write_text("\n".join(lines) + "\n", encoding="utf-8")
 
     def remove_pipes(self):
         """The pipes have the same names for all of a user's Audacities. One that runs is waited for; what an earlier
@@ -178,7 +157,7 @@ mod-script-pipe={changed}
         """Has Audacity look for plug-ins, once for all tests. The script pipe is off meanwhile: Audacity loads each
         plug-in in a second process, which loads the modules too and takes the pipe's names away from the first."""
         file = self.config / "pluginregistry.cfg"
-        if not Audacity.scanned:
+        if not type(self).scanned:
             def start():
                 self.configure(pipe=False)
                 process = self.come_up("audacity-scan.log")
@@ -186,8 +165,8 @@ mod-script-pipe={changed}
                 end_group(process)
 
             self.start_up("Audacity's scan", start)
-            Audacity.scanned = file.read_text(encoding="utf-8").replace(str(self.home), "@home@")
-        file.write_text(Audacity.scanned.replace("@home@", str(self.home)), encoding="utf-8")
+            type(self).scanned = file.read_text(encoding="utf-8").replace(str(self.home), "@home@")
+        file.write_text(type(self).scanned.replace("@home@", str(self.home)), encoding="utf-8")
 
     def launch(self, log):
         """Starts Audacity, which has seen all plug-ins before, and connects."""
@@ -216,7 +195,7 @@ mod-script-pipe={changed}
         """What Audacity noted about the plug-in: a dictionary."""
         text = (self.config / "pluginregistry.cfg").read_text(encoding="utf-8")
         for block in text.split("\n["):
-            if f"Path={self.plugin};0\n" in block:
+            if f"Path={self.entry or self.plugin}" in block:
                 parser = configparser.ConfigParser(interpolation=None, strict=False)
                 parser.optionxform = str
                 parser.read_string("[" + block)
@@ -230,6 +209,32 @@ mod-script-pipe={changed}
         self.tell("SelectAll:")
         return path
 
+    def export(self, name):
+        path = self.work / name
+        self.tell(f"Export2: Filename={path} NumChannels=2")
+        return path
+
+    def hide_other_effects(self):
+        """Leaves Vocafade as the last entry of the menu of effects, whatever else this machine has."""
+        file = self.config / "pluginregistry.cfg"
+        blocks = file.read_text(encoding="utf-8").split("\n[")
+        for i, block in enumerate(blocks):
+            if re.search("^EffectFamily=(VST|LV2|LADSPA|Vamp)$", block, re.M) and str(self.plugin) not in block:
+                blocks[i] = re.sub("^Enabled=1$", "Enabled=0", block, flags=re.M)
+        file.write_text("\n[".join(blocks), encoding="utf-8")
+
+    def open_editor(self, window):
+        """Opens the last entry of the menu of effects."""
+        def gesture(_):
+            self.xdotool("windowfocus", window)
+            self.xdotool("key", "Escape", "key", "alt+c")
+            time.sleep(1)
+            self.xdotool("key", "Up", "key", "Return")
+
+        return self.open_until(self.panel_window, gesture)
+
+
+class Audacity(AudacityTest):
     def test_registers_the_plug_in_and_renders_as_we_do(self):
         self.scan()
         entry = self.registry()
@@ -242,32 +247,8 @@ mod-script-pipe={changed}
 
         path = self.open_song()
         self.tell("Vocafade:")
-        out = self.work / "out.wav"
-        self.tell(f"Export2: Filename={out} NumChannels=2")
+        out = self.export("out.wav")
         self.assert_same_sound(path, out, *(f"0:{n}:{value}" for n, value in enumerate(self.values)))
-
-
-    def hide_other_effects(self):
-        """Leaves Vocafade as the last entry of the menu of effects, whatever else this machine has."""
-        file = self.config / "pluginregistry.cfg"
-        blocks = file.read_text(encoding="utf-8").split("\n[")
-        for i, block in enumerate(blocks):
-            if re.search("^EffectFamily=(VST|LV2|LADSPA|Vamp)$", block, re.M) and str(self.plugin) not in block:
-                blocks[i] = re.sub("^Enabled=1$", "Enabled=0", block, flags=re.M)
-        file.write_text("\n[".join(blocks), encoding="utf-8")
-
-    def open_editor(self, window):
-        """Opens the last entry of the menu of effects. A menu that does not stand yet takes no keys: then again."""
-        for _ in range(4):
-            self.xdotool("windowfocus", window)
-            self.xdotool("key", "Escape", "key", "alt+c")
-            time.sleep(1)
-            self.xdotool("key", "Up", "key", "Return")
-            try:
-                return self.wait_for("the plug-in's window", self.panel_window, timeout=12)
-            except HostStuck as reason:
-                print(f"    {reason}; again", file=sys.stderr)
-        return self.fail("Audacity does not open the plug-in's window")
 
     @unittest.skipUnless(has_editor(), "this build's editor has no window")
     def test_drag_in_the_editor_changes_the_sound(self):
@@ -277,17 +258,11 @@ mod-script-pipe={changed}
         window = self.windows("^Audacity$")[-1]
         path = self.open_song()
         editor = self.open_editor(window)
-        before = self.wait_for_picture(editor, OUTPUT_FADER)
-        self.screenshot("audacity-before.png", editor)
-        self.drag(editor, OUTPUT_FADER, 40, 80)
-        self.wait_for_picture(editor, OUTPUT_FADER, other_than=before)
-        self.screenshot("audacity-after.png", editor)
-        self.screenshot("audacity.png")
+        self.drag_output(editor, "audacity")
         # Audacity's button above the panel's right end.
         self.xdotool("mousemove", "--window", editor, "--", panel_size()[0] - 49, -23, "click", 1)
         self.wait_for("the dialogue's end", lambda: not self.panel_window())
-        out = self.work / "out.wav"
-        self.tell(f"Export2: Filename={out} NumChannels=2")
+        out = self.export("out.wav")
 
         # The Output fader was at 0.6 and went down: all that came out is quieter by one factor.
         own = self.work / "own.wav"
@@ -306,10 +281,9 @@ mod-script-pipe={changed}
         self.launch("audacity-again.log")
         self.open_song()
         self.tell("Vocafade:")
-        again = self.work / "again.wav"
-        self.tell(f"Export2: Filename={again} NumChannels=2")
+        again = read_wav(self.export("again.wav"))
         for channel in (0, 1):
-            self.assertEqual(peak_difference(got[channel], read_wav(again)[channel]), 0.0)
+            self.assertEqual(peak_difference(got[channel], again[channel]), 0.0)
 
 
 if __name__ == "__main__":

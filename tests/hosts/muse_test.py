@@ -1,34 +1,21 @@
 # SPDX-License-Identifier: MIT
 """MusE: what its scanner says of the plug-in, and a song with it, opened, saved and opened again."""
 
-import base64
-import os
-import struct
 import sys
-import unittest
 import xml.etree.ElementTree as xml
-import zlib
-from pathlib import Path
 
-from support import CURRENT, NAMES, PROGRAMS, RATE, RECORD, HostTest, end_group, main
+from support import (CURRENT, NAMES, NO_CLOCK, NO_SEQUENCER, PROGRAMS, RATE, HostTest, end_group, main, pack_as_qt,
+                     unpack_as_qt)
 
-NO_SEQUENCER = Path(os.environ.get("VOCAFADE_NO_SEQUENCER", "build/release/tests/vocafade-no-sequencer.so")).resolve()
-NO_CLOCK = Path(os.environ.get("VOCAFADE_NO_CLOCK", "build/release/tests/vocafade-no-clock.so")).resolve()
 CONFIG = """<?xml version="1.0"?>
-<muse version="3.3">
-  <configuration>
-    <showDidYouKnow>0</showDidYouKnow>
-  </configuration>
-</muse>
+<muse version="3.3"><configuration><showDidYouKnow>0</showDidYouKnow></configuration></muse>
 """
 SONG = """<?xml version="1.0"?>
 <muse version="3.3">
   <song>
-    <len>230400</len>
-    <sampleRate>{rate}</sampleRate>
+    <len>230400</len> <sampleRate>{rate}</sampleRate>
     <wavetrack>
-      <name>Song</name>
-      <channels>2</channels>
+      <name>Song</name> <channels>2</channels>
       <plugin file="Vocafade" label="Vocafade" channel="2">
         <customData>{chunk}</customData>
 {values}
@@ -51,10 +38,8 @@ class MusE(HostTest):
         self.assertEqual({key: plugin.findtext(key) for key in expected}, expected)
 
     def write_song(self, programs, values):
-        raw = b"".join(RECORD.pack(*program) for program in programs)
-        chunk = base64.b64encode(struct.pack(">I", len(raw)) + zlib.compress(raw)).decode()
         controls = "\n".join(f'<control name="{name}" val="{value}" />' for name, value in zip(NAMES, values))
-        self.song.write_text(SONG.format(rate=RATE, chunk=chunk, values=controls), encoding="utf-8")
+        self.song.write_text(SONG.format(rate=RATE, chunk=pack_as_qt(programs), values=controls), encoding="utf-8")
 
     def open_and_save(self):
         """What MusE saves of the song: its 64 programs, and the values by their names."""
@@ -75,10 +60,8 @@ class MusE(HostTest):
         self.wait_for("the saved song", saved, process=process)
         end_group(process)
         plugin = xml.parse(self.song).getroot().find(".//plugin[@label='Vocafade']")
-        raw = zlib.decompress(base64.b64decode(plugin.findtext("customData"))[4:])
-        self.assertEqual(len(raw), 64 * RECORD.size)
-        programs = [RECORD.unpack_from(raw, number * RECORD.size) for number in range(64)]
-        return programs, {control.get("name"): float(control.get("val")) for control in plugin.findall("control")}
+        controls = {control.get("name"): float(control.get("val")) for control in plugin.findall("control")}
+        return unpack_as_qt(plugin.findtext("customData")), controls
 
     def test_song_brings_back_all_programs_and_values(self):
         settings = self.home / ".config/MusE/MusE"
@@ -86,18 +69,12 @@ class MusE(HostTest):
         (settings / "MusE-seq.cfg").write_text(CONFIG, encoding="utf-8")
         self.start_display()
         self.song = self.work / "song.med"
-        values = PROGRAMS[CURRENT][:6]
-        self.write_song(PROGRAMS, values)
+        self.write_song(PROGRAMS, PROGRAMS[CURRENT][:6])
         for turn in range(2):
             programs, saved = self.open_and_save()
             print(f"    turn {turn}: {saved}", file=sys.stderr)
             self.assertEqual(list(saved), list(NAMES))
-            for number, name in enumerate(NAMES):  # of which MusE writes six digits
-                self.assertAlmostEqual(saved[name], values[number], delta=1e-6)
-                self.assertAlmostEqual(programs[CURRENT][number], values[number], delta=1e-6)
-            programs[CURRENT] = (*values, *programs[CURRENT][6:])
-            for number, program in enumerate(PROGRAMS):
-                self.assertEqual(RECORD.pack(*programs[number]), RECORD.pack(*program), f"program {number}")
+            self.assert_programs(programs, list(saved.values()), PROGRAMS, CURRENT)
 
 
 if __name__ == "__main__":

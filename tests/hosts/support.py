@@ -3,6 +3,7 @@
 
 import array
 import atexit
+import base64
 import ctypes
 import fcntl
 import math
@@ -18,13 +19,20 @@ import sys
 import tempfile
 import time
 import unittest
+import zlib
 from pathlib import Path
 
-BUNDLE = Path(os.environ.get("VOCAFADE_BUNDLE", "build/release/Vocafade.vst")).resolve()
-COMMAND = Path(os.environ.get("VOCAFADE_COMMAND", "build/release/vocafade")).resolve()
-COMPARE = Path(os.environ.get("VOCAFADE_COMPARE", "build/release/tests/vocafade-compare-rendering")).resolve()
-# Where screenshots and logs are kept for a look.
-ARTEFACTS = Path(os.environ.get("VOCAFADE_ARTEFACTS", "build/release/hosts")).resolve()
+
+def built(variable, name):
+    return Path(os.environ.get(f"VOCAFADE_{variable}", f"build/release/{name}")).resolve()
+
+
+BUNDLE = built("BUNDLE", "Vocafade.vst")
+COMMAND = built("COMMAND", "vocafade")
+COMPARE = built("COMPARE", "tests/vocafade-compare-rendering")
+NO_SEQUENCER = built("NO_SEQUENCER", "tests/vocafade-no-sequencer.so")
+NO_CLOCK = built("NO_CLOCK", "tests/vocafade-no-clock.so")
+ARTEFACTS = built("ARTEFACTS", "hosts")  # screenshots and logs
 LATENCY = 1707  # samples
 RATE = 44100
 PERIOD = 1024  # samples of JACK's block
@@ -33,7 +41,7 @@ RECORD = struct.Struct("=6f24si")  # a program as chunks hold it
 NAMES = ("ON/OFF", "Output", "Input", "LoFreq", "HiFreq", "Position")
 # A bank in which every program differs.
 CURRENT = 37
-PROGRAMS = [(1.0, 0.2 + n / 100, 1 - n / 64, n / 640, 0.5 + n / 200, n / 63, f"Program {n}".encode(), 0)
+PROGRAMS = [(n % 2, 0.2 + n / 100, 1 - n / 64, n / 640, 0.5 + n / 200, n / 63, f"Program {n}".encode(), 0)
             for n in range(64)]
 PROGRAMS[0] = (*PROGRAMS[0][:7], CURRENT)
 
@@ -91,11 +99,30 @@ def read_wav(path, channels=2):
 
 def write_bank(path, values, name="Hosts"):
     """The user's bank, as the plug-in finds it when it is opened: 64 programs of the same normalised values."""
-    record = struct.pack("=6f24si", *values, name.encode(), 0)
-    chunk = record * 64
+    chunk = RECORD.pack(*values, name.encode(), 0) * 64
     header = struct.pack(">4si4siiii128si", b"CcnK", 152 + len(chunk), b"FBCh", 1, 0x56666451, 1, 64, bytes(128),
                          len(chunk))
     Path(path).write_bytes(header + chunk)
+
+
+def pack(programs):
+    """A bank's programs as hosts keep them."""
+    return b"".join(RECORD.pack(*program) for program in programs)
+
+
+def unpack(chunk):
+    assert len(chunk) == 64 * RECORD.size, len(chunk)
+    return list(RECORD.iter_unpack(chunk))
+
+
+def pack_as_qt(programs):
+    """As Qt compresses it and MusE and qtractor write it."""
+    raw = pack(programs)
+    return base64.b64encode(struct.pack(">I", len(raw)) + zlib.compress(raw)).decode()
+
+
+def unpack_as_qt(text):
+    return unpack(zlib.decompress(base64.b64decode(text)[4:]))
 
 
 def song(seconds=4.0, rate=RATE, seed=7):
@@ -178,7 +205,7 @@ def end_all(folders_too=True):
         end_group(process)
     if not folders_too:
         return
-    for folder in list(folders):
+    for folder in folders:
         shutil.rmtree(folder, ignore_errors=True)
 
 
@@ -262,12 +289,14 @@ class HostTest(unittest.TestCase):
         shutil.rmtree(self.work, ignore_errors=True)
         folders.discard(self.work)
 
+    def popen(self, command, settings, **streams):
+        return subprocess.Popen([str(part) for part in command], env={**self.environment, **settings},
+                                stderr=subprocess.STDOUT, start_new_session=True, preexec_fn=child_setup, **streams)
+
     def run_program(self, command, timeout=60, check=True, given=None, **settings):
         """Runs a program to its end in this test's home; its output, both streams."""
-        command = [str(part) for part in command]
-        with subprocess.Popen(command, env={**self.environment, **settings}, text=True, errors="replace",
-                              stdin=subprocess.DEVNULL if given is None else subprocess.PIPE, stdout=subprocess.PIPE,
-                              stderr=subprocess.STDOUT, start_new_session=True, preexec_fn=child_setup) as process:
+        with self.popen(command, settings, text=True, errors="replace", stdout=subprocess.PIPE,
+                        stdin=subprocess.DEVNULL if given is None else subprocess.PIPE) as process:
             groups[process.pid] = process
             try:
                 output = process.communicate(given, timeout)[0]
@@ -280,12 +309,10 @@ class HostTest(unittest.TestCase):
             self.fail(f"{command[0]} ended with {process.returncode}:\n{output[-4000:]}")
         return output
 
-    def start(self, command, log, **settings):
+    def start(self, command, log, streams=(), **settings):
         """Starts a program that stays; it is ended with the test. Its output goes to a file among the artefacts."""
         with open(ARTEFACTS / log, "w", encoding="utf-8") as output:
-            process = subprocess.Popen([str(part) for part in command], env={**self.environment, **settings},
-                                       stdout=output, stderr=subprocess.STDOUT, stdin=subprocess.DEVNULL,
-                                       start_new_session=True, preexec_fn=child_setup)
+            process = self.popen(command, settings, stdout=output, stdin=subprocess.DEVNULL, **dict(streams))
         process.log = ARTEFACTS / log
         groups[process.pid] = process
         return process
@@ -304,15 +331,11 @@ class HostTest(unittest.TestCase):
         return self.fail(f"{what} did not come up in {times} starts")
 
     def start_display(self):
-        """A virtual X server of this test's own; its programs see no other. It must not reset itself when its last
-        client leaves (here that is often xdotool): a host that connects at that moment is turned away."""
+        """A virtual X server of this test's own; its programs see no other."""
         def start():
             read, write = os.pipe()
-            with open(ARTEFACTS / "xvfb.log", "w", encoding="utf-8") as log:
-                process = subprocess.Popen(["Xvfb", "-displayfd", str(write), "-screen", "0", "1280x900x24",
-                                            "-nolisten", "tcp", "-noreset"], pass_fds=[write], stdout=log, stderr=log,
-                                           stdin=subprocess.DEVNULL, start_new_session=True, preexec_fn=child_setup)
-            groups[process.pid] = process
+            self.start(["Xvfb", "-displayfd", write, "-screen", 0, "1280x900x24", "-nolisten", "tcp", "-noreset"],
+                       "xvfb.log", streams={"pass_fds": [write]})
             os.close(write)
             with os.fdopen(read, encoding="ascii") as numbers:
                 ready, _, _ = select.select([numbers], [], [], 30)
@@ -368,14 +391,47 @@ class HostTest(unittest.TestCase):
             if (ours or stale) and left.lstat().st_uid == os.getuid():
                 left.unlink(missing_ok=True)
 
-    def drag(self, window, fader, start, end):
-        """Presses on a fader, `start` pixels below its upper end, moves in steps to `end` and lets go."""
-        x, top, _ = fader
-        self.xdotool("mousemove", "--window", window, x, top + start, "mousedown", 1)
+    def slide(self, place, start, end):
+        """Presses at `start`, moves in steps to `end` and lets go; `place` gives xdotool's words for where that is."""
+        self.xdotool("mousemove", *place(start), "mousedown", 1)
         for i in range(1, 11):
-            self.xdotool("mousemove", "--window", window, x, top + start + (end - start) * i // 10)
+            self.xdotool("mousemove", *place(start + (end - start) * i // 10))
             time.sleep(0.05)
         self.xdotool("mouseup", 1)
+
+    def drag(self, window, fader, start, end):
+        """Drags a fader, from `start` to `end` pixels below its upper end."""
+        x, top, _ = fader
+        self.slide(lambda y: ("--window", window, x, top + y), start, end)
+
+    def drag_output(self, editor, name, start=40, end=80, before=None):
+        """Drags the Output fader and waits until it is drawn elsewhere; keeps screenshots of both."""
+        before = before or self.wait_for_picture(editor, OUTPUT_FADER)
+        self.screenshot(f"{name}-before.png")
+        self.drag(editor, OUTPUT_FADER, start, end)
+        self.wait_for_picture(editor, OUTPUT_FADER, other_than=before)
+        self.screenshot(f"{name}.png")
+
+    def open_until(self, opened, gesture, times=4, patience=12):
+        """Does what opens the plug-in's window until it is there. What comes before the host's own windows stand is
+        lost. The value of `opened`."""
+        for attempt in range(times):
+            gesture(attempt)
+            try:
+                return self.wait_for("the plug-in's window", opened, timeout=patience)
+            except HostStuck as reason:
+                print(f"    {reason}; again", file=sys.stderr)
+        return self.fail("the host does not open the plug-in's window")
+
+    def assert_programs(self, programs, values, expected, current):
+        """All 64 programs are the expected ones. Of the current one hosts that write values as text set the values
+        again, with six digits; `values` are what they wrote."""
+        for number in range(6):
+            self.assertAlmostEqual(values[number], expected[current][number], delta=1e-6)
+            self.assertAlmostEqual(programs[current][number], expected[current][number], delta=1e-6)
+        programs[current] = (*expected[current][:6], *programs[current][6:])
+        for number, program in enumerate(expected):
+            self.assertEqual(RECORD.pack(*programs[number]), RECORD.pack(*program), f"program {number}")
 
     def screenshot(self, name, window="root"):
         """Kept among the artefacts."""
