@@ -1,30 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "dsp/fft.h"
-#include "tests/support/signals.h"
+#include "tests/dsp/plain_model.h"
 
 #include <algorithm>
-#include <complex>
 #include <gtest/gtest.h>
 #include <limits>
 
 namespace vocafade::test {
 namespace {
-
-using Complex = std::complex<double>;
-
-/// The transform by its definition, in double precision.
-std::vector<Complex> PlainTransform(const std::vector<Complex>& x, double sign) {
-    const std::size_t n = x.size();
-    std::vector<Complex> result(n);
-    for (std::size_t k = 0; k < n; ++k) {
-        for (std::size_t j = 0; j < n; ++j) {
-            const double turn =
-                sign * 2.0 * std::numbers::pi * static_cast<double>(j * k % n) / static_cast<double>(n);
-            result[k] += x[j] * std::polar(1.0, turn);
-        }
-    }
-    return result;
-}
 
 std::vector<Complex> ToComplex(const Samples& interleaved) {
     std::vector<Complex> values;
@@ -43,9 +26,9 @@ double LargestError(const std::vector<Complex>& a, const std::vector<Complex>& b
 }
 
 TEST(Fft, MatchesTheDefinitionBothWaysAtEveryLength) {
-    CFFT forward;
+    CFFT forward; // each made for one length after the other, falling here, rising in the next test
     CFFT inverse;
-    for (int n = 2; n <= 2048; n *= 2) {
+    for (int n = 2048; n >= 2; n /= 2) {
         forward.Init(n, true, true);
         inverse.Init(n, true, false);
         const auto size = static_cast<std::size_t>(n);
@@ -62,36 +45,11 @@ TEST(Fft, MatchesTheDefinitionBothWaysAtEveryLength) {
     }
 }
 
-TEST(Fft, GivesExactSpectraOfAnImpulseAndOfOneBin) {
-    constexpr int n = 256;
-    CFFT fft;
-    fft.Init(n, true, true);
-    Samples impulse(2 * n);
-    impulse[0] = 1.0f;
-    fft.ComplexFFT(impulse.data());
-    for (int k = 0; k < n; ++k) {
-        EXPECT_EQ(impulse[static_cast<std::size_t>(2 * k)], 1.0f);
-        EXPECT_EQ(impulse[static_cast<std::size_t>(2 * k + 1)], 0.0f);
-    }
-
-    constexpr std::size_t bin = 37;
-    Samples wave(2 * n);
-    for (std::size_t j = 0; j < n; ++j) {
-        const double turn = 2.0 * std::numbers::pi * static_cast<double>(bin * j % n) / n;
-        wave[2 * j] = static_cast<float>(std::cos(turn));
-        wave[2 * j + 1] = static_cast<float>(std::sin(turn));
-    }
-    fft.ComplexFFT(wave.data());
-    std::vector<Complex> expected(n);
-    expected[bin] = n;
-    EXPECT_LT(LargestError(ToComplex(wave), expected), 1e-4);
-}
-
 TEST(Fft, PacksARealTransformWithThePositiveSine) {
+    CFFT fft;
     for (int n = 4; n <= 1024; n *= 4) {
         const auto size = static_cast<std::size_t>(n);
         for (const bool forward : {true, false}) {
-            CFFT fft;
             fft.Init(n, false, forward);
             const Samples input = Noise(size, 5);
             Samples data = input;
@@ -106,20 +64,6 @@ TEST(Fft, PacksARealTransformWithThePositiveSine) {
             }
         }
     }
-}
-
-TEST(Fft, WorksAtANewLengthAfterASecondInit) {
-    CFFT fft;
-    fft.Init(512, true, true);
-    fft.Init(64, true, false);
-    const Samples input = Noise(128, 3);
-    Samples data = input;
-    fft.ComplexFFT(data.data());
-    std::vector<Complex> expected = PlainTransform(ToComplex(input), 1.0);
-    for (Complex& value : expected) {
-        value /= 64.0;
-    }
-    EXPECT_LT(LargestError(ToComplex(data), expected), 1e-6);
 }
 
 TEST(Fft, ServesBothKindsWhicheverItWasMadeFor) {
@@ -139,9 +83,8 @@ TEST(Fft, ServesBothKindsWhicheverItWasMadeFor) {
     };
     const Samples expected = results(true, true);
     EXPECT_NEAR(expected[2], PlainTransform({real.begin(), real.end()}, 1.0)[1].real(), 2e-5);
-    EXPECT_EQ(results(true, false), expected);
-    EXPECT_EQ(results(false, true), expected);
-    EXPECT_EQ(results(false, false), expected);
+    for (const auto& [kind, realFirst] : {std::pair{true, false}, {false, true}, {false, false}})
+        EXPECT_EQ(results(kind, realFirst), expected);
 }
 
 TEST(Fft, LeavesTheDataAloneWithoutAPowerOfTwo) {

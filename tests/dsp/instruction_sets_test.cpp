@@ -15,6 +15,7 @@
 #include <gtest/gtest.h>
 #include <memory>
 #include <random>
+#include <tuple>
 
 namespace vocafade::test {
 namespace {
@@ -39,42 +40,23 @@ class EverythingSong {
             const double t = static_cast<double>(at_) / 44100.0;
             const float tone = static_cast<float>(0.3 * std::sin(900.0 * t + 300.0 * std::sin(0.7 * t)));
             const float side = static_cast<float>(0.2 * std::sin(2765.0 * t));
-            switch (second % 9) {
-            case 0:
-                Set(left[i], right[i], Random(), Random());
-                break;
-            case 1:
-                Set(left[i], right[i], tone + side, tone - side);
-                break;
-            case 2:
-                Set(left[i], right[i], tone + 0.01f * Random(), tone);
-                break;
-            case 3:
-                Set(left[i], right[i], at_ % 11025 == 0 ? 1.0f : 0.0f, at_ % 7000 == 0 ? -1.0f : -0.0f);
-                break;
-            case 4:
-                Set(left[i], right[i], 0.0f, 0.0f);
-                break;
-            case 5:
-                Set(left[i], right[i], Random() + tone, 0.0f);
-                break;
-            case 6:
-                Set(left[i], right[i], 1e-37f * Random(), 1e-20f * tone);
-                break;
-            case 7:
-                Set(left[i], right[i], 1e14f * Random(), 1e4f * side);
-                break;
-            default:
-                Set(left[i], right[i], at_ % 5000 == 0 ? NAN : tone, at_ % 9000 == 0 ? INFINITY : side);
-            }
+            const float noise = Random();
+            const std::pair<float, float> kinds[] = {
+                {noise, Random()},
+                {tone + side, tone - side},
+                {tone + 0.01f * noise, tone},
+                {at_ % 11025 == 0 ? 1.0f : 0.0f, at_ % 7000 == 0 ? -1.0f : -0.0f},
+                {0.0f, 0.0f},
+                {noise + tone, 0.0f},
+                {1e-37f * noise, 1e-20f * tone},
+                {1e14f * noise, 1e4f * side},
+                {at_ % 5000 == 0 ? NAN : tone, at_ % 9000 == 0 ? INFINITY : side},
+            };
+            std::tie(left[i], right[i]) = kinds[second % 9];
         }
     }
 
   private:
-    static void Set(float& left, float& right, float l, float r) {
-        left = l;
-        right = r;
-    }
     float Random() { return static_cast<float>(static_cast<int>(random_())) * 0x1p-32f; }
 
     std::mt19937 random_{4711};
@@ -124,9 +106,8 @@ void ExpectSameBits(int seconds) {
         const Running& reference = *running.front();
         sounded = sounded || reference.left[count - 1] != 0.0f;
         for (const auto& r : running) {
-            ASSERT_TRUE(SameBits(r->left.data(), reference.left.data(), count))
-                << r->name << " at sample " << done;
-            ASSERT_TRUE(SameBits(r->right.data(), reference.right.data(), count))
+            ASSERT_TRUE(SameBits(r->left.data(), reference.left.data(), count) &&
+                        SameBits(r->right.data(), reference.right.data(), count))
                 << r->name << " at sample " << done;
         }
         done += count;

@@ -2,39 +2,15 @@
 #include "tests/dsp/plain_model.h"
 
 #include <algorithm>
-#include <complex>
 
 namespace vocafade::test {
 namespace {
 
-using Complex = std::complex<double>;
 constexpr int kFrame = 2048;
 constexpr int kOverlap = 6;
 constexpr int kModelHop = kFrame / kOverlap;
 constexpr int kBins = kFrame / 2;
 constexpr double kTurn = 2.0 * std::numbers::pi;
-
-/// Recursive decimation in time.
-std::vector<Complex> Transform(const std::vector<Complex>& x, double sign) {
-    const std::size_t n = x.size();
-    if (n == 1) return x;
-    std::vector<Complex> even;
-    std::vector<Complex> odd;
-    for (std::size_t i = 0; i < n; i += 2) {
-        even.push_back(x[i]);
-        odd.push_back(x[i + 1]);
-    }
-    even = Transform(even, sign);
-    odd = Transform(odd, sign);
-    std::vector<Complex> result(n);
-    for (std::size_t k = 0; k < n / 2; ++k) {
-        const Complex t =
-            std::polar(1.0, sign * kTurn * static_cast<double>(k) / static_cast<double>(n)) * odd[k];
-        result[k] = even[k] + t;
-        result[k + n / 2] = even[k] - t;
-    }
-    return result;
-}
 
 double Window(int i) { return 0.5 - 0.5 * std::cos(kTurn * i / kFrame); }
 
@@ -51,7 +27,7 @@ struct Voice {
             frame[static_cast<std::size_t>(i)] =
                 at >= 0 ? signal[static_cast<std::size_t>(at)] * Window(i) : 0.0;
         }
-        const std::vector<Complex> spectrum = Transform(frame, -1.0);
+        const std::vector<Complex> spectrum = PlainTransform(frame, -1.0);
         for (std::size_t k = 0; k < kBins; ++k) {
             magnitude[k] = std::abs(spectrum[k]);
             const double angle = std::arg(spectrum[k]);
@@ -70,7 +46,7 @@ struct Voice {
             phaseSum[k] += std::remainder(phase[k] - phaseSum[k], kTurn) / 16.0;
             spectrum[k] = magnitude[k] * std::polar(1.0, phaseSum[k]);
         }
-        const std::vector<Complex> frame = Transform(spectrum, 1.0);
+        const std::vector<Complex> frame = PlainTransform(spectrum, 1.0);
         // The first hop of each frame comes too late to be heard; the rest is delayed by the latency.
         for (int i = kModelHop; i < kFrame; ++i) {
             const int at = start + i + kFrame - kModelHop;
@@ -82,6 +58,28 @@ struct Voice {
 };
 
 } // namespace
+
+// Recursive decimation in time.
+std::vector<Complex> PlainTransform(const std::vector<Complex>& x, double sign) {
+    const std::size_t n = x.size();
+    if (n == 1) return x;
+    std::vector<Complex> even;
+    std::vector<Complex> odd;
+    for (std::size_t i = 0; i < n; i += 2) {
+        even.push_back(x[i]);
+        odd.push_back(x[i + 1]);
+    }
+    even = PlainTransform(even, sign);
+    odd = PlainTransform(odd, sign);
+    std::vector<Complex> result(n);
+    for (std::size_t k = 0; k < n / 2; ++k) {
+        const Complex t =
+            std::polar(1.0, sign * kTurn * static_cast<double>(k) / static_cast<double>(n)) * odd[k];
+        result[k] = even[k] + t;
+        result[k + n / 2] = even[k] - t;
+    }
+    return result;
+}
 
 StereoSamples PlainModel(const StereoSamples& input, const ModelSettings& settings) {
     const int count = static_cast<int>(input.left.size());

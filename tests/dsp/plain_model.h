@@ -3,12 +3,19 @@
 
 #include "tests/support/signals.h"
 
+#include <complex>
+
 namespace vocafade::test {
 
 struct StereoSamples {
     Samples left;
     Samples right;
 };
+
+using Complex = std::complex<double>;
+
+/// The sum of x[j] e^(sign 2 pi i j k / n) for each k, in double precision; n is a power of two.
+std::vector<Complex> PlainTransform(const std::vector<Complex>& x, double sign);
 
 /// What the model needs to know of the engine's settings.
 struct ModelSettings {
