@@ -2,11 +2,10 @@
 #include "apps/demo/before_after.h"
 #include "apps/demo/spectrogram.h"
 #include "apps/demo/stereo_file.h"
+#include "tests/support/signals.h"
 #include "tests/support/temp_folder.h"
 
-#include <cmath>
 #include <gtest/gtest.h>
-#include <numbers>
 
 namespace vocafade::test {
 namespace {
@@ -16,11 +15,9 @@ constexpr int kToneRate = 44100;
 /// One second of silence, then one second of a full-scale tone of 1 kHz.
 StereoSound SilenceThenTone() {
     StereoSound sound(2 * kToneRate);
-    for (std::size_t i = kToneRate; i < sound.size(); ++i) {
-        const auto sample = static_cast<float>(
-            std::sin(2.0 * std::numbers::pi * 1000.0 * static_cast<double>(i) / kToneRate));
-        sound[i] = {sample, sample};
-    }
+    const Samples tone = Sine(kToneRate, 1000.0, kToneRate, 1.0f);
+    for (std::size_t i = 0; i < tone.size(); ++i)
+        sound[kToneRate + i] = {tone[i], tone[i]};
     return sound;
 }
 

@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "apps/demo/measure.h"
 #include "apps/demo/stereo_file.h"
+#include "tests/support/signals.h"
 #include "tests/support/temp_folder.h"
 
-#include <cmath>
 #include <gtest/gtest.h>
-#include <numbers>
 
 namespace vocafade::test {
 namespace {
@@ -16,11 +15,9 @@ constexpr std::size_t kLength = 4 * kRate;
 /// A tone in both channels at the given gains.
 StereoSound Tone(double frequency, float left, float right) {
     StereoSound sound(kLength);
-    for (std::size_t i = 0; i < kLength; ++i) {
-        const double phase = 2.0 * std::numbers::pi * frequency * static_cast<double>(i) / kRate;
-        const auto sample = static_cast<float>(0.1 * std::sin(phase));
-        sound[i] = {sample * left, sample * right};
-    }
+    const Samples sine = Sine(kLength, frequency, kRate, 0.1f);
+    for (std::size_t i = 0; i < kLength; ++i)
+        sound[i] = {sine[i] * left, sine[i] * right};
     return sound;
 }
 
@@ -42,11 +39,11 @@ class MeasureTest : public ::testing::Test {
         WriteWave(folder_ / "rest.wav", rest_, kRate);
         WriteWave(folder_ / "song.wav", Sum(voice_, rest_), kRate);
     }
-    Stems stems() const { return {folder_ / "voice.wav", folder_ / "rest.wav"}; }
-    Measurement MeasureAgainst(const StereoSound& rendered, double gain, bool withStems, Band band = {}) {
+    Measurement MeasureAgainst(const StereoSound& rendered, double gain, bool withStems) {
         WriteWave(folder_ / "rendered.wav", rendered, kRate);
-        return Measure(folder_ / "song.wav", folder_ / "rendered.wav", band, gain,
-                       withStems ? std::optional<Stems>(stems()) : std::nullopt);
+        std::optional<Stems> stems;
+        if (withStems) stems = {folder_ / "voice.wav", folder_ / "rest.wav"};
+        return Measure(folder_ / "song.wav", folder_ / "rendered.wav", {}, gain, stems);
     }
 
     TempFolder folder_;
@@ -108,10 +105,8 @@ TEST_F(MeasureTest, ComparesAsFarAsBothGo) {
 
 TEST_F(MeasureTest, RefusesWhatCannotBeCompared) {
     WriteWave(folder_ / "other.wav", voice_, 48000);
-    EXPECT_THROW(Measure(folder_ / "song.wav", folder_ / "other.wav", {}, 1.0, std::nullopt),
-                 std::runtime_error);
-    EXPECT_THROW(Measure(folder_ / "song.wav", folder_ / "missing.wav", {}, 1.0, std::nullopt),
-                 std::runtime_error);
+    for (const char* wrong : {"other.wav", "missing.wav"})
+        EXPECT_THROW(Measure(folder_ / "song.wav", folder_ / wrong, {}, 1.0, {}), std::runtime_error);
 }
 
 } // namespace

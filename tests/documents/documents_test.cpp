@@ -2,13 +2,11 @@
 // The documents agree with the project: their links lead somewhere, nothing is left out of the index, and what they say
 // of files, tests and parameters is so.
 #include "effect/parameters.h"
+#include "tests/support/temp_folder.h"
 
 #include <cmath>
-#include <filesystem>
 #include <fmt/format.h>
-#include <fstream>
 #include <gtest/gtest.h>
-#include <iterator>
 #include <map>
 #include <regex>
 #include <set>
@@ -19,11 +17,6 @@ namespace {
 namespace fs = std::filesystem;
 const fs::path kRoot = VOCAFADE_SOURCE;
 
-std::string Read(const fs::path& path) {
-    std::ifstream file(path);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
 /// Every document with its text, by its path from the root.
 std::map<fs::path, std::string> Documents() {
     std::map<fs::path, std::string> documents;
@@ -32,7 +25,7 @@ std::map<fs::path, std::string> Documents() {
         if (at->is_directory() && (name.front() == '.' || name == "build" || name == "demo-out"))
             at.disable_recursion_pending();
         else if (at->path().extension() == ".md")
-            documents[fs::relative(at->path(), kRoot)] = Read(at->path());
+            documents[fs::relative(at->path(), kRoot)] = ReadFile(at->path());
     }
     return documents;
 }
@@ -70,7 +63,7 @@ TEST(Documents, LinksLeadSomewhereAndTheIndexIsWhole) {
             if (path == "docs/README.md") indexed.insert(target);
             if (link.length(2) == 0) return;
             bool found = false;
-            ForEachMatch(Read(kRoot / target), "\n#+ ([^\n]*)", [&](const std::smatch& heading) {
+            ForEachMatch(ReadFile(kRoot / target), "\n#+ ([^\n]*)", [&](const std::smatch& heading) {
                 found |= '#' + Anchor(heading.str(1)) == link.str(2);
             });
             EXPECT_TRUE(found) << path << " links to " << link.str(1) << link.str(2);
@@ -92,7 +85,7 @@ TEST(Documents, NameFilesAndTestsThatExist) {
             const fs::path file = kRoot / match.str(1);
             EXPECT_TRUE(fs::exists(file)) << document << " names " << match.str(1);
             if (match.str(1).find("_test.cpp") == std::string::npos) return;
-            const std::string source = Read(file);
+            const std::string source = ReadFile(file);
             ForEachMatch(match.str(2), R"([A-Z]\w+)", [&](const std::smatch& test) {
                 EXPECT_NE(source.find(test.str()), std::string::npos)
                     << document << " names " << test.str() << " in " << match.str(1);
@@ -103,7 +96,7 @@ TEST(Documents, NameFilesAndTestsThatExist) {
 
 TEST(Documents, NameWhatContinuousIntegrationRuns) {
     std::smatch call;
-    const std::string script = Read(kRoot / ".ci/run");
+    const std::string script = ReadFile(kRoot / ".ci/run");
     ASSERT_TRUE(std::regex_search(script, call, std::regex("scripts/test\"?([^\"\n]*)\n")));
     EXPECT_NE(Documents().at("README.md").find("`scripts/test" + call.str(1) + "`"), std::string::npos)
         << call.str(1);
