@@ -70,8 +70,7 @@ class ArdourSession(HostTest):
         return notes[0]
 
     def lua(self, script, *arguments, check=True):
-        """What a script prints: the words of each line that has tabs. It says that it is done before it closes the
-        session; as Ardour ends, it dies now and then, without a plug-in as well, and that does not count."""
+        """What a script prints: the words of each line that has tabs. What comes after "done" does not count."""
         command = [f"{LIBRARY}/luasession", Path(__file__).with_name(script), self.session, "session", *arguments]
         out = self.run_program(command, check=False)
         self.assertNotIn("Error:", out)
@@ -127,9 +126,7 @@ class ArdourSession(HostTest):
             side.unlink()
 
     def export(self, path):
-        """Renders the session, in its master bus. Ardour 7.3's export overruns its own memory now and then, with and
-        without a plug-in: it then dies, mostly after the rendering is complete. If it died before, it is asked
-        again."""
+        """Renders the session, in its master bus; again if Ardour died on the way."""
         presets = self.home / ".config/ardour7/export"
         presets.mkdir(parents=True, exist_ok=True)
         (presets / "float.preset").write_text(PRESET, encoding="utf-8")
@@ -155,8 +152,7 @@ class ArdourSession(HostTest):
         tree.write(self.file)
 
     def start_window(self):
-        """Ardour itself with the session. It asks no questions: there is but one sound system to choose from, its
-        dummy, the settings say how it ran last, and the session does not remember another."""
+        """Ardour itself with the session; it asks no questions."""
         libraries = self.work / "libraries"
         (libraries / "backends").mkdir(parents=True)
         for file in Path(LIBRARY).iterdir():

@@ -154,8 +154,7 @@ class AudacityTest(HostTest):
         return process
 
     def scan(self):
-        """Has Audacity look for plug-ins, once for all tests. The script pipe is off meanwhile: Audacity loads each
-        plug-in in a second process, which loads the modules too and takes the pipe's names away from the first."""
+        """Has Audacity look for plug-ins, once for all tests, with the script pipe off."""
         file = self.config / "pluginregistry.cfg"
         if not type(self).scanned:
             def start():
@@ -179,11 +178,6 @@ class AudacityTest(HostTest):
 
         self.configure(pipe=True)
         return self.start_up("Audacity", start)
-
-    def quit(self, process):
-        self.pipe.close()
-        self.pipe = None
-        end_group(process)
 
     def tell(self, command):
         """Sends a command down the pipe; its answer must be that all is well."""
@@ -276,7 +270,9 @@ class Audacity(AudacityTest):
 
         # Audacity keeps an effect's last state, and hands it over at the next start, whatever the plug-in has then.
         self.tell("SelectAll:")  # it has noted the state by the time that it answers
-        self.quit(process)
+        self.pipe.close()
+        self.pipe = None
+        end_group(process)
         (self.home / ".config/VocafadeDef.fxb").unlink()
         self.launch("audacity-again.log")
         self.open_song()

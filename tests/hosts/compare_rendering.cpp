@@ -5,9 +5,8 @@
 //   vocafade-compare-rendering PLUGIN SONG.wav HOST.wav BLOCK [SAMPLE:PARAMETER:VALUE ...]
 //
 // Parameters are set at the given samples of the song; a block is split there, as hosts with sample-accurate
-// automation do. The engine works in frames, one every 341 samples from its last reset on. How much silence a
-// host sends ahead of the song is the host's affair, so the lengths from 0 to 340 are tried, and the best one
-// is shown:
+// automation do. How much silence a host sends ahead of the song is the host's affair, so the number of samples
+// that gives the smallest difference is found:
 //
 //   silence 17 difference 0 at -1 peak 0.43 frames 176400
 //

@@ -37,10 +37,6 @@ class MusE(HostTest):
                     "outports": "2", "ctlInports": "6", "apiVersionMajor": "2400"}
         self.assertEqual({key: plugin.findtext(key) for key in expected}, expected)
 
-    def write_song(self, programs, values):
-        controls = "\n".join(f'<control name="{name}" val="{value}" />' for name, value in zip(NAMES, values))
-        self.song.write_text(SONG.format(rate=RATE, chunk=pack_as_qt(programs), values=controls), encoding="utf-8")
-
     def open_and_save(self):
         """What MusE saves of the song: its 64 programs, and the values by their names."""
         def start():
@@ -69,7 +65,9 @@ class MusE(HostTest):
         (settings / "MusE-seq.cfg").write_text(CONFIG, encoding="utf-8")
         self.start_display()
         self.song = self.work / "song.med"
-        self.write_song(PROGRAMS, PROGRAMS[CURRENT][:6])
+        controls = "\n".join(f'<control name="{name}" val="{value}" />'
+                             for name, value in zip(NAMES, PROGRAMS[CURRENT]))
+        self.song.write_text(SONG.format(rate=RATE, chunk=pack_as_qt(PROGRAMS), values=controls), encoding="utf-8")
         for turn in range(2):
             programs, saved = self.open_and_save()
             print(f"    turn {turn}: {saved}", file=sys.stderr)

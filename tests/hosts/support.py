@@ -150,7 +150,7 @@ def peak_difference(a, b):
 
 
 def peak(samples):
-    return max((abs(x) for x in samples), default=0.0)
+    return max(map(abs, samples), default=0.0)
 
 
 LIBC = ctypes.CDLL(None)
@@ -382,8 +382,7 @@ class HostTest(unittest.TestCase):
         return self.run_program(["jack_lsp"], check=False)
 
     def remove_jack_files(self):
-        """JACK servers register in shared memory, eight at most, and one that is killed stays there. While none runs,
-        what others left is removed with what was ours."""
+        """Of our server; and of all others while none runs."""
         running = any(name_of(process) in ("jackd", "jackdbus") for process in Path("/proc").glob("[0-9]*"))
         for left in Path("/dev/shm").glob("*"):
             ours = SERVER in left.name
