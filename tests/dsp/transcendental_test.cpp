@@ -125,48 +125,48 @@ class Walk {
     std::uint32_t last_;
 };
 
-TEST(Transcendental, SineAndCosineOfEveryFoldedPhase) {
+/// Walks in batches over the numbers from 0 to `last`: `put` takes each to its place in the batch, `run` sends
+/// the batch through the kernels, `take` compares the result at each place.
+template <typename Put, typename Take>
+void WalkInBatches(float last, Put put, void (Batch::*run)(), Take take) {
     Batch batch;
     Worst worst;
-    Walk walk(kPi);
-    while (!walk.Done()) {
+    for (Walk walk(last); !walk.Done();) {
         std::size_t filled = 0;
-        for (; filled < kBatch && !walk.Done(); ++filled) {
-            batch.x[filled] = filled % 2 == 0 ? walk.Next() : -walk.Next();
-        }
-        ASSERT_NO_FATAL_FAILURE(batch.SineAndCosine());
-        for (std::size_t i = 0; i < filled; ++i) {
-            const double phase = batch.x[i];
-            worst.Take(batch.first[i], static_cast<float>(std::cos(phase)));
-            worst.Take(batch.second[i], static_cast<float>(std::sin(phase)));
-        }
+        for (; filled < kBatch && !walk.Done(); ++filled)
+            put(batch, filled, walk.Next());
+        ASSERT_NO_FATAL_FAILURE((batch.*run)());
+        for (std::size_t i = 0; i < filled; ++i)
+            take(worst, batch, i);
     }
     worst.Expect();
 }
 
+void TakeAngle(Worst& worst, const Batch& batch, std::size_t i) {
+    worst.Take(batch.first[i], static_cast<float>(std::atan2(double{batch.y[i]}, double{batch.x[i]})));
+}
+
+TEST(Transcendental, SineAndCosineOfEveryFoldedPhase) {
+    WalkInBatches(
+        kPi, [](Batch& batch, std::size_t i, float phase) { batch.x[i] = i % 2 == 0 ? phase : -phase; },
+        &Batch::SineAndCosine,
+        [](Worst& worst, const Batch& batch, std::size_t i) {
+            worst.Take(batch.first[i], static_cast<float>(std::cos(double{batch.x[i]})));
+            worst.Take(batch.second[i], static_cast<float>(std::sin(double{batch.x[i]})));
+        });
+}
+
 TEST(Transcendental, AngleOfEveryRatioInEveryOctant) {
     // Ratios run through the single-precision numbers in [0, 1]; beyond, the axes change places.
-    Batch batch;
-    Worst worst;
-    Walk walk(1.0f);
     std::mt19937 random(3);
-    while (!walk.Done()) {
-        std::size_t filled = 0;
-        for (; filled < kBatch && !walk.Done(); ++filled) {
-            const float ratio = walk.Next();
-            const auto octant = random();
-            const float shorter = (octant & 1) != 0 ? -ratio : ratio;
-            const float longer = (octant & 2) != 0 ? -1.0f : 1.0f;
-            batch.x[filled] = (octant & 4) != 0 ? shorter : longer;
-            batch.y[filled] = (octant & 4) != 0 ? longer : shorter;
-        }
-        ASSERT_NO_FATAL_FAILURE(batch.Angle());
-        for (std::size_t i = 0; i < filled; ++i) {
-            const double y = batch.y[i];
-            worst.Take(batch.first[i], static_cast<float>(std::atan2(y, batch.x[i])));
-        }
-    }
-    worst.Expect();
+    const auto put = [&random](Batch& batch, std::size_t i, float ratio) {
+        const auto octant = random();
+        const float shorter = (octant & 1) != 0 ? -ratio : ratio;
+        const float longer = (octant & 2) != 0 ? -1.0f : 1.0f;
+        batch.x[i] = (octant & 4) != 0 ? shorter : longer;
+        batch.y[i] = (octant & 4) != 0 ? longer : shorter;
+    };
+    WalkInBatches(1.0f, put, &Batch::Angle, TakeAngle);
 }
 
 TEST(Transcendental, AngleOfAnyTwoNumbersAndOfZeros) {
