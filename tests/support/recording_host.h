@@ -27,10 +27,8 @@ class RecordingHost {
 
     /// The calls so far of an opcode.
     std::vector<Call> Calls(std::int32_t opcode) const {
-        std::vector<Call> found;
-        for (const Call& call : calls) {
-            if (call.opcode == opcode) found.push_back(call);
-        }
+        std::vector<Call> found = calls;
+        std::erase_if(found, [opcode](const Call& call) { return call.opcode != opcode; });
         return found;
     }
 
@@ -41,7 +39,6 @@ class RecordingHost {
         if (opcode == audioMasterVersion) return active->version;
         if (opcode == audioMasterGetDirectory) return reinterpret_cast<VstIntPtr>(active->directory.c_str());
         if (opcode == audioMasterGetProductString)
-
             std::memcpy(ptr, active->product.c_str(), active->product.size() + 1);
         return 0;
     }
