@@ -83,11 +83,13 @@ class ArdourSession(HostTest):
         self.scan()
         return self.lua("ardour_make.lua", RATE, "LXVST", "Vocafade")
 
-    def put_song(self, path, frames):
-        """Lays a stereo file onto the track, from the session's start, and sends the track to the master bus."""
+    def lay_song(self):
+        """Lays a song onto the track, from the session's start, and sends the track to the master bus; its file."""
+        path = self.work / "song.wav"
+        write_wav(path, *song())
         tree = xml.parse(self.file)
         root = tree.getroot()
-        length = frames * SUPERCLOCK // RATE
+        length = FRAMES * SUPERCLOCK // RATE
         for channel in (0, 1):
             xml.SubElement(root.find("Sources"), "Source", {
                 "name": path.name, "take-id": "", "type": "audio", "flags": "", "id": str(9000 + channel),
@@ -109,12 +111,6 @@ class ArdourSession(HostTest):
             side = port.get("name")[-1]
             xml.SubElement(port, "Connection", {"other": f"Master/audio_in {side}"})
         tree.write(self.file)
-
-    def lay_song(self):
-        path = self.work / "song.wav"
-        channels = song()
-        write_wav(path, *channels)
-        self.put_song(path, len(channels[0]))
         return path
 
     def bounce(self, path):

@@ -139,8 +139,8 @@ def song(seconds=4.0, rate=RATE, seed=7):
             channels[0][i] += value * (1.0 - place)
             channels[1][i] += value * place
     for i in range(quiet, count):
-        channels[0][i] += chance.uniform(-0.02, 0.02)
-        channels[1][i] += chance.uniform(-0.02, 0.02)
+        for channel in channels:
+            channel[i] += chance.uniform(-0.02, 0.02)
     return channels
 
 
@@ -261,21 +261,12 @@ class HostTest(unittest.TestCase):
         (self.home / ".asoundrc").write_text("pcm.!default null\n", encoding="utf-8")
         keep = {name: os.environ[name] for name in ("PATH", "LANG", "LC_ALL") if name in os.environ}
         self.environment = {
-            **keep,
-            "HOME": str(self.home),
-            "XDG_CONFIG_HOME": str(self.home / ".config"),
-            "XDG_CACHE_HOME": str(self.home / ".cache"),
-            "XDG_DATA_HOME": str(self.home / ".local/share"),
-            "XDG_RUNTIME_DIR": str(runtime),
-            "TMPDIR": str(temporary),
+            **keep, "HOME": str(self.home), "XDG_CONFIG_HOME": str(self.home / ".config"),
+            "XDG_CACHE_HOME": str(self.home / ".cache"), "XDG_DATA_HOME": str(self.home / ".local/share"),
+            "XDG_RUNTIME_DIR": str(runtime), "TMPDIR": str(temporary), "LANG": keep.get("LANG", "C.UTF-8"),
             # No service of the desktop is looked for: no session bus, no accessibility, no other sound server.
-            "DBUS_SESSION_BUS_ADDRESS": f"unix:path={runtime}/none",
-            "GSETTINGS_BACKEND": "memory",
-            "GIO_USE_VFS": "local",
-            "GTK_USE_PORTAL": "0",
-            "NO_AT_BRIDGE": "1",
-            "JACK_NO_START_SERVER": "1",
-            "LANG": keep.get("LANG", "C.UTF-8"),
+            "DBUS_SESSION_BUS_ADDRESS": f"unix:path={runtime}/none", "GSETTINGS_BACKEND": "memory",
+            "GIO_USE_VFS": "local", "GTK_USE_PORTAL": "0", "NO_AT_BRIDGE": "1", "JACK_NO_START_SERVER": "1",
         }
         # Where users without rights put plug-ins.
         self.plugin = self.home / ".vst" / "Vocafade.vst" / "Vocafade.so"
@@ -432,11 +423,9 @@ class HostTest(unittest.TestCase):
         for number, program in enumerate(expected):
             self.assertEqual(RECORD.pack(*programs[number]), RECORD.pack(*program), f"program {number}")
 
-    def screenshot(self, name, window="root"):
+    def screenshot(self, name):
         """Kept among the artefacts."""
-        path = ARTEFACTS / name
-        self.run_program(["import", "-window", window, path], timeout=30)
-        return path
+        self.run_program(["import", "-window", "root", ARTEFACTS / name], timeout=30)
 
     def wait_for(self, what, condition, timeout=60.0, process=None):
         """What `condition` gives as soon as it is true. A program that is named must live until then."""
