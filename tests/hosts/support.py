@@ -251,6 +251,9 @@ class HostTest(unittest.TestCase):
         self.work = Path(tempfile.mkdtemp(prefix="vocafade-host-"))
         folders.add(self.work)
         self.addCleanup(self.clean_up)
+        # Audacity looks into a folder "lv2" where it is started, as this project's root has one, and dies of its files.
+        self.addCleanup(os.chdir, os.getcwd())
+        os.chdir(self.work)
         ARTEFACTS.mkdir(parents=True, exist_ok=True)
         self.home = self.work / "home"
         runtime = self.work / "run"
