@@ -5,6 +5,7 @@
 #include "apps/vocafade/render/reporter.h"
 #include "apps/vocafade/shared/failures.h"
 #include "apps/vocafade/shared/text.h"
+#include "tests/command/command_fixture.h"
 
 #include <array>
 #include <atomic>
