@@ -103,7 +103,7 @@ void CFile::Close() {
 }
 
 std::size_t CFile::Read(void* buffer, std::size_t count) {
-    if (stream_ == nullptr) return 0;
+    if (stream_ == nullptr || count == 0) return 0;
     if (last_ == Last::write) ::fseeko(stream_, 0, SEEK_CUR); // the C library wants a seek between the two
     last_ = Last::read;
     return std::fread(buffer, 1, count, stream_);
@@ -113,7 +113,8 @@ bool CFile::Write(const void* buffer, std::size_t count) {
     if (stream_ == nullptr) return false;
     if (last_ == Last::read) ::fseeko(stream_, 0, SEEK_CUR);
     last_ = Last::write;
-    if (std::fwrite(buffer, 1, count, stream_) != count) failed_ = true;
+    // The C library takes no null pointer, not even for no bytes.
+    if (count > 0 && std::fwrite(buffer, 1, count, stream_) != count) failed_ = true;
     return !failed_;
 }
 
