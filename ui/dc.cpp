@@ -19,15 +19,23 @@ std::string_view View(const char* text, int count) {
     return count < 0 ? std::string_view(text) : std::string_view(text, static_cast<std::size_t>(count));
 }
 
-/// Combines the colour bits of source and destination, pixel by pixel.
-void Combine(platform::Surface& target, CPoint to, platform::Surface& source, const CRect& from,
-             const CRgn& clip, UINT rop) {
+/// Combines the colour bits of source and destination, device pixel by device pixel; both have one scale.
+void Combine(platform::Surface& target, CPoint to, platform::Surface& source, CPoint from, const CRgn& clip,
+             UINT rop) {
+    const double scale = target.Scale();
+    const CPoint shift = platform::ToDevice(from, scale) - platform::ToDevice(to, scale);
+    CRect all(0, 0, source.DeviceWidth(), source.DeviceHeight());
+    all.OffsetRect(-shift.x, -shift.y);
+    const CRect& bounds = {0, 0, target.DeviceWidth(), target.DeviceHeight()};
     const std::uint32_t* in = source.Pixels();
     std::uint32_t* out = target.Pixels();
-    for (const CRect& r : clip.rects()) {
+    for (const CRect& logical : clip.rects()) {
+        CRect r;
+        if (!r.IntersectRect(platform::ToDevice(logical, scale), all) || !r.IntersectRect(r, bounds))
+            continue;
         for (int y = r.top; y < r.bottom; ++y) {
-            const std::uint32_t* s = in + static_cast<std::ptrdiff_t>(from.top + y - to.y) * source.Stride() +
-                                     (from.left + r.left - to.x);
+            const std::uint32_t* s =
+                in + static_cast<std::ptrdiff_t>(y + shift.y) * source.Stride() + r.left + shift.x;
             std::uint32_t* d = out + static_cast<std::ptrdiff_t>(y) * target.Stride() + r.left;
             for (int x = 0; x < r.Width(); ++x) {
                 const std::uint32_t mask = 0x00FFFFFF;
@@ -45,7 +53,7 @@ CDC::~CDC() = default;
 
 bool CDC::CreateBitmapDC(int width, int height) {
     DeleteDC();
-    std::unique_ptr<platform::Surface> surface = platform::MakeSurface(width, height);
+    std::unique_ptr<platform::Surface> surface = platform::MakeSurface(width, height, DrawingScale());
     if (surface == nullptr) return false;
     store_ = std::make_shared<BackingStore>(std::move(surface));
     size_ = {width, height};
@@ -122,6 +130,8 @@ CRgn CDC::Clipped(const CRect& rect) const {
 
 platform::Surface* CDC::surface() const { return store_ != nullptr ? store_->surface.get() : nullptr; }
 
+double CDC::Scale() const { return surface() != nullptr ? surface()->Scale() : DrawingScale(); }
+
 platform::Surface* CDC::SourcePixels() const { return bitmap_ != nullptr ? bitmap_->surface() : surface(); }
 
 bool CDC::BitBlt(int x, int y, int w, int h, CDC* src, int sx, int sy, UINT rop) {
@@ -164,18 +174,19 @@ bool CDC::Transfer(const CRect& to, CDC* src, CRect from, UINT rop) {
 
     std::unique_ptr<platform::Surface> copy;
     const bool combines = rop == SRCINVERT || rop == SRCAND;
-    if (source == target || (combines && inside.Size() != place.Size())) {
+    const bool resized = inside.Size() != place.Size() || source->Scale() != target->Scale();
+    if (source == target || (combines && resized)) {
         // Through a copy: what is read must be as it was before, and bits are combined one to one.
         const CSize size = combines ? place.Size() : inside.Size();
         const CRect whole(0, 0, size.cx, size.cy);
-        copy = platform::MakeSurface(size.cx, size.cy);
+        copy = platform::MakeSurface(size.cx, size.cy, combines ? target->Scale() : source->Scale());
         if (copy == nullptr) return true;
         copy->Draw(*source, inside, whole, {&whole, 1});
         source = copy.get();
         inside = whole;
     }
     if (combines) {
-        Combine(*target, place.TopLeft(), *source, inside, clip, rop);
+        Combine(*target, place.TopLeft(), *source, inside.TopLeft(), clip, rop);
     } else {
         target->Draw(*source, inside, place, clip.rects());
     }
@@ -228,18 +239,18 @@ bool CDC::ExtTextOut(int x, int y, UINT options, const CRect* rect, const char* 
     const CRgn clip = Clipped(ToSurface(around));
     if (clip.IsEmpty()) return true;
     const CPoint place = CPoint(x, y) + base_ + origin_;
-    font.native().Draw(*surface(), place.x, place.y + font.ascent(), valid, ToPixel(textColor_),
-                       clip.rects());
+    font.native(Scale()).Draw(*surface(), place.x, place.y + font.ascent(), valid, ToPixel(textColor_),
+                              clip.rects());
     store_->Changed(clip);
     return true;
 }
 
 CSize CDC::GetTextExtent(const char* text, int count) const {
-    platform::Font& font = FontInUse().native();
+    platform::Font& font = FontInUse().native(Scale());
     const int height = static_cast<int>(std::lround(font.Ascent() + font.Descent()));
     if (text == nullptr) return {0, height};
     const std::string valid = ValidUtf8(View(text, count));
-    return {valid.empty() ? 0 : font.Width(valid), height};
+    return {valid.empty() ? 0 : static_cast<int>(std::ceil(font.Width(valid))), height};
 }
 
 void CDC::InitDrawing() {
@@ -255,7 +266,8 @@ std::uint32_t CDC::GetPixel(int x, int y) const {
     const CPoint p = CPoint(x, y) + base_ + origin_;
     if (target == nullptr || p.x < 0 || p.y < 0 || p.x >= target->Width() || p.y >= target->Height())
         return 0;
-    const std::uint32_t v = target->Pixels()[static_cast<std::ptrdiff_t>(p.y) * target->Stride() + p.x];
+    const CPoint at = platform::ToDevice(p, target->Scale());
+    const std::uint32_t v = target->Pixels()[static_cast<std::ptrdiff_t>(at.y) * target->Stride() + at.x];
     return (v & 0xFF000000U) | RGB((v >> 16) & 0xFF, (v >> 8) & 0xFF, v & 0xFF);
 }
 

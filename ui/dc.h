@@ -11,7 +11,8 @@ class CWnd;
 class WindowSession;
 struct BackingStore;
 
-/// A drawing context. Coordinates are pixels, x to the right, y downwards, with the context's origin added.
+/// A drawing context. Coordinates are logical pixels, x to the right, y downwards, with the context's origin
+/// added.
 /// All drawing happens on the window's thread; off-screen contexts need no display at all.
 ///
 /// Operations without something to draw on, or without a source, draw nothing and report success.
@@ -94,6 +95,8 @@ class CDC {
 
     /// The pixels behind this context; null when there are none.
     platform::Surface* surface() const;
+    /// Device pixels a logical one.
+    double Scale() const;
 
   protected:
     /// Draws on `window`'s part of its top-level window, without what lies above it; nothing when there is

@@ -6,6 +6,8 @@
 #include "ui/theme.h"
 #include "ui/window_session.h"
 
+#include <cmath>
+
 namespace vocafade {
 namespace {
 
@@ -71,7 +73,12 @@ void CEdit::TextChanged() {
 
 // --- Where things are
 
-std::vector<int> CEdit::Stops() const { return FontInUse().native().CaretStops(text_.str()); }
+std::vector<int> CEdit::Stops() const {
+    std::vector<int> whole;
+    for (const double stop : FontInUse().native(DrawingScale()).CaretStops(text_.str()))
+        whole.push_back(static_cast<int>(std::lround(stop)));
+    return whole;
+}
 
 CRect CEdit::Inside() const {
     CRect inside({0, 0}, bounds().Size());

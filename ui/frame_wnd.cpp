@@ -11,10 +11,10 @@ CFrameWnd::CFrameWnd() = default;
 
 CFrameWnd::~CFrameWnd() { DetachHost(); }
 
-bool CFrameWnd::AttachHost(void* nativeWindow) {
+bool CFrameWnd::AttachHost(void* nativeWindow, double scale) {
     DetachHost();
     CSize size;
-    owned_ = WindowSession::Open(reinterpret_cast<std::uintptr_t>(nativeWindow), *this, size);
+    owned_ = WindowSession::Open(reinterpret_cast<std::uintptr_t>(nativeWindow), *this, scale, size);
     if (owned_ == nullptr) return false;
     Attach(owned_.get(), CRect({0, 0}, size));
     return true;

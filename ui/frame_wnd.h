@@ -23,9 +23,9 @@ class CFrameWnd : public CWnd {
     ~CFrameWnd() override;
 
     /// [main-thread] Takes the host's native window (an X11 window id in the pointer's bits) as this window
-    /// and its size as the bounds. False when there is no display or no such window; nothing is attached
-    /// then.
-    bool AttachHost(void* nativeWindow);
+    /// and its size as the bounds, in logical pixels of `scale` (above 0), as everything in it. False when
+    /// there is no display or no such window; nothing is attached then.
+    bool AttachHost(void* nativeWindow, double scale = 1.0);
     /// [main-thread] Destroys all windows under this one, dialogs and menus included, and closes the
     /// connection to the display. What the host did to its own window before does not matter.
     void DetachHost();

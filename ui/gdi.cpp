@@ -9,13 +9,13 @@ namespace vocafade {
 CBitmap::CBitmap() = default;
 CBitmap::~CBitmap() = default;
 
-bool CBitmap::LoadPng(std::span<const std::byte> file) {
-    surface_ = platform::DecodePng(file);
+bool CBitmap::LoadPng(std::span<const std::byte> file, double scale) {
+    surface_ = platform::DecodePng(file, scale);
     return surface_ != nullptr;
 }
 
 bool CBitmap::CreateBitmap(int width, int height) {
-    surface_ = platform::MakeSurface(width, height);
+    surface_ = platform::MakeSurface(width, height, DrawingScale());
     return surface_ != nullptr;
 }
 
@@ -46,7 +46,7 @@ bool CFont::CreatePointFont(int size, const char* name, CDC* /*dc*/) {
     // The system's choice stands in for a name that it does not know; standard output is the host's.
     name_ = name;
     size_ = std::clamp(size, 1, 1000);
-    font_ = platform::OpenFont(name_.str(), size_);
+    font_.reset();
     return true;
 }
 
@@ -56,12 +56,16 @@ void CFont::DeleteObject() {
     size_ = 0;
 }
 
-platform::Font& CFont::native() const {
-    if (font_ == nullptr) font_ = platform::OpenFont("Helvetica", 12.0);
+platform::Font& CFont::native(double scale) const {
+    if (font_ == nullptr || fontScale_ != scale) {
+        font_ = size_ > 0 ? platform::OpenFont(name_.str(), size_, scale)
+                          : platform::OpenFont("Helvetica", 12.0, scale);
+        fontScale_ = scale;
+    }
     return *font_;
 }
 
-int CFont::height() const { return static_cast<int>(native().BoundingHeight()); }
-int CFont::ascent() const { return static_cast<int>(native().Ascent() - 2.0); }
+int CFont::height() const { return static_cast<int>(native(DrawingScale()).BoundingHeight()); }
+int CFont::ascent() const { return static_cast<int>(native(DrawingScale()).Ascent() - 2.0); }
 
 } // namespace vocafade

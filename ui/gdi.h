@@ -17,6 +17,10 @@ class Surface;
 class Font;
 } // namespace platform
 
+/// [main-thread] Device pixels a logical one of what is made to draw with: of the window whose message is
+/// being handled, else of the editor opened last on this thread; 1 without one.
+double DrawingScale();
+
 /// An image that can be selected into a `CDC` as the source of a transfer.
 class CBitmap {
   public:
@@ -25,13 +29,14 @@ class CBitmap {
     CBitmap(const CBitmap&) = delete;
     CBitmap& operator=(const CBitmap&) = delete;
 
-    /// [main-thread] Decodes a PNG file's bytes. False, with an empty bitmap, when they are no PNG.
-    bool LoadPng(std::span<const std::byte> file);
-    /// [main-thread] Makes a transparent image of that size in pixels.
+    /// [main-thread] Decodes a PNG file's bytes, a picture drawn at `scale` times its size. False, with an
+    /// empty bitmap, when they are no PNG.
+    bool LoadPng(std::span<const std::byte> file, double scale = 1.0);
+    /// [main-thread] Makes a transparent image of that size, at the scale of the windows.
     bool CreateBitmap(int width, int height);
     void DeleteObject();
     bool IsNull() const { return surface_ == nullptr; }
-    /// Size in pixels, 0 without an image.
+    /// Size in logical pixels, 0 without an image.
     int Width() const;
     int Height() const;
     /// The image's pixels for the drawing layer; null without an image.
@@ -72,13 +77,15 @@ class CFont {
     /// Height of the text above the baseline less 2, in pixels, truncated: `CDC::TextOut` at y puts the
     /// baseline at y plus this.
     int ascent() const;
-    /// What the drawing layer draws with; "Helvetica" at 12 points before `CreatePointFont`.
-    platform::Font& native() const;
+    /// What the drawing layer draws with at `scale`, opened when it is first asked for; "Helvetica" at 12
+    /// points before `CreatePointFont`.
+    platform::Font& native(double scale) const;
 
   private:
     CString name_;
     int size_ = 0;
-    mutable std::shared_ptr<platform::Font> font_;
+    mutable std::shared_ptr<platform::Font> font_; ///< for `fontScale_`
+    mutable double fontScale_ = 0;
 };
 
 } // namespace vocafade

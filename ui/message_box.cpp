@@ -42,7 +42,7 @@ std::string TakeLine(CFont& font, std::string& word) {
     std::size_t most = std::min(word.size(), kMostLineBytes);
     while (most < word.size() && !StartsCharacter(word[most]))
         --most;
-    const std::vector<int> stops = font.native().CaretStops(word.substr(0, most));
+    const std::vector<double> stops = font.native(DrawingScale()).CaretStops(word.substr(0, most));
     std::size_t fitting = 0;
     std::size_t slash = 0;
     std::size_t character = 0;

@@ -7,6 +7,12 @@
 #include <utility>
 
 namespace vocafade {
+namespace {
+
+/// Of the wheel in one event; what claims more than that is no wheel.
+constexpr int kMostTurn = 100 * WHEEL_DELTA;
+
+} // namespace
 
 void MouseInput::SetCapture(CWnd* window) {
     if (capture_ == window) return;
@@ -20,6 +26,7 @@ void MouseInput::Forget(const CWnd& window) {
         pressOpen_ = false;
     }
     if (lastPress_ && lastPress_->window == &window) lastPress_->window = nullptr;
+    if (wheelTarget_ == &window) wheelTarget_ = nullptr;
 }
 
 void MouseInput::DropPress() {
@@ -66,6 +73,7 @@ void MouseInput::Press(TopLevel& top, const platform::Event& event) {
         return;
     }
     const bool toPopup = session_.IsPopup(top);
+    if (event.button == 2 && !toPopup) PressMiddle(top, event.point);
     if (event.button != 1 && !toPopup) return;
     const bool quick = FollowsQuickly(event);
     // The first press of a double click may have closed its window. What lies beneath does not get the
@@ -82,6 +90,14 @@ void MouseInput::Press(TopLevel& top, const platform::Event& event) {
     CPoint offset;
     target->FindTopLevel(&offset);
     target->SendMessage(again ? WM_LBUTTONDBLCLK : WM_LBUTTONDOWN, 0, (event.point - offset).ToMessage());
+}
+
+void MouseInput::PressMiddle(const TopLevel& top, CPoint point) {
+    CWnd* target = capture_ == nullptr ? top.window().WindowAt(point) : nullptr;
+    if (target == nullptr) return;
+    CPoint offset;
+    target->FindTopLevel(&offset);
+    target->SendMessage(WM_MBUTTONDOWN, 0, (point - offset).ToMessage());
 }
 
 void MouseInput::Handle(TopLevel& top, const platform::Event& event) {
@@ -109,13 +125,22 @@ void MouseInput::Handle(TopLevel& top, const platform::Event& event) {
         if (top.native() != nullptr) top.native()->SetCursor(target->CursorAt(point));
         target->SendMessage(WM_MOUSEMOVE, 0, point.ToMessage());
         break;
-    default: {
-        constexpr int kNotch = 120;
-        target->SendMessage(WM_MOUSEWHEEL, MAKEWPARAM(0, static_cast<unsigned>(event.value * kNotch)),
-                            point.ToMessage());
+    default:
+        TurnWheel(*target, event.value, point);
         break;
     }
-    }
+}
+
+void MouseInput::TurnWheel(CWnd& target, int value, CPoint point) {
+    // Fine turns add up to notches, but not across windows or against each other.
+    if (wheelTarget_ != &target || (wheelRest_ > 0) != (value > 0)) wheelRest_ = 0;
+    wheelTarget_ = &target;
+    wheelRest_ += std::clamp(value, -kMostTurn, kMostTurn);
+    const int notches = wheelRest_ / WHEEL_DELTA;
+    wheelRest_ %= WHEEL_DELTA;
+    if (notches != 0)
+        target.SendMessage(WM_MOUSEWHEEL, MAKEWPARAM(0, static_cast<unsigned>(notches * WHEEL_DELTA)),
+                           point.ToMessage());
 }
 
 } // namespace vocafade

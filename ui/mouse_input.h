@@ -41,12 +41,18 @@ class MouseInput {
     bool FollowsQuickly(const platform::Event& press) const;
     /// Who has captured the mouse, if it is inside `top`.
     CWnd* CaptureIn(const TopLevel& top) const;
+    /// The middle button does one thing at once and holds nothing; during a drag it does nothing.
+    void PressMiddle(const TopLevel& top, CPoint point);
+    /// Sends whole notches as WM_MOUSEWHEEL and keeps the rest.
+    void TurnWheel(CWnd& target, int value, CPoint point);
     /// Ends what the last press began, if its release has not come and cannot come any more.
     void LoseRelease();
 
     WindowSession& session_;
     CWnd* capture_ = nullptr;
     std::optional<LastPress> lastPress_; ///< for double clicks
+    const CWnd* wheelTarget_ = nullptr;  ///< that `wheelRest_` was turned over
+    int wheelRest_ = 0;                  ///< less than a notch
     bool pressOpen_ = false; ///< a window has had the left button's press, and is to have its release
 };
 

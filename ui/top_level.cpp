@@ -9,13 +9,26 @@ namespace vocafade {
 
 TopLevel::TopLevel(CWnd& window, platform::WindowKind kind, CWnd* owner,
                    std::unique_ptr<platform::Window> native, std::unique_ptr<platform::Surface> surface)
-    : window_(window), kind_(kind), owner_(owner), native_(std::move(native)),
+    : window_(window), kind_(kind), owner_(owner), scale_(surface->Scale()), native_(std::move(native)),
       store_(std::make_shared<BackingStore>(std::move(surface))) {}
+
+void TopLevel::SetScale(double scale) {
+    scale_ = scale;
+    const CRect& bounds = window_.bounds();
+    store_ = MakeStore(bounds.Size());
+    if (native_ == nullptr) return;
+    native_->Resize(bounds.Size());
+    native_->Move(bounds.TopLeft());
+}
+
+std::shared_ptr<BackingStore> TopLevel::MakeStore(CSize size) const {
+    return std::make_shared<BackingStore>(
+        platform::MakeSurface(std::max(1, size.cx), std::max(1, size.cy), scale_));
+}
 
 void TopLevel::SetBounds(const CRect& before, const CRect& now) {
     if (before.Size() != now.Size()) {
-        store_ = std::make_shared<BackingStore>(
-            platform::MakeSurface(std::max(1, now.Width()), std::max(1, now.Height())));
+        store_ = MakeStore(now.Size());
         if (native_ != nullptr) native_->Resize(now.Size());
     }
     if (native_ != nullptr && before.TopLeft() != now.TopLeft()) native_->Move(now.TopLeft());

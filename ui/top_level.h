@@ -17,6 +17,9 @@ class TopLevel : public std::enable_shared_from_this<TopLevel> {
     /// `native` may be null, when the display has gone away. `owner` is what a dialog or menu belongs to.
     TopLevel(CWnd& window, platform::WindowKind kind, CWnd* owner, std::unique_ptr<platform::Window> native,
              std::unique_ptr<platform::Surface> surface);
+    /// Takes the scale that the session has now for its picture and its native window, and shows nothing
+    /// until it is painted.
+    void SetScale(double scale);
     TopLevel(const TopLevel&) = delete;
     TopLevel& operator=(const TopLevel&) = delete;
 
@@ -49,9 +52,12 @@ class TopLevel : public std::enable_shared_from_this<TopLevel> {
     /// @}
 
   private:
+    std::shared_ptr<BackingStore> MakeStore(CSize size) const;
+
     CWnd& window_;
     platform::WindowKind kind_;
     CWnd* owner_;
+    double scale_;
     std::unique_ptr<platform::Window> native_;
     std::shared_ptr<BackingStore> store_; ///< outlives the window when it goes away while a context draws
     CWnd* focus_ = nullptr;

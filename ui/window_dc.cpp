@@ -3,6 +3,11 @@
 
 namespace vocafade {
 
+double DrawingScale() {
+    const WindowSession* session = WindowSession::Current();
+    return session != nullptr ? session->scale() : 1.0;
+}
+
 void CDC::AttachWindow(CWnd* window, const CRgn* within) {
     ofWindow_ = true;
     if (window == nullptr || window->session() == nullptr) return;

@@ -34,15 +34,18 @@ OpenSessions& TheOpenSessions() {
 WindowSession::Scope::Scope(WindowSession& session) : before_(currentSession) { currentSession = &session; }
 WindowSession::Scope::~Scope() { currentSession = before_; }
 
-std::shared_ptr<WindowSession> WindowSession::Open(std::uintptr_t host, CFrameWnd& frame, CSize& size) {
+std::shared_ptr<WindowSession> WindowSession::Open(std::uintptr_t host, CFrameWnd& frame, double scale,
+                                                   CSize& size) {
     std::unique_ptr<platform::Display> display = platform::OpenDisplay();
-    if (display == nullptr || !display->WatchHost(host, size)) return nullptr;
-    return std::shared_ptr<WindowSession>(new WindowSession(std::move(display), frame, host));
+    if (display == nullptr) return nullptr;
+    display->SetScale(scale);
+    if (!display->WatchHost(host, size)) return nullptr;
+    return std::shared_ptr<WindowSession>(new WindowSession(std::move(display), frame, host, scale));
 }
 
 WindowSession::WindowSession(std::unique_ptr<platform::Display> display, CFrameWnd& frame,
-                             std::uintptr_t host)
-    : display_(std::move(display)), frame_(frame), host_(host) {
+                             std::uintptr_t host, double scale)
+    : display_(std::move(display)), frame_(frame), host_(host), scale_(scale) {
     OpenSessions& open = TheOpenSessions();
     const std::scoped_lock lock(open.lock);
     open.all.emplace_back(std::this_thread::get_id(), this);
@@ -95,7 +98,7 @@ std::shared_ptr<TopLevel> WindowSession::MakeTopLevel(CWnd& window, platform::Wi
     std::unique_ptr<platform::Window> native = display_->MakeWindow(request);
     if (native == nullptr && kind != platform::WindowKind::embedded) return nullptr;
     std::unique_ptr<platform::Surface> surface =
-        platform::MakeSurface(std::max(1, bounds.Width()), std::max(1, bounds.Height()));
+        platform::MakeSurface(std::max(1, bounds.Width()), std::max(1, bounds.Height()), scale_);
     if (surface == nullptr) return nullptr;
     auto top = std::make_shared<TopLevel>(window, kind, owner, std::move(native), std::move(surface));
     topLevels_.push_back(top.get());

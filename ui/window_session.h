@@ -25,7 +25,8 @@ class PopupWnd;
 class WindowSession : public std::enable_shared_from_this<WindowSession> {
   public:
     /// Connects, and looks the host's window up; null when either fails.
-    static std::shared_ptr<WindowSession> Open(std::uintptr_t host, CFrameWnd& frame, CSize& size);
+    static std::shared_ptr<WindowSession> Open(std::uintptr_t host, CFrameWnd& frame, double scale,
+                                               CSize& size);
     /// The one whose message is being handled on this thread, else the one opened last on it; null when there
     /// is none.
     static WindowSession* Current();
@@ -43,6 +44,8 @@ class WindowSession : public std::enable_shared_from_this<WindowSession> {
     void HandleEvents();
 
     bool IsDisplayAlive() const { return display_ != nullptr && display_->IsAlive(); }
+    /// Device pixels a logical one.
+    double scale() const { return scale_; }
     platform::Display* display() const { return display_.get(); }
     CFrameWnd& frame() const { return frame_; }
     MessageQueue& queue() { return queue_; }
@@ -96,7 +99,8 @@ class WindowSession : public std::enable_shared_from_this<WindowSession> {
     };
 
   private:
-    WindowSession(std::unique_ptr<platform::Display> display, CFrameWnd& frame, std::uintptr_t host);
+    WindowSession(std::unique_ptr<platform::Display> display, CFrameWnd& frame, std::uintptr_t host,
+                  double scale);
     void Handle(const platform::Event& event);
     void HandleDestroyed(TopLevel& top);
     void CloseOwnedBy(const CWnd& window);
@@ -108,6 +112,7 @@ class WindowSession : public std::enable_shared_from_this<WindowSession> {
     std::unique_ptr<platform::Display> display_;
     CFrameWnd& frame_;
     std::uintptr_t host_;
+    double scale_;
     bool closed_ = false;
     int idles_ = 0; ///< under way, one inside the other
     MessageQueue queue_;

@@ -51,13 +51,17 @@ inline constexpr UINT WM_MOUSEMOVE = 512;   ///< also while dragging
 inline constexpr UINT WM_LBUTTONDOWN = 513; ///< first press
 inline constexpr UINT WM_LBUTTONUP = 514;   ///< release
 inline constexpr UINT WM_LBUTTONDBLCLK = 515;  ///< second and further quick presses
-inline constexpr UINT WM_MOUSEWHEEL = 522;     ///< wParam high word: signed, 120 a notch upwards
+inline constexpr UINT WM_MBUTTONDOWN = 519;    ///< a press of the middle button; nothing is held by it
+inline constexpr UINT WM_MOUSEWHEEL = 522;     ///< wParam high word: signed, whole notches, upwards positive
 inline constexpr UINT WM_EXITMENULOOP = 530;   ///< to a menu's owner: the menu is gone
 inline constexpr UINT WM_CAPTURECHANGED = 533; ///< the mouse was taken from this window
 inline constexpr UINT WM_USER = 1024;
 /// Without a target: makes the windows that were put off until no handler runs (`MessageQueue::DeferCreate`).
 inline constexpr UINT WM_DEFERRED_CREATE = WM_USER + 4;
 /// @}
+
+/// A notch of the wheel in WM_MOUSEWHEEL.
+inline constexpr int WHEEL_DELTA = 120;
 
 /// @name Key codes of WM_KEYDOWN and WM_KEYUP
 /// The numbering that the entry fields are written against. Keys that type a character have codes of their

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "ui/geometry.h"
+#include "ui/platform/scale.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -15,16 +15,28 @@
 /// implements these classes and the functions at the end; the layer above includes nothing else of it.
 ///
 /// Everything here is for one thread at a time; different displays may be used on different threads.
-/// All text is UTF-8. Pixels are device pixels.
+/// All text is UTF-8.
+///
+/// All places, sizes and lengths that cross this seam are logical pixels; the platform turns them into device
+/// pixels and back by the rules of scale.h. A surface has the scale that it was made with, a display the one
+/// that it was told (1 at first). Only `Surface::Pixels`, `Stride`, `DeviceWidth` and `DeviceHeight` are about
+/// device pixels. At scale 1 both are the same.
 namespace vocafade::platform {
 
-/// A picture: rows from the top, one 32-bit number a pixel (0xAARRGGBB, colours premultiplied with alpha).
+/// A picture: rows from the top, one 32-bit number a device pixel (0xAARRGGBB, colours premultiplied with
+/// alpha).
 class Surface {
   public:
     virtual ~Surface() = default;
+    /// Logical size.
     virtual int Width() const = 0;
     virtual int Height() const = 0;
-    /// The pixels, to be read or written until the next other call; `Stride` numbers lie from row to row.
+    /// Device pixels a logical one, above 0.
+    virtual double Scale() const = 0;
+    virtual int DeviceWidth() const = 0;
+    virtual int DeviceHeight() const = 0;
+    /// The device pixels, to be read or written until the next other call; `Stride` numbers lie from row to
+    /// row.
     virtual std::uint32_t* Pixels() = 0;
     virtual int Stride() const = 0;
     /// To be called after writing to `Pixels`.
@@ -32,28 +44,33 @@ class Surface {
 
     /// Fills the rectangles with one opaque colour (0xRRGGBB).
     virtual void Fill(std::span<const CRect> where, std::uint32_t rgb) = 0;
-    /// Draws `from` of `source` into `to`, blended with the source's alpha, within the rectangles `clip`;
-    /// bilinear where the sizes differ. `from` lies inside the source; `source` is not this surface.
+    /// Draws `from` of `source` into `to`, blended with the source's alpha, within the rectangles `clip`.
+    /// `from` lies inside the source; `source` is not this surface. Where the sizes are the same, a source of
+    /// this surface's scale is copied pixel by pixel, and one of another scale is resampled at the exact
+    /// places, so that two draws of parts give what one draw of both gives; where the sizes differ, bilinear.
+    /// What the rounding of `to` needs beyond `from` repeats its edge.
     virtual void Draw(Surface& source, const CRect& from, const CRect& to, std::span<const CRect> clip) = 0;
+    /// All device pixels.
     virtual bool WritePng(const char* path) = 0;
 };
 
 /// A font of one size, and what other fonts add to it where it lacks a character. Text is valid UTF-8, one
-/// line.
+/// line. Lengths are logical pixels, whole device pixels where they come from characters as drawn.
 class Font {
   public:
     virtual ~Font() = default;
-    /// Height of the bounding box around all characters of the font, in pixels.
+    /// Height of the bounding box around all characters of the font.
     virtual double BoundingHeight() const = 0;
-    /// Height above and depth below the baseline, in pixels.
+    /// Height above and depth below the baseline.
     virtual double Ascent() const = 0;
     virtual double Descent() const = 0;
-    /// Advance width in pixels.
-    virtual int Width(std::string_view text) = 0;
-    /// The x of the caret before each character (code point) and behind the last, in pixels.
-    virtual std::vector<int> CaretStops(std::string_view text) = 0;
-    /// Draws with the left end of the baseline at (x, baseline), within the rectangles `clip`.
-    virtual void Draw(Surface& target, int x, int baseline, std::string_view text, std::uint32_t rgb,
+    /// Advance width.
+    virtual double Width(std::string_view text) = 0;
+    /// The x of the caret before each character (code point) and behind the last.
+    virtual std::vector<double> CaretStops(std::string_view text) = 0;
+    /// Draws at the target's scale with the left end of the baseline at (x, baseline), rounded to a device
+    /// pixel, within the rectangles `clip`. Sharpest where the target has the font's own scale.
+    virtual void Draw(Surface& target, double x, double baseline, std::string_view text, std::uint32_t rgb,
                       std::span<const CRect> clip) = 0;
 };
 
@@ -64,8 +81,8 @@ enum class EventType {
     pressed,     ///< `point`, `button` (1 left, 2 middle, 3 right), `time`
     released,    ///< the same
     moved,       ///< `point`
-    wheel,       ///< `point`, `value`: notches, upwards positive
-    keyPressed,  ///< `key`, `text`
+    wheel,       ///< `point`, `value`: 120 a notch, upwards positive; touchpads send less at a time
+    keyPressed,  ///< `key`, `text`; from an input method `text` alone, with `key` 0
     keyReleased, ///< `key`
     focusGained, ///< the window has the system's keyboard focus now
     focusLost,
@@ -75,6 +92,7 @@ enum class EventType {
     parentResized, ///< `area`: the host's window has this size now; `window` is null
     clipboard,     ///< `text`: what `RequestClipboard` asked for
     inputLost,     ///< a popup does not get all input any more
+    scaleChanged,  ///< `DesktopScale` answers something else from now on; `window` is null
 };
 
 struct Event {
@@ -99,12 +117,13 @@ enum class WindowKind : int {
     embedded, ///< a child of the host's window
     dialog,   ///< a window with a frame of its own, above the host's
     popup,    ///< a menu: no frame, above all, takes all input while it and its owner are shown
+    tooltip,  ///< no frame, above all; gets no focus and no input, clicks go to what lies below
 };
 
 struct WindowRequest {
     WindowKind kind = WindowKind::embedded;
     std::uintptr_t host = 0;  ///< the host's window: the parent, or what the dialog belongs to
-    std::uintptr_t owner = 0; ///< of a popup: `NativeId` of the window that it belongs to
+    std::uintptr_t owner = 0; ///< of a popup or tooltip: `NativeId` of the window that it belongs to
     CRect bounds;             ///< in the parent, or on the screen
     std::string title;        ///< UTF-8
 };
@@ -125,6 +144,9 @@ class Window {
     virtual void TakeKeyboard() = 0;
     /// Gives the keyboard back, unless somebody else has got it in the meantime.
     virtual void GiveKeyboardBack() = 0;
+    /// Text is typed into the window with its caret at `caret`: an input method may take the keys and show
+    /// there what it makes of them. Null: no text is typed (any more); what was begun is dropped.
+    virtual void SetTextInput(const CRect* caret) = 0;
     /// Sets the pointer's look (`kCursorArrow` and the rest).
     virtual void SetCursor(unsigned cursor) = 0;
     /// Asks for the window to be the front one.
@@ -139,6 +161,12 @@ class Display {
     virtual ~Display() = default;
     /// False once the display has gone away: nothing happens any more, and nothing fails.
     virtual bool IsAlive() = 0;
+    /// How large the desktop wants things drawn, 1 being as large as pixels are; 0 when it says nothing. As it
+    /// is told, neither rounded nor limited.
+    virtual double DesktopScale() = 0;
+    /// From now on sizes, positions and events of this display and its windows are in logical pixels of
+    /// `scale` (above 0). Windows keep their device size until their next `Move` and `Resize`.
+    virtual void SetScale(double scale) = 0;
     /// Tells the size of the host's window; false when there is none of that number. From then on its changes
     /// arrive as events.
     virtual bool WatchHost(std::uintptr_t host, CSize& size) = 0;
@@ -160,12 +188,14 @@ class Display {
     virtual void RequestClipboard(Window& window) = 0;
 };
 
-/// A transparent picture; null when the size is not positive or there is no memory for it.
-std::unique_ptr<Surface> MakeSurface(int width, int height);
-/// Null when the bytes are no whole PNG file, or one with a side above 4096 pixels.
-std::unique_ptr<Surface> DecodePng(std::span<const std::byte> file);
-/// The font that comes nearest to `name`, at `pixels` high.
-std::shared_ptr<Font> OpenFont(std::string_view name, double pixels);
+/// A transparent picture; null when the size is not positive, a side has more than 16384 device pixels, or
+/// there is no memory for it.
+std::unique_ptr<Surface> MakeSurface(int width, int height, double scale = 1.0);
+/// The picture in a PNG file, which was drawn at `scale` times its logical size. Null when the bytes are no
+/// whole PNG file, or one with a side above 4096 logical pixels or more than 16 million pixels.
+std::unique_ptr<Surface> DecodePng(std::span<const std::byte> file, double scale = 1.0);
+/// The font that comes nearest to `name`, at `pixels` high, measured as it is drawn at `scale`.
+std::shared_ptr<Font> OpenFont(std::string_view name, double pixels, double scale = 1.0);
 /// The letter that `character` (one, valid UTF-8) is without its accents; the character itself if it has
 /// none.
 std::string BaseLetter(std::string_view character);

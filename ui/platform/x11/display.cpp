@@ -6,6 +6,7 @@
 
 #include <array>
 #include <bit>
+#include <cmath>
 #include <cstring>
 #include <xcb/randr.h>
 
@@ -13,6 +14,8 @@ namespace vocafade::platform {
 namespace x11 {
 namespace {
 
+/// What the server makes of finer turns of a wheel, too: it adds them up.
+constexpr int kNotch = 120;
 /// Of the standard cursor font.
 constexpr std::uint16_t kGlyphText = 152;
 /// Longest clipboard text that is taken, in 4-byte units; one line of a name needs far less.
@@ -101,7 +104,8 @@ bool XDisplay::Prepare() {
             xcb_randr_query_version_reply(connection_, xcb_randr_query_version(connection_, 1, 5), nullptr));
         hasRandr_ = version != nullptr && (version->major_version > 1 || version->minor_version >= 5);
     }
-    ReadDesktopSettings();
+    FollowDesktopSettings();
+    ready_.clear(); // the first answer is no change
     keyboard_.Start(connection_);
 
     helper_ = xcb_generate_id(connection_);
@@ -112,7 +116,7 @@ bool XDisplay::Prepare() {
 
 void XDisplay::InternAtoms() {
     const std::string screenSettings = "_XSETTINGS_S" + std::to_string(screenNumber_);
-    const std::array<std::pair<const char*, xcb_atom_t*>, 17> names{{
+    const std::array<std::pair<const char*, xcb_atom_t*>, 19> names{{
         {"WM_PROTOCOLS", &atoms_.wmProtocols},
         {"WM_DELETE_WINDOW", &atoms_.wmDeleteWindow},
         {"WM_STATE", &atoms_.wmState},
@@ -120,6 +124,7 @@ void XDisplay::InternAtoms() {
         {"_NET_WM_WINDOW_TYPE", &atoms_.netWmWindowType},
         {"_NET_WM_WINDOW_TYPE_DIALOG", &atoms_.netWmWindowTypeDialog},
         {"_NET_WM_WINDOW_TYPE_POPUP_MENU", &atoms_.netWmWindowTypePopupMenu},
+        {"_NET_WM_WINDOW_TYPE_TOOLTIP", &atoms_.netWmWindowTypeTooltip},
         {"_NET_WM_USER_TIME", &atoms_.netWmUserTime},
         {"_NET_ACTIVE_WINDOW", &atoms_.netActiveWindow},
         {"_NET_SUPPORTING_WM_CHECK", &atoms_.netSupportingWmCheck},
@@ -130,6 +135,7 @@ void XDisplay::InternAtoms() {
         {"_XEMBED_INFO", &atoms_.xembedInfo},
         {screenSettings.c_str(), &atoms_.xsettingsOwner},
         {"_XSETTINGS_SETTINGS", &atoms_.xsettingsSettings},
+        {"MANAGER", &atoms_.manager},
     }};
     std::array<xcb_intern_atom_cookie_t, names.size()> asked{};
     for (std::size_t i = 0; i < names.size(); ++i)
@@ -181,44 +187,24 @@ bool XDisplay::ChooseVisual() {
     return true;
 }
 
-/// What counts as a double click is a setting of the desktop, published as a list of named values: a byte
-/// order, a serial and a count, then for each a type (0 number, 1 text, 2 colour), a padded name, a serial
-/// and the value.
-void XDisplay::ReadDesktopSettings() {
+void XDisplay::FollowDesktopSettings() {
+    // Whoever takes the settings over says so to the root window, where the resources stand, too.
+    const std::uint32_t onRoot = XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+    xcb_change_window_attributes(connection_, screen_->root, XCB_CW_EVENT_MASK, &onRoot);
     const Reply<xcb_get_selection_owner_reply_t> owner(xcb_get_selection_owner_reply(
         connection_, xcb_get_selection_owner(connection_, atoms_.xsettingsOwner), nullptr));
-    if (owner == nullptr || owner->owner == XCB_NONE) return;
-    const Reply<xcb_get_property_reply_t> settings(xcb_get_property_reply(
-        connection_,
-        xcb_get_property(connection_, 0, owner->owner, atoms_.xsettingsSettings, XCB_ATOM_ANY, 0, 1 << 16),
-        nullptr));
-    if (settings == nullptr || settings->format != 8) return;
-    const auto* bytes = static_cast<const std::uint8_t*>(xcb_get_property_value(settings.get()));
-    const auto size = static_cast<std::size_t>(xcb_get_property_value_length(settings.get()));
-    if (size < 12) return;
-    const bool bigEndian = bytes[0] != 0;
-    const auto number = [&](std::size_t at, int count) {
-        std::uint32_t value = 0;
-        for (int i = 0; i < count; ++i) {
-            const std::size_t index = at + static_cast<std::size_t>(bigEndian ? i : count - 1 - i);
-            value = (value << 8) | bytes[index];
-        }
-        return value;
-    };
-    const auto padded = [](std::size_t n) { return (n + 3) & ~std::size_t{3}; };
-    std::size_t at = 12;
-    for (std::uint32_t left = number(8, 4); left > 0 && at + 4 <= size; --left) {
-        const std::uint8_t type = bytes[at];
-        const std::size_t nameLength = number(at + 2, 2);
-        const std::size_t value = at + 4 + padded(nameLength) + 4;
-        if (value + 4 > size) return;
-        const std::string_view name(static_cast<const char*>(static_cast<const void*>(bytes + at + 4)),
-                                    nameLength);
-        if (type == 0 && name == "Net/DoubleClickTime") doubleClickTime_ = number(value, 4);
-        if (type == 0 && name == "Net/DoubleClickDistance")
-            doubleClickDistance_ = static_cast<int>(number(value, 4));
-        at = value + (type == 0 ? 4 : type == 1 ? 4 + padded(number(value, 4)) : 8);
+    settingsOwner_ = owner != nullptr ? owner->owner : xcb_window_t{XCB_NONE};
+    if (settingsOwner_ != XCB_NONE) {
+        const std::uint32_t onOwner = XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+        xcb_change_window_attributes(connection_, settingsOwner_, XCB_CW_EVENT_MASK, &onOwner);
     }
+    ReadSettings();
+}
+
+void XDisplay::ReadSettings() {
+    const double before = desktop_.scale;
+    desktop_ = ReadDesktopSettings(connection_, settingsOwner_, atoms_.xsettingsSettings, screen_->root);
+    if (desktop_.scale != before) ready_.push_back(Basic(EventType::scaleChanged, nullptr, 0, lastTime_));
 }
 
 bool XDisplay::WatchHost(std::uintptr_t host, CSize& size) {
@@ -228,7 +214,7 @@ bool XDisplay::WatchHost(std::uintptr_t host, CSize& size) {
     const Reply<xcb_get_geometry_reply_t> geometry(
         xcb_get_geometry_reply(connection_, xcb_get_geometry(connection_, id), nullptr));
     if (geometry == nullptr) return false;
-    size = {geometry->width, geometry->height};
+    size = ToLogicalSize({geometry->width, geometry->height}, scale_);
     host_ = id;
     const std::uint32_t mask = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
     xcb_change_window_attributes(connection_, id, XCB_CW_EVENT_MASK, &mask);
@@ -241,8 +227,9 @@ std::unique_ptr<Window> XDisplay::MakeWindow(const WindowRequest& request) {
     const xcb_window_t id = xcb_generate_id(connection_);
     const bool embedded = request.kind == WindowKind::embedded;
     const xcb_window_t parent = embedded ? static_cast<xcb_window_t>(request.host) : screen_->root;
-    const CRect& b = request.bounds;
-    const std::array<std::uint32_t, 4> values{0, request.kind == WindowKind::popup ? 1U : 0U, 0, colormap_};
+    const CRect b = ToDevice(request.bounds, scale_);
+    const bool framed = embedded || request.kind == WindowKind::dialog;
+    const std::array<std::uint32_t, 4> values{0, framed ? 0U : 1U, 0, colormap_};
     // No background: the server would paint it before every picture of ours, and it would flicker.
     xcb_create_window(
         connection_, format_.depth, id, parent, static_cast<std::int16_t>(b.left),
@@ -263,9 +250,7 @@ std::unique_ptr<Window> XDisplay::MakeWindow(const WindowRequest& request) {
         SetNumbers(connection_, id, XCB_ATOM_WM_TRANSIENT_FOR, XCB_ATOM_WINDOW,
                    std::array<std::uint32_t, 1>{topLevel});
         SetNumbers(connection_, id, atoms_.netWmWindowType, XCB_ATOM_ATOM,
-                   std::array<std::uint32_t, 1>{request.kind == WindowKind::popup
-                                                    ? atoms_.netWmWindowTypePopupMenu
-                                                    : atoms_.netWmWindowTypeDialog});
+                   std::array<std::uint32_t, 1>{TypeOf(request.kind)});
         SetText(connection_, id, XCB_ATOM_WM_NAME, XCB_ATOM_STRING, request.title);
         SetText(connection_, id, atoms_.netWmName, atoms_.utf8String, request.title);
         SetText(connection_, id, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, std::string("vocafade\0Vocafade\0", 18));
@@ -279,6 +264,11 @@ std::unique_ptr<Window> XDisplay::MakeWindow(const WindowRequest& request) {
                    std::array<std::uint32_t, 1>{lastTime_});
     }
     return std::make_unique<NativeWindow>(*this, id, request);
+}
+
+xcb_atom_t XDisplay::TypeOf(WindowKind kind) const {
+    if (kind == WindowKind::popup) return atoms_.netWmWindowTypePopupMenu;
+    return kind == WindowKind::tooltip ? atoms_.netWmWindowTypeTooltip : atoms_.netWmWindowTypeDialog;
 }
 
 xcb_cursor_t XDisplay::CursorFor(unsigned cursor) {
@@ -295,6 +285,14 @@ xcb_cursor_t XDisplay::CursorFor(unsigned cursor) {
 }
 
 CRect XDisplay::WorkArea(CPoint point) {
+    const CRect area = MonitorAt(ToDevice(point, scale_));
+    // Only logical pixels that are wholly on it.
+    const auto first = [this](int edge) { return static_cast<int>(std::ceil(edge / scale_)); };
+    const auto end = [this](int edge) { return static_cast<int>(std::floor(edge / scale_)); };
+    return {first(area.left), first(area.top), end(area.right), end(area.bottom)};
+}
+
+CRect XDisplay::MonitorAt(CPoint point) {
     const CRect all(0, 0, screen_->width_in_pixels, screen_->height_in_pixels);
     if (!hasRandr_ || !IsAlive()) return all;
     const SigpipeGuard guard;
@@ -385,7 +383,7 @@ void XDisplay::Translate(const xcb_generic_event_t* event) {
     case XCB_EXPOSE: {
         const auto& e = As<xcb_expose_event_t>(event);
         Event out = Basic(EventType::exposed, Find(e.window), 0, lastTime_);
-        out.area = CRect({e.x, e.y}, {e.width, e.height});
+        out.area = ToLogicalAround(CRect({e.x, e.y}, {e.width, e.height}), scale_);
         if (out.window != nullptr) ready_.push_back(out);
         break;
     }
@@ -399,6 +397,7 @@ void XDisplay::Translate(const xcb_generic_event_t* event) {
     case XCB_DESTROY_NOTIFY: {
         const auto& e = As<xcb_destroy_notify_event_t>(event);
         NativeWindow* window = Find(e.window);
+        if (e.window == settingsOwner_ && !forged) FollowDesktopSettings();
         if (window == nullptr || forged) break;
         windows_.erase(e.window);
         window->Gone();
@@ -410,7 +409,7 @@ void XDisplay::Translate(const xcb_generic_event_t* event) {
         if (e.window != host_ || e.event != host_) break;
         Event out;
         out.type = EventType::parentResized;
-        out.area = CRect({0, 0}, {e.width, e.height});
+        out.area = CRect({0, 0}, ToLogicalSize({e.width, e.height}, scale_));
         ready_.push_back(out);
         break;
     }
@@ -426,7 +425,7 @@ void XDisplay::Translate(const xcb_generic_event_t* event) {
         NativeWindow* window = Find(e.event);
         if (window == nullptr) break;
         Event out = Basic(EventType::moved, window, e.state, e.time);
-        out.point = window->PointOf({e.event_x, e.event_y}, {e.root_x, e.root_y});
+        out.point = ToLogical(window->PointOf({e.event_x, e.event_y}, {e.root_x, e.root_y}), scale_);
         ready_.push_back(out);
         break;
     }
@@ -444,9 +443,17 @@ void XDisplay::Translate(const xcb_generic_event_t* event) {
         break;
     case XCB_CLIENT_MESSAGE: {
         const auto& e = As<xcb_client_message_event_t>(event);
+        if (e.type == atoms_.manager && e.data.data32[1] == atoms_.xsettingsOwner) FollowDesktopSettings();
         if (e.type == atoms_.wmProtocols && e.data.data32[0] == atoms_.wmDeleteWindow &&
             Find(e.window) != nullptr)
             ready_.push_back(Basic(EventType::closeAsked, Find(e.window), 0, lastTime_));
+        break;
+    }
+    case XCB_PROPERTY_NOTIFY: {
+        const auto& e = As<xcb_property_notify_event_t>(event);
+        if ((e.window == settingsOwner_ && e.atom == atoms_.xsettingsSettings) ||
+            (e.window == screen_->root && e.atom == XCB_ATOM_RESOURCE_MANAGER))
+            ReadSettings();
         break;
     }
     case XCB_SELECTION_REQUEST:
@@ -475,10 +482,11 @@ void XDisplay::TranslateButton(const xcb_button_press_event_t& e, bool pressed) 
                       : pressed ? EventType::pressed
                                 : EventType::released,
                       window, e.state, e.time);
-    out.screenPoint = {e.root_x, e.root_y};
-    out.point = window->PointOf({e.event_x, e.event_y}, out.screenPoint);
+    const CPoint onScreen(e.root_x, e.root_y);
+    out.screenPoint = ToLogical(onScreen, scale_);
+    out.point = ToLogical(window->PointOf({e.event_x, e.event_y}, onScreen), scale_);
     out.button = e.detail;
-    out.value = e.detail == 4 ? 1 : -1;
+    out.value = e.detail == 4 ? kNotch : -kNotch;
     if (e.detail == 1) out.leftButton = pressed;
     ready_.push_back(out);
 }

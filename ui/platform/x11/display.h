@@ -2,9 +2,10 @@
 #pragma once
 
 #include "ui/platform/platform.h"
+#include "ui/platform/x11/desktop_settings.h"
 #include "ui/platform/x11/keyboard.h"
+#include "ui/platform/x11/reply.h"
 
-#include <cstdlib>
 #include <deque>
 #include <map>
 #include <memory>
@@ -12,19 +13,14 @@
 
 namespace vocafade::platform::x11 {
 
-struct FreeDeleter {
-    void operator()(void* memory) const { std::free(memory); }
-};
-template <class T>
-using Reply = std::unique_ptr<T, FreeDeleter>;
-
 class NativeWindow;
 
 /// Names that the server knows by number.
 struct Atoms {
     xcb_atom_t wmProtocols, wmDeleteWindow, wmState, netWmName, netWmWindowType, netWmWindowTypeDialog,
-        netWmWindowTypePopupMenu, netWmUserTime, netActiveWindow, netSupportingWmCheck, utf8String, clipboard,
-        targets, selectionProperty, xembedInfo, xsettingsOwner, xsettingsSettings;
+        netWmWindowTypePopupMenu, netWmWindowTypeTooltip, netWmUserTime, netActiveWindow,
+        netSupportingWmCheck, utf8String, clipboard, targets, selectionProperty, xembedInfo, xsettingsOwner,
+        xsettingsSettings, manager;
 };
 
 /// How a pixel of the windows' visual is made.
@@ -47,18 +43,21 @@ class XDisplay : public Display {
     XDisplay& operator=(const XDisplay&) = delete;
 
     bool IsAlive() override { return xcb_connection_has_error(connection_) == 0; }
+    double DesktopScale() override { return desktop_.scale; }
+    void SetScale(double scale) override { scale_ = scale; }
     bool WatchHost(std::uintptr_t host, CSize& size) override;
     std::unique_ptr<Window> MakeWindow(const WindowRequest& request) override;
     bool NextEvent(Event& event) override;
     void Flush() override;
     bool IsLeftButtonHeld() override;
     CRect WorkArea(CPoint point) override;
-    unsigned DoubleClickTime() const override { return doubleClickTime_; }
-    int DoubleClickDistance() const override { return doubleClickDistance_; }
+    unsigned DoubleClickTime() const override { return desktop_.doubleClickTime; }
+    int DoubleClickDistance() const override { return desktop_.doubleClickDistance; }
     void OfferClipboard(std::string text) override;
     void RequestClipboard(Window& window) override;
 
     xcb_connection_t* connection() const { return connection_; }
+    double scale() const { return scale_; }
     const xcb_screen_t& screen() const { return *screen_; }
     const Atoms& atoms() const { return atoms_; }
     const PixelFormat& format() const { return format_; }
@@ -82,7 +81,12 @@ class XDisplay : public Display {
     bool Prepare();
     void InternAtoms();
     bool ChooseVisual();
-    void ReadDesktopSettings();
+    /// Looks up who publishes the desktop's settings, reads them, and asks to hear of changes.
+    void FollowDesktopSettings();
+    void ReadSettings();
+    xcb_atom_t TypeOf(WindowKind kind) const;
+    /// In device pixels: the monitor that has `point`, else all of the screen.
+    CRect MonitorAt(CPoint point);
     NativeWindow* Find(xcb_window_t id) const;
     /// Turns what X tells into what the layer knows; nothing or several may come of it.
     void Translate(const xcb_generic_event_t* event);
@@ -116,8 +120,9 @@ class XDisplay : public Display {
     std::string offered_;
     bool offering_ = false;
     std::uint32_t lastTime_ = 0;
-    unsigned doubleClickTime_ = 400;
-    int doubleClickDistance_ = 5;
+    DesktopSettings desktop_;
+    xcb_window_t settingsOwner_ = 0;
+    double scale_ = 1.0;
 };
 
 /// A window on an X server.
@@ -135,6 +140,7 @@ class NativeWindow : public Window {
     void Present(Surface& picture, std::span<const CRect> where) override;
     void TakeKeyboard() override;
     void GiveKeyboardBack() override;
+    void SetTextInput(const CRect* caret) override;
     void SetCursor(unsigned cursor) override;
     void Raise() override;
     CPoint ScreenPosition() override;
@@ -147,7 +153,8 @@ class NativeWindow : public Window {
     /// Takes all input for a popup; false when that can be tried again: somebody else holds it.
     bool Grab();
     bool IsHolder(xcb_window_t id) const { return id == holder_ && id != 0; }
-    /// The place in this window of a mouse event with these places in the event's window and on the screen.
+    /// The place in this window of a mouse event with these places in the event's window and on the screen,
+    /// all in device pixels.
     CPoint PointOf(CPoint inEventWindow, CPoint onScreen) const {
         return holder_ != 0 ? onScreen - place_ : inEventWindow;
     }
@@ -155,7 +162,9 @@ class NativeWindow : public Window {
 
   private:
     void SelectEvents();
-    /// Asks a window manager to keep a dialog at that size.
+    /// Presses and moves over it go to what lies below.
+    void LetInputThrough();
+    /// Asks a window manager to keep a dialog at that size, in device pixels.
     void FixSize(CSize size);
     void FocusSelf();
     void MakeHolder(xcb_window_t owner);
@@ -165,7 +174,7 @@ class NativeWindow : public Window {
     WindowKind kind_;
     xcb_window_t host_;
     xcb_window_t holder_ = 0; ///< of a popup: an invisible child of its owner that holds the grabs
-    CPoint place_;            ///< where it was put: in the parent, or on the screen
+    CPoint place_;            ///< where it was put: in the parent, or on the screen; in device pixels
     unsigned cursor_ = 0;
     bool wantsKeyboard_ = false;
     bool rememberedFocus_ = false;

@@ -3,6 +3,7 @@
 #include "ui/platform/platform.h"
 #include "ui/platform/x11/surface.h"
 
+#include <cmath>
 #include <fontconfig/fontconfig.h>
 #include <hb.h>
 #include <mutex>
@@ -76,9 +77,10 @@ PangoFontDescription* Describe(const std::string& name) {
 
 class PangoTextFont : public Font {
   public:
-    PangoTextFont(std::shared_ptr<FontMap> map, std::string_view name, double pixels) : map_(std::move(map)) {
+    PangoTextFont(std::shared_ptr<FontMap> map, std::string_view name, double pixels, double scale)
+        : map_(std::move(map)), scale_(scale) {
         PangoFontDescription* description = Describe(std::string(name));
-        pango_font_description_set_absolute_size(description, pixels * PANGO_SCALE);
+        pango_font_description_set_absolute_size(description, pixels * scale * PANGO_SCALE);
         layout_ = pango_layout_new(map_->context());
         pango_layout_set_font_description(layout_, description);
         pango_layout_set_single_paragraph_mode(layout_, TRUE);
@@ -97,35 +99,38 @@ class PangoTextFont : public Font {
     double Ascent() const override { return ascent_; }
     double Descent() const override { return descent_; }
 
-    int Width(std::string_view text) override {
+    double Width(std::string_view text) override {
         const std::scoped_lock lock(FontMap::Lock());
         SetText(text);
         int width = 0;
         pango_layout_get_size(layout_, &width, nullptr);
-        return PANGO_PIXELS_CEIL(width);
+        return PANGO_PIXELS_CEIL(width) / scale_;
     }
 
-    std::vector<int> CaretStops(std::string_view text) override {
+    std::vector<double> CaretStops(std::string_view text) override {
         const std::scoped_lock lock(FontMap::Lock());
         SetText(text);
-        std::vector<int> stops;
+        std::vector<double> stops;
         for (std::size_t i = 0; i <= text.size(); ++i) {
             if (i < text.size() && !StartsCharacter(text[i])) continue;
             PangoRectangle strong;
             pango_layout_get_cursor_pos(layout_, static_cast<int>(i), &strong, nullptr);
-            stops.push_back(PANGO_PIXELS(strong.x));
+            stops.push_back(PANGO_PIXELS(strong.x) / scale_);
         }
         return stops;
     }
 
-    void Draw(Surface& target, int x, int baseline, std::string_view text, std::uint32_t rgb,
+    void Draw(Surface& target, double x, double baseline, std::string_view text, std::uint32_t rgb,
               std::span<const CRect> clip) override {
         const std::scoped_lock lock(FontMap::Lock());
         SetText(text);
         cairo_t* c = static_cast<ImageSurface&>(target).Begin(clip);
         cairo_set_source_rgb(c, ((rgb >> 16) & 0xFF) / 255.0, ((rgb >> 8) & 0xFF) / 255.0,
                              (rgb & 0xFF) / 255.0);
-        cairo_move_to(c, x, baseline);
+        const double scale = target.Scale();
+        cairo_translate(c, std::floor(x * scale + 0.5), std::floor(baseline * scale + 0.5));
+        if (scale != scale_) cairo_scale(c, scale / scale_, scale / scale_);
+        cairo_move_to(c, 0, 0);
         pango_cairo_show_layout_line(c, pango_layout_get_line_readonly(layout_, 0));
         cairo_restore(c);
     }
@@ -177,14 +182,15 @@ class PangoTextFont : public Font {
     double ascent_ = 0;
     double descent_ = 0;
     double boundingHeight_ = 0;
+    double scale_; ///< that the text is laid out at
 };
 
 } // namespace
 } // namespace x11
 
-std::shared_ptr<Font> OpenFont(std::string_view name, double pixels) {
+std::shared_ptr<Font> OpenFont(std::string_view name, double pixels, double scale) {
     const std::scoped_lock lock(x11::FontMap::Lock());
-    return std::make_shared<x11::PangoTextFont>(x11::FontMap::Get(), name, pixels);
+    return std::make_shared<x11::PangoTextFont>(x11::FontMap::Get(), name, pixels, scale);
 }
 
 std::string BaseLetter(std::string_view character) {

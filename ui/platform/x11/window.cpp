@@ -6,6 +6,7 @@
 #include <array>
 #include <bit>
 #include <cstring>
+#include <xcb/shape.h>
 
 namespace vocafade::platform::x11 {
 namespace {
@@ -60,10 +61,19 @@ std::vector<std::uint8_t> Pack(Surface& picture, const CRect& part, const PixelF
 
 NativeWindow::NativeWindow(XDisplay& display, xcb_window_t id, const WindowRequest& request)
     : display_(display), id_(id), kind_(request.kind), host_(static_cast<xcb_window_t>(request.host)),
-      place_(request.bounds.TopLeft()) {
+      place_(ToDevice(request.bounds.TopLeft(), display.scale())) {
     display_.Know(id_, *this);
     if (kind_ == WindowKind::popup) MakeHolder(static_cast<xcb_window_t>(request.owner));
-    if (kind_ == WindowKind::dialog) FixSize(request.bounds.Size());
+    if (kind_ == WindowKind::dialog) FixSize(ToDevice(request.bounds, display.scale()).Size());
+    if (kind_ == WindowKind::tooltip) LetInputThrough();
+}
+
+void NativeWindow::LetInputThrough() {
+    xcb_connection_t* c = display_.connection();
+    const xcb_query_extension_reply_t* shape = xcb_get_extension_data(c, &xcb_shape_id);
+    if (shape == nullptr || shape->present == 0) return;
+    xcb_shape_rectangles(c, XCB_SHAPE_SO_SET, XCB_SHAPE_SK_INPUT, XCB_CLIP_ORDERING_UNSORTED, id_, 0, 0, 0,
+                         nullptr);
 }
 
 void NativeWindow::MakeHolder(xcb_window_t owner) {
@@ -89,11 +99,12 @@ NativeWindow::~NativeWindow() {
 }
 
 void NativeWindow::SelectEvents() {
-    std::uint32_t mask = XCB_EVENT_MASK_EXPOSURE | XCB_EVENT_MASK_STRUCTURE_NOTIFY |
-                         XCB_EVENT_MASK_BUTTON_PRESS | XCB_EVENT_MASK_BUTTON_RELEASE |
-                         XCB_EVENT_MASK_POINTER_MOTION | XCB_EVENT_MASK_FOCUS_CHANGE;
+    std::uint32_t mask = XCB_EVENT_MASK_EXPOSURE | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+    if (kind_ != WindowKind::tooltip)
+        mask |= XCB_EVENT_MASK_BUTTON_PRESS | XCB_EVENT_MASK_BUTTON_RELEASE | XCB_EVENT_MASK_POINTER_MOTION |
+                XCB_EVENT_MASK_FOCUS_CHANGE;
     // A key pressed while the pointer is over the panel belongs to the host, unless we took the keyboard.
-    if (kind_ != WindowKind::embedded || wantsKeyboard_)
+    if (kind_ == WindowKind::dialog || kind_ == WindowKind::popup || wantsKeyboard_)
         mask |= XCB_EVENT_MASK_KEY_PRESS | XCB_EVENT_MASK_KEY_RELEASE;
     xcb_change_window_attributes(display_.connection(), id_, XCB_CW_EVENT_MASK, &mask);
 }
@@ -101,16 +112,17 @@ void NativeWindow::SelectEvents() {
 void NativeWindow::Move(CPoint place) {
     if (id_ == 0) return;
     const SigpipeGuard guard;
-    place_ = place;
-    const std::array<std::uint32_t, 2> values{static_cast<std::uint32_t>(place.x),
-                                              static_cast<std::uint32_t>(place.y)};
+    place_ = ToDevice(place, display_.scale());
+    const std::array<std::uint32_t, 2> values{static_cast<std::uint32_t>(place_.x),
+                                              static_cast<std::uint32_t>(place_.y)};
     xcb_configure_window(display_.connection(), id_, XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y,
                          values.data());
 }
 
-void NativeWindow::Resize(CSize size) {
+void NativeWindow::Resize(CSize logical) {
     if (id_ == 0) return;
     const SigpipeGuard guard;
+    const CSize size = ToDevice(logical, display_.scale());
     if (kind_ == WindowKind::dialog) FixSize(size);
     const std::array<std::uint32_t, 2> values{static_cast<std::uint32_t>(std::max(1, size.cx)),
                                               static_cast<std::uint32_t>(std::max(1, size.cy))};
@@ -224,6 +236,8 @@ void NativeWindow::GiveKeyboardBack() {
     xcb_flush(c);
 }
 
+void NativeWindow::SetTextInput(const CRect* /*caret*/) {}
+
 void NativeWindow::SetCursor(unsigned cursor) {
     if (id_ == 0 || cursor == cursor_) return;
     const SigpipeGuard guard;
@@ -256,7 +270,7 @@ CPoint NativeWindow::ScreenPosition() {
     xcb_connection_t* c = display_.connection();
     const Reply<xcb_translate_coordinates_reply_t> place(xcb_translate_coordinates_reply(
         c, xcb_translate_coordinates(c, id_, display_.screen().root, 0, 0), nullptr));
-    return place != nullptr ? CPoint(place->dst_x, place->dst_y) : CPoint();
+    return place != nullptr ? ToLogical({place->dst_x, place->dst_y}, display_.scale()) : CPoint();
 }
 
 void NativeWindow::Present(Surface& picture, std::span<const CRect> where) {
@@ -265,10 +279,10 @@ void NativeWindow::Present(Surface& picture, std::span<const CRect> where) {
     xcb_connection_t* c = display_.connection();
     const PixelFormat& format = display_.format();
     const std::uint64_t most = std::uint64_t{xcb_get_maximum_request_length(c)} * 4 - kPutImageHeader;
-    const CRect all(0, 0, picture.Width(), picture.Height());
+    const CRect all(0, 0, picture.DeviceWidth(), picture.DeviceHeight());
     for (const CRect& r : where) {
         CRect part;
-        if (!part.IntersectRect(r, all)) continue;
+        if (!part.IntersectRect(ToDevice(r, picture.Scale()), all)) continue;
         const auto rowBytes = static_cast<std::uint64_t>(part.Width()) * format.bitsPerPixel / 8 + 4;
         const int rows = static_cast<int>(std::clamp<std::uint64_t>(most / rowBytes, 1, 65535));
         for (int top = part.top; top < part.bottom; top += rows) {
