@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <functional>
 #include <optional>
 
 namespace vocafade {
@@ -218,7 +219,9 @@ class Walk {
         layout_.chunks.erase(inForm, layout_.chunks.end());
         layout_.end = formEnd_;
         layout_.tail = AiffLayout::Tail::clean;
-        std::int64_t position = ChunksBehindForm(file_, formEnd_);
+        const std::optional<std::int64_t> found = ChunksBehindForm(file_, formEnd_);
+        if (!found) layout_.tail = AiffLayout::Tail::unsearched;
+        std::int64_t position = found.value_or(length_);
         if (!OnlyZeros(formEnd_, position)) layout_.leftover = position - formEnd_;
         if (position == length_) return;
         // Chunks follow, so the gap before them becomes part of a chunk that can be written over.
@@ -250,33 +253,39 @@ const AiffChunk* AiffLayout::Find(std::uint32_t id) const {
 
 AiffLayout ReadAiffLayout(CFile& file) { return Walk(file).Run(); }
 
-std::int64_t ChunksBehindForm(CFile& file, std::int64_t formEnd) {
-    constexpr std::int64_t mostSearched = 64 << 20;
+std::optional<std::int64_t> ChunksBehindForm(CFile& file, std::int64_t formEnd) {
+    constexpr std::int64_t blockSize = 1 << 20;
     const std::int64_t length = file.GetLength();
     for (std::array<unsigned char, kChunkHeaderSize> header{};
          ReadAt(file, formEnd, header.data(), header.size()) && LoadBigEndian32(header.data()) == kUserChunk;)
         formEnd += kChunkHeaderSize + LoadBigEndian32(header.data() + 4);
-    const std::int64_t start = std::max(formEnd, length - mostSearched);
-    if (start >= length) return length;
-    const auto size = static_cast<std::size_t>(length - start);
-    std::vector<unsigned char> bytes(size);
-    if (!ReadAt(file, start, bytes.data(), size)) return length;
-    std::vector<bool> leads(size + 1); // from here to the end of the file; found from behind
-    std::size_t zeros = size;          // that fill the file up; the first place of them
-    while (zeros > 0 && bytes[zeros - 1] == 0)
-        --zeros;
-    std::fill(leads.begin() + static_cast<std::ptrdiff_t>(zeros), leads.end(), true);
-    std::size_t first = size;
-    for (std::size_t at = zeros; at-- > 0;) {
-        if (size - at < kChunkHeaderSize) continue;
-        const std::uint32_t id = LoadBigEndian32(&bytes[at]), declared = LoadBigEndian32(&bytes[at + 4]);
-        if (!IsChunkId(id) || id == kUserChunk || declared > size - at - kChunkHeaderSize) continue;
-        const std::size_t next = at + kChunkHeaderSize + declared;
-        const bool padded = declared % 2 != 0 && next < size && bytes[next] == 0;
-        leads[at] = leads[next + (padded ? 1 : 0)];
-        if (leads[at]) first = at;
+    std::int64_t zeros = length;      // that fill the file up; the first place of them
+    std::vector<std::int64_t> places; // from which chunks lead to the end of the file; found from behind
+    const auto leads = [&](std::int64_t place) {
+        return place >= zeros || std::binary_search(places.begin(), places.end(), place, std::greater<>());
+    };
+    std::vector<unsigned char> bytes;
+    for (std::int64_t end = length; end > formEnd;) {
+        const std::int64_t start = std::max(formEnd, end - blockSize);
+        bytes.resize(static_cast<std::size_t>(std::min(length, end + kChunkHeaderSize - 1) - start));
+        if (!ReadAt(file, start, bytes.data(), bytes.size())) return std::nullopt;
+        for (std::int64_t at = end; at-- > start;) {
+            const unsigned char* here = &bytes[static_cast<std::size_t>(at - start)];
+            if (zeros == at + 1 && *here == 0) zeros = at;
+            const std::int64_t room = length - at - kChunkHeaderSize;
+            if (*here < 0x20 || room < 0) continue;
+            const std::uint32_t id = LoadBigEndian32(here), declared = LoadBigEndian32(here + 4);
+            if (!IsChunkId(id) || id == kUserChunk || declared > room) continue;
+            std::int64_t next = at + kChunkHeaderSize + declared;
+            unsigned char pad = 1;
+            if (declared % 2 != 0 && leads(next + 1) && ReadAt(file, next, &pad, 1) && pad == 0) ++next;
+            if (!leads(next)) continue;
+            if (places.size() == kMostChunks) return std::nullopt;
+            places.push_back(at);
+        }
+        end = start;
     }
-    return start + static_cast<std::int64_t>(first);
+    return places.empty() ? length : places.back();
 }
 
 std::optional<std::vector<unsigned char>> ReadPayload(CFile& file, const AiffLayout& layout,

@@ -61,6 +61,7 @@ struct AiffLayout {
         cutChunk,      ///< the last chunk says that it is longer than the file
         strangeBytes,  ///< bytes that are no chunk
         tooManyChunks, ///< more chunks than any sane file has
+        unsearched,    ///< what is behind the form could not be told apart
     };
 
     Form form = Form::none;
@@ -97,8 +98,9 @@ AiffLayout ReadAiffLayout(CFile& file);
 
 /// [main-thread] The first place behind the form, which ends at `formEnd`, from which whole chunks lead
 /// exactly to the end of the file or to zeros that fill it up, user chunks that were taken away aside; the
-/// length of the file when there is none. Only the last 64 MiB are searched.
-std::int64_t ChunksBehindForm(CFile& file, std::int64_t formEnd);
+/// length of the file when there is none; nothing when it cannot be read, or when chunks lead on from more
+/// places than any sane file has. Reads all that is behind the form once, block by block.
+std::optional<std::int64_t> ChunksBehindForm(CFile& file, std::int64_t formEnd);
 
 /// [main-thread] The payload of the last chunk with that ID, which stands for all before it; empty when there
 /// is no such chunk; nothing when it cannot be read or holds more than `kMostPayload` bytes.

@@ -72,6 +72,13 @@ std::string Ids(const std::string& path) {
     return ids;
 }
 
+/// Makes the file longer without taking room on the disk; false where that cannot be done.
+bool Lengthen(const std::string& path, std::int64_t size) {
+    std::error_code error;
+    std::filesystem::resize_file(path, static_cast<std::uintmax_t>(size), error);
+    return !error;
+}
+
 /// The samples as the widely used library reads them.
 std::vector<int> SamplesOf(const std::string& path, SF_INFO& info) {
     info = {};
@@ -220,6 +227,21 @@ TEST_F(UserChunk, ChunksThatOthersAppendedBehindTheFormAreKept) {
             }
         }
     }
+    // However long what was appended is; and where nobody could tell the chunks apart, nothing is written.
+    const std::string apart = begun[1].substr(0, begun[1].size() - tags.size());
+    WriteFile(path, apart + "APPL" + Big32(70 << 20));
+    if (Lengthen(path, static_cast<std::int64_t>(apart.size()) + (70 << 20)))
+        std::ofstream(path, std::ios::app | std::ios::binary) << Noise(8);
+    for (int i = 0; i < 2; ++i) {
+        PutKey(second + second);
+        EXPECT_EQ(Ids(path), "COMM SSND WVL4 FLLR APPL");
+    }
+    std::string crowd = begun[1];
+    for (int i = 0; i < 70000; ++i)
+        crowd += Chunk("XTRA", "");
+    WriteFile(path, crowd);
+    EXPECT_EQ(Put(path, {}), Result::damaged);
+    EXPECT_EQ(ReadFile(path), crowd);
     // A sub-chunk that was removed does not come back as a chunk, and what is appended then is kept too.
     WriteFile(path, Form(head));
     ASSERT_EQ(Put(path, {Sub("KEY ", value), Sub("GONE", first)}), Result::done);
@@ -397,13 +419,6 @@ TEST_F(UserChunk, EveryTruncationAndEveryWrongSizeKeepsTheSound) {
             check(std::string(whole).replace(field, 4, Big32(size)));
         }
     }
-}
-
-/// Makes the file longer without taking room on the disk; false where that cannot be done.
-bool Lengthen(const std::string& path, std::int64_t size) {
-    std::error_code error;
-    std::filesystem::resize_file(path, static_cast<std::uintmax_t>(size), error);
-    return !error;
 }
 
 TEST_F(UserChunk, SoundsAboveFourGibibytesAreWalked) {

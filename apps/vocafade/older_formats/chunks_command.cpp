@@ -91,6 +91,8 @@ std::string TailNote(AiffLayout::Tail tail) {
         return "behind the last chunk are bytes that are no chunk";
     case AiffLayout::Tail::tooManyChunks:
         return "there are more chunks than are listed";
+    case AiffLayout::Tail::unsearched:
+        return "behind the end of the form are more chunks than can be told apart, or they cannot be read";
     }
     return {};
 }
