@@ -368,7 +368,16 @@ TEST_F(FormatsCommand, SettingsAreShownAndChanged) {
     EXPECT_EQ(settings({"Window"}).exitCode, 1);
     EXPECT_EQ(Run({"settings", "Window"}).exitCode, 2);
     EXPECT_EQ(settings({"--path", "Window"}).exitCode, 2);
-    // A file that cannot be read is no empty one.
+    // A file that cannot be read is no empty one, but where a nearer one answers it does not matter.
+    test::SetVariable("XDG_CONFIG_DIRS", At("system"));
+    EXPECT_EQ(settings({"Window", "title", "two words"}).exitCode, 0);
+    std::filesystem::remove(everybodys);
+    std::filesystem::create_directory(everybodys);
+    EXPECT_EQ(settings({"Window", "title"}).out, "two words\n");
+    EXPECT_EQ(settings({}).out, mine);
+    Fails({"settings", "--app", "../host"}, 1, everybodys + " cannot be read: Is a directory");
+    Fails({"settings", "--app", "../host", "Other", "x"}, 1, everybodys);
+    test::UnsetVariable("XDG_CONFIG_DIRS");
     std::filesystem::remove(path);
     std::filesystem::create_directory(path);
     Fails({"settings", "--app", "../host"}, 1, ": Is a directory");

@@ -29,7 +29,8 @@ std::string Text(const SettingsValue& value) {
 /// What is stored for one user or all, on one machine or all.
 struct StoredScope {
     std::string heading;
-    SettingsDocument document;
+    std::optional<SettingsDocument> document;
+    std::string problem; ///< why there is no document
 };
 
 /// All scopes, the nearest first.
@@ -42,9 +43,9 @@ std::vector<StoredScope> ReadScopes(const SettingsStore& store) {
     std::vector<StoredScope> stored;
     for (const auto& [scope, name] : kScopes) {
         const std::string path = Printable(store.Path(scope));
-        std::optional<SettingsDocument> document = store.Read(scope);
-        if (!document) throw Failure(fmt::format("{} cannot be read: {}", path, SystemReason()));
-        stored.push_back({fmt::format("# {}: {}\n", name, path), *std::move(document)});
+        StoredScope& added =
+            stored.emplace_back(StoredScope{fmt::format("# {}: {}\n", name, path), store.Read(scope), {}});
+        if (!added.document) added.problem = fmt::format("{} cannot be read: {}", path, SystemReason());
     }
     return stored;
 }
@@ -54,36 +55,56 @@ void ShowSection(const SettingsSection& section) {
         Print("{} = {}\n", Printable(name), Text(*section.Find(name)));
 }
 
-void ShowEverything(const std::vector<StoredScope>& scopes) {
-    for (const auto& [heading, document] : scopes) {
-        if (document.sections().empty() && document.roots().Names().empty()) continue;
+/// Shows what is in `section`, or everything when that is null; false when there is nothing.
+bool ShowDocument(const std::string& heading, const SettingsDocument& document, const std::string* section) {
+    if (section != nullptr) {
+        const SettingsSection* found = document.FindSection(*section);
+        if (found == nullptr) return false;
         PrintText(heading);
-        ShowSection(document.roots());
-        for (const SettingsSection& section : document.sections()) {
-            Print("[{}]\n", Printable(section.name()));
-            ShowSection(section);
-        }
+        ShowSection(*found);
+        return true;
     }
+    if (document.sections().empty() && document.roots().Names().empty()) return false;
+    PrintText(heading);
+    ShowSection(document.roots());
+    for (const SettingsSection& each : document.sections()) {
+        Print("[{}]\n", Printable(each.name()));
+        ShowSection(each);
+    }
+    return true;
 }
 
-void Show(const SettingsOptions& options, const std::vector<StoredScope>& scopes) {
-    if (!options.section) return ShowEverything(scopes);
-    bool found = false;
-    for (const auto& [heading, document] : scopes) {
-        const SettingsSection* section = document.FindSection(*options.section);
-        if (section == nullptr) continue;
-        found = true;
-        if (!options.entry) {
-            PrintText(heading);
-            ShowSection(*section);
-            continue;
-        }
-        // The nearest section decides, also for what it does not have.
-        const SettingsValue* value = section->Find(*options.entry);
-        if (value == nullptr) throw Failure(fmt::format("there is no entry '{}'", Printable(*options.entry)));
+[[noreturn]] void ThrowNoSection(const std::string& section) {
+    throw Failure(fmt::format("there is no section '{}'", Printable(section)));
+}
+
+/// The value that counts: that of the nearest scope which has the section, also for what it does not have.
+/// A scope that cannot be read may be that one, so no farther one answers in its place.
+void ShowEntry(const std::string& section, const std::string& entry, const std::vector<StoredScope>& scopes) {
+    for (const StoredScope& scope : scopes) {
+        if (!scope.document) throw Failure(scope.problem);
+        const SettingsSection* found = scope.document->FindSection(section);
+        if (found == nullptr) continue;
+        const SettingsValue* value = found->Find(entry);
+        if (value == nullptr) throw Failure(fmt::format("there is no entry '{}'", Printable(entry)));
         return PrintText(value->binary ? value->bytes : value->bytes + "\n");
     }
-    if (!found) throw Failure(fmt::format("there is no section '{}'", Printable(*options.section)));
+    ThrowNoSection(section);
+}
+
+/// Shows what can be read, and says what cannot.
+int ShowScopes(const std::optional<std::string>& section, const std::vector<StoredScope>& scopes) {
+    bool found = false, complete = true;
+    for (const StoredScope& scope : scopes) {
+        if (scope.document) {
+            found |= ShowDocument(scope.heading, *scope.document, section ? &*section : nullptr);
+        } else {
+            PrintError(fmt::format("vocafade: {}\n", scope.problem));
+            complete = false;
+        }
+    }
+    if (section && !found && complete) ThrowNoSection(*section);
+    return complete ? kExitFine : kExitFailed;
 }
 
 void Change(const SettingsOptions& options, const SettingsStore& store) {
@@ -129,8 +150,10 @@ int RunSettings(int argumentCount, char** arguments) {
         Print("{}\n", store.Path(SettingsScope::userAnyHost));
     } else if (options.remove || options.value) {
         Change(options, store);
+    } else if (options.entry) {
+        ShowEntry(*options.section, *options.entry, ReadScopes(store));
     } else {
-        Show(options, ReadScopes(store));
+        return ShowScopes(options.section, ReadScopes(store));
     }
     return kExitFine;
 }
