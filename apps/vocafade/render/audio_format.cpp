@@ -36,6 +36,10 @@ constexpr std::array kEndings = {
     Ending{"snd", SF_FORMAT_AU, 0},
 };
 
+/// Endings of files that can only be read, and second names.
+constexpr std::array<std::string_view, 11> kReadEndings = {"wave", "bwf", "mp1", "mp2",  "mpga", "voc",
+                                                           "avr",  "paf", "svx", "nist", "sph"};
+
 constexpr std::int64_t kWavLimit =
     (std::int64_t{1} << 32) - (std::int64_t{1} << 20); // room for its other chunks
 constexpr std::int64_t kAiffLimit =
@@ -168,6 +172,11 @@ std::string KnownEndings() {
     for (const Ending& ending : kEndings)
         list += (list.empty() ? "." : ", .") + std::string(ending.text);
     return list;
+}
+
+bool IsSoundEnding(const std::string& ending) {
+    return FindEnding(ending) != nullptr ||
+           std::find(kReadEndings.begin(), kReadEndings.end(), ending) != kReadEndings.end();
 }
 
 bool IsKnownEnding(const std::string& ending) { return FindEnding(LowerCase(ending)) != nullptr; }

@@ -25,6 +25,9 @@ std::string KnownEndings();
 /// True when `ending` (without dot, any case) names a format.
 bool IsKnownEnding(const std::string& ending);
 
+/// True when files of this ending (without dot, in lower case) are sound files that can be read, as a rule.
+bool IsSoundEnding(const std::string& ending);
+
 /// The format in which a song read as `input` is written under an ending: the very same format when the
 /// ending stands for it, else that ending's format with the depth nearest to the input's that does not lose
 /// any. An empty ending, or one that is the input's own, means the input's format. Throws `Failure` when that

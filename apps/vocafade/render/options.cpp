@@ -19,7 +19,8 @@ constexpr const char* kDescription =
     "\n"
     "  vocafade song.wav                    writes song-vocafade.wav beside it\n"
     "  vocafade song.mp3 -o karaoke.flac    writes FLAC\n"
-    "  vocafade *.flac -o karaoke/          renders an album, several songs at once\n";
+    "  vocafade *.flac -o karaoke/          renders an album, several songs at once\n"
+    "  vocafade -r music -o karaoke         renders a whole collection, folder by folder\n";
 
 constexpr const char* kClosing =
     "Without --program and --bank every parameter starts at its default, whatever the user's saved programs "
@@ -47,6 +48,14 @@ void AddFileOptions(CLI::App& app, RenderOptions& options) {
         ->type_name("ENDING")
         ->group("Files");
     app.add_flag("-n,--no-clobber", options.keepExisting, "leave files that exist as they are")
+        ->group("Files");
+    app.add_flag("-r,--recursive", options.recursive,
+                 "inputs are folders: render all songs in them into the same folders below OUT")
+        ->group("Files");
+    app.add_flag("--copy-others", options.copyOthers, "with --recursive: copy files that are no songs")
+        ->group("Files");
+    app.add_option("--log", options.log, "add a line of JSON for each song to FILE")
+        ->type_name("FILE")
         ->group("Files");
     app.add_option("-j,--jobs", options.jobs, "songs to render at once (default: as many as processors)")
         ->type_name("N")
@@ -130,6 +139,7 @@ void CheckRanges(const RenderOptions& options) {
     check(options.jobs >= 0 && options.jobs <= kMostJobs, "--jobs", options.jobs, 0, kMostJobs);
     if (options.inputs.empty() && !options.listPrograms && !options.listParameters)
         throw UsageError("no input: name at least one sound file");
+    if (options.copyOthers && !options.recursive) throw UsageError("--copy-others goes with --recursive");
     for (const std::string& input : options.inputs)
         if (input.empty()) throw UsageError("an input has an empty name");
 }

@@ -17,6 +17,9 @@ struct RenderOptions {
     std::string output; ///< a file or a folder; empty: beside the input
     std::string format; ///< ending of the files to write; empty: decided by the output or the input
     bool keepExisting = false;
+    bool recursive = false;  ///< inputs are folders, and the output is one
+    bool copyOthers = false; ///< what is no song goes along
+    std::string log;         ///< file for a line a song; empty: none
 
     std::optional<double> loFreq;
     std::optional<double> hiFreq;

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "apps/vocafade/render/render_command.h"
 
-#include "apps/vocafade/render/job_pool.h"
 #include "apps/vocafade/render/listing.h"
 #include "apps/vocafade/render/options.h"
 #include "apps/vocafade/render/renderer.h"
 #include "apps/vocafade/render/reporter.h"
+#include "apps/vocafade/render/run_songs.h"
 #include "apps/vocafade/shared/failures.h"
 #include "apps/vocafade/shared/interruption.h"
 #include "apps/vocafade/shared/plugin_finder.h"
@@ -13,8 +13,6 @@
 #include "apps/vocafade/shared/text.h"
 #include "host/host_error.h"
 
-#include <atomic>
-#include <cstdio>
 #include <fmt/format.h>
 #include <memory>
 #include <optional>
@@ -24,9 +22,6 @@ namespace vocafade::command {
 namespace {
 
 namespace fs = std::filesystem;
-
-/// Less is missing where programs count the bytes of a header wrong.
-constexpr double kMissingSeconds = 0.05;
 
 /// What the command line asks of the parameters, checked against the plug-in.
 std::vector<Assignment> Resolve(host::Effect& effect, const RenderOptions& options) {
@@ -84,69 +79,6 @@ void WarnOfBand(host::Effect& effect, Reporter& reporter) {
                                      effect.parameterDisplay(kParameterHiFreq)));
 }
 
-/// How many samples were clipped, and what helps: 3 dB less than the plug-in's Output had.
-std::string ClippingText(const RenderReport& report) {
-    constexpr double kStep = 3.0;
-    const std::string help = report.outputLevel ? fmt::format("--output {:g}", *report.outputLevel - kStep)
-                                                : std::string("a lower level");
-    if (report.clipped == 1) return "1 sample went beyond full scale and was clipped; try " + help;
-    return fmt::format("{} samples went beyond full scale and were clipped; try {}", report.clipped, help);
-}
-
-void TellOutcome(const RenderJob& job, const RenderReport& report, const RenderOptions& options,
-                 Reporter& reporter) {
-    const std::string input = Printable(job.input.string());
-    const double speed = report.workSeconds > 0.0 ? report.songSeconds / report.workSeconds : 0.0;
-    reporter.Line(fmt::format("{} -> {} ({}, {}, {:.0f} times real time)", input,
-                              Printable(job.output.string()), ClockTime(report.songSeconds), report.format,
-                              speed));
-    if (report.announcedSeconds - report.songSeconds > kMissingSeconds)
-        reporter.Warning(fmt::format("{}: the file ends early: {:.2f} of {:.2f} seconds are there", input,
-                                     report.songSeconds, report.announcedSeconds));
-    if (report.passedThrough && !options.dry)
-        reporter.Warning(input +
-                         ": ON/OFF is off, so the sound was passed through (--set ON/OFF=ON switches it on)");
-    if (report.oneInBoth && !report.passedThrough)
-        reporter.Warning(input +
-                         ": left and right are the same throughout, so everything counts as the middle");
-    if (report.clipped > 0) reporter.Warning(input + ": " + ClippingText(report));
-}
-
-/// Renders one job and tells what came of it; false when it failed.
-bool RunJob(const RenderJob& job, std::size_t index, const RenderSettings& settings,
-            const RenderOptions& options, Reporter& reporter) {
-    try {
-        ThrowIfInterrupted();
-        std::error_code error;
-        if (options.keepExisting && fs::exists(job.output, error)) {
-            reporter.Line(Printable(job.output.string()) + " exists and is left as it is");
-            return true;
-        }
-        const RenderReport report =
-            Render(job, settings, [&](double done) { reporter.Progress(index, done); });
-        TellOutcome(job, report, options, reporter);
-        return true;
-    } catch (const Interrupted&) {
-        return false; // said once, by the whole run
-    } catch (const std::exception& error) {
-        reporter.Error(Printable(job.input.string()) + ": " + error.what());
-        return false;
-    }
-}
-
-int RunAll(const std::vector<RenderJob>& jobs, const RenderSettings& settings, const RenderOptions& options,
-           Reporter& reporter) {
-    std::atomic<std::size_t> failed{0};
-    RunJobs(jobs.size(), static_cast<std::size_t>(options.jobs), [&](std::size_t index) {
-        if (!RunJob(jobs[index], index, settings, options, reporter)) ++failed;
-        reporter.Over(index);
-    });
-    ThrowIfInterrupted();
-    if (failed == 0) return kExitFine;
-    if (jobs.size() > 1) reporter.Error(fmt::format("{} of {} songs failed", failed.load(), jobs.size()));
-    return kExitFailed;
-}
-
 std::vector<double> Weights(const std::vector<RenderJob>& jobs) {
     std::vector<double> weights;
     for (const RenderJob& job : jobs) {
@@ -183,12 +115,12 @@ int RunRender(int argumentCount, char** arguments) {
     const RenderSettings settings = MakeSettings(*effect, options, plugin);
     if (options.listPrograms || options.listParameters) return List(*effect, options, settings);
     CheckSetUp(*effect, settings);
-    const std::vector<RenderJob> jobs = PlanJobs(options);
+    const RenderPlan plan = PlanRun(options);
     WatchForInterruption();
-    Reporter reporter(options.quiet, Weights(jobs));
+    Reporter reporter(options.quiet, Weights(plan.songs));
     WarnOfBand(*effect, reporter);
     effect.reset();
-    return RunAll(jobs, settings, options, reporter);
+    return RunSongs(plan, settings, options, reporter);
 }
 
 } // namespace vocafade::command

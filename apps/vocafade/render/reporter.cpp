@@ -60,11 +60,17 @@ void Reporter::Progress(std::size_t index, double done) {
     if (std::chrono::steady_clock::now() - lastDraw_ >= kRedraw) Draw();
 }
 
+void Reporter::Skip(std::size_t index) {
+    const std::lock_guard lock(mutex_);
+    weights_[index] = 0.0;
+}
+
 void Reporter::Over(std::size_t index) {
     const std::lock_guard lock(mutex_);
     done_[index] = 1.0;
     ++over_;
-    if (bar_ && over_ < done_.size()) Draw();
+    // Songs that are there already come by the thousand.
+    if (bar_ && over_ < done_.size() && std::chrono::steady_clock::now() - lastDraw_ >= kRedraw) Draw();
 }
 
 void Reporter::Line(const std::string& text) {

@@ -27,6 +27,8 @@ class Reporter {
 
     /// Song `index` is done by this part, 0 to 1.
     void Progress(std::size_t index, double done);
+    /// Song `index` turned out to be no work at all.
+    void Skip(std::size_t index);
     /// Song `index` is over, one way or the other.
     void Over(std::size_t index);
     void Line(const std::string& text);    ///< silent when quiet

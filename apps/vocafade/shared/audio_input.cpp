@@ -18,7 +18,8 @@ void CheckFile(const fs::path& path) {
     const fs::file_status status = fs::status(path, error);
     if (status.type() == fs::file_type::not_found) throw Failure("there is no such file");
     if (error) throw Failure("cannot be read: " + error.message());
-    if (fs::is_directory(status)) throw Failure("is a folder, not a sound file");
+    if (fs::is_directory(status))
+        throw Failure("is a folder, not a sound file (--recursive goes through folders)");
     if (!fs::is_regular_file(status)) throw Failure("is a device or a pipe, not a file");
     if (::access(path.c_str(), R_OK) != 0) throw Failure("cannot be read: " + SystemReason());
     if (fs::file_size(path, error) == 0) throw Failure("is empty");
