@@ -19,6 +19,14 @@ LANES = [["4", "ON/OFF", "0", "1", "true", "false"], ["5", "Output", "-59.79", "
          ["8", "HiFreq", "20", "20000", "false", "true"], ["9", "Position", "0", "127", "false", "false"]]
 
 
+def normalised(number, value):
+    """As the VST plug-in takes it. Frequencies and places are cut to whole numbers: in the middle of a step nothing hangs
+    on a rounding."""
+    if number <= 2:
+        return f"{(2 ** (value / 6) - 0.001) / (1.999 if number == 1 else 0.999):.9g}"
+    return f"{to_normalised(number, value + 0.5):.9g}"
+
+
 class ArdourLv2(ardour_test.ArdourSession):
     def setUp(self):
         super().setUp()
@@ -49,10 +57,7 @@ class ArdourLv2(ardour_test.ArdourSession):
         path = self.lay_song()
         self.lua("ardour_set.lua", "1=3.9", "2=-3", "3=250", "4=6000", "5=40")
         self.bounce(self.work / "bounced.wav")
-        # Frequencies and places are cut to whole numbers: in the middle of a step nothing hangs on a rounding.
-        changes = [f"0:1:{(2 ** (3.9 / 6) - 0.001) / 1.999:.9g}", f"0:2:{(2 ** (-3 / 6) - 0.001) / 0.999:.9g}",
-                   f"0:3:{to_normalised(3, 250.5):.9g}", f"0:4:{to_normalised(4, 6000.5):.9g}",
-                   f"0:5:{to_normalised(5, 40.5):.9g}"]
+        changes = [f"0:{n}:{normalised(n, value)}" for n, value in ((1, 3.9), (2, -3), (3, 250), (4, 6000), (5, 40))]
         self.assert_in_time(path, self.work / "bounced.wav", *changes)
         # Opened again it has the same values.
         values = self.values()
@@ -60,6 +65,27 @@ class ArdourLv2(ardour_test.ArdourSession):
             self.assertAlmostEqual(values[number], value, places=4)
         self.bounce(self.work / "again.wav")
         self.assert_in_time(path, self.work / "again.wav", *changes)
+
+    def test_automation_of_all_six_is_exact_to_the_sample(self):
+        self.make_session()
+        path = self.lay_song()
+        # In ticks of a beat, as in ardour_test.
+        begin = {1: 0.0, 2: 0.0, 3: 100, 4: 9000, 5: 64}
+        change = {1: (735 * 75, 3.9), 2: (735 * 96, -3), 3: (735 * 109, 2000), 4: (735 * 122, 3000), 5: (735 * 138, 13)}
+        off = 735 * 170
+        self.lua("ardour_set.lua", "0:0:1", f"{off}:0:0", *(f"0:{n}:{value}" for n, value in begin.items()),
+                 *(f"{sample}:{n}:{value}" for n, (sample, value) in change.items()))
+        self.bounce(self.work / "automated.wav")
+        # While it is on, the lanes' sound; when it is off, after a blend of 20 ms, the song, in time.
+        song = read_wav(path)[:2]
+        on = self.work / "on.wav"
+        write_wav(on, *(side[:off] for side in song))
+        lanes = [f"0:{n}:{normalised(n, value)}" for n, value in begin.items()] + [
+            f"{sample}:{n}:{normalised(n, value)}" for n, (sample, value) in change.items()]
+        self.assert_in_time(on, self.work / "automated.wav", *lanes)
+        dry = off - LATENCY + RATE // 50 + 1
+        for side, host in zip(song, read_wav(self.work / "automated.wav")):
+            self.assertEqual(list(host[dry:FRAMES - LATENCY]), list(side[dry:FRAMES - LATENCY]))
 
     @unittest.skipUnless(has_editor(), "this build's editor has no window")
     def test_drag_in_the_editor_changes_the_port(self):

@@ -6,8 +6,9 @@ local session = load_session(arg[1], arg[2])
 assert(session, "no session")
 local insert = session:route_by_name("Song"):nth_plugin(0):to_insert()
 local function control_of(parameter)
+    local id = insert:plugin(0):nth_parameter(parameter, false) -- the LV2's port
     return insert:to_automatable():automation_control(
-        Evoral.Parameter(ARDOUR.AutomationType.PluginAutomation, 0, parameter), false)
+        Evoral.Parameter(ARDOUR.AutomationType.PluginAutomation, 0, id), false)
 end
 for i = 3, #arg do
     local parameter, value = arg[i]:match("^(%d+)=(.+)$")
