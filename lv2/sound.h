@@ -2,7 +2,7 @@
 #pragma once
 
 #include "effect/avocafade.h"
-#include "lv2/bypass.h"
+#include "effect/bypass.h"
 #include "lv2/ports.h"
 
 #include <array>

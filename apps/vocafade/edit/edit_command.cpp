@@ -2,7 +2,7 @@
 #include "apps/vocafade/edit/edit_command.h"
 
 #include "apps/vocafade/edit/editor_options.h"
-#include "apps/vocafade/edit/editor_window.h"
+#include "apps/vocafade/shared/editor_window.h"
 #include "apps/vocafade/shared/failures.h"
 #include "apps/vocafade/shared/interruption.h"
 #include "apps/vocafade/shared/plugin_finder.h"

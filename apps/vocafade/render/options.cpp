@@ -2,7 +2,6 @@
 #include "apps/vocafade/render/options.h"
 
 #include "apps/vocafade/shared/failures.h"
-#include "apps/vocafade/shared/parameters.h"
 #include "apps/vocafade/shared/text.h"
 #include "apps/vocafade/subcommands.h"
 
@@ -62,37 +61,6 @@ void AddFileOptions(CLI::App& app, RenderOptions& options) {
         ->group("Files");
 }
 
-void AddSoundOptions(CLI::App& app, RenderOptions& options) {
-    const auto number = [&](const char* name, std::optional<double>& value, const char* unit,
-                            const char* help, std::int32_t index) {
-        const std::string initial = LimitText(ShownRangeOf(index).initial);
-        app.add_option(name, value, fmt::format("{}, {} (default {})", help, RangeWords(index), initial))
-            ->type_name(unit)
-            ->group("Sound");
-    };
-    number("--lofreq", options.loFreq, "HZ", "lower limit of the voice's band", kParameterLoFreq);
-    number("--hifreq", options.hiFreq, "HZ", "upper limit of the voice's band", kParameterHiFreq);
-    number("--position", options.position, "STEP", "place to empty; 64 is the middle", kParameterPosition);
-    number("--input", options.inputLevel, "DB", "input level", kParameterInput);
-    number("--output", options.outputLevel, "DB", "output level", kParameterOutput);
-    app.add_option(
-           "--set", options.set,
-           "any parameter by its name, in the unit that it shows; may be repeated (see --list-parameters)")
-        ->type_name("NAME=VALUE")
-        ->expected(1)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
-        ->allow_extra_args(false) // what follows the value is a song
-        ->group("Sound");
-    app.add_option("--program", options.program,
-                   "start from the saved program N, 1 to 64 (of --bank, or of the user's saved bank)")
-        ->type_name("N")
-        ->group("Sound");
-    app.add_option("--bank", options.bank, "start from a bank or program file (.fxb, .fxp)")
-        ->type_name("FILE")
-        ->group("Sound");
-    app.add_flag("--dry", options.dry, "ON/OFF off: the sound passes through as it is")->group("Sound");
-}
-
 void AddProcessingOptions(CLI::App& app, RenderOptions& options) {
     app.add_option("--block", options.block, fmt::format("samples a call, 1 to {} (default 512)", kMostBlock))
         ->type_name("N")
@@ -103,9 +71,7 @@ void AddProcessingOptions(CLI::App& app, RenderOptions& options) {
            "--keep-latency", options.keepLatency,
            fmt::format("keep the {} samples of delay in front (the file grows by as many)", kVocafadeLatency))
         ->group("Processing");
-    app.add_option("--plugin", options.plugin, "the plug-in to use: Vocafade.so or a bundle folder")
-        ->type_name("FILE")
-        ->group("Processing");
+    AddPluginOption(app, options, "Processing");
 }
 
 void AddReportOptions(CLI::App& app, RenderOptions& options) {

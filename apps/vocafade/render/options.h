@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "apps/vocafade/shared/sound_options.h"
+
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -12,7 +14,7 @@ inline constexpr std::int32_t kMostBlock = 65536; ///< samples
 inline constexpr int kMostJobs = 256;
 
 /// The command line of a rendering, as typed but checked for form and, where the command knows it, for range.
-struct RenderOptions {
+struct RenderOptions : SoundOptions {
     std::vector<std::string> inputs;
     std::string output; ///< a file or a folder; empty: beside the input
     std::string format; ///< ending of the files to write; empty: decided by the output or the input
@@ -21,17 +23,6 @@ struct RenderOptions {
     bool copyOthers = false; ///< what is no song goes along
     std::string log;         ///< file for a line a song; empty: none
 
-    std::optional<double> loFreq;
-    std::optional<double> hiFreq;
-    std::optional<double> position;
-    std::optional<double> inputLevel;
-    std::optional<double> outputLevel;
-    std::vector<std::string> set; ///< NAME=VALUE
-    std::optional<int> program;   ///< from 1
-    std::string bank;
-    bool dry = false;
-
-    std::string plugin;
     std::int32_t block = 512; ///< samples
     bool doublePrecision = false;
     bool keepLatency = false;

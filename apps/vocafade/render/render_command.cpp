@@ -23,39 +23,10 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// What the command line asks of the parameters, checked against the plug-in.
-std::vector<Assignment> Resolve(host::Effect& effect, const RenderOptions& options) {
-    std::vector<Assignment> assignments;
-    const bool ours = effect.uniqueId() == kVocafadeId;
-    const auto add = [&](std::int32_t index, const std::optional<double>& value, const char* option) {
-        if (!value) return;
-        if (!ours)
-            throw UsageError(fmt::format("{} is for the Vocafade plug-in; use --set NAME=VALUE", option));
-        assignments.push_back(AssignDisplay(index, *value, fmt::format("{} {:g}", option, *value)));
-    };
-    add(kParameterLoFreq, options.loFreq, "--lofreq");
-    add(kParameterHiFreq, options.hiFreq, "--hifreq");
-    add(kParameterPosition, options.position, "--position");
-    add(kParameterInput, options.inputLevel, "--input");
-    add(kParameterOutput, options.outputLevel, "--output");
-    for (const std::string& text : options.set)
-        assignments.push_back(ParseAssignment(effect, text));
-    add(kParameterOnOff, options.dry ? std::optional(0.0) : std::nullopt, "--dry");
-    return assignments;
-}
-
 RenderSettings MakeSettings(host::Effect& effect, const RenderOptions& options, const fs::path& plugin) {
     RenderSettings settings;
+    static_cast<SoundSettings&>(settings) = ResolveSound(effect, options);
     settings.plugin = plugin;
-    settings.assignments = Resolve(effect, options);
-    if (options.program) {
-        const int programs = effect.numPrograms();
-        if (*options.program < 1 || *options.program > programs)
-            throw UsageError(fmt::format("--program {} is out of range: it goes from 1 to {}",
-                                         *options.program, programs));
-        settings.program = *options.program - 1;
-    }
-    if (!options.bank.empty()) settings.bank = host::ReadBankFile(options.bank);
     settings.format = LowerCase(options.format);
     settings.block = options.block;
     settings.doublePrecision = options.doublePrecision;

@@ -12,28 +12,6 @@
 #include <chrono>
 
 namespace vocafade::command {
-namespace {
-
-/// The effect's parameter counts as on by its whole-number part, as the engine's switch takes it.
-bool IsOff(host::Effect& effect) {
-    return effect.uniqueId() == kVocafadeId && static_cast<int>(effect.parameter(kParameterOnOff)) == 0;
-}
-
-/// Samples by which what comes out lies behind what went in.
-std::int64_t LatencyOf(host::Effect& effect) {
-    if (effect.uniqueId() == kVocafadeId) return IsOff(effect) ? 0 : kVocafadeLatency;
-    return std::max<std::int64_t>(0, effect.initialDelay());
-}
-
-} // namespace
-
-void SetUp(host::Effect& effect, const RenderSettings& settings) {
-    if (settings.bank) ApplyBankFile(effect, *settings.bank);
-    if (settings.program) effect.setProgram(*settings.program);
-    const bool ours = effect.uniqueId() == kVocafadeId;
-    if (ours && !settings.bank && !settings.program) Apply(effect, DefaultAssignments());
-    Apply(effect, settings.assignments);
-}
 
 RenderReport Render(const RenderJob& job, const RenderSettings& settings,
                     const std::function<void(double)>& progress) {
@@ -54,7 +32,8 @@ RenderReport Render(const RenderJob& job, const RenderSettings& settings,
     AudioOutput output(job.output, format, input, chunks);
     const auto carry = settings.doublePrecision ? CarryThrough<double> : CarryThrough<float>;
     const StreamReport stream =
-        carry(effect, input, output, {settings.block, settings.keepLatency, LatencyOf(effect)}, progress);
+        carry(effect, input, output,
+              {settings.block, settings.keepLatency, IsOff(effect) ? 0 : LatencyOf(effect)}, progress);
     if (stream.frames == 0) throw Failure("holds no sound that can be read");
     report.songSeconds = static_cast<double>(stream.frames) / input.info().samplerate;
     report.oneInBoth = stream.oneInBoth;

@@ -2,8 +2,7 @@
 #pragma once
 
 #include "apps/vocafade/render/render_plan.h"
-#include "apps/vocafade/shared/parameters.h"
-#include "host/bank_file.h"
+#include "apps/vocafade/shared/sound_options.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -15,13 +14,10 @@
 namespace vocafade::command {
 
 /// How every song of a run is rendered.
-struct RenderSettings {
+struct RenderSettings : SoundSettings {
     std::filesystem::path plugin;
-    std::optional<host::BankFile> bank;
-    std::optional<std::int32_t> program; ///< from 0
-    std::vector<Assignment> assignments; ///< on top of the program or the defaults
-    std::string format;                  ///< ending of the format to write; empty: that of the output's name
-    std::int32_t block = 512;            ///< samples a call
+    std::string format;       ///< ending of the format to write; empty: that of the output's name
+    std::int32_t block = 512; ///< samples a call
     bool doublePrecision = false;
     bool keepLatency = false;
 };
@@ -37,10 +33,6 @@ struct RenderReport {
     bool oneInBoth = false;            ///< left and right were the same throughout
     std::string format;
 };
-
-/// Brings an effect to the state that a run asks for, after it has been configured and started: starting
-/// resets parameters. Throws `Failure` or `host::HostError`.
-void SetUp(host::Effect& effect, const RenderSettings& settings);
 
 /// Renders one song, telling `progress` how much is done (0 to 1). Memory does not grow with the song. On any
 /// exception the output's name is left as it was. Throws `Failure`, `host::HostError` or `Interrupted`.

@@ -2,35 +2,20 @@
 #include "apps/vocafade/render/reporter.h"
 
 #include "apps/vocafade/shared/printing.h"
+#include "apps/vocafade/shared/terminal.h"
 #include "apps/vocafade/shared/text.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <fmt/format.h>
 #include <numeric>
-#include <string_view>
-#include <sys/ioctl.h>
-#include <unistd.h>
 #include <utility>
 
 namespace vocafade::command {
 namespace {
 
 constexpr std::chrono::milliseconds kRedraw{100};
-constexpr std::size_t kUsualWidth = 80;
 constexpr std::size_t kWidestBar = 40;
 constexpr double kTrustAfter = 0.5; // seconds: an earlier guess at the time left is wild
-
-bool IsTerminal() {
-    const char* kind =
-        std::getenv("TERM"); // NOLINT(concurrency-mt-unsafe): nothing here changes the environment
-    return ::isatty(STDERR_FILENO) == 1 && kind != nullptr && std::string_view(kind) != "dumb";
-}
-
-std::size_t TerminalWidth() {
-    winsize size{};
-    return ::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : kUsualWidth;
-}
 
 } // namespace
 
@@ -48,8 +33,8 @@ std::string ProgressLine(double done, double secondsSoFar, std::size_t songsDone
 }
 
 Reporter::Reporter(bool quiet, std::vector<double> weights)
-    : quiet_(quiet), bar_(!quiet && IsTerminal()), weights_(std::move(weights)), done_(weights_.size(), 0.0),
-      begin_(std::chrono::steady_clock::now()), lastDraw_(begin_) {}
+    : quiet_(quiet), bar_(!quiet && HasStatusLine()), weights_(std::move(weights)),
+      done_(weights_.size(), 0.0), begin_(std::chrono::steady_clock::now()), lastDraw_(begin_) {}
 
 Reporter::~Reporter() { Erase(); }
 
@@ -102,14 +87,14 @@ void Reporter::Draw() {
     const double done = std::inner_product(weights_.begin(), weights_.end(), done_.begin(), 0.0);
     const double seconds = std::chrono::duration<double>(now - begin_).count();
     const std::string line =
-        ProgressLine(all > 0.0 ? done / all : 0.0, seconds, over_, done_.size(), TerminalWidth() - 1);
-    PrintError("\r\033[K" + line); // back to the line's beginning, clear it
+        ProgressLine(all > 0.0 ? done / all : 0.0, seconds, over_, done_.size(), StatusWidth() - 1);
+    PrintError(kClearLine + line);
 }
 
 void Reporter::Erase() {
     if (!drawn_) return;
     drawn_ = false;
-    PrintError("\r\033[K");
+    PrintError(kClearLine);
 }
 
 } // namespace vocafade::command

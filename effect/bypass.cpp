@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-#include "lv2/bypass.h"
+#include "effect/bypass.h"
 
 #include <algorithm>
 
-namespace vocafade::lv2 {
+namespace vocafade {
 namespace {
 
 constexpr double kBlendSeconds = 0.02;
@@ -50,4 +50,4 @@ void Bypass::Process(bool on, const float* const* dry, float* const* wet, std::u
     place_ = place;
 }
 
-} // namespace vocafade::lv2
+} // namespace vocafade

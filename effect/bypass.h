@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace vocafade::lv2 {
+namespace vocafade {
 
 /// Puts the untouched sound, as late as the engine's, in the place of the engine's and back, without a click
 /// and without a jump in time: hosts make up for the delay whether the effect is on or off.
@@ -31,4 +31,4 @@ class Bypass {
     bool started_ = false;
 };
 
-} // namespace vocafade::lv2
+} // namespace vocafade

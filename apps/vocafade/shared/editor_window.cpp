@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "apps/vocafade/edit/editor_window.h"
+#include "apps/vocafade/shared/editor_window.h"
 
 #include "apps/vocafade/shared/failures.h"
 
