@@ -14,6 +14,7 @@
 #include <vector>
 
 #ifndef _LIBCPP_VERSION
+// cppcheck-suppress preprocessorErrorDirective
 #error "this host is to be built with libc++"
 #endif
 
