@@ -1,17 +1,13 @@
 # SPDX-License-Identifier: MIT
 """Ardour with the LV2 plug-in: ranges and lanes, a bounce that is in time, the session opened again, the window."""
 
-import os
 import unittest
 import xml.etree.ElementTree as xml
-from pathlib import Path
 
 import ardour_test
 from ardour_test import FRAMES
-from support import OUTPUT_FADER, RATE, has_editor, main, read_wav, to_normalised, write_wav
+from support import LV2_URI, OUTPUT_FADER, RATE, has_editor, main, read_wav, to_normalised, write_wav
 
-LV2 = Path(os.environ.get("VOCAFADE_LV2", "build/release/vocafade.lv2")).resolve()
-URI = "urn:velmorax:vocafade"
 LATENCY = 1707
 # As the lanes have them: port, name, least, most, toggled, logarithmic.
 LANES = [["4", "ON/OFF", "0", "1", "true", "false"], ["5", "Output", "-59.79", "6", "false", "false"],
@@ -30,14 +26,10 @@ def normalised(number, value):
 class ArdourLv2(ardour_test.ArdourSession):
     def setUp(self):
         super().setUp()
-        plugins = self.home / "lv2"
-        plugins.mkdir()
-        (plugins / "vocafade.lv2").symlink_to(LV2)
-        # Without the system's folder Ardour knows no category of a plug-in.
-        self.environment["LV2_PATH"] = f"{plugins}:/usr/lib/lv2"
+        self.offer_lv2()
 
     def make_session(self):
-        return self.lua("ardour_make.lua", RATE, "LV2", URI)
+        return self.lua("ardour_make.lua", RATE, "LV2", LV2_URI)
 
     def assert_in_time(self, song_path, host_path, *changes):
         """Ardour makes up for the delay, so that what it rendered is ours when the delay is put back. (It plays silence

@@ -1,20 +1,17 @@
 # SPDX-License-Identifier: MIT
 """Audacity with the LV2 plug-in: its scan, and what it renders."""
 
-import os
 import shutil
 from pathlib import Path
 
 import audacity_test
-from support import BUNDLE, main, to_normalised
+from support import BUNDLE, LV2, LV2_URI, main, to_normalised
 
-LV2 = Path(os.environ.get("VOCAFADE_LV2", "build/release/vocafade.lv2")).resolve()
-URI = "urn:velmorax:vocafade"
 
 
 class AudacityLv2(audacity_test.AudacityTest):
     kind = "LV2"
-    entry = URI
+    entry = LV2_URI
 
     def setUp(self):
         super().setUp()

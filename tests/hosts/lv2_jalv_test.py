@@ -1,30 +1,23 @@
 # SPDX-License-Identifier: MIT
 """jalv, LV2's own small host, on JACK without hardware: the panel in its window and the pointer."""
 
-import os
 import time
 import unittest
-from pathlib import Path
 
-from support import OUTPUT_FADER, HostTest, has_editor, main
+from support import LV2_URI, OUTPUT_FADER, HostTest, has_editor, main
 
-LV2 = Path(os.environ.get("VOCAFADE_LV2", "build/release/vocafade.lv2")).resolve()
-URI = "urn:velmorax:vocafade"
 
 
 class Jalv(HostTest):
     def setUp(self):
         super().setUp()
-        plugins = self.home / "lv2"
-        plugins.mkdir()
-        (plugins / "vocafade.lv2").symlink_to(LV2)
-        self.environment["LV2_PATH"] = f"{plugins}:/usr/lib/lv2"
+        self.offer_lv2()
 
     @unittest.skipUnless(has_editor(), "this build's editor has no window")
     def test_drag_in_the_editor_moves_the_port(self):
         self.start_jack()
         self.start_display()
-        process = self.start(["jalv.gtk3", URI], "jalv.log", GDK_BACKEND="x11")
+        process = self.start(["jalv.gtk3", LV2_URI], "jalv.log", GDK_BACKEND="x11")
         self.wait_for("its ports", lambda: "out_r" in self.jack_ports(), process=process)
         editor = self.wait_for("the panel", self.panel_window, process=process)
         before = self.wait_for_picture(editor, OUTPUT_FADER)

@@ -2,7 +2,6 @@
 """PipeWire: the example of an output device that takes the voice out, started headless, recorded while a song plays."""
 
 import array
-import os
 import re
 import signal
 import time
@@ -10,7 +9,6 @@ from pathlib import Path
 
 from support import RATE, HostTest, main, read_wav, song, to_normalised, write_wav
 
-LV2 = Path(os.environ.get("VOCAFADE_LV2", "build/release/vocafade.lv2")).resolve()
 EXAMPLE = Path(__file__).resolve().parents[2] / "lv2/examples/pipewire.conf"
 QUANTUM = 8192  # samples of PipeWire's block: a busy machine has time enough
 
@@ -59,10 +57,7 @@ libcamera_monitor.enabled = false
 class PipeWire(HostTest):
     def setUp(self):
         super().setUp()
-        plugins = self.home / "lv2"
-        plugins.mkdir()
-        (plugins / "vocafade.lv2").symlink_to(LV2)
-        self.environment["LV2_PATH"] = f"{plugins}:/usr/lib/lv2"
+        self.offer_lv2()
         settings = self.home / ".config/pipewire"
         (settings / "pipewire.conf.d").mkdir(parents=True)
         (settings / "pipewire.conf").write_text(SERVER, encoding="utf-8")

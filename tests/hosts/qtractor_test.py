@@ -96,6 +96,19 @@ class QtractorSession(HostTest):
 
         return self.open_until(lambda: self.panel_window(at_least=2), gesture)
 
+    def save(self, window):
+        """Has qtractor save its session: its text, and the values in it."""
+        before = self.session.read_text(encoding="utf-8")
+        self.xdotool("windowfocus", window, "key", "ctrl+s")
+
+        def saved():
+            text = self.session.read_text(encoding="utf-8")
+            return text != before and text.rstrip().endswith("</session>") and text
+
+        text = self.wait_for("the saved session", saved)
+        return text, {int(found[1]): float(found[2])
+                      for found in re.finditer(r'<param [^>]*index="(\d+)"[^>]*>([^<]*)<', text)}
+
 
 class Qtractor(QtractorSession):
     def scan(self, path):
@@ -172,19 +185,6 @@ class Qtractor(QtractorSession):
 
         self.start_up("a turn without a gap", play, times=4)
 
-    def saved_state(self, window):
-        """Has qtractor save its session: the 64 programs in it, and the values that it sets after them."""
-        def saved():
-            text = self.session.read_text(encoding="utf-8")
-            return text != before and text.rstrip().endswith("</session>") and text
-
-        before = self.session.read_text(encoding="utf-8")
-        self.xdotool("windowfocus", window, "key", "ctrl+s")
-        text = self.wait_for("the saved session", saved)
-        chunk = re.search('<config key="chunk">(.*?)</config>', text, re.DOTALL)
-        values = {int(found[1]): float(found[2]) for found in re.finditer(r'<param [^>]*index="(\d)"[^>]*>([^<]*)<', text)}
-        return unpack_as_qt(chunk[1]), values
-
     @unittest.skipUnless(has_editor(), "this build's editor has no window")
     def test_drag_in_the_editor_changes_the_sound(self):
         window = self.start_with_song(state_of(PROGRAMS))
@@ -215,7 +215,8 @@ class Qtractor(QtractorSession):
 
     def assert_saved(self, window, below):
         """The session has all values and programs as they were set; the Output that was dragged."""
-        programs, values = self.saved_state(window)
+        text, values = self.save(window)
+        programs = unpack_as_qt(re.search('<config key="chunk">(.*?)</config>', text, re.DOTALL)[1])
         output = programs[CURRENT][1]
         self.assertTrue(0.01 < output < below, output)
         changed = PROGRAMS[CURRENT]

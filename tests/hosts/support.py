@@ -28,6 +28,8 @@ def built(variable, name):
 
 
 BUNDLE = built("BUNDLE", "Vocafade.vst")
+LV2 = built("LV2", "vocafade.lv2")
+LV2_URI = "urn:velmorax:vocafade"
 COMMAND = built("COMMAND", "vocafade")
 COMPARE = built("COMPARE", "tests/vocafade-compare-rendering")
 NO_SEQUENCER = built("NO_SEQUENCER", "tests/vocafade-no-sequencer.so")
@@ -282,6 +284,13 @@ class HostTest(unittest.TestCase):
         end_all(folders_too=False)
         shutil.rmtree(self.work, ignore_errors=True)
         folders.discard(self.work)
+
+    def offer_lv2(self):
+        """The LV2 plug-in, and what the system has of LV2: without that Ardour knows no category of a plug-in."""
+        plugins = self.home / "lv2"
+        plugins.mkdir()
+        (plugins / "vocafade.lv2").symlink_to(LV2)
+        self.environment["LV2_PATH"] = f"{plugins}:/usr/lib/lv2"
 
     def popen(self, command, settings, **streams):
         return subprocess.Popen([str(part) for part in command], env={**self.environment, **settings},
