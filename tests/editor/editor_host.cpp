@@ -3,7 +3,6 @@
 
 #include <dlfcn.h>
 #include <stdexcept>
-#include <thread>
 
 namespace vocafade::test {
 namespace {
@@ -26,7 +25,7 @@ XServer& SharedServer() {
 
 HostedEditor::HostedEditor(XUser& someUser, int x, int y, audioMasterCallback callback,
                            const std::string& plugin)
-    : user(someUser), effect(Entry(plugin)(callback)), parent(user.MakeWindow(x, y, 477, 214)), x_(x), y_(y) {
+    : PanelMouse(someUser, x, y), effect(Entry(plugin)(callback)), parent(user.MakeWindow(x, y, 477, 214)) {
     Ask(effOpen);
     Ask(effSetSampleRate, 0, 0, nullptr, 44100.0f);
     Ask(effSetBlockSize, 0, 1024);
@@ -41,32 +40,6 @@ HostedEditor::~HostedEditor() {
 void HostedEditor::End() {
     if (effect != nullptr) Ask(effClose);
     effect = nullptr;
-}
-
-void HostedEditor::Settle() {
-    for (int i = 0; i < 4; ++i) {
-        user.Sync();
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
-        Idle();
-    }
-    user.Sync();
-}
-
-void HostedEditor::MoveTo(CPoint point) {
-    user.MoveTo(x_ + point.x, y_ + point.y);
-    Settle();
-}
-
-void HostedEditor::Press(CPoint point) {
-    user.MoveTo(x_ + point.x, y_ + point.y);
-    user.Press();
-    Settle();
-}
-
-void HostedEditor::Release(CPoint point) {
-    user.MoveTo(x_ + point.x, y_ + point.y);
-    user.Release();
-    Settle();
 }
 
 void HostedEditor::Key(std::uint32_t keysym) {

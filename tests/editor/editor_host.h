@@ -2,10 +2,10 @@
 #pragma once
 
 #include "editor/panel_layout.h"
+#include "tests/support/panel_mouse.h"
 #include "tests/support/recording_host.h"
 #include "tests/support/temp_folder.h"
 #include "tests/support/x_server.h"
-#include "tests/support/x_user.h"
 #include "ui/geometry.h"
 
 #include <X11/keysym.h>
@@ -26,7 +26,7 @@ inline constexpr CPoint kPosition = layout::ControlOf(kParameterPosition).readou
 
 /// One effect out of the built plug-in, and its editor in a window of the host's, all through the binary
 /// interface.
-class HostedEditor {
+class HostedEditor : public PanelMouse<HostedEditor, CPoint> {
   public:
     /// Makes and opens the effect and a parent window for its editor at (x, y) of the screen. `plugin`: the
     /// shared object.
@@ -48,18 +48,7 @@ class HostedEditor {
     void* ParentPointer() const { return reinterpret_cast<void*>(static_cast<std::uintptr_t>(parent)); }
 
     void Idle() { Ask(effEditIdle); }
-    /// Idles until everything that has happened is handled and painted.
-    void Settle();
-
-    /// The mouse, in the panel's coordinates; each is settled.
-    void MoveTo(CPoint point);
-    void Press(CPoint point);
     void Drag(CPoint point) { MoveTo(point); }
-    void Release(CPoint point);
-    void Click(CPoint point) {
-        Press(point);
-        Release(point);
-    }
     void Key(std::uint32_t keysym);
     void Type(std::string_view text);
 
@@ -75,13 +64,8 @@ class HostedEditor {
     /// Lets one block of a constant level through both channels.
     void Play(float level, std::int32_t frames = 256);
 
-    XUser& user;
     AEffect* effect = nullptr;
     xcb_window_t parent = 0;
-
-  private:
-    int x_;
-    int y_;
 };
 
 inline testing::Environment* const kNeedsXServer = testing::AddGlobalTestEnvironment(new NeedsXServer);

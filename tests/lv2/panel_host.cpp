@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "tests/lv2/panel_host.h"
 
-#include <chrono>
 #include <dlfcn.h>
 #include <lv2/instance-access/instance-access.h>
 #include <stdexcept>
-#include <thread>
 
 namespace vocafade::test {
 namespace {
@@ -24,7 +22,7 @@ PanelHost::PanelHost(XUser& someUser, Lv2Plugin& somePlugin)
     : PanelHost(someUser, somePlugin, Offer{somePlugin.handle()}) {}
 
 PanelHost::PanelHost(XUser& someUser, Lv2Plugin& somePlugin, Offer offer, xcb_window_t someParent)
-    : user(someUser), plugin(somePlugin), parent(someParent), descriptor_(Descriptor()) {
+    : PanelMouse(someUser, kX, kY), plugin(somePlugin), parent(someParent), descriptor_(Descriptor()) {
     ownsParent_ = parent == 0;
     if (ownsParent_) parent = user.MakeWindow(kX, kY, 477, 214);
     const LV2UI_Touch touch{this, [](LV2UI_Feature_Handle handle, std::uint32_t port, bool held) {
@@ -71,32 +69,6 @@ void PanelHost::Close() {
 void PanelHost::Idle() {
     static_cast<const LV2UI_Idle_Interface*>(descriptor_->extension_data(LV2_UI__idleInterface))
         ->idle(panel_);
-}
-
-void PanelHost::Settle() {
-    for (int i = 0; i < 4; ++i) {
-        user.Sync();
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
-        Idle();
-    }
-    user.Sync();
-}
-
-void PanelHost::MoveTo(Point point) {
-    user.MoveTo(kX + point.x, kY + point.y);
-    Settle();
-}
-
-void PanelHost::Press(Point point) {
-    user.MoveTo(kX + point.x, kY + point.y);
-    user.Press();
-    Settle();
-}
-
-void PanelHost::Release(Point point) {
-    user.MoveTo(kX + point.x, kY + point.y);
-    user.Release();
-    Settle();
 }
 
 void PanelHost::Tell(std::int32_t parameter, float value) {

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "tests/lv2/lv2_host.h"
-#include "tests/support/x_user.h"
+#include "tests/support/panel_mouse.h"
 
 #include <lv2/ui/ui.h>
 #include <utility>
@@ -10,14 +10,16 @@
 
 namespace vocafade::test {
 
+/// A place on the panel.
+struct PanelPoint {
+    int x, y;
+};
+
 /// The host's side of an editor in a window of the host's. What it writes goes to the plug-in's ports, as in
 /// every host.
-class PanelHost {
+class PanelHost : public PanelMouse<PanelHost, PanelPoint> {
   public:
-    /// A place on the panel.
-    struct Point {
-        int x, y;
-    };
+    using Point = PanelPoint;
     /// Which of the features that the editor asks for this host has.
     struct Offer {
         void* instance;
@@ -34,20 +36,10 @@ class PanelHost {
     bool IsOpen() const { return panel_ != nullptr; }
     void Close();
     void Idle();
-    /// Idles until everything that has happened is handled and painted.
-    void Settle();
-    void MoveTo(Point point);
-    void Press(Point point);
-    void Release(Point point);
-    void Click(Point point) {
-        Press(point);
-        Release(point);
-    }
     /// Tells the editor what a port says.
     void Tell(std::int32_t parameter, float value);
     Picture Look(int x, int y, int width, int height) { return user.Look(parent, x, y, width, height); }
 
-    XUser& user;
     Lv2Plugin& plugin;
     xcb_window_t parent = 0;
     xcb_window_t widget = 0;
