@@ -33,17 +33,6 @@ class Programs : public WithSettings {
     AVocafade effect{RecordingHost::Callback};
 };
 
-TEST_F(Programs, StartAsSixtyFourEmptyOnes) {
-    for (std::int32_t i = 0; i < kProgramCount; ++i) {
-        EXPECT_EQ(Name(i), "Empty");
-        for (std::int32_t p = 0; p < kParameterCount; ++p) {
-            EXPECT_EQ(effect.Program(i).values[static_cast<std::size_t>(p)], DefaultNormalizedValue(p));
-        }
-    }
-    EXPECT_EQ(Name(64), "none");
-    EXPECT_FALSE(effect.IsProgramChanged());
-}
-
 TEST_F(Programs, KeepNamesOfTwentyThreeBytes) {
     effect.setProgram(3);
     char name[] = "123456789012345678901234567890";
@@ -105,18 +94,13 @@ TEST_F(Programs, TravelAsABankChunkWithTheCurrentNumber) {
     EXPECT_TRUE(other.getProgramNameIndexed(0, 5, text));
     EXPECT_STREQ(text, "Fünf");
     EXPECT_TRUE(other.IsProgramChanged()) << "what was loaded is not what was stored";
-}
-
-TEST_F(Programs, TravelAsASingleProgramChunk) {
-    effect.setProgram(2);
-    effect.setParameter(1, 0.75f);
-    const std::vector<char> chunk = Chunk(true);
-    ASSERT_EQ(chunk.size(), 52U);
-    effect.setProgram(9);
-    SetChunk(chunk, true);
-    EXPECT_EQ(effect.getProgram(), 9);
-    EXPECT_EQ(effect.getParameter(1), 0.75f);
-    EXPECT_EQ(effect.Program(8).values[1], DefaultNormalizedValue(1));
+    std::vector<char> one = Chunk(true);
+    ASSERT_EQ(one.size(), 52U);
+    other.setProgram(9);
+    EXPECT_EQ(other.setChunk(one.data(), 52, true), 0);
+    EXPECT_EQ(other.getProgram(), 9);
+    EXPECT_EQ(other.Program(9).values[4], 0.125f);
+    EXPECT_EQ(other.Program(8).values[4], DefaultNormalizedValue(4));
 }
 
 TEST_F(Programs, TakeDamagedChunksSafely) {
