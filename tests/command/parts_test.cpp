@@ -47,15 +47,6 @@ TEST(Formats, TheSameEndingMeansTheSameFormat) {
               SF_FORMAT_FLAC | SF_FORMAT_PCM_24);
 }
 
-TEST(Text, NearNamesAreFoundAndFarOnesAreNot) {
-    const std::vector<std::string> names = {"LoFreq", "HiFreq", "Position", "Output"};
-    EXPECT_EQ(NearestName("hifrq", names), "HiFreq");
-    EXPECT_EQ(NearestName("pos", names), "Position");
-    EXPECT_EQ(NearestName("Ouptut", names), "Output");
-    EXPECT_EQ(NearestName("Reverb", names), "");
-    EXPECT_EQ(NearestName("", names), "");
-}
-
 TEST(Text, TimesAndSizesReadWell) {
     EXPECT_EQ(ClockTime(59.6), "1:00");
     EXPECT_EQ(ClockTime(36061.0), "10:01:01");

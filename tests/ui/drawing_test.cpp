@@ -3,7 +3,6 @@
 
 #include "tests/support/temp_folder.h"
 #include "ui/dc.h"
-#include "ui/resources.h"
 
 #include <gtest/gtest.h>
 
@@ -16,10 +15,10 @@ constexpr COLORREF kBlue = RGB(0, 0, 255);
 constexpr COLORREF kWhite = RGB(255, 255, 255);
 
 /// A PNG file's bytes: 4 x 2 pixels, left half red, right half transparent.
-std::string HalfRedPng(const TempFolder& folder, COLORREF color = kRed) {
+std::string HalfRedPng(const TempFolder& folder) {
     CDC dc;
     dc.CreateBitmapDC(4, 2);
-    dc.FillSolidRect({0, 0, 2, 2}, color);
+    dc.FillSolidRect({0, 0, 2, 2}, kRed);
     const std::string path = folder / "made.png";
     dc.SavePng(path.c_str());
     return ReadFile(path);
@@ -48,23 +47,6 @@ class Paper : public CDC {
         FillSolidRect(clientRect(), ground);
     }
 };
-
-TEST(Drawing, CoordinatesRunDownwardsFromTheOrigin) {
-    CDC dc;
-    ASSERT_TRUE(dc.CreateBitmapDC(10, 8));
-    EXPECT_EQ(dc.GetPixel(0, 0), 0U) << "a new bitmap is transparent";
-    dc.FillSolidRect({1, 2, 3, 4}, RGB(10, 20, 30));
-    EXPECT_EQ(dc.GetPixel(1, 2), kOpaque | RGB(10, 20, 30));
-    EXPECT_EQ(dc.GetPixel(2, 3), kOpaque | RGB(10, 20, 30));
-    EXPECT_EQ(dc.GetPixel(3, 3), 0U);
-    EXPECT_EQ(dc.GetPixel(2, 4), 0U);
-    EXPECT_EQ(dc.SetViewportOrg(5, 3), CPoint(0, 0));
-    dc.FillSolidRect({0, 0, 1, 1}, kRed);
-    EXPECT_EQ(dc.SetViewportOrg(0, 0), CPoint(5, 3));
-    EXPECT_EQ(dc.GetPixel(5, 3), kOpaque | kRed);
-    EXPECT_FALSE(dc.CreateBitmapDC(0, 5));
-    EXPECT_FALSE(dc.CreateBitmapDC(5, -1));
-}
 
 TEST(Drawing, ClipsToRegionsWithHoles) {
     Paper dc(10, 10);
@@ -143,21 +125,6 @@ TEST(Drawing, CopiesFromAnotherContextAndFromItself) {
         EXPECT_EQ(line.GetPixel(x, 0), kOpaque | RGB(static_cast<unsigned>(x), 0, 0));
 }
 
-TEST(Drawing, RasterOperationsDrawAShapeThroughAMask) {
-    // The classic three steps leave the picture where the mask is black, and the ground where it is white.
-    Paper ground(2, 1, RGB(0x12, 0x34, 0x56));
-    Paper picture(2, 1, RGB(0xAB, 0xCD, 0xEF));
-    Paper mask(2, 1, RGB(0, 0, 0));
-    mask.FillSolidRect({1, 0, 2, 1}, kWhite);
-    ground.BitBlt(0, 0, 2, 1, &picture, 0, 0, SRCINVERT);
-    EXPECT_EQ(ground.GetPixel(0, 0), kOpaque | RGB(0x12 ^ 0xAB, 0x34 ^ 0xCD, 0x56 ^ 0xEF));
-    ground.BitBlt(0, 0, 2, 1, &mask, 0, 0, SRCAND);
-    EXPECT_EQ(ground.GetPixel(0, 0), kOpaque | RGB(0, 0, 0));
-    ground.BitBlt(0, 0, 2, 1, &picture, 0, 0, SRCINVERT);
-    EXPECT_EQ(ground.GetPixel(0, 0), kOpaque | RGB(0xAB, 0xCD, 0xEF));
-    EXPECT_EQ(ground.GetPixel(1, 0), kOpaque | RGB(0x12, 0x34, 0x56));
-}
-
 TEST(Drawing, StretchesWithoutBleedingInFromOutside) {
     Paper from(6, 2, kBlue);
     from.FillSolidRect({2, 0, 4, 2}, kRed);
@@ -189,6 +156,8 @@ TEST(Drawing, NothingToDrawWithOrOnDrawsNothing) {
     EXPECT_TRUE(dc.TextOut(0, 0, static_cast<const char*>(nullptr)));
     EXPECT_EQ(InkBox(dc, kWhite), CRect());
     EXPECT_EQ(empty.Width(), 0);
+    EXPECT_FALSE(dc.CreateBitmapDC(0, 5));
+    EXPECT_FALSE(dc.CreateBitmapDC(5, -1));
 }
 
 TEST(Drawing, TextStandsOnItsFontsBaseline) {
@@ -286,39 +255,6 @@ TEST(Drawing, JapaneseNamesAndBrokenBytesDraw) {
     // A byte that is no UTF-8 shows as a sign, and does not take the rest with it.
     EXPECT_TRUE(*draw("a\xFF!") == *draw("a\xEF\xBF\xBD!"));
     EXPECT_NE(InkBox(*draw("\xE6\xAD"), kWhite), CRect());
-}
-
-TEST(Resources, BitmapsComeFromTheFolderElseFromTheLibrary) {
-    const TempFolder folder;
-    const std::string red = HalfRedPng(folder, kRed);
-    const std::string blue = HalfRedPng(folder, kBlue);
-    const EmbeddedFile embedded[] = {{3005, std::as_bytes(std::span(blue))},
-                                     {3006, std::as_bytes(std::span(blue))}};
-    WriteFile(folder / "3005.png", red);
-    WriteFile(folder / "3006.png", red.substr(0, 20)); // half a file
-    SetResourceSource(std::make_shared<FolderResources>(folder.path().string(), embedded));
-    const auto colour = [](const CKVBBitmap& bitmap) {
-        CDC dc;
-        dc.CreateBitmapDC(4, 2);
-        CDC source;
-        source.SelectObject(const_cast<CKVBBitmap*>(&bitmap));
-        dc.BitBlt(0, 0, 4, 2, &source, 0, 0, SRCCOPY);
-        return dc.GetPixel(0, 0) & 0xFFFFFF;
-    };
-    CKVBBitmap bitmap;
-    void* slot = nullptr;
-    EXPECT_TRUE(bitmap.LoadResourceBitmap(3005, &slot));
-    EXPECT_EQ(slot, nullptr);
-    EXPECT_EQ(colour(bitmap), kRed) << "the folder comes first";
-    EXPECT_TRUE(bitmap.LoadResourceBitmap(3006));
-    EXPECT_EQ(colour(bitmap), kBlue) << "a damaged file gives way to the copy";
-    EXPECT_FALSE(bitmap.LoadResourceBitmap(3007));
-    EXPECT_EQ(bitmap.Width(), 0);
-    SetResourceSource(std::make_shared<FolderResources>("/nonexistent", embedded));
-    EXPECT_TRUE(bitmap.LoadResourceBitmap(3005));
-    EXPECT_EQ(colour(bitmap), kBlue);
-    SetResourceSource(nullptr);
-    EXPECT_FALSE(bitmap.LoadResourceBitmap(3005));
 }
 
 } // namespace
