@@ -89,15 +89,17 @@ TEST_F(Panel, OnOffSwitchesAtEachPressDoubleClicksIncluded) {
 
 TEST_F(Panel, OnOffWithShiftRestoresTheFactoryProgramAndWithControlNothingMore) {
     editor.SetValue(3, 0.5f);
-    user.KeyDown(XK_Control_L);
-    editor.Click({30, 10});
+    user.KeyDown(XK_Control_L); // no idle in between: the keys' state is that of the press
+    user.Click(20 + 30, 30 + 10);
     user.KeyUp(XK_Control_L);
+    editor.Settle();
     EXPECT_EQ(editor.Value(0), 0.0f);
     EXPECT_EQ(editor.Value(3), 0.5f);
     EXPECT_TRUE(host.Calls(audioMasterUpdateDisplay).empty());
     user.KeyDown(XK_Shift_L);
-    editor.Click({30, 10});
+    user.Click(20 + 30, 30 + 10);
     user.KeyUp(XK_Shift_L);
+    editor.Settle();
     EXPECT_EQ(editor.Value(0), 1.0f);
     EXPECT_EQ(editor.Display(3), "400.0");
     EXPECT_EQ(host.Calls(audioMasterUpdateDisplay).size(), 1U);

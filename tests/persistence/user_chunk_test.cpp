@@ -5,7 +5,6 @@
 #include "persistence/user_chunk.h"
 #include "tests/support/aiff.h"
 #include "tests/support/processes.h"
-#include "tests/support/run_command.h"
 #include "tests/support/temp_folder.h"
 
 #include <algorithm>
@@ -498,15 +497,6 @@ TEST_F(UserChunk, FilesOfTheSoundFileLibraryKeepTheirSound) {
             sf_close(file);
             ExpectSoundKept();
         }
-    }
-}
-
-TEST_F(UserChunk, FilesOfTheSoundExchangeProgramKeepTheirSound) {
-    if (RunCommand("sox --version").status != 0) GTEST_SKIP() << "sox is not installed";
-    for (const std::string form : {"-b 8 -c 1", "-b 16 -c 2", "-b 24 -c 1"}) {
-        const std::string command = "sox -n " + form + " --comment odd " + path + " synth 1001s pinknoise";
-        ASSERT_EQ(RunCommand(command).status, 0);
-        ExpectSoundKept();
     }
 }
 

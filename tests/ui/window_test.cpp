@@ -61,32 +61,6 @@ TEST_F(Windows, ACapturedMouseStaysWithItsWindowAlsoOutside) {
     EXPECT_EQ(panel.Count(WM_LBUTTONDOWN), 0);
 }
 
-TEST_F(Windows, KeyStateIsThatOfTheMessage) {
-    class Asks : public Recorder {
-      public:
-        std::vector<std::pair<bool, bool>> states;
-
-      protected:
-        LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override {
-            if (message == WM_LBUTTONDOWN)
-                states.emplace_back(GetKeyState(VK_SHIFT) < 0, GetKeyState(VK_CONTROL) < 0);
-            return Recorder::WindowProc(message, wParam, lParam);
-        }
-    };
-    Asks child;
-    ASSERT_TRUE(child.Create(WindowClass{}, "", WS_CHILD | WS_VISIBLE, {0, 0, 200, 200}, &panel, 7));
-    user.Click(110, 110);
-    user.KeyDown(XK_Shift_L);
-    user.Click(150, 150);
-    user.KeyUp(XK_Shift_L);
-    user.KeyDown(XK_Control_L);
-    user.Click(190, 190);
-    user.KeyUp(XK_Control_L);
-    ASSERT_TRUE(Until([&] { return child.states.size() == 3; }));
-    const std::vector<std::pair<bool, bool>> expected{{false, false}, {true, false}, {false, true}};
-    EXPECT_EQ(child.states, expected);
-}
-
 TEST_F(Windows, PaintsOnlyWhatWasInvalidatedOnceAnIdle) {
     Settle();
     EXPECT_EQ(panel.Count(WM_PAINT), 0) << "nothing changed";
