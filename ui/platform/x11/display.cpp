@@ -382,9 +382,12 @@ void XDisplay::Translate(const xcb_generic_event_t* event) {
     switch (event->response_type & 0x7F) {
     case XCB_EXPOSE: {
         const auto& e = As<xcb_expose_event_t>(event);
-        Event out = Basic(EventType::exposed, Find(e.window), 0, lastTime_);
-        out.area = ToLogicalAround(CRect({e.x, e.y}, {e.width, e.height}), scale_);
-        if (out.window != nullptr) ready_.push_back(out);
+        const CRect area({e.x, e.y}, {e.width, e.height});
+        NativeWindow* window = Find(e.window);
+        if (window == nullptr || window->IsPictureUnderWay(area, event->full_sequence)) break;
+        Event out = Basic(EventType::exposed, window, 0, lastTime_);
+        out.area = ToLogicalAround(area, scale_);
+        ready_.push_back(out);
         break;
     }
     case XCB_MAP_NOTIFY: {

@@ -159,6 +159,13 @@ class NativeWindow : public Window {
         return holder_ != 0 ? onScreen - place_ : inEventWindow;
     }
     bool wantsKeyboard() const { return wantsKeyboard_; }
+    /// Whether a picture of all of `area`, in device pixels, is on its way that was sent after the server had
+    /// exposed the area: `sequence` is the last request that the server had seen by then.
+    bool IsPictureUnderWay(const CRect& area, std::uint32_t sequence) const {
+        CRect covered;
+        return covered.IntersectRect(area, pictured_) && covered == area &&
+               static_cast<std::int32_t>(sequence - picturedBy_) < 0;
+    }
 
   private:
     void SelectEvents();
@@ -176,6 +183,8 @@ class NativeWindow : public Window {
     xcb_window_t holder_ = 0; ///< of a popup: an invisible child of its owner that holds the grabs
     CPoint place_;            ///< where it was put: in the parent, or on the screen; in device pixels
     unsigned cursor_ = 0;
+    CRect pictured_;               ///< what the last picture of the whole window covered, in device pixels
+    std::uint32_t picturedBy_ = 0; ///< the first request that it was sent with
     bool wantsKeyboard_ = false;
     bool rememberedFocus_ = false;
     xcb_window_t focusBefore_ = 0;

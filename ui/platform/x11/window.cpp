@@ -288,10 +288,14 @@ void NativeWindow::Present(Surface& picture, std::span<const CRect> where) {
         for (int top = part.top; top < part.bottom; top += rows) {
             const CRect band(part.left, top, part.right, std::min(part.bottom, top + rows));
             const std::vector<std::uint8_t> data = Pack(picture, band, format);
-            xcb_put_image(c, XCB_IMAGE_FORMAT_Z_PIXMAP, id_, display_.graphics(),
-                          static_cast<std::uint16_t>(band.Width()), static_cast<std::uint16_t>(band.Height()),
-                          static_cast<std::int16_t>(band.left), static_cast<std::int16_t>(band.top), 0,
-                          format.depth, static_cast<std::uint32_t>(data.size()), data.data());
+            const xcb_void_cookie_t sent = xcb_put_image(
+                c, XCB_IMAGE_FORMAT_Z_PIXMAP, id_, display_.graphics(),
+                static_cast<std::uint16_t>(band.Width()), static_cast<std::uint16_t>(band.Height()),
+                static_cast<std::int16_t>(band.left), static_cast<std::int16_t>(band.top), 0, format.depth,
+                static_cast<std::uint32_t>(data.size()), data.data());
+            if (part != all || top != part.top) continue;
+            pictured_ = all;
+            picturedBy_ = sent.sequence;
         }
     }
 }
