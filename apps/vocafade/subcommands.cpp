@@ -6,11 +6,13 @@
 #include "apps/vocafade/older_formats/chunks_command.h"
 #include "apps/vocafade/older_formats/convert_command.h"
 #include "apps/vocafade/older_formats/settings_command.h"
+#include "apps/vocafade/play/play_command.h"
 
 namespace vocafade::command {
 
 std::span<const Subcommand> Subcommands() {
     static constexpr Subcommand subcommands[] = {
+        {"play", "play songs without their lead voice", RunPlay},
         {"edit", "open the plug-in's editor in a window", RunEdit},
         {"screenshot", "write a picture of the editor", RunScreenshot},
         {"formants", "show where in the spectrum a voice lies", RunFormants},

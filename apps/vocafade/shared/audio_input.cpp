@@ -72,4 +72,10 @@ std::int64_t AudioInput::Read(double* samples, std::int64_t frames) {
     return Checked(sf_readf_double(sound_.get(), samples, frames), frames);
 }
 
+bool AudioInput::Seek(std::int64_t frame) {
+    if (sf_seek(sound_.get(), frame, SEEK_SET) != frame) return false;
+    done_ = frame;
+    return true;
+}
+
 } // namespace vocafade::command

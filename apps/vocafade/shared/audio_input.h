@@ -18,7 +18,7 @@ using Sound = std::unique_ptr<SNDFILE, CloseSound>;
 /// or empty.
 Sound OpenSound(const std::filesystem::path& path, SF_INFO& info);
 
-/// A stereo sound file that is read from front to back.
+/// A stereo sound file that is read.
 class AudioInput {
   public:
     /// Opens `path`. Throws `Failure` for what is missing, not readable, not audio, empty or not stereo.
@@ -34,6 +34,9 @@ class AudioInput {
     /// Reads at most `frames` interleaved frames; fewer only at the end. Throws `Failure` on damage.
     std::int64_t Read(float* samples, std::int64_t frames);
     std::int64_t Read(double* samples, std::int64_t frames);
+
+    /// The next frame to be read is `frame`. False when the file cannot be wound.
+    bool Seek(std::int64_t frame);
 
   private:
     std::int64_t Checked(std::int64_t got, std::int64_t wanted);

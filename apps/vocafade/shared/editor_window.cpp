@@ -67,9 +67,14 @@ void EditorWindow::FixSize() {
                           XCB_ATOM_WM_NORMAL_HINTS, XCB_ATOM_WM_SIZE_HINTS, 32, kHintFields, hints.data());
 }
 
-void EditorWindow::Describe(const std::string& title) {
+void EditorWindow::SetTitle(const std::string& title) {
     SetText("_NET_WM_NAME", "UTF8_STRING", title);
     SetText("WM_NAME", "STRING", title);
+    ::xcb_flush(window_->connection());
+}
+
+void EditorWindow::Describe(const std::string& title) {
+    SetTitle(title);
     SetText("WM_CLASS", "STRING", std::string("vocafade\0Vocafade\0", 18));
     FixSize();
     protocols_ = Atom("WM_PROTOCOLS");

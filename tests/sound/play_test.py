@@ -1,0 +1,171 @@
+# SPDX-License-Identifier: MIT
+"""`vocafade play` on PulseAudio's server with a sink that is no device, recorded from its monitor."""
+
+import array
+import signal
+import time
+
+from support import COMMAND, RATE, Late, SoundTest, frames_of, main, needs, noise, patiently, runs_in, write_wav
+
+LATENCY = 1707
+BLEND = RATE // 100  # frames of a blend
+LEFT, RIGHT, FAR_RIGHT = "\033[D", "\033[C", "\033[1;2C"
+
+
+class Play(SoundTest):
+    def setUp(self):
+        super().setUp()
+        self.start_server()
+
+    def start_server(self):
+        self.server = self.start(
+            ["pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1", "--use-pid-file=no", "--disable-shm",
+             "-L", "module-native-protocol-unix",
+             "-L", f"module-null-sink sink_name=null rate={RATE} format=float32le channels=2"], "pulseaudio")
+        self.wait_for("the server", lambda: self.run_command("pactl", "info", check=False).returncode == 0)
+
+    def record(self):
+        """Starts to record; `heard` stops and gives it."""
+        self.recorder = self.start(["parec", "-d", "null.monitor", "--format=float32le", f"--rate={RATE}", "--channels=2",
+                                    "--raw", self.work / "heard.raw"], "parec")
+        self.wait_for("the recorder", lambda: (self.work / "heard.raw").exists() and
+                      (self.work / "heard.raw").stat().st_size > 0)
+
+    def heard(self):
+        time.sleep(1)
+        self.recorder.terminate()
+        self.recorder.wait(10)
+        raw = (self.work / "heard.raw").read_bytes()
+        samples = array.array("f")
+        samples.frombytes(raw[:len(raw) // 8 * 8])
+        return samples
+
+    def song(self, name, seconds, seed, rate=RATE):
+        samples = noise(seconds, seed, rate)
+        write_wav(self.work / name, samples, rate)
+        return samples
+
+    def play(self, *words):
+        self.record()
+        return self.terminal("play", "--buffer", 400, *words)
+
+    @patiently
+    def test_songs_come_out_as_they_are_rendered_one_after_the_other(self):
+        one, two = self.song("one.wav", 2, 1), self.song("two.wav", 1.5, 2)
+        other = self.song("other rate.wav", 1, 3, 48000)
+        (self.work / "bad.wav").write_text("no sound")
+        expected = self.rendered(write_wav(self.work / "both.wav", one + two), "--lofreq", 300)
+        terminal = self.play("--lofreq", 300, *(self.work / name for name in
+                                                ("bad.wav", "one.wav", "two.wav", "other rate.wav")))
+        self.assertEqual(terminal.end(), 1)
+        self.assertIn("bad.wav: is not a sound file", terminal.seen)
+        self.assertIn("0:01 [", terminal.seen)
+        heard = self.heard()
+        first = next(i for i, sample in enumerate(heard) if sample)
+        begin = next(i for i, sample in enumerate(expected) if sample)
+        self.assertEqual(heard[first:first + len(expected) - begin], expected[begin:], "not the bits of the rendering")
+        # The song of another rate follows, converted by the server.
+        rest = heard[first + len(expected):]
+        sounding = sum(1 for sample in rest if abs(sample) > 0.01)
+        self.assertGreater(sounding, len(other) // 3)
+
+    @patiently
+    def test_the_voice_goes_and_comes_back_in_step(self):
+        song = self.song("song.wav", 5, 1)
+        wet = frames_of(self.rendered(self.work / "song.wav"))
+        terminal = self.play("--dry", self.work / "song.wav")
+        for second, state in ((1, "out"), (3, "in")):
+            terminal.until(second)
+            terminal.press("v")
+            terminal.wait("voice " + state)
+        self.assertEqual(terminal.end(), 0)
+        heard = self.heard()
+        dry = runs_in(heard, [song])
+        self.assertEqual(len(dry), 2, dry)
+        begin = dry[0][3] - dry[0][1]  # of the song in what was heard
+        self.assertEqual(dry[1][3] - dry[1][1], begin, "it jumped")
+        from_wet = dry[0][1] + dry[0][2] + 2 * BLEND + 1
+        to_wet = dry[1][1] - 2 * BLEND - 1
+        self.assertGreater(to_wet - from_wet, RATE)
+        self.assertEqual(frames_of(heard)[begin + from_wet:begin + to_wet], wet[from_wet:to_wet])
+
+    @patiently
+    def test_keys_pause_wind_and_change_the_song(self):
+        songs = [self.song("one.wav", 20, 1), self.song("two.wav", 3, 2)]
+        terminal = self.play("--dry", self.work / "one.wav", self.work / "two.wav")
+        terminal.until(2)
+        terminal.press(" ")
+        terminal.wait("paused")
+        time.sleep(1)
+        shown = int(terminal.wait(r"0:(\d+) /")[1])
+        terminal.press(" ")
+        terminal.until(shown + 1)
+        terminal.press(RIGHT)
+        terminal.wait(r"0:0[7-9] /")
+        terminal.until(9)
+        terminal.press(LEFT)
+        terminal.wait(r"0:0[4-6] /")
+        terminal.until(6)
+        terminal.press("n")
+        terminal.until(1, "two")
+        terminal.press("p")
+        terminal.wait(r"0:0\d / 0:20.*one")
+        terminal.until(1, "one")
+        terminal.press("xq")
+        self.assertEqual(terminal.end(), 0)
+        runs = runs_in(self.heard(), songs)
+        self.assertEqual([run[0] for run in runs], [0, 0, 0, 0, 1, 0], runs)
+        start = lambda run: runs[run][1]
+        end = lambda run: runs[run][1] + runs[run][2]
+        self.assertEqual(start(0), 0)
+        self.assertAlmostEqual(end(0) / RATE, shown + 0.5, delta=0.7)  # what is shown is what is heard
+        # A pause loses nothing but what its blends take; then silence.
+        self.assertLess(start(1) - end(0), 2 * BLEND + 10)
+        self.assertGreater(runs[1][3] - runs[0][3] - runs[0][2], RATE)
+        # By five seconds, at once, with a blend on each side.
+        self.assertAlmostEqual((start(2) - end(1)) / RATE, 5, delta=0.6)
+        self.assertAlmostEqual((start(3) - end(2)) / RATE, -5, delta=0.6)
+        for run in (2, 3):
+            self.assertGreater(runs[run][3] - runs[run - 1][3] - runs[run - 1][2], BLEND)
+            self.assertLess(runs[run][3] - runs[run - 1][3] - runs[run - 1][2], RATE / 2)
+        self.assertEqual((start(4), start(5)), (0, 0))
+
+    @patiently
+    def test_a_passage_is_repeated_until_a_signal_ends_it(self):
+        song = self.song("song.wav", 4, 1)
+        terminal = self.play("--dry", self.work / "song.wav", "--loop", "1", "0:1.5")
+        time.sleep(4)
+        terminal.press("\x03")  # Ctrl+C
+        self.assertEqual(terminal.end(), 128 + signal.SIGINT)
+        runs = runs_in(self.heard(), [song])
+        self.assertGreater(len(runs), 3)
+        for before, run in zip(runs[:-2], runs[1:-1]):
+            self.assertAlmostEqual(run[1], RATE, delta=BLEND)
+            self.assertEqual(run[3] - before[3] - (run[1] - before[1]), RATE // 2, "the passage has another length")
+
+    def test_a_server_that_goes_away_is_waited_for(self):
+        self.song("song.wav", 8, 1)
+        terminal = self.play("--dry", self.work / "song.wav")
+        terminal.until(1)
+        self.server.kill()
+        self.server.wait()
+        self.wait_for("the message", lambda: "has gone away; waiting" in terminal.seen)
+        terminal.press("v")
+        self.start_server()
+        terminal.wait("voice out")
+        terminal.until(4)
+        terminal.press("q")
+        try:
+            self.assertEqual(terminal.end(), 0)
+        except Late:
+            pass  # the gap may be the server's
+        self.server.kill()
+        self.server.wait()
+        alone = self.run_command(COMMAND, "play", self.work / "song.wav", check=False)
+        self.assertEqual(alone.returncode, 1)
+        self.assertIn("no sound server can be reached", alone.stderr)
+
+
+if __name__ == "__main__":
+    needs("pulseaudio", "pactl", "parec")
+    main()
