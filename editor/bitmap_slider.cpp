@@ -108,30 +108,24 @@ CPoint CKVBBitmapSliderDC::ThumbPlace() const {
 
 void CKVBBitmapSliderDC::DrawSlider(CDC* dc) {
     if (!enabled_ || dc == nullptr || trackImage_ == nullptr) return;
-    CDC picture;
-    if (!picture.CreateBitmapDC(imageWidth_, imageHeight_)) return;
+    const CPoint at = rect().TopLeft();
+    const CDC::Within limit(*dc, {at, {imageWidth_, imageHeight_}});
     CDC source;
     source.CreateCompatibleDC(dc);
     source.SelectObject(trackImage_);
-    const int width = trackImage_->Width();
-    const int height = trackImage_->Height();
-    if (width == imageWidth_ && height == imageHeight_) {
-        picture.BitBlt(0, 0, width, height, &source, 0, 0, SRCCOPY);
-    } else {
-        picture.StretchBlt(0, 0, imageWidth_, imageHeight_, &source, 0, 0, width, height, SRCCOPY);
-    }
+    dc->StretchBlt(at.x, at.y, imageWidth_, imageHeight_, &source, 0, 0, trackImage_->Width(),
+                   trackImage_->Height(), SRCCOPY);
     const CPoint thumb = ThumbPlace();
     if (vertical_ == 0 && altImage_ != nullptr) {
         const int filled = thumb.x + (thumbImage_ != nullptr ? thumbImage_->Width() / 2 : 0);
         source.SelectObject(altImage_);
-        picture.BitBlt(0, 0, std::min(filled, altImage_->Width()), altImage_->Height(), &source, 0, 0,
-                       SRCCOPY);
+        dc->BitBlt(at.x, at.y, std::min(filled, altImage_->Width()), altImage_->Height(), &source, 0, 0,
+                   SRCCOPY);
     }
-    if (!hideThumb_ && thumbImage_ != nullptr) {
-        source.SelectObject(thumbImage_);
-        picture.BitBlt(thumb.x, thumb.y, thumbImage_->Width(), thumbImage_->Height(), &source, 0, 0, SRCCOPY);
-    }
-    dc->BitBlt(rect().left, rect().top, imageWidth_, imageHeight_, &picture, 0, 0, SRCCOPY);
+    if (hideThumb_ || thumbImage_ == nullptr) return;
+    source.SelectObject(thumbImage_);
+    dc->BitBlt(at.x + thumb.x, at.y + thumb.y, thumbImage_->Width(), thumbImage_->Height(), &source, 0, 0,
+               SRCCOPY);
 }
 
 } // namespace vocafade

@@ -40,6 +40,7 @@ ON_MESSAGE(kEntryTabbed, OnEntryTabbed)
 ON_COMMAND_RANGE(layout::kFirstCopyCommand, layout::kLastCopyCommand, OnSelCopyPg)
 ON_MESSAGE(WM_CAPTURECHANGED, OnCaptureChanged)
 ON_MESSAGE(kShowMessage, OnShowMessage)
+ON_MESSAGE(WM_SCALECHANGED, OnScaleChanged)
 END_MESSAGE_MAP()
 // clang-format on
 
@@ -55,6 +56,7 @@ CUIWindow::~CUIWindow() { DestroyWindow(); }
 AVocafade& CUIWindow::effect() { return static_cast<AVocafade&>(*editor_->getEffect()); }
 
 void CUIWindow::Bitmaps::Load() {
+    background.LoadResourceBitmap(resource::kBackground);
     knobStrip.LoadResourceBitmap(resource::kKnobStrip);
     switchOff.LoadResourceBitmap(resource::kSwitchOff);
     switchOn.LoadResourceBitmap(resource::kSwitchOn);
@@ -70,15 +72,13 @@ void CUIWindow::Bitmaps::Load() {
     modified.LoadResourceBitmap(resource::kModified);
 }
 
-bool CUIWindow::MakeWindow(CWnd* parent, CKVBBitmap* background, CVocafadeEditor* editor) {
-    background_ = background;
+bool CUIWindow::MakeWindow(CWnd* parent, CVocafadeEditor* editor) {
     editor_ = editor;
     smallFont_.CreatePointFont(kReadoutPoints, kFontName);
     largeFont_.CreatePointFont(kEntryPoints, kFontName);
     const WindowClass windowClass =
         AfxRegisterWndClass(CS_DBLCLKS, LoadCursor(0, kCursorArrow), GetStockObject(NULL_BRUSH));
-    return Create(windowClass, "UIWindow", WS_CHILD | WS_VISIBLE,
-                  {0, 0, background->Width(), background->Height()}, parent, 0);
+    return Create(windowClass, "UIWindow", WS_CHILD | WS_VISIBLE, {{0, 0}, editor->size()}, parent, 0);
 }
 
 int CUIWindow::OnCreate() {
@@ -244,6 +244,11 @@ void CUIWindow::ShowMessage(std::int32_t stringId, const std::string& path) {
     if (mark != std::string::npos) pendingMessage_.replace(mark, kPathMark.size(), path);
     // The box belongs to the window whose message is being handled, so it has to be this one's.
     PostMessage(kShowMessage);
+}
+
+LRESULT CUIWindow::OnScaleChanged(WPARAM, LPARAM) {
+    bitmaps_.Load();
+    return 0;
 }
 
 LRESULT CUIWindow::OnShowMessage(WPARAM, LPARAM) {

@@ -27,8 +27,8 @@ class CUIWindow : public CWnd {
     CUIWindow();
     ~CUIWindow() override;
 
-    /// Creates the panel inside `parent`. All three outlive it. False when it cannot be created.
-    bool MakeWindow(CWnd* parent, CKVBBitmap* background, CVocafadeEditor* editor);
+    /// Creates the panel inside `parent`. Both outlive it. False when it cannot be created.
+    bool MakeWindow(CWnd* parent, CVocafadeEditor* editor);
     /// Moves the meters and shows what has changed on other threads. For every idle of the host.
     void idle();
 
@@ -58,6 +58,7 @@ class CUIWindow : public CWnd {
     LRESULT OnInputValReturn(WPARAM wParam, LPARAM lParam);
     LRESULT OnEntryTabbed(WPARAM wParam, LPARAM direction);
     LRESULT OnShowMessage(WPARAM wParam, LPARAM lParam);
+    LRESULT OnScaleChanged(WPARAM wParam, LPARAM lParam);
     void OnSelCopyPg(UINT id);
 
     const char* ClassName() const override { return "UIWindow"; }
@@ -66,8 +67,8 @@ class CUIWindow : public CWnd {
 
   private:
     struct Bitmaps {
-        CKVBBitmap spare, switchOff, switchOn, knobStrip, faderTrack, faderThumb, meter, clipOff, clipOn,
-            copyOn, copyOff, save, modified;
+        CKVBBitmap background, spare, switchOff, switchOn, knobStrip, faderTrack, faderThumb, meter, clipOff,
+            clipOn, copyOn, copyOff, save, modified;
         void Load();
     };
     /// What the picture on the screen says, to be compared with what the effect holds.
@@ -109,7 +110,6 @@ class CUIWindow : public CWnd {
     void OpenSaveDialog();
     void SaveDialogEnded(int result);
 
-    CKVBBitmap* background_ = nullptr;
     Bitmaps bitmaps_;
     CFont smallFont_;
     CFont largeFont_;

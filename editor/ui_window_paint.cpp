@@ -45,8 +45,8 @@ void CUIWindow::OnPaint() {
     source.CreateCompatibleDC(&dc);
     CDC picture;
     picture.CreateBitmapDC(client.Width(), client.Height());
-    source.SelectObject(background_);
-    picture.BitBlt(0, 0, background_->Width(), background_->Height(), &source, 0, 0, SRCCOPY);
+    source.SelectObject(&bitmaps_.background);
+    picture.BitBlt(0, 0, bitmaps_.background.Width(), bitmaps_.background.Height(), &source, 0, 0, SRCCOPY);
 
     picture.InitDrawing();
     picture.SetBkMode(TRANSPARENT);
@@ -99,13 +99,11 @@ void CUIWindow::DrawVU(CDC* dc) {
     CDC source;
     source.CreateCompatibleDC(dc);
     source.SelectObject(&bitmaps_.meter);
-    CDC scratch;
-    if (!scratch.CreateBitmapDC(width, height)) return;
     for (std::size_t i = 0; i < vuDb_.size(); ++i) {
-        scratch.BitBlt(0, 0, width, height, &source, 0, 0, SRCCOPY);
+        const int x = layout::kMeterX[i];
         const int y = static_cast<int>(vuDb_[i] * layout::kMeterRowsPerDb + layout::kMeterZeroRow);
-        scratch.BitBlt(0, y, width, height - y, &source, width, y, SRCCOPY);
-        dc->BitBlt(layout::kMeterX[i], layout::kMeterY, width, height, &scratch, 0, 0, SRCCOPY);
+        dc->BitBlt(x, layout::kMeterY, width, height, &source, 0, 0, SRCCOPY);
+        dc->BitBlt(x, layout::kMeterY + y, width, height - y, &source, width, y, SRCCOPY);
     }
 }
 

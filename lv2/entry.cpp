@@ -79,8 +79,20 @@ int Idle(LV2UI_Handle handle) {
     return 0;
 }
 
+std::uint32_t GetPanelOptions(LV2_Handle, LV2_Options_Option*) { return LV2_OPTIONS_ERR_BAD_KEY; }
+
+std::uint32_t SetPanelOptions(LV2_Handle handle, const LV2_Options_Option* options) {
+    Panel& panel = PanelOf(handle);
+    const float scale = ScaleAmong(options, panel.map());
+    if (scale == 0.0f) return LV2_OPTIONS_ERR_BAD_KEY;
+    panel.SetScale(scale);
+    return LV2_OPTIONS_SUCCESS;
+}
+
 const void* PanelExtension(const char* uri) {
     static const LV2UI_Idle_Interface idle = {Idle};
+    static const LV2_Options_Interface options = {GetPanelOptions, SetPanelOptions};
+    if (std::strcmp(uri, LV2_OPTIONS__interface) == 0) return &options;
     return std::strcmp(uri, LV2_UI__idleInterface) == 0 ? &idle : nullptr;
 }
 

@@ -4,7 +4,9 @@
 #include "editor/vocafade_editor.h"
 
 #include <cstring>
+#include <lv2/atom/atom.h>
 #include <lv2/instance-access/instance-access.h>
+#include <lv2/urid/urid.h>
 
 namespace vocafade::lv2 {
 namespace {
@@ -22,6 +24,18 @@ CVocafadeEditor& EditorOf(Instance& instance) {
 
 } // namespace
 
+float ScaleAmong(const LV2_Options_Option* options, const LV2_URID_Map* map) {
+    if (options == nullptr || map == nullptr) return 0.0f;
+    const LV2_URID key = map->map(map->handle, LV2_UI__scaleFactor);
+    const LV2_URID type = map->map(map->handle, LV2_ATOM__Float);
+    float scale = 0.0f;
+    for (; options->key != 0; ++options)
+        if (options->key == key && options->type == type && options->size == sizeof scale &&
+            options->value != nullptr)
+            std::memcpy(&scale, options->value, sizeof scale);
+    return scale;
+}
+
 std::unique_ptr<Panel> Panel::Open(LV2UI_Write_Function write, LV2UI_Controller controller,
                                    LV2UI_Widget* widget, const LV2_Feature* const* features) {
     Instance* instance = Instance::Find(DataOf(features, LV2_INSTANCE_ACCESS_URI));
@@ -30,24 +44,31 @@ std::unique_ptr<Panel> Panel::Open(LV2UI_Write_Function write, LV2UI_Controller 
     if (instance->portWriter() != nullptr) return nullptr;
     instance->FollowSound(); // the first picture shows what is heard
     CVocafadeEditor& editor = EditorOf(*instance);
+    const auto* map = static_cast<const LV2_URID_Map*>(DataOf(features, LV2_URID__map));
+    const auto* options = static_cast<const LV2_Options_Option*>(DataOf(features, LV2_OPTIONS__options));
+    editor.setContentScale(ScaleAmong(options, map));
     if (!editor.open(parent)) return nullptr;
     *widget = reinterpret_cast<LV2UI_Widget>(editor.NativeWindow());
     if (*widget == nullptr) {
         editor.close();
         return nullptr;
     }
-    if (const auto* resize = static_cast<const LV2UI_Resize*>(DataOf(features, LV2_UI__resize))) {
-        ERect* size = nullptr;
-        editor.getRect(&size);
-        resize->ui_resize(resize->handle, size->right, size->bottom);
-    }
-    const auto* touch = static_cast<const LV2UI_Touch*>(DataOf(features, LV2_UI__touch));
-    return std::unique_ptr<Panel>(new Panel(*instance, write, controller, touch));
+    const auto* resize = static_cast<const LV2UI_Resize*>(DataOf(features, LV2_UI__resize));
+    const auto resizeHost = [resize](CSize size) {
+        return resize != nullptr && resize->ui_resize(resize->handle, size.cx, size.cy) == 0;
+    };
+    editor.SetResizeHost(resizeHost);
+    ERect* size = nullptr;
+    editor.getRect(&size);
+    resizeHost({size->right, size->bottom});
+    return std::unique_ptr<Panel>(new Panel(*instance, write, controller, features));
 }
 
 Panel::Panel(Instance& instance, LV2UI_Write_Function write, LV2UI_Controller controller,
-             const LV2UI_Touch* touch)
-    : instance_(instance), write_(write), controller_(controller), touch_(touch) {
+             const LV2_Feature* const* features)
+    : instance_(instance), write_(write), controller_(controller),
+      touch_(static_cast<const LV2UI_Touch*>(DataOf(features, LV2_UI__touch))),
+      map_(static_cast<const LV2_URID_Map*>(DataOf(features, LV2_URID__map))) {
     instance_.SetPortWriter(this);
 }
 
@@ -55,6 +76,7 @@ Panel::~Panel() {
     LetGo();
     if (!IsOfLivingInstance()) return;
     instance_.SetPortWriter(nullptr);
+    EditorOf(instance_).SetResizeHost(nullptr);
     EditorOf(instance_).close();
 }
 
@@ -68,6 +90,10 @@ void Panel::Idle() {
     CVocafadeEditor& editor = EditorOf(instance_);
     editor.idle();
     if (!editor.IsHeld()) LetGo();
+}
+
+void Panel::SetScale(float scale) {
+    if (IsOfLivingInstance()) EditorOf(instance_).setContentScale(scale);
 }
 
 void Panel::WritePort(std::int32_t parameter, float value) {

@@ -4,9 +4,13 @@
 #include "lv2/instance.h"
 
 #include <array>
+#include <lv2/options/options.h>
 #include <lv2/ui/ui.h>
 
 namespace vocafade::lv2 {
+
+/// [main-thread] The `ui:scaleFactor` among options that a host gives; 0 when it is not there, or no number of type Float.
+float ScaleAmong(const LV2_Options_Option* options, const LV2_URID_Map* map);
 
 /// The editor of an instance, open inside a window of the host's. Everything here is [main-thread].
 class Panel : private PortWriter {
@@ -16,6 +20,7 @@ class Panel : private PortWriter {
     /// when this returns, and its number stands in `widget`.
     static std::unique_ptr<Panel> Open(LV2UI_Write_Function write, LV2UI_Controller controller,
                                        LV2UI_Widget* widget, const LV2_Feature* const* features);
+    const LV2_URID_Map* map() const { return map_; }
     /// A host may have ended the instance before; then there is nothing left to close.
     ~Panel() override;
 
@@ -23,10 +28,12 @@ class Panel : private PortWriter {
     void PortEvent(std::uint32_t port, float value);
     /// Shows what has changed and delivers what the user did.
     void Idle();
+    /// The host says how large it shows things; 0: it does not.
+    void SetScale(float scale);
 
   private:
     Panel(Instance& instance, LV2UI_Write_Function write, LV2UI_Controller controller,
-          const LV2UI_Touch* touch);
+          const LV2_Feature* const* features);
 
     void WritePort(std::int32_t parameter, float value) override;
     void TouchPort(std::int32_t parameter, bool held) override;
@@ -39,6 +46,7 @@ class Panel : private PortWriter {
     LV2UI_Write_Function write_;
     LV2UI_Controller controller_;
     const LV2UI_Touch* touch_;
+    const LV2_URID_Map* map_;
     std::array<bool, kParameterCount> touched_{};
 };
 

@@ -42,6 +42,22 @@ class CDC {
     int SelectClipRgn(const CRgn* region);
     int IntersectClipRect(const CRect& rect);
 
+    /// Limits drawing to `rect`, too, for as long as it lives.
+    class Within {
+      public:
+        Within(CDC& dc, const CRect& rect) : dc_(dc), clipped_(dc.clipped_), clip_(dc.clip_) {
+            dc.IntersectClipRect(rect);
+        }
+        ~Within() { dc_.SelectClipRgn(clipped_ ? &clip_ : nullptr); }
+        Within(const Within&) = delete;
+        Within& operator=(const Within&) = delete;
+
+      private:
+        CDC& dc_;
+        bool clipped_;
+        CRgn clip_;
+    };
+
     COLORREF SetTextColor(COLORREF color);
     COLORREF SetBkColor(COLORREF color);
     /// TRANSPARENT (at first) or OPAQUE: whether text fills its ground with the background colour.

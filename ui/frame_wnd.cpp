@@ -28,6 +28,17 @@ void CFrameWnd::DetachHost() {
     Attach(nullptr, bounds());
 }
 
+void CFrameWnd::SetScale(double scale) {
+    const std::shared_ptr<WindowSession> session = owned_;
+    if (session != nullptr) session->SetScale(scale);
+}
+
+double CFrameWnd::DesktopScale() const {
+    if (owned_ != nullptr) return owned_->display() != nullptr ? owned_->display()->DesktopScale() : 0.0;
+    const std::unique_ptr<platform::Display> display = platform::OpenDisplay();
+    return display != nullptr ? display->DesktopScale() : 0.0;
+}
+
 bool CFrameWnd::DestroyWindow() {
     const bool was = IsAttached();
     DetachHost();

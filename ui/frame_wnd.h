@@ -29,6 +29,12 @@ class CFrameWnd : public CWnd {
     /// [main-thread] Destroys all windows under this one, dialogs and menus included, and closes the
     /// connection to the display. What the host did to its own window before does not matter.
     void DetachHost();
+    /// [main-thread] Draws everything at `scale` from now on, in windows of the device size that this takes. An
+    /// open menu is closed. The host's window is the host's to resize.
+    void SetScale(double scale);
+    /// [main-thread] How large the desktop wants things drawn; 0 when it does not say, or there is none. While
+    /// detached this connects to the display for the question.
+    double DesktopScale() const;
     bool IsAttached() const { return owned_ != nullptr; }
     /// [main-thread] Delivers what has happened since the last call (input, timers, posted messages) and
     /// paints what is invalid. Never waits. After the display has gone away timers and messages still come.

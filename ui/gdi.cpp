@@ -4,6 +4,9 @@
 #include "ui/platform/platform.h"
 #include "ui/resources.h"
 
+#include <algorithm>
+#include <cmath>
+
 namespace vocafade {
 
 CBitmap::CBitmap() = default;
@@ -29,14 +32,40 @@ void GetBitmapSize0(const CBitmap& image, int* width, int* height, int* rowBytes
     if (rowBytes != nullptr) *rowBytes = image.Width() * 4;
 }
 
+namespace {
+
+/// Artwork is drawn up to this many times its size.
+constexpr int kLargestDrawn = 3;
+
+/// Tries the sizes from the one that serves `scale` upwards, then the smaller ones.
+template <class Load>
+bool LoadNearest(double scale, Load load) {
+    const int wanted = std::clamp(static_cast<int>(std::ceil(scale)), 1, kLargestDrawn);
+    for (int times = wanted; times <= kLargestDrawn; ++times)
+        if (load(times)) return true;
+    for (int times = wanted - 1; times >= 1; --times)
+        if (load(times)) return true;
+    return false;
+}
+
+} // namespace
+
 bool CKVBBitmap::LoadResourceBitmap(int id, void** /*handleSlot*/) {
     DeleteObject();
     const std::shared_ptr<const ResourceSource> source = GetResourceSource();
     if (source == nullptr) return false;
-    const std::vector<std::byte> file = source->LoadFromFolder(id);
-    if (!file.empty() && LoadPng(file)) return true;
-    const std::span<const std::byte> embedded = source->LoadEmbedded(id);
-    return !embedded.empty() && LoadPng(embedded);
+    const double scale = DrawingScale();
+    const std::vector<std::byte> single = source->LoadFromFolder(id, 1);
+    const bool replaced = !single.empty() && !std::ranges::equal(single, source->LoadEmbedded(id, 1));
+    if (replaced && LoadNearest(scale, [&](int times) {
+            const std::vector<std::byte> file = source->LoadFromFolder(id, times);
+            return !file.empty() && LoadPng(file, times);
+        }))
+        return true;
+    return LoadNearest(scale, [&](int times) {
+        const std::span<const std::byte> file = source->LoadEmbedded(id, times);
+        return !file.empty() && LoadPng(file, times);
+    });
 }
 
 CFont::CFont() = default;

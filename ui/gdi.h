@@ -52,9 +52,11 @@ void GetBitmapSize0(const CBitmap& image, int* width, int* height, int* rowBytes
 /// A bitmap out of the plug-in's resources.
 class CKVBBitmap : public CBitmap {
   public:
-    /// [main-thread] Loads resource number `id` ("3005.png") from the source set with `SetResourceSource`. A
-    /// file of the resource folder that is missing or no PNG gives way to the embedded copy. False, with an
-    /// empty bitmap (0 by 0, draws nothing), when there is neither. `handleSlot` is not used.
+    /// [main-thread] Loads resource number `id` ("3005.png") from the source set with `SetResourceSource`, in
+    /// the size that is nearest to the scale of the windows and not smaller, if there is one. A picture of
+    /// the resource folder that is missing, no PNG, or the same as the embedded one, gives way to that and
+    /// its larger sizes; one of the user's own comes in the sizes that the folder has. False, with an empty
+    /// bitmap (0 by 0, draws nothing), when there is none. `handleSlot` is not used.
     bool LoadResourceBitmap(int id, void** handleSlot = nullptr);
 };
 

@@ -23,11 +23,13 @@ Registered& TheRegistered() {
 
 } // namespace
 
-std::vector<std::byte> FolderResources::LoadFromFolder(int id) const {
+std::vector<std::byte> FolderResources::LoadFromFolder(int id, int times) const {
     std::vector<std::byte> bytes;
     if (folder_.empty()) return bytes;
+    std::string path = folder_ + "/" + std::to_string(id);
+    if (times > 1) path.append(1, '@').append(std::to_string(times)).append(1, 'x');
     CFile file;
-    if (!file.Open((folder_ + "/" + std::to_string(id) + ".png").c_str(), CFile::modeRead)) return bytes;
+    if (!file.Open((path + ".png").c_str(), CFile::modeRead)) return bytes;
     const std::int64_t length = file.GetLength();
     if (length <= 0 || length > kMostBytes) return bytes;
     bytes.resize(static_cast<std::size_t>(length));
@@ -35,9 +37,9 @@ std::vector<std::byte> FolderResources::LoadFromFolder(int id) const {
     return bytes;
 }
 
-std::span<const std::byte> FolderResources::LoadEmbedded(int id) const {
+std::span<const std::byte> FolderResources::LoadEmbedded(int id, int times) const {
     for (const EmbeddedFile& file : embedded_)
-        if (file.id == id) return file.bytes;
+        if (file.id == id && file.times == times) return file.bytes;
     return {};
 }
 

@@ -36,10 +36,11 @@ struct DialogTemplate {
 class ResourceSource {
   public:
     virtual ~ResourceSource() = default;
-    /// [any-thread] The bytes of "<id>.png" in the resource folder; empty when there is none.
-    virtual std::vector<std::byte> LoadFromFolder(int id) const = 0;
-    /// [any-thread] The bytes of the copy of "<id>.png" inside the library; empty when there is none.
-    virtual std::span<const std::byte> LoadEmbedded(int id) const = 0;
+    /// [any-thread] The bytes of "<id>.png" in the resource folder, or, where `times` is above 1, of
+    /// "<id>@<times>x.png", drawn that many times as large; empty when there is none.
+    virtual std::vector<std::byte> LoadFromFolder(int id, int times) const = 0;
+    /// [any-thread] The bytes of the copy of that file inside the library; empty when there is none.
+    virtual std::span<const std::byte> LoadEmbedded(int id, int times) const = 0;
     /// [any-thread] Text `id` of the string table, UTF-8; empty when there is none.
     virtual std::string LoadText(int id) const = 0;
     /// [any-thread] Dialog template `id`; null when there is none. It outlives every dialog made from it.
@@ -49,6 +50,7 @@ class ResourceSource {
 /// A bitmap that was built into the library.
 struct EmbeddedFile {
     int id = 0;
+    int times = 1; ///< as large as its number stands for
     std::span<const std::byte> bytes;
 };
 
@@ -58,8 +60,8 @@ class FolderResources : public ResourceSource {
     /// `folder`: without a slash at its end, may be empty or missing. `embedded` outlives this object.
     FolderResources(std::string folder, std::span<const EmbeddedFile> embedded)
         : folder_(std::move(folder)), embedded_(embedded) {}
-    std::vector<std::byte> LoadFromFolder(int id) const override;
-    std::span<const std::byte> LoadEmbedded(int id) const override;
+    std::vector<std::byte> LoadFromFolder(int id, int times) const override;
+    std::span<const std::byte> LoadEmbedded(int id, int times) const override;
     std::string LoadText(int) const override { return {}; }
     const DialogTemplate* FindDialog(int) const override { return nullptr; }
 

@@ -87,6 +87,24 @@ void WindowSession::Close() {
     if (currentSession == this) currentSession = nullptr;
 }
 
+void WindowSession::SetScale(double scale) {
+    if (closed_ || scale == scale_) return;
+    const std::shared_ptr<WindowSession> keep = shared_from_this();
+    if (popup_ != nullptr) popup_->Cancel();
+    if (closed_) return;
+    scale_ = scale;
+    display_->SetScale(scale);
+    CSize size;
+    if (display_->WatchHost(host_, size)) frame_.SetBounds({{0, 0}, size});
+    for (std::size_t i = 0; i < topLevels_.size(); ++i) {
+        const std::shared_ptr<TopLevel> top = topLevels_[i]->shared_from_this();
+        top->SetScale(scale);
+        top->window().SendMessage(WM_SCALECHANGED);
+        if (!top->isClosed()) top->window().InvalidateWithChildren();
+        if (closed_) return;
+    }
+}
+
 // --- Windows
 
 std::shared_ptr<TopLevel> WindowSession::MakeTopLevel(CWnd& window, platform::WindowKind kind, CWnd* owner,

@@ -46,6 +46,8 @@ class WindowSession : public std::enable_shared_from_this<WindowSession> {
     bool IsDisplayAlive() const { return display_ != nullptr && display_->IsAlive(); }
     /// Device pixels a logical one.
     double scale() const { return scale_; }
+    /// Draws all windows at another scale from now on.
+    void SetScale(double scale);
     platform::Display* display() const { return display_.get(); }
     CFrameWnd& frame() const { return frame_; }
     MessageQueue& queue() { return queue_; }

@@ -58,6 +58,8 @@ inline constexpr UINT WM_CAPTURECHANGED = 533; ///< the mouse was taken from thi
 inline constexpr UINT WM_USER = 1024;
 /// Without a target: makes the windows that were put off until no handler runs (`MessageQueue::DeferCreate`).
 inline constexpr UINT WM_DEFERRED_CREATE = WM_USER + 4;
+/// To a top-level window: everything is drawn at another scale from now on (`DrawingScale`).
+inline constexpr UINT WM_SCALECHANGED = WM_USER + 5;
 /// @}
 
 /// A notch of the wheel in WM_MOUSEWHEEL.

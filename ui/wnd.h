@@ -206,6 +206,8 @@ class CWnd : public CCmdTarget {
     CWnd* WindowAt(CPoint point);
     /// The part of the window that nothing covers, in coordinates of the top-level window.
     CRgn VisiblePart() const;
+    /// Everything in the window has to be painted again.
+    void InvalidateWithChildren();
     /// Sends WM_ERASEBKGND and WM_PAINT if something is invalid.
     void PaintInvalid();
     /// True inside of `PaintInvalid`; `invalid` becomes what is to be painted. Otherwise somebody has sent
@@ -238,7 +240,6 @@ class CWnd : public CCmdTarget {
     void Attach(WindowSession* session, const CRect& bounds);
 
   private:
-    void InvalidateWithChildren();
     void TakeFocusAway();
 
     WindowSession* session_ = nullptr;

@@ -74,7 +74,6 @@ VstIntPtr AudioEffectX::dispatcher(std::int32_t opcode, std::int32_t index, VstI
     case effProcessVarIo:
     case effSetSpeakerArrangement:
     case effGetErrorText:
-    case effVendorSpecific:
     case effIdle:
     case effGetIcon:
     case effSetViewPosition:
@@ -99,6 +98,8 @@ VstIntPtr AudioEffectX::dispatcher(std::int32_t opcode, std::int32_t index, VstI
         return 0;
     case effSetTotalSampleToProcess:
         return value;
+    case effVendorSpecific:
+        return vendorSpecific(index, value, ptr, opt);
     default:
         break;
     }
@@ -180,6 +181,15 @@ bool AudioEffectX::beginEdit(std::int32_t index) { return CallHost(audioMasterBe
 bool AudioEffectX::endEdit(std::int32_t index) { return CallHost(audioMasterEndEdit, index) != 0; }
 
 bool AudioEffectX::updateDisplay() { return CallHost(audioMasterUpdateDisplay) != 0; }
+
+bool AudioEffectX::sizeWindow(std::int32_t width, std::int32_t height) {
+    return CallHost(audioMasterSizeWindow, width, height) != 0;
+}
+
+VstIntPtr AudioEffectX::vendorSpecific(std::int32_t index, VstIntPtr value, void* /*ptr*/, float opt) {
+    if (index != kContentScaleExtension || value != kContentScaleValue || editor == nullptr) return 0;
+    return editor->setContentScale(opt) ? 1 : 0;
+}
 
 std::string AudioEffectX::getHostProductString() {
     char text[4 * kVstMaxProductStrLen] = {}; // some hosts write more than the interface allows

@@ -42,9 +42,15 @@ class AudioEffectX : public AudioEffect {
     virtual bool setProcessPrecision(std::int32_t precision); ///< [main-thread] 0 single, 1 double
     virtual void setBlockSizeAndSampleRate(std::int32_t samples, float rate); ///< [main-thread] deprecated
 
+    /// [main-thread] An extension of the interface by some host's maker; 0 for those that are not known. Known
+    /// is the content scale, which goes to the editor.
+    virtual VstIntPtr vendorSpecific(std::int32_t index, VstIntPtr value, void* ptr, float opt);
+
     bool beginEdit(std::int32_t index); ///< [any-thread] a user takes hold of a parameter
     bool endEdit(std::int32_t index);   ///< [any-thread] and lets it go
     bool updateDisplay();               ///< [main-thread] asks the host to read names and values again
+    /// [main-thread] Asks the host for an editor's window of that size in device pixels; true when it has it.
+    bool sizeWindow(std::int32_t width, std::int32_t height);
     /// [main-thread] What the host calls itself, at most 63 bytes; empty when it does not say.
     std::string getHostProductString();
 };

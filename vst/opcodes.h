@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "vst/aeffect.h"
+
 #include <cstdint>
 
 namespace vocafade {
@@ -58,7 +60,7 @@ enum AEffectOpcode : std::int32_t {
     effGetVendorString = 47,
     effGetProductString = 48,
     effGetVendorVersion = 49,
-    effVendorSpecific = 50,
+    effVendorSpecific = 50,         ///< index and value name an extension, see `kContentScaleExtension`
     effCanDo = 51,                  ///< ptr: text; answers 1 yes, -1 no, 0 unknown
     effGetTailSize = 52,            ///< 0 default, 1 none
     effIdle = 53,                   ///< (deprecated)
@@ -142,5 +144,10 @@ enum AudioMasterOpcode : std::int32_t {
     audioMasterGetChunkFile = 48,               ///< (deprecated)
     audioMasterGetInputSpeakerArrangement = 49, ///< (deprecated)
 };
+
+/// `effVendorSpecific` with these as index and value tells in opt how many pixels of the host's window a point
+/// has: an extension that one maker of hosts published and others took over.
+inline constexpr std::int32_t kContentScaleExtension = VstId('P', 'r', 'e', 'S');
+inline constexpr std::int32_t kContentScaleValue = VstId('A', 'e', 'C', 's');
 
 } // namespace vocafade
