@@ -22,7 +22,7 @@ CAP_MIDDLE = "#3a3c40"
 CAP_BOTTOM = "#2a2b2e"
 LEGEND = "#f1f0ec"
 LEGEND_UNLIT = "#85878c"
-LEGEND_DEAD = "#7c7e83"
+LEGEND_DEAD = "#c6c8cc"
 
 GREEN = "#5fe08a"
 YELLOW = "#c6dc52"
