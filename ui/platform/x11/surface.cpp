@@ -6,13 +6,6 @@
 namespace vocafade::platform {
 
 namespace x11 {
-namespace {
-
-/// Below this ratio bilinear sampling would leave pixels of the source out.
-constexpr double kCoarsestBilinear = 0.74;
-
-} // namespace
-
 ImageSurface::ImageSurface(cairo_surface_t* surface, CSize size, double scale)
     : surface_(surface), context_(cairo_create(surface)),
       size_(size), deviceSize_{cairo_image_surface_get_width(surface),
@@ -79,7 +72,6 @@ void ImageSurface::Draw(Surface& source, const CRect& from, const CRect& to, std
     } else if (sameSize) {
         // Each device pixel is taken from its exact place in the source, wherever the edges were rounded to.
         const double ratio = scale_ / image.scale_;
-        if (ratio < kCoarsestBilinear) filter = CAIRO_FILTER_GOOD;
         cairo_translate(c, to.left * scale_ - out.left, to.top * scale_ - out.top);
         cairo_scale(c, ratio, ratio);
         cairo_translate(c, in.left - from.left * image.scale_, in.top - from.top * image.scale_);
