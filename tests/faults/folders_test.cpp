@@ -10,7 +10,6 @@
 #include <optional>
 #include <sched.h>
 #include <sys/mount.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 
@@ -183,37 +182,6 @@ TEST_F(Folders, OnAFullDiskKeepTheOldBankAndSayIt) {
     });
     if (!answer) GTEST_SKIP() << "a disk of its own cannot be made here";
     EXPECT_EQ(*answer, 0) << "see the numbers above";
-}
-
-TEST_F(Folders, OnAReadOnlyOrVanishedDiskSayItAndGoOn) {
-    fs::create_directory(settings / "config");
-    const auto answer = InANamespaceOfItsOwn([&] {
-        const std::string folder = settings / "config";
-        if (::mount("tmpfs", folder.c_str(), "tmpfs", 0, "size=64k") != 0) return 77;
-        if (MessagesOfASave("old") != 0) return 1;
-        if (::mount("none", folder.c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr) != 0) return 77;
-        if (MessagesOfASave("new") != 1 || NameAtNextStart() != "old") return 2;
-        OpenEffect effect;
-        if (::umount2(folder.c_str(), MNT_DETACH) != 0) return 77; // pulled out while the effect lives
-        effect.SaveProgram(7, "elsewhere");
-        return NameAtNextStart() == "elsewhere" ? 0 : 3; // the folder underneath is there and can be written
-    });
-    if (!answer) GTEST_SKIP() << "a disk of its own cannot be made here";
-    EXPECT_EQ(*answer, 0) << "see the numbers above";
-}
-
-TEST_F(Folders, WithoutDescriptorsLeftSayItAndGoOn) {
-    ASSERT_EQ(MessagesOfASave("old"), 0);
-    rlimit before{};
-    ::getrlimit(RLIMIT_NOFILE, &before);
-    const rlimit none{3, before.rlim_max};
-    OpenEffect effect;
-    ::setrlimit(RLIMIT_NOFILE, &none);
-    effect.SaveProgram(7, "new");
-    EXPECT_EQ(OpenEffect().getProgram(), 0);
-    ::setrlimit(RLIMIT_NOFILE, &before);
-    EXPECT_EQ(effect.messages, 1);
-    EXPECT_EQ(NameAtNextStart(), "old");
 }
 
 } // namespace

@@ -10,7 +10,6 @@
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
-#include <thread>
 #include <unistd.h>
 
 namespace vocafade::host {
@@ -146,26 +145,6 @@ TEST(Effect, UnrulyAnswersStayHarmless) {
     EXPECT_FALSE(effect.OpenEditor(nullptr));
     EXPECT_THROW(effect.Configure(0.0, 512), HostError);
     EXPECT_THROW(effect.Configure(44100.0, 0), HostError);
-}
-
-TEST(Effect, ManyRunAtOnceOnTheirOwnThreads) {
-    std::vector<std::jthread> threads;
-    std::vector<float> results(4);
-    for (std::size_t t = 0; t < results.size(); ++t)
-        threads.emplace_back([t, &results] {
-            for (int round = 0; round < 10; ++round) {
-                Effect effect(FakePath(0));
-                effect.Configure(44100.0, 16);
-                effect.Start();
-                effect.setParameter(0, 0.1f * static_cast<float>(t));
-                Buffers buffers(16, 1.0f);
-                effect.Process(buffers.pointers, buffers.pointers, 16);
-                results[t] = buffers.left[15];
-            }
-        });
-    threads.clear();
-    for (std::size_t t = 0; t < results.size(); ++t)
-        EXPECT_FLOAT_EQ(results[t], 0.1f * static_cast<float>(t));
 }
 
 } // namespace

@@ -34,33 +34,6 @@ TEST_F(Hosts, MayHideResizeAndReparentTheirWindow) {
     EXPECT_EQ(user.BoundsOf(TopWindow()).y, 440);
 }
 
-TEST_F(Hosts, MayDestroyTheirWindowFirst) {
-    CEdit field;
-    ASSERT_TRUE(field.Create(WS_CHILD | WS_VISIBLE, {10, 10, 110, 30}, &panel, 5));
-    field.SetFocus();
-    panel.SetTimer(1, 5);
-    CMenu menu;
-    menu.AppendMenu(MF_STRING, 1, "Item");
-    bool closed = false;
-    ASSERT_TRUE(menu.TrackPopupMenu(0, 10, 10, &panel, [&] { closed = true; }));
-    Settle();
-    ASSERT_NE(TopWindow(), host);
-    user.DestroyWindow(host);
-    EXPECT_TRUE(Until([this] { return TopWindow() == 0; })) << "the menu has gone, too";
-    EXPECT_FALSE(closed);
-    panel.Invalidate();
-    {
-        CClientDC dc(&panel);
-        dc.FillSolidRect({0, 0, 50, 50}, RGB(1, 1, 1));
-    }
-    EXPECT_FALSE(menu.TrackPopupMenu(0, 10, 10, &panel));
-    panel.ShowWindow(SW_HIDE);
-    Settle();
-    EXPECT_TRUE(frame.IsDisplayAlive());
-    EXPECT_TRUE(panel.DestroyWindow());
-    frame.DetachHost();
-}
-
 TEST_F(Hosts, MayOpenTheEditorBeforeTheirWindowShows) {
     const xcb_window_t late = user.MakeWindow(100, 500, 500, 300, false);
     CFrameWnd other;

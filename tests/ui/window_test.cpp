@@ -245,27 +245,6 @@ TEST_F(Windows, HandlersMayTakeTheirOwnWindowApart) {
     byTimer->SetTimer(1, 1);
     user.Click(110, 110);
     EXPECT_TRUE(Until([this] { return panel.children().empty(); }));
-
-    // Even the whole editor may be closed from a handler, as when a host reacts to what it is told.
-    class ClosesAll : public Recorder {
-      public:
-        explicit ClosesAll(CFrameWnd& frame) : whole_(frame) {}
-
-      protected:
-        LRESULT WindowProc(UINT message, WPARAM w, LPARAM l) override {
-            if (message == WM_LBUTTONDOWN || message == WM_DESTROY) whole_.DetachHost();
-            return Recorder::WindowProc(message, w, l);
-        }
-
-      private:
-        CFrameWnd& whole_;
-    } closes(frame);
-    ASSERT_TRUE(closes.Create(WindowClass{}, "", WS_CHILD | WS_VISIBLE, {0, 0, 50, 50}, &panel, 3));
-    user.Click(130, 130);
-    EXPECT_TRUE(Until([this] { return !frame.IsAttached(); }));
-    EXPECT_FALSE(panel.IsWindow());
-    EXPECT_EQ(panel.Count(WM_DESTROY), 1);
-    EXPECT_TRUE(WaitFor([] {}, [this] { return user.Children(host).empty(); }));
 }
 
 } // namespace
