@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: MIT
-#include "apps/demo/singer.h"
-
+#include "apps/demo/instruments.h"
 #include "apps/demo/score.h"
 #include "apps/demo/sound.h"
 
 #include <algorithm>
-#include <array>
 #include <sstream>
 
 namespace vocafade {
@@ -14,33 +12,24 @@ namespace {
 /// How one speech sound is made.
 struct Phoneme {
     std::string_view name;
-    std::array<double, 3> formantHz;
+    double formantHz[3];
     double level;
     double seconds; ///< 0 for vowels, which take the time that is left
 };
 
 // Formants of a woman's voice, rounded from what phonetics measures; the levels and lengths are tuned by ear.
-constexpr std::array<Phoneme, 18> kPhonemes{{
-    {"AA", {880, 1250, 2800}, 0.95, 0},
-    {"AO", {680, 1020, 2750}, 1.00, 0},
-    {"AX", {620, 1400, 2850}, 0.85, 0},
-    {"EH", {660, 2000, 2950}, 0.95, 0},
-    {"ER", {540, 1450, 1950}, 0.95, 0},
-    {"IH", {500, 2250, 3050}, 0.95, 0},
-    {"IY", {400, 2700, 3300}, 1.00, 0},
-    {"OH", {600, 980, 2700}, 1.00, 0},
-    {"UW", {420, 950, 2650}, 0.95, 0},
-    {"I", {420, 2500, 3100}, 0.85, 0.15}, // ends of diphthongs
-    {"U", {470, 900, 2650}, 0.85, 0.20},
-    {"L", {380, 1150, 2900}, 0.42, 0.075},
-    {"M", {280, 1050, 2200}, 0.26, 0.085},
-    {"N", {280, 1500, 2500}, 0.28, 0.075},
-    {"NG", {280, 1900, 2600}, 0.26, 0.09},
-    {"R", {380, 1150, 1750}, 0.48, 0.080},
-    {"W", {340, 720, 2300}, 0.42, 0.070},
-    {"Y", {320, 2500, 3200}, 0.50, 0.065},
-}};
-constexpr Phoneme kBreath{"", {600, 1400, 2800}, 0.0, 0};
+// The breath, the vowels, the ends of diphthongs, the consonants.
+constexpr Phoneme kPhonemes[] = {{"", {600, 1400, 2800}, 0.0, 0},       {"AA", {880, 1250, 2800}, 0.95, 0},
+                                 {"AO", {680, 1020, 2750}, 1.00, 0},    {"AX", {620, 1400, 2850}, 0.85, 0},
+                                 {"EH", {660, 2000, 2950}, 0.95, 0},    {"ER", {540, 1450, 1950}, 0.95, 0},
+                                 {"IH", {500, 2250, 3050}, 0.95, 0},    {"IY", {400, 2700, 3300}, 1.00, 0},
+                                 {"OH", {600, 980, 2700}, 1.00, 0},     {"UW", {420, 950, 2650}, 0.95, 0},
+                                 {"I", {420, 2500, 3100}, 0.85, 0.15},  {"U", {470, 900, 2650}, 0.85, 0.20},
+                                 {"L", {380, 1150, 2900}, 0.42, 0.075}, {"M", {280, 1050, 2200}, 0.26, 0.085},
+                                 {"N", {280, 1500, 2500}, 0.28, 0.075}, {"NG", {280, 1900, 2600}, 0.26, 0.09},
+                                 {"R", {380, 1150, 1750}, 0.48, 0.080}, {"W", {340, 720, 2300}, 0.42, 0.070},
+                                 {"Y", {320, 2500, 3200}, 0.50, 0.065}};
+constexpr const Phoneme* kBreath = kPhonemes;
 
 /// What the singer aims at from a moment on.
 struct Target {
@@ -51,14 +40,13 @@ struct Target {
 };
 
 std::vector<Target> Targets() {
-    std::vector<Target> targets{{-1.0, &kBreath, kMelody.front().note, 0.0}};
+    std::vector<Target> targets{{-1.0, kBreath, kMelody[0].note, 0.0}};
     for (const Syllable& syllable : kMelody) {
         std::vector<const Phoneme*> sounds;
-        double beforeVowel = 0.0;
-        double others = 0.0;
+        double beforeVowel = 0.0, others = 0.0;
         std::istringstream names{std::string(syllable.phonemes)};
         for (std::string name; names >> name;) {
-            sounds.push_back(&*std::ranges::find(kPhonemes, name, &Phoneme::name));
+            sounds.push_back(std::ranges::find(kPhonemes, name, &Phoneme::name));
             if (sounds.back()->seconds == 0.0) beforeVowel = others;
             others += sounds.back()->seconds;
         }
@@ -72,7 +60,7 @@ std::vector<Target> Targets() {
             targets.push_back({second, sound, syllable.note, start});
             second += sound->seconds > 0.0 ? sound->seconds : vowel;
         }
-        targets.push_back({second, &kBreath, syllable.note, start});
+        targets.push_back({second, kBreath, syllable.note, start});
     }
     return targets;
 }
@@ -92,33 +80,29 @@ std::vector<float> Sing(int rate) {
     const std::vector<Target> targets = Targets();
     std::vector<float> out(static_cast<std::size_t>(kSongSeconds * rate));
 
-    Noise noise(3);
-    std::array<Resonator, 5> tract;
+    Noise noise{3};
+    Resonator tract[5];
     OnePole presence(1600.0, rate), air(3800.0, rate);
     // What moves slowly: the tongue, the voice's level, the pitch and its drift, the engineer's hand.
-    const OnePole tongue(6.0, rate);
-    std::array<OnePole, 3> formants{tongue, tongue, tongue};
+    OnePole formants[] = {OnePole(6.0, rate), OnePole(6.0, rate), OnePole(6.0, rate)};
     OnePole voice(8.0, rate), note(4.0, rate), drift(2.0, rate), loudness(30.0, rate);
     double phase = 0.0;
-    std::size_t next = 0;
+    auto target = targets.begin();
     for (std::size_t i = 0; i < out.size(); ++i) {
         const double second = static_cast<double>(i) / rate;
-        while (next + 1 < targets.size() && targets[next + 1].second <= second)
-            ++next;
-        const Target& target = targets[next];
-
-        const double age = second - target.noteSecond;
+        while (target + 1 != targets.end() && (target + 1)->second <= second)
+            ++target;
+        const double age = second - target->noteSecond;
         const double swing = std::sin(kTurn * 5.5 * second);
         const double vibrato = 0.42 * std::clamp((age - 0.22) / 0.45, 0.0, 1.0) * swing;
         const double frequency =
-            NoteFrequency(note.LowPass(target.note) + vibrato + drift.LowPass(12.0 * noise.Next()));
+            NoteFrequency(note.LowPass(target->note) + vibrato + drift.LowPass(12.0 * noise.Next()));
         const double step = frequency / rate;
         phase += step - std::floor(phase + step);
-
-        const double level = voice.LowPass(target.sound->level);
-        std::array<double, 3> hz{};
-        for (std::size_t k = 0; k < hz.size(); ++k)
-            hz[k] = formants[k].LowPass(target.sound->formantHz[k]);
+        const double level = voice.LowPass(target->sound->level);
+        double hz[3];
+        for (int k = 0; k < 3; ++k)
+            hz[k] = formants[k].LowPass(target->sound->formantHz[k]);
         if (i % kTuneEvery == 0) {
             // High notes are sung with the mouth opened until the first formant reaches the note.
             tract[0].Tune(std::max(hz[0], level > 0.6 ? frequency * 1.10 : 0.0), 130.0, rate);

@@ -2,7 +2,6 @@
 #include "apps/demo/song.h"
 
 #include "apps/demo/instruments.h"
-#include "apps/demo/singer.h"
 #include "apps/demo/sound.h"
 
 #include <algorithm>
@@ -42,13 +41,11 @@ void AddRoom(StereoSound& sound, int rate, double seconds, double level) {
 } // namespace
 
 Song MakeSong(int rate) {
-    constexpr float kVoiceLevel = 1.0f;
     constexpr float kPeak = 0.7f;
-
     Song song;
     song.rate = rate;
     for (const float sample : Sing(rate))
-        song.voice.push_back({sample * kVoiceLevel, sample * kVoiceLevel});
+        song.voice.push_back({sample, sample});
     AddRoom(song.voice, rate, 1.1, 0.10);
     for (StereoSample& sample : song.voice)
         sample.right = sample.left;

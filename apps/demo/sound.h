@@ -11,16 +11,12 @@ namespace vocafade {
 constexpr double kTurn = 2.0 * std::numbers::pi; ///< radians
 
 /// White noise from -1 to 1, the same on every machine: the upper bits of a linear congruential generator.
-class Noise {
-  public:
-    explicit Noise(std::uint32_t seed) : state_(seed) {}
+struct Noise {
+    std::uint32_t state;
     float Next() {
-        state_ = state_ * 1664525U + 1013904223U;
-        return static_cast<float>(static_cast<std::int32_t>(state_)) * 0x1p-31f;
+        state = state * 1664525U + 1013904223U;
+        return static_cast<float>(static_cast<std::int32_t>(state)) * 0x1p-31f;
     }
-
-  private:
-    std::uint32_t state_;
 };
 
 /// A first-order low-pass; one minus it is the high-pass.
@@ -31,8 +27,7 @@ class OnePole {
     double HighPass(double sample) { return sample - LowPass(sample); }
 
   private:
-    double keep_;
-    double state_ = 0.0;
+    double keep_, state_ = 0.0;
 };
 
 /// A resonance of two poles with unity gain at 0 Hz, so that a chain of them gives every vowel's formants
@@ -52,10 +47,7 @@ class Resonator {
     }
 
   private:
-    double b_ = 0.0;
-    double c_ = 0.0;
-    double previous_ = 0.0;
-    double beforePrevious_ = 0.0;
+    double b_ = 0.0, c_ = 0.0, previous_ = 0.0, beforePrevious_ = 0.0;
 };
 
 } // namespace vocafade
