@@ -3,6 +3,7 @@
 
 #include "apps/vocafade/edit/edit_command.h"
 #include "apps/vocafade/formants/formants_command.h"
+#include "apps/vocafade/live/live_command.h"
 #include "apps/vocafade/older_formats/chunks_command.h"
 #include "apps/vocafade/older_formats/convert_command.h"
 #include "apps/vocafade/older_formats/settings_command.h"
@@ -13,6 +14,7 @@ namespace vocafade::command {
 std::span<const Subcommand> Subcommands() {
     static constexpr Subcommand subcommands[] = {
         {"play", "play songs without their lead voice", RunPlay},
+        {"live", "an output device that takes the lead voice out", RunLive},
         {"edit", "open the plug-in's editor in a window", RunEdit},
         {"screenshot", "write a picture of the editor", RunScreenshot},
         {"formants", "show where in the spectrum a voice lies", RunFormants},

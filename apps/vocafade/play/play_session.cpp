@@ -9,7 +9,6 @@
 #include "apps/vocafade/shared/text.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <fmt/format.h>
 
 namespace vocafade::command {
@@ -22,17 +21,12 @@ constexpr double kBeginning = 3.0; // seconds of a song in which "previous" mean
 constexpr std::chrono::seconds kBetweenTries{1};
 constexpr std::chrono::seconds kPatience{30}; // for a server or a device that has gone away
 
-bool HasDisplay() {
-    const char* display = std::getenv("DISPLAY"); // NOLINT(concurrency-mt-unsafe): nothing here changes it
-    return display != nullptr && *display != '\0';
-}
-
 } // namespace
 
 PlaySession::PlaySession(LiveEffect& effect, const PlaySettings& settings)
     : effect_(effect), settings_(settings), line_(!settings.quiet && HasStatusLine()),
       reader_(settings.songs, settings.loop, ring_) {
-    if (!settings.window || !HasDisplay()) return;
+    if (!settings.window || !EditorWindow::HasDisplay()) return;
     try {
         window_ = std::make_unique<EditorWindow>(effect.shown(), "Vocafade", EditorWindow::Kind::managed);
         effect.setWatched(true);

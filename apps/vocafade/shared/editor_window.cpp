@@ -67,6 +67,11 @@ void EditorWindow::FixSize() {
                           XCB_ATOM_WM_NORMAL_HINTS, XCB_ATOM_WM_SIZE_HINTS, 32, kHintFields, hints.data());
 }
 
+bool EditorWindow::HasDisplay() {
+    const char* display = std::getenv("DISPLAY"); // NOLINT(concurrency-mt-unsafe): nothing here changes it
+    return display != nullptr && *display != '\0';
+}
+
 void EditorWindow::SetTitle(const std::string& title) {
     SetText("_NET_WM_NAME", "UTF8_STRING", title);
     SetText("WM_NAME", "STRING", title);

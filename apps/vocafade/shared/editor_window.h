@@ -26,6 +26,9 @@ class EditorWindow {
     EditorWindow(const EditorWindow&) = delete;
     EditorWindow& operator=(const EditorWindow&) = delete;
 
+    /// Whether a display is named, where one could open.
+    static bool HasDisplay();
+
     void SetTitle(const std::string& title);
     /// Idles the editor, waits for up to `milliseconds` for something to happen and handles it. False when
     /// the user has closed the window or the display has gone away.
