@@ -31,6 +31,7 @@ configure_file("${PROJECT_SOURCE_DIR}/resources/desktop/jp.velmorax.vocafade.met
 install(FILES "${PROJECT_BINARY_DIR}/jp.velmorax.vocafade.metainfo.xml" DESTINATION "share/metainfo")
 install(FILES "${PROJECT_SOURCE_DIR}/resources/desktop/jp.velmorax.vocafade.svg"
   DESTINATION "share/icons/hicolor/scalable/apps")
+install(FILES "${PROJECT_SOURCE_DIR}/resources/desktop/jp.velmorax.vocafade.desktop" DESTINATION "share/applications")
 install(FILES "${PROJECT_SOURCE_DIR}/lv2/examples/pipewire.conf" DESTINATION "${CMAKE_INSTALL_DOCDIR}/examples")
 
 set(VOCAFADE_MAINTAINER "Vocafade maintainers <maintainers@vocafade.invalid>" CACHE STRING
@@ -64,8 +65,10 @@ set(CPACK_DEBIAN_PACKAGE_SECTION sound)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+# Looked for by `vocafade live` when it runs.
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "libpipewire-0.3-0")
 # Hosts that load the plug-in; none of them is needed to render files.
-set(CPACK_DEBIAN_PACKAGE_SUGGESTS "ardour | qtractor | audacity | lmms | carla")
+set(CPACK_DEBIAN_PACKAGE_SUGGESTS "ardour | qtractor | audacity | lmms | carla, libnotify-bin")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "takes the lead voice out of a stereo song (LV2 and VST 2.4 effect)")
 set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
 "Vocafade takes what stands at a chosen place of the stereo picture, by default
@@ -73,6 +76,7 @@ the middle, out of a chosen band of frequencies: for singing along, practising
 or making a backing track, while the song plays.
 
 This package holds the plug-in, for digital audio workstations that load LV2
-or VST 2.4 effects, an example that makes it an output device of the desktop,
-and the command vocafade, which does the same to sound files.")
+or VST 2.4 effects, and the command vocafade, which does the same to sound
+files, plays songs, and makes an output device that takes the voice out of
+whatever the desktop plays.")
 include(CPack)
