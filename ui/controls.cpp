@@ -131,7 +131,7 @@ void CComboBox::ShowDropDown() {
     items.reserve(entries_.size());
     for (const CString& entry : entries_)
         items.push_back(
-            {items.size() == static_cast<std::size_t>(selected_) ? MF_CHECKED : MF_STRING, 0, entry});
+            {items.size() == static_cast<std::size_t>(selected_) ? MF_CHECKED : MF_STRING, 0, entry, ""});
     const std::weak_ptr<bool> life = LifeToken();
     dropped_ = PopupWnd::Open(*this, {0, bounds().Height()}, bounds().Width(), bounds().Height(),
                               std::move(items), selected_, [this, life](int index) {

@@ -10,8 +10,8 @@ bool CMenu::CreatePopupMenu() {
     return true;
 }
 
-bool CMenu::AppendMenu(UINT flags, UINT id, const char* text) {
-    items_.push_back({flags, id, CString(text)});
+bool CMenu::AppendMenu(UINT flags, UINT id, const char* text, const char* margin) {
+    items_.push_back({flags, id, CString(text), CString(margin)});
     return true;
 }
 

@@ -33,12 +33,13 @@ class CMenu {
         UINT flags = MF_STRING;
         UINT id = 0;
         CString text;
+        CString margin; ///< a few characters before the text, that are not chosen by
     };
 
     bool CreatePopupMenu();
     /// Adds an item at the end; `flags` is MF_STRING with any of MF_CHECKED, MF_GRAYED and MF_DISABLED. The
-    /// text is UTF-8.
-    bool AppendMenu(UINT flags, UINT id, const char* text);
+    /// text is UTF-8, and so is what stands before it in the menu's margin, flush right.
+    bool AppendMenu(UINT flags, UINT id, const char* text, const char* margin = "");
 
     /// [main-thread] Shows the menu with its top left at (x, y) of `owner`'s client area (moved so that all
     /// of it is on the screen; in columns, or scrolling, where it is too long) and returns at once. False

@@ -4,6 +4,8 @@
 #include "ui/theme.h"
 #include "ui/window_session.h"
 
+#include <numeric>
+
 namespace vocafade {
 namespace {
 
@@ -70,23 +72,43 @@ CSize PopupWnd::Arrange(const CRect& area, int width) {
     CDC measure;
     measure.SelectObject(&FontInUse());
     const int height = measure.GetTextExtent("").cy + 2 * kItemPadding;
-    int itemWidth = 0;
+    marginWidth_ = 0;
     for (const CMenu::Item& item : items_)
-        itemWidth = std::max(itemWidth, measure.GetTextExtent(item.text).cx);
-    itemWidth = std::max(itemWidth + kTickWidth + 3 * kItemPadding, width - 2 * kBorder);
+        marginWidth_ = std::max(marginWidth_, measure.GetTextExtent(item.margin).cx);
+    if (marginWidth_ > 0) marginWidth_ += kItemPadding;
 
-    const int fitting = std::max(1, (area.Height() - 2 * kBorder) / height);
-    int columns = (itemCount() + fitting - 1) / fitting;
-    if (columns > kMostColumns || columns * itemWidth + 2 * kBorder > area.Width()) columns = 1;
-    const int rows = (itemCount() + columns - 1) / columns;
+    rows_ = std::clamp((area.Height() - 2 * kBorder) / height, 1, itemCount());
+    std::vector<int> widths = ColumnWidths(measure);
+    const int sum = std::accumulate(widths.begin(), widths.end(), 2 * kBorder);
+    if (static_cast<int>(widths.size()) > kMostColumns || sum > area.Width()) {
+        rows_ = itemCount();
+        widths = ColumnWidths(measure);
+    } else {
+        rows_ = (itemCount() + static_cast<int>(widths.size()) - 1) / static_cast<int>(widths.size());
+        widths = ColumnWidths(measure);
+    }
+    if (widths.size() == 1) widths[0] = std::max(widths[0], width - 2 * kBorder);
 
     places_.clear();
-    for (int i = 0; i < itemCount(); ++i)
-        places_.emplace_back(CPoint(kBorder + i / rows * itemWidth, kBorder + i % rows * height),
-                             CSize{itemWidth, height});
-    contentHeight_ = rows * height;
-    return {((itemCount() - 1) / rows + 1) * itemWidth + 2 * kBorder,
+    int left = kBorder;
+    for (int i = 0; i < itemCount(); ++i) {
+        const int across = widths[static_cast<std::size_t>(i / rows_)];
+        places_.emplace_back(CPoint(left, kBorder + i % rows_ * height), CSize{across, height});
+        if (i % rows_ == rows_ - 1) left += across;
+    }
+    contentHeight_ = rows_ * height;
+    return {places_.back().right + kBorder,
             std::min(contentHeight_, std::max(height, area.Height() - 2 * kBorder)) + 2 * kBorder};
+}
+
+std::vector<int> PopupWnd::ColumnWidths(const CDC& measure) const {
+    std::vector<int> widths(static_cast<std::size_t>((itemCount() - 1) / rows_ + 1));
+    for (int i = 0; i < itemCount(); ++i) {
+        int& column = widths[static_cast<std::size_t>(i / rows_)];
+        const int text = measure.GetTextExtent(items_[static_cast<std::size_t>(i)].text).cx;
+        column = std::max(column, kTickWidth + marginWidth_ + text + 3 * kItemPadding);
+    }
+    return widths;
 }
 
 int PopupWnd::ItemAt(CPoint point) const {
@@ -161,8 +183,11 @@ void PopupWnd::PaintItem(CDC& dc, int index) {
     const COLORREF color = chosen ? theme::kMarkedText : CanChoose(index) ? theme::kText : theme::kGrayText;
     if ((item.flags & MF_CHECKED) != 0)
         theme::DrawTick(dc, {place.left, place.top, place.left + kTickWidth, place.bottom}, color);
-    theme::DrawLine(dc, {place.left + kTickWidth, place.top, place.right - kItemPadding, place.bottom},
-                    item.text, theme::Align::left, color);
+    const int text = place.left + kTickWidth + marginWidth_;
+    theme::DrawLine(dc, {place.left + kTickWidth, place.top, text - kItemPadding, place.bottom}, item.margin,
+                    theme::Align::right, chosen ? color : theme::kGrayText);
+    theme::DrawLine(dc, {text, place.top, place.right - kItemPadding, place.bottom}, item.text,
+                    theme::Align::left, color);
 }
 
 void PopupWnd::Paint() {
@@ -263,14 +288,8 @@ LRESULT PopupWnd::DefWindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
 }
 
 void PopupWnd::StepColumn(int direction) {
-    if (marked_ < 0) return;
-    const CRect& from = places_[static_cast<std::size_t>(marked_)];
-    const CPoint beside(from.CenterPoint().x + direction * from.Width(), from.CenterPoint().y);
-    for (int i = 0; i < itemCount(); ++i)
-        if (places_[static_cast<std::size_t>(i)].PtInRect(beside) && CanChoose(i)) {
-            Mark(i);
-            return;
-        }
+    const int beside = marked_ + direction * rows_;
+    if (marked_ >= 0 && CanChoose(beside)) Mark(beside);
 }
 
 } // namespace vocafade

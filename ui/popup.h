@@ -41,6 +41,8 @@ class PopupWnd : public Control {
   private:
     bool CreateNative(WindowSession& session, const CRect& bounds);
     CSize Arrange(const CRect& area, int width);
+    /// Of `rows_` items each: no wider than what stands in them.
+    std::vector<int> ColumnWidths(const CDC& measure) const;
     void Paint();
     void PaintItem(CDC& dc, int index);
     void Mark(int index);
@@ -61,6 +63,8 @@ class PopupWnd : public Control {
     int marked_;
     int scroll_ = 0;
     int contentHeight_ = 0;
+    int rows_ = 1;
+    int marginWidth_ = 0;
     bool armed_ = false; ///< the pointer has been over an item: a release chooses
     CPoint lastPoint_{-1, -1};
 };
