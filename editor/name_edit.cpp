@@ -2,6 +2,7 @@
 #include "editor/name_edit.h"
 
 #include "base/text_encoding.h"
+#include "effect/program.h"
 #include "ui/platform/platform.h"
 
 namespace vocafade {
@@ -14,9 +15,10 @@ bool CanBeStored(const std::string& character) {
 } // namespace
 
 std::string CNameEdit::TypedText(std::string character) const {
-    if (CanBeStored(character)) return character;
-    character = platform::BaseLetter(character);
-    return CanBeStored(character) ? character : std::string();
+    if (!CanBeStored(character)) character = platform::BaseLetter(character);
+    if (!CanBeStored(character)) return {};
+    const int bytes = UTF8ToSJSINS(TextWith(character).c_str()).GetLength();
+    return bytes <= static_cast<int>(kProgramNameBytes) ? character : std::string();
 }
 
 } // namespace vocafade

@@ -38,7 +38,10 @@ void CPresetSaveDlg::DoDataExchange(CDataExchange* exchange) {
 
 CString CPresetSaveDlg::DisplayName(int slot) const { return CheckSJISAndToUFT8(effect_->ProgramName(slot)); }
 
-void CPresetSaveDlg::ShowNameOf(int slot) { SetDlgItemText(resource::kSaveDialogName, DisplayName(slot)); }
+void CPresetSaveDlg::ShowNameOf(int slot) {
+    SetDlgItemText(resource::kSaveDialogName, DisplayName(slot));
+    nameField_.SetSel(0, -1);
+}
 
 bool CPresetSaveDlg::OnInitDialog() {
     CDialog::OnInitDialog();
@@ -49,6 +52,16 @@ bool CPresetSaveDlg::OnInitDialog() {
     }
     programList_.SetCurSel(effect_->getProgram());
     ShowNameOf(effect_->getProgram());
+    nameField_.SetFocus(); // mostly the name is what is new
+    return false;
+}
+
+bool CPresetSaveDlg::PreTranslateMessage(MSG* message) {
+    const WPARAM key = message->wParam;
+    const bool toSlots = key == kKeyUp || key == kKeyDown || key == kKeyPageUp || key == kKeyPageDown;
+    if (message->message != WM_KEYDOWN || message->target != &nameField_ || !toSlots)
+        return CDialog::PreTranslateMessage(message);
+    programList_.SendMessage(WM_KEYDOWN, key, message->lParam);
     return true;
 }
 

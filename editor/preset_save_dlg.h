@@ -31,6 +31,8 @@ class CPresetSaveDlg : public CDialog {
     bool OnInitDialog() override;
     void OnOK() override;
     void DoDataExchange(CDataExchange* exchange) override;
+    /// In the name's line up and down go to the other slots.
+    bool PreTranslateMessage(MSG* message) override;
 
   private:
     void ShowNameOf(int slot);

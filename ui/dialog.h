@@ -75,9 +75,9 @@ class CDialog : public CWnd {
     virtual void DoDataExchange(CDataExchange* /*exchange*/) {}
 
     LRESULT DefWindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;
+    bool PreTranslateMessage(MSG* message) override;
 
   private:
-    bool PreTranslateMessage(MSG* message) override;
     void Open();
     void MakeControls();
     void MakeControl(const DialogItem& item);

@@ -44,6 +44,8 @@ class CEdit : public Control {
     void TextChanged() override;
     /// What typing `character` (UTF-8) enters; nothing when it is empty.
     virtual std::string TypedText(std::string character) const { return character; }
+    /// The text as it would be with `text` in the place of the selection.
+    std::string TextWith(const std::string& text) const;
 
   private:
     void Paint();

@@ -34,12 +34,6 @@ class Programs : public OpenEditorTest {
         std::memcpy(&value, BankRecord(program).data() + 12, sizeof value);
         return value;
     }
-    void EraseText() {
-        user.KeyDown(XK_Control_L);
-        user.Key('a');
-        user.KeyUp(XK_Control_L);
-        editor.Key(XK_BackSpace);
-    }
 };
 
 TEST_F(Programs, MenuCopiesAnotherProgramOverTheCurrentOne) {
@@ -73,8 +67,6 @@ TEST_F(Programs, SaveStoresTheCurrentSettingsUnderANewName) {
     editor.Click(kSave);
     ASSERT_NE(Popup(), 0U);
     EXPECT_TRUE(ReadFile(BankPath()).empty());
-    editor.Key(XK_Tab); // from the list to the name
-    EraseText();
     editor.Type("Chorus of a very long song name");
     editor.Key(XK_Return);
     EXPECT_EQ(Popup(), 0U);
@@ -124,7 +116,6 @@ TEST_F(Programs, NamesKeepTheirBytesWhateverTheyAre) {
     EXPECT_EQ(BankName(1), japanese);
     editor.Click(kSave);
     editor.Key(XK_Down);
-    editor.Key(XK_Tab);
     editor.Key(XK_End);
     editor.Type("2");
     editor.Key(XK_Return);
@@ -151,8 +142,8 @@ TEST_F(Programs, NamesWithoutATerminatorEndWithTheirField) {
     editor.Key(XK_Return);
     EXPECT_EQ(BankRecord(63), chunk.substr(63 * kRecord)) << "keeps all bytes";
     editor.Click(kSave);
-    editor.Key(XK_End);
-    editor.Key(XK_Tab);
+    for (int i = 0; i < 63; ++i)
+        user.Key(XK_Down);
     editor.Key(XK_End);
     editor.Key(XK_BackSpace);
     editor.Key(XK_Return);
@@ -164,9 +155,7 @@ TEST_F(Programs, NamesTakeOnlyWhatCanBeStored) {
     constexpr xcb_keysym_t kSong = 0x1006B4C;
     user.AddKeys({XK_eacute, XK_ssharp, kSong});
     editor.Settle();
-    editor.Click(kSave);
-    editor.Key(XK_Tab);
-    EraseText();
+    editor.Click(kSave); // whose name is selected, so that typing replaces it
     editor.Type("Caf");
     editor.Key(XK_eacute); // goes without its accent, which the user sees
     editor.Key(XK_ssharp); // has no other form
@@ -174,6 +163,15 @@ TEST_F(Programs, NamesTakeOnlyWhatCanBeStored) {
     editor.Key(kSong);
     editor.Key(XK_Return);
     EXPECT_EQ(BankName(0), "Cafe?\x89\xCC");
+    editor.Click(kSave);
+    for (int i = 0; i < 13; ++i)
+        editor.Key(kSong);
+    editor.Type("xy"); // one byte is left behind eleven characters
+    editor.Key(XK_Return);
+    std::string full;
+    for (int i = 0; i < 11; ++i)
+        full += "\x89\xCC";
+    EXPECT_EQ(BankName(0), full + "x");
 }
 
 TEST_F(Programs, TellsWhenTheBankCannotBeSavedAndKeepsTheSettings) {
