@@ -19,6 +19,8 @@ class BitmapControl {
     virtual bool Press(CPoint point) = 0;
     /// Takes a value that does not come from the user, and reports nothing.
     virtual void Show(float value) = 0;
+    /// Takes a value of the user's, and reports it where it is another one.
+    virtual void Change(float value, CDC* dc) = 0;
     virtual void Draw(CDC* dc) = 0;
 
     /// While it is being dragged the control follows the mouse, and reports.

@@ -28,6 +28,7 @@ class CKVBNewBitmapTumamiDC : public BitmapControl {
     bool PtInTumami(CPoint point);
     bool Press(CPoint point) override;
     void Show(float value) override { SetValue(value, nullptr, false); }
+    void Change(float value, CDC* dc) override { SetValue(value, dc, true); }
 
     /// The frame that shows the value.
     int Frame() const;

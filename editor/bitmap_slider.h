@@ -32,6 +32,7 @@ class CKVBBitmapSliderDC : public BitmapControl {
 
     bool Press(CPoint point) override;
     void Show(float value) override { SetValue(value, nullptr, false); }
+    void Change(float value, CDC* dc) override { SetValue(value, dc, true); }
     void Draw(CDC* dc) override { DrawSlider(dc); }
 
     /// The value that a press at `point` of the parent gives.

@@ -39,6 +39,10 @@ class CKVBBitmapSwitch2DC : public BitmapControl {
     /// Switches over.
     bool Press(CPoint point) override;
     void Show(float value) override { SetValue(static_cast<int>(value), false); }
+    void Change(float value, CDC* dc) override {
+        SetValue(static_cast<int>(value), true);
+        Draw(dc);
+    }
     void Draw(CDC* dc) override { DrawSwitch(dc); }
 
   private:

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "editor/entry_wnd.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace vocafade {
@@ -8,6 +9,8 @@ namespace {
 
 constexpr UINT kEditStyle = WS_CHILD | WS_VISIBLE | WS_TABSTOP | ES_RIGHT;
 constexpr UINT kSpinStyle = UDS_NOTHOUSANDS | UDS_ARROWKEYS | UDS_ALIGNRIGHT | UDS_SETBUDDYINT;
+
+constexpr UINT kKeepOrder = SWP_NOZORDER | SWP_NOACTIVATE;
 
 } // namespace
 
@@ -88,11 +91,21 @@ void CKVBEntryWnd::ChangeSize(int width, bool withSign) {
     SetSingnFlag(withSign);
     maxChars_ = width + 1;
     ComputeSize();
-    constexpr UINT kKeepOrder = SWP_NOZORDER | SWP_NOACTIVATE;
     SetWindowPos(nullptr, 0, 0, width_, height_, SWP_NOMOVE | kKeepOrder);
+    PlaceParts();
+    edit_->SetLimitText(maxChars_);
+}
+
+void CKVBEntryWnd::Cover(const CRect& frame) {
+    width_ = std::max(width_, frame.Width());
+    height_ = std::max(height_, frame.Height());
+    SetWindowPos(nullptr, frame.left, frame.top, width_, height_, kKeepOrder);
+    PlaceParts();
+}
+
+void CKVBEntryWnd::PlaceParts() {
     edit_->SetWindowPos(nullptr, 0, 0, width_ - spinWidth_, height_, kKeepOrder);
     spin_.SetWindowPos(nullptr, width_ - spinWidth_, 0, spinWidth_, height_, kKeepOrder);
-    edit_->SetLimitText(maxChars_);
 }
 
 LRESULT CKVBEntryWnd::OnReturn(WPARAM, LPARAM) {

@@ -25,8 +25,12 @@ class CKVBEntryWnd : public CWnd {
     /// Shows `value`, in integer form, in a range that the spin button keeps to.
     void SetNewValue(int value, int minimum, int maximum);
     void SetSingnFlag(bool withSign);
+    /// How far the arrows, keys and wheel step, in integer form, and how many times that while they are held.
+    void SetSteps(int step, int growth) { spin_.SetSteps(step, growth); }
     /// Makes room for `width` + 1 characters.
     void ChangeSize(int width, bool withSign);
+    /// Puts the window over `frame` of the parent, all of which it covers.
+    void Cover(const CRect& frame);
 
     /// The entry field.
     CFormatEdit& edit() { return *edit_; }
@@ -45,6 +49,7 @@ class CKVBEntryWnd : public CWnd {
 
   private:
     void ComputeSize();
+    void PlaceParts();
 
     std::unique_ptr<CFormatEdit> edit_; ///< outlives the spin button, whose buddy it is
     CSpinButtonCtrl spin_;

@@ -17,7 +17,9 @@ struct Entry {
     int spinFactor = 0;  ///< range of the field's spin button, in parameter units
     int clampFactor = 0; ///< range that a confirmed value is held in, in parameter units
     bool withSign = false;
-    int width = 0; ///< characters of the field, less one
+    int width = 0;   ///< characters of the field, less one
+    int step = 1;    ///< of the arrows, keys and wheel, in tenths of what is shown; Shift makes it one tenth
+    int growth = 10; ///< how many times that a held arrow or key comes to
 };
 
 /// A control that moves a parameter.
@@ -49,35 +51,35 @@ inline constexpr std::array<Control, 6> kControls{{
      true,
      {48, 45, 64, 178},
      {14, 184, 48, 200},
-     {126, 10, 1, true, 4}},
+     {126, 10, 1, true, 4, 1, 10}},
     {109,
      kParameterLoFreq,
      resource::kFaderTrack,
      true,
      {141, 45, 157, 178},
      {125, 184, 174, 200},
-     {128, 10, 1, false, 6}},
+     {128, 10, 1, false, 6, 10, 100}},
     {110,
      kParameterHiFreq,
      resource::kFaderTrack,
      true,
      {229, 45, 245, 178},
      {213, 184, 262, 200},
-     {129, 1000, 100, false, 6}},
+     {129, 1000, 100, false, 6, 10, 100}},
     {111,
      kParameterPosition,
      resource::kKnobStrip,
      false,
      {307, 147, 341, 181},
      {300, 184, 349, 200},
-     {130, 1000, 100, false, 4}},
+     {130, 1000, 100, false, 4, 10, 1}},
     {107,
      kParameterOutput,
      resource::kFaderTrack,
      true,
      {413, 45, 429, 178},
      {414, 184, 448, 200},
-     {127, 10, 1, true, 4}},
+     {127, 10, 1, true, 4, 1, 10}},
 }};
 
 /// The place of a control in `kControls` that has this value in `member`; the number of controls when none has.
@@ -93,6 +95,9 @@ constexpr std::size_t IndexOf(Value Control::*member, Value value) {
 constexpr const Control& ControlOf(int parameter) {
     return kControls[IndexOf(&Control::parameter, parameter)];
 }
+
+/// Width of the frame that the panel's picture has around a read-out.
+inline constexpr int kReadoutFrame = 1;
 
 inline constexpr int kKnobFrames = 61;
 inline constexpr float kKnobAngleMin = 30.0f; ///< degrees clockwise from straight down

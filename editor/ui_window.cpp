@@ -35,6 +35,8 @@ ON_WM_LBUTTONDOWN()
 ON_WM_LBUTTONDBLCLK()
 ON_WM_MOUSEMOVE()
 ON_WM_LBUTTONUP()
+ON_MESSAGE(WM_MBUTTONDOWN, OnMButtonDown)
+ON_MESSAGE(WM_MOUSEWHEEL, OnMouseWheel)
 ON_MESSAGE(kEntryConfirmed, OnInputValReturn)
 ON_MESSAGE(kEntryTabbed, OnEntryTabbed)
 ON_COMMAND_RANGE(layout::kFirstCopyCommand, layout::kLastCopyCommand, OnSelCopyPg)
@@ -176,7 +178,10 @@ void CUIWindow::ShowEdit(int value, int minimum, int maximum, bool withSign, int
     entryWnd_.SetNewValue(value, minimum, maximum);
     entryWnd_.SetSingnFlag(withSign);
     entryWnd_.ChangeSize(width, withSign);
-    entryWnd_.SetWindowPos(nullptr, rect.left + 1, rect.top, 0, 0, SWP_NOSIZE | SWP_NOZORDER);
+    CRect frame = rect;
+    frame.InflateRect(layout::kReadoutFrame, layout::kReadoutFrame);
+    ++frame.bottom; // which catches the light
+    entryWnd_.Cover(frame);
     entryWnd_.edit().SetSel(0, -1);
     entryWnd_.ShowWindow(SW_SHOW);
     entryWnd_.edit().SetFocus();

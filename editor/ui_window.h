@@ -54,6 +54,8 @@ class CUIWindow : public CWnd {
     void OnLButtonDblClk(UINT flags, CPoint point);
     void OnMouseMove(UINT flags, CPoint point);
     void OnLButtonUp(UINT flags, CPoint point);
+    LRESULT OnMButtonDown(WPARAM wParam, LPARAM lParam);
+    LRESULT OnMouseWheel(WPARAM wParam, LPARAM lParam);
     LRESULT OnCaptureChanged(WPARAM wParam, LPARAM lParam);
     LRESULT OnInputValReturn(WPARAM wParam, LPARAM lParam);
     LRESULT OnEntryTabbed(WPARAM wParam, LPARAM direction);
@@ -98,6 +100,11 @@ class CUIWindow : public CWnd {
     void NoteShown(const CRect& painted);
     bool FollowMeters();
     void ShowForeignChanges();
+    // ui_window_wheel.cpp
+    /// The place in the layout of the control or read-out at `point`; the number of controls for none.
+    std::size_t ControlAt(CPoint point) const;
+    /// Does what a user does who moves the control to the normalised `value`.
+    void MoveControl(std::size_t at, float value);
     // ui_window_mouse.cpp
     bool PressReadout(CPoint point);
     void PressControl(CPoint point);

@@ -41,6 +41,7 @@ void CUIWindow::OpenEntryFor(const layout::Control& control) {
     const float shown = effect().getParameterDisplayVal(control.parameter);
     ShowEdit(TruncateToInt(shown * 10.0f), TruncateToInt(minimum * factor), TruncateToInt(maximum * factor),
              entry.withSign, entry.width, control.readout, entry.id);
+    entryWnd_.SetSteps(entry.step, entry.growth);
 }
 
 void CUIWindow::PressControl(CPoint point) {
@@ -60,7 +61,7 @@ void CUIWindow::OpenCopyMenu() {
     for (std::int32_t i = 0; i < kProgramCount; ++i) {
         const UINT flags = i == effect().getProgram() ? kCurrentProgramFlags : MF_STRING;
         menu.AppendMenu(flags, layout::kFirstCopyCommand + static_cast<UINT>(i),
-                        CheckSJISAndToUFT8(effect().ProgramName(i)));
+                        CheckSJISAndToUFT8(effect().ProgramName(i)), std::to_string(i + 1).c_str());
     }
     const bool shown = menu.TrackPopupMenu(TPM_RIGHTBUTTON, layout::kCopyMenuPlace.x,
                                            layout::kCopyMenuPlace.y, this, [this] { ShowCopyButton(false); });

@@ -49,14 +49,18 @@ void CEdit::GetSel(int& first, int& last) const {
 
 void CEdit::SetLimitText(int count) { limit_ = std::max(0, count); }
 
-void CEdit::Replace(const std::string& text) {
+std::string CEdit::TextWith(const std::string& text) const {
     int first = 0;
     int last = 0;
     GetSel(first, last);
     std::string changed = text_.str();
     const std::size_t from = ByteOf(first);
-    changed.replace(from, ByteOf(last) - from, text);
-    text_ = changed;
+    return changed.replace(from, ByteOf(last) - from, text);
+}
+
+void CEdit::Replace(const std::string& text) {
+    const int first = std::min(anchor_, caret_);
+    text_ = TextWith(text);
     anchor_ = caret_ = first + static_cast<int>(CountCharacters(text));
     ScrollToCaret();
     Invalidate();
@@ -204,11 +208,8 @@ void CEdit::KeyDown(UINT key) {
     case kKeyDelete:
         EraseOr(1);
         break;
-    case kKeyUp:
-    case kKeyDown:
-        if (spin_ != nullptr && (spin_->GetStyle() & UDS_ARROWKEYS) != 0) spin_->Step(key == kKeyUp ? 1 : -1);
-        break;
     default:
+        if (spin_ != nullptr) spin_->KeyDown(key);
         break;
     }
 }
@@ -291,7 +292,11 @@ LRESULT CEdit::DefWindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
         selecting_ = false;
         return 0;
     case WM_MOUSEWHEEL:
-        if (spin_ != nullptr) spin_->Step(static_cast<std::int16_t>(HIWORD(wParam)) > 0 ? 1 : -1);
+        if (spin_ == nullptr) return Control::DefWindowProc(message, wParam, lParam);
+        spin_->Turn(static_cast<std::int16_t>(HIWORD(wParam)) / WHEEL_DELTA);
+        return 0;
+    case WM_KEYUP:
+        if (spin_ != nullptr) spin_->KeyUp();
         return 0;
     default:
         return Control::DefWindowProc(message, wParam, lParam);

@@ -11,8 +11,9 @@ namespace {
 
 constexpr UINT kTickMilliseconds = 50;
 constexpr int kTicksBeforeRepeat = 8;
-constexpr int kTicksBeforeFast = 50;
-constexpr int kFastSteps = 10;
+constexpr int kRepeatsBeforeTens = 30; ///< a second and a half
+constexpr int kRepeatsBeforeHundreds = 70;
+constexpr int kPageSteps = 10;
 
 } // namespace
 
@@ -41,10 +42,32 @@ CEdit* CSpinButtonCtrl::SetBuddy(CEdit* buddy) {
     return before;
 }
 
-void CSpinButtonCtrl::Step(int steps) {
+void CSpinButtonCtrl::SetSteps(int step, int growth) {
+    step_ = std::max(1, step);
+    growth_ = growth;
+    KeyUp();
+}
+
+int CSpinButtonCtrl::Grown(int repeats) const {
+    return std::min(growth_, repeats > kRepeatsBeforeHundreds ? 100 : repeats > kRepeatsBeforeTens ? 10 : 1);
+}
+
+bool CSpinButtonCtrl::KeyDown(UINT key) {
+    const bool page = key == kKeyPageUp || key == kKeyPageDown;
+    if ((GetStyle() & UDS_ARROWKEYS) == 0 || (!page && key != kKeyUp && key != kKeyDown)) return false;
+    keyRepeats_ = key == key_ ? keyRepeats_ + 1 : 1;
+    key_ = key;
+    const int direction = key == kKeyUp || key == kKeyPageUp ? 1 : -1;
+    Turn(direction * (page ? kPageSteps : Grown(keyRepeats_)));
+    return true;
+}
+
+void CSpinButtonCtrl::Turn(int steps) { Move(steps * (GetKeyState(VK_SHIFT) < 0 ? 1 : step_)); }
+
+void CSpinButtonCtrl::Move(int by) {
     std::int64_t at = position_;
     if (buddy_ != nullptr) at = std::strtoll(buddy_->GetTextForSpin(), nullptr, 10);
-    at = std::clamp<std::int64_t>(at, lower_, upper_) + steps;
+    at = std::clamp<std::int64_t>(at, lower_, upper_) + by;
     position_ = static_cast<int>(std::clamp<std::int64_t>(at, lower_, upper_));
     if (buddy_ == nullptr) return;
     CString text;
@@ -59,7 +82,7 @@ void CSpinButtonCtrl::Press(CPoint point) {
     SetCapture();
     SetTimer(1, kTickMilliseconds);
     Invalidate();
-    Step(pressed_);
+    Turn(pressed_);
 }
 
 void CSpinButtonCtrl::Release() {
@@ -91,11 +114,11 @@ LRESULT CSpinButtonCtrl::DefWindowProc(UINT message, WPARAM wParam, LPARAM lPara
         if (!IsWindowVisible()) {
             Release();
         } else if (pressed_ != 0 && ticks_ > kTicksBeforeRepeat) {
-            Step(pressed_ * (ticks_ > kTicksBeforeFast ? kFastSteps : 1));
+            Turn(pressed_ * Grown(ticks_ - kTicksBeforeRepeat));
         }
         return 0;
     case WM_MOUSEWHEEL:
-        Step(static_cast<std::int16_t>(HIWORD(wParam)) > 0 ? 1 : -1);
+        Turn(static_cast<std::int16_t>(HIWORD(wParam)) / WHEEL_DELTA);
         return 0;
     default:
         return CWnd::DefWindowProc(message, wParam, lParam);

@@ -6,8 +6,9 @@
 namespace vocafade {
 
 /// Two small arrows that step the number in the field beside them (the buddy), held down again and again,
-/// faster after a while. The number is the one that the buddy's `GetTextForSpin` tells at the press, so what
-/// was typed counts. With UDS_ARROWKEYS the buddy's up and down keys, and the wheel over both, step too.
+/// farther after a while. The number is the one that the buddy's `GetTextForSpin` tells at the press, so what
+/// was typed counts. With UDS_ARROWKEYS the buddy's keys, and the wheel over both, step too: up and down as
+/// the arrows do, page up and page down ten steps. Shift makes every step 1.
 class CSpinButtonCtrl : public CWnd {
   public:
     using CWnd::Create;
@@ -19,8 +20,14 @@ class CSpinButtonCtrl : public CWnd {
     /// Only base 10; gives back the base before.
     int SetBase(int base);
     CEdit* SetBuddy(CEdit* buddy);
-    /// Moves by `steps` as a press of an arrow does.
-    void Step(int steps);
+    /// A step is `step` (at least 1), held down at most `growth` times that: 1, then 10, then 100.
+    void SetSteps(int step, int growth);
+    /// Moves by that many steps.
+    void Turn(int steps);
+    /// A key of the buddy's went down; one that does so again without coming up is being held. False when it
+    /// is none that steps.
+    bool KeyDown(UINT key);
+    void KeyUp() { keyRepeats_ = 0; }
 
     const char* ClassName() const override { return "CSpinButtonCtrl"; }
 
@@ -31,6 +38,9 @@ class CSpinButtonCtrl : public CWnd {
     void Paint();
     void Press(CPoint point);
     void Release();
+    void Move(int by);
+    /// How many steps one counts for that has been repeated so often.
+    int Grown(int repeats) const;
 
     CEdit* buddy_ = nullptr;
     int lower_ = 0;
@@ -38,6 +48,10 @@ class CSpinButtonCtrl : public CWnd {
     int position_ = 0;
     int pressed_ = 0; ///< 1 the upper, -1 the lower arrow is held
     int ticks_ = 0;   ///< of the timer since the press
+    int step_ = 1;
+    int growth_ = 10;
+    UINT key_ = 0;
+    int keyRepeats_ = 0; ///< of `key_`, without a release
 };
 
 } // namespace vocafade

@@ -3,6 +3,7 @@
 #include "tests/editor/panel_picture.h"
 
 #include <X11/keysym.h>
+#include <cstring>
 #include <random>
 
 namespace vocafade::test {
@@ -200,12 +201,35 @@ TEST_F(Entry, TakesAnyTextAsANumberInRangeOrNotAtAll) {
     EXPECT_TRUE(ShowsItsEffect(editor, true));
 }
 
-TEST_F(Entry, SpinStepsByATenthAndStaysInRange) {
+TEST_F(Entry, StepsByItsUnitFinelyWithShiftFartherWhileHeldAndStaysInRange) {
     editor.Click(kLoFreq);
     editor.Key(XK_Up);
     editor.Key(XK_Up);
+    user.KeyDown(XK_Shift_L);
+    editor.Key(XK_Up);
+    user.KeyUp(XK_Shift_L);
+    editor.Key(XK_Page_Up);
+    user.Press(4);
+    user.Release(4);
+    editor.Settle();
     editor.Key(XK_Return);
-    EXPECT_EQ(editor.Display(3), "400.2");
+    EXPECT_EQ(editor.Display(3), "413.1");
+    editor.Click(kHiFreq);
+    for (int i = 0; i < 72; ++i) { // what a held key sends
+        xcb_key_press_event_t down{};
+        down.response_type = XCB_KEY_PRESS;
+        down.detail = user.CodeOf(XK_Down);
+        down.event = user.Children(editor.parent)[0];
+        std::array<std::uint8_t, 32> bytes{};
+        std::memcpy(bytes.data(), &down, sizeof down);
+        user.Forge(down.event, bytes);
+    }
+    editor.Key(XK_Return);
+    EXPECT_EQ(editor.Display(4), "8370.0") << "9000 less 30, less 40 times 10, less 2 times 100";
+    editor.Click(kPosition);
+    editor.Key(XK_Page_Down);
+    editor.Key(XK_Return);
+    EXPECT_EQ(editor.Display(5), "54.0");
     editor.Click(kInput);
     editor.Key(XK_Up); // at its maximum of 0 dB
     editor.Key(XK_Down);

@@ -105,7 +105,7 @@ TEST_F(StrayMouse, AHeldSpinButtonStopsWhenItsReleaseIsLost) {
     editor.Settle();
     editor.Click({150, 192});
     editor.Key(XK_Return);
-    EXPECT_EQ(editor.Display(3), "400.1");
+    EXPECT_EQ(editor.Display(3), "401.0");
 }
 
 TEST_F(StrayMouse, TheSecondPressOfADoubleClickIsNotForWhatLiesBeneath) {

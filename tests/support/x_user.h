@@ -96,6 +96,8 @@ class XUser {
     void Key(xcb_keysym_t keysym);
     void KeyDown(xcb_keysym_t keysym);
     void KeyUp(xcb_keysym_t keysym);
+    /// The key that has the symbol.
+    xcb_keycode_t CodeOf(xcb_keysym_t keysym) { return Find(keysym).code; }
     /// Characters of ASCII, one after the other.
     void Type(std::string_view text);
     /// Puts the symbols onto spare keys, as a layout that has them would.
