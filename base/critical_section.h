@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#if !defined(_WIN32)
 #include <pthread.h>
+#endif
 
 namespace vocafade {
 
-/// A recursive lock that lends its owner the priority of the most urgent thread that waits for it, so that a
-/// main thread holding it for a few instructions cannot be starved while the audio thread waits.
+/// A recursive lock that, where the system can, lends its owner the priority of the most urgent thread that waits
+/// for it, so that a main thread holding it for a few instructions cannot be starved while the audio thread waits.
 class CCriticalSection {
   public:
     CCriticalSection();
@@ -20,7 +22,11 @@ class CCriticalSection {
     void Unlock() noexcept;
 
   private:
+#if defined(_WIN32)
+    void* section_[5]; ///< the system's own, whose header brings thousands of names
+#else
     pthread_mutex_t mutex_;
+#endif
 };
 
 /// Holds a `CCriticalSection` from its construction to the end of its scope.

@@ -13,6 +13,8 @@ CString CheckSJISAndToUFT8(const char* shiftJis);
 CString UTF8ToSJSINS(const char* utf8);
 
 /// [any-thread] True when `byte` begins a two-byte Shift-JIS character (0x81-0x9F, 0xE0-0xFC).
-bool IsDBCSLeadByte(unsigned char byte);
+constexpr bool IsDBCSLeadByte(unsigned char byte) {
+    return (byte >= 0x81 && byte <= 0x9F) || (byte >= 0xE0 && byte <= 0xFC);
+}
 
 } // namespace vocafade

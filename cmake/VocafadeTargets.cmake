@@ -9,6 +9,13 @@ set(CMAKE_CXX_VISIBILITY_PRESET hidden)
 set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 find_package(Threads REQUIRED)
 
+# Sources that differ between systems stand in folders of these names.
+if(WIN32)
+  set(VOCAFADE_SYSTEM win32)
+else()
+  set(VOCAFADE_SYSTEM posix)
+endif()
+
 if(NOT CMAKE_BUILD_TYPE)
   set(CMAKE_BUILD_TYPE Release)
 endif()
@@ -51,7 +58,17 @@ else()
   # What Debian hardens its own packages with.
   target_compile_options(vocafade_flags INTERFACE -fstack-protector-strong
     "$<$<CONFIG:Release>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>")
-  target_link_options(vocafade_flags INTERFACE "LINKER:-z,relro" "LINKER:-z,now")
+  if(NOT WIN32)
+    target_link_options(vocafade_flags INTERFACE "LINKER:-z,relro" "LINKER:-z,now")
+  endif()
+endif()
+if(WIN32)
+  target_compile_definitions(vocafade_flags INTERFACE
+    UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN STRICT
+    _WIN32_WINNT=0x0601 # what Windows 7 has
+    _FILE_OFFSET_BITS=64)
+  # Everything comes along, and no time stamp: the same sources give the same bytes.
+  target_link_options(vocafade_flags INTERFACE -static -fstack-protector-strong "LINKER:--no-insert-timestamp")
 endif()
 
 # A static library of one folder: vocafade_library(NAME SOURCES ... [USES ...])
@@ -66,6 +83,15 @@ function(vocafade_module name)
   cmake_parse_arguments(ARG "" "EXPORTS" "SOURCES;OUTPUT" ${ARGN})
   list(GET ARG_OUTPUT 0 folder)
   list(GET ARG_OUTPUT 1 file)
+  if(WIN32)
+    configure_file("${PROJECT_SOURCE_DIR}/plugin/win32/version.rc.in" "${CMAKE_CURRENT_BINARY_DIR}/version.rc" @ONLY)
+    add_library(${name} MODULE ${ARG_SOURCES} "${ARG_EXPORTS}.def" "${CMAKE_CURRENT_BINARY_DIR}/version.rc")
+    target_link_libraries(${name} PRIVATE vocafade_instance)
+    set_target_properties(${name} PROPERTIES PREFIX "" OUTPUT_NAME "${file}" LIBRARY_OUTPUT_DIRECTORY "${folder}")
+    target_link_options(${name} PRIVATE "LINKER:--exclude-all-symbols")
+    return()
+  endif()
+  string(APPEND ARG_EXPORTS .map)
   # The last one is compiled into the module itself, since it works by being loaded and nothing refers to it.
   add_library(${name} MODULE ${ARG_SOURCES} "${PROJECT_SOURCE_DIR}/ui/platform/x11/resident_libraries.cpp")
   target_link_libraries(${name} PRIVATE vocafade_instance)

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdlib>
 #include <memory>
 #include <new>
 
@@ -14,9 +13,8 @@ class AlignedFloats {
     /// Makes it `count` zeros. Allocates only when the size changes; every page is touched.
     void Assign(std::size_t count) {
         if (count != count_) {
-            const std::size_t bytes = (count * sizeof(float) + kLine - 1) / kLine * kLine;
-            data_.reset(static_cast<float*>(std::aligned_alloc(kLine, bytes)));
-            if (!data_) throw std::bad_alloc();
+            const std::size_t bytes = count * sizeof(float);
+            data_.reset(static_cast<float*>(::operator new(bytes, kLine)));
             count_ = count;
         }
         for (std::size_t i = 0; i < count; ++i) {
@@ -29,9 +27,9 @@ class AlignedFloats {
     std::size_t size() const { return count_; }
 
   private:
-    static constexpr std::size_t kLine = 64;
+    static constexpr std::align_val_t kLine{64};
     struct Free {
-        void operator()(float* memory) const { std::free(memory); }
+        void operator()(float* memory) const { ::operator delete(memory, kLine); }
     };
 
     std::unique_ptr<float[], Free> data_;

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "base/file.h"
+#include "base/path.h"
 #include "effect/avocafade.h"
 #include "persistence/default_bank.h"
 #include "persistence/settings_folder.h"
@@ -29,7 +30,7 @@ std::uint16_t AVocafade::getWordFile(CFile* file) { return vocafade::getWordFile
 std::string AVocafade::FolderOfPlugin() {
     const auto* answer = static_cast<const char*>(getDirectory());
     if (answer == nullptr) return {};
-    std::string folder(answer, ::strnlen(answer, kLongestFolder));
+    std::string folder = TextOfHostsPath({answer, ::strnlen(answer, kLongestFolder)});
     if (folder.size() < 2 || folder.back() == '/') return folder;
     // A slash in the first place is not looked at, and a text without any is kept whole.
     const std::size_t slash = folder.rfind('/');

@@ -14,7 +14,7 @@ using EntryPoint = AEffect* (*)(audioMasterCallback callback);
 /// system then shares the code.
 class SharedObject {
   public:
-    /// [any-thread] Loads `path`: a shared object, or a bundle folder `Name.vst` that holds `Name.so`.
+    /// [any-thread] Loads `path`: a shared object, or a bundle folder `Name.vst` that holds `Name.so` (on Windows `Name.dll`).
     /// Throws `HostError` when there is no such file, it cannot be loaded or it has no entry point.
     explicit SharedObject(const std::filesystem::path& path);
     ~SharedObject();
@@ -27,7 +27,7 @@ class SharedObject {
     const std::filesystem::path& file() const { return file_; }
     /// The folder that a plug-in is told is its own. It ends in a slash: some plug-ins put the name of a file
     /// of theirs right behind it, others cut it behind its last slash, and both end up in the folder.
-    std::string folder() const { return (file_.parent_path() / "").string(); }
+    std::string folder() const;
 
   private:
     std::filesystem::path file_;

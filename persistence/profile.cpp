@@ -2,6 +2,7 @@
 #include "persistence/profile.h"
 
 #include "base/decimal.h"
+#include "persistence/settings_places.h"
 #include "persistence/settings_store.h"
 
 #include <algorithm>

@@ -2,6 +2,7 @@
 #include "persistence/program_file.h"
 
 #include "base/file.h"
+#include "base/path.h"
 #include "base/text_encoding.h"
 #include "persistence/text_streams.h"
 
@@ -66,11 +67,11 @@ std::string ProgramFilePath(const std::string& folder, const std::string& name) 
     if (CFileFind().FindFile(path.c_str())) return path;
     const std::string wanted[] = {name + kExtension, CheckSJISAndToUFT8(name.c_str()).str() + kExtension};
     std::error_code error;
-    fs::directory_iterator entry(PathFromUrlOrPath(folder.c_str()), error);
+    fs::directory_iterator entry(PathOf(PathFromUrlOrPath(folder.c_str())), error);
     for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
-        const std::string candidate = entry->path().filename().string();
+        const std::string candidate = TextOf(entry->path().filename());
         for (const std::string& file : wanted) {
-            if (SameButForCase(candidate, file)) return entry->path().string();
+            if (SameButForCase(candidate, file)) return TextOf(entry->path());
         }
     }
     return path;

@@ -17,13 +17,9 @@ enum class SettingsScope {
     anyUserAnyHost,  ///< everybody's, wherever the system's folder is mounted
 };
 
-/// [any-thread] The name of the running program, whose settings are meant when nobody is named: for a plug-in
-/// that is its host. Nothing when the system does not tell.
-std::optional<std::string> CurrentApplication();
-
 /// The settings of one application: a small text file for every scope, below the user's configuration folder
-/// (`$XDG_CONFIG_HOME`, or `~/.config`) and below the system's (the first of `$XDG_CONFIG_DIRS`, or
-/// `/etc/xdg`), in `vocafade/settings/`. A file, and not a library, since a plug-in shares its process with
+/// and below the system's (see settings_places.h), in
+/// `vocafade/settings/`. A file, and not a library, since a plug-in shares its process with
 /// strangers: a desktop's settings library or a database would bring its own state and services into every
 /// host, while all that is asked of it is a few names and values, which people can then read and repair too.
 ///

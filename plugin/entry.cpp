@@ -12,10 +12,15 @@ AudioEffect* createEffectInstance(audioMasterCallback audioMaster) {
 
 } // namespace vocafade
 
+#if defined(_WIN32) // there the list of exports says it alone
+#define VOCAFADE_EXPORT
+#else
+#define VOCAFADE_EXPORT __attribute__((visibility("default")))
+#endif
+
 /// [main-thread] The one exported symbol. Null when there is no host callback or the host is older than the
 /// interface's second version (it answers 0 when asked for its own).
-extern "C" __attribute__((visibility("default"))) vocafade::AEffect*
-VSTPluginMain(vocafade::audioMasterCallback audioMaster) {
+extern "C" VOCAFADE_EXPORT vocafade::AEffect* VSTPluginMain(vocafade::audioMasterCallback audioMaster) {
     using namespace vocafade;
     if (audioMaster == nullptr) return nullptr;
     if (audioMaster(nullptr, audioMasterVersion, 0, 0, nullptr, 0.0f) == 0) return nullptr;

@@ -3,18 +3,15 @@
 
 #include "base/cstring.h"
 #include "base/file.h"
+#include "base/path.h"
 
 #include <cstring>
-#include <dlfcn.h>
 
 namespace vocafade {
 
 std::string ResourceFolder() {
-    Dl_info info{};
-    if (::dladdr(reinterpret_cast<const void*>(&ResourceFolder), &info) == 0 || info.dli_fname == nullptr) {
-        return {};
-    }
-    std::string path = info.dli_fname;
+    std::string path = FileOfThisCode();
+    if (path.empty()) return {};
     const std::size_t slash = path.rfind('/');
     path.resize(slash == std::string::npos ? 0 : slash + 1);
     return path + "Resources/";

@@ -1,26 +1,22 @@
 // SPDX-License-Identifier: MIT
 #include "ui/timer_thread.h"
 
+#include "base/thread_signals.h"
+
 #include <algorithm>
 #include <chrono>
-#include <csignal>
 #include <system_error>
 
 namespace vocafade {
 
 TimerThread::TimerThread(unsigned milliseconds) {
-    // The host's signals are for the host's threads.
-    sigset_t all;
-    sigset_t before;
-    sigfillset(&all);
-    pthread_sigmask(SIG_SETMASK, &all, &before);
+    const WithoutSignals quiet;
     try {
         thread_ = std::thread([this, milliseconds] { Run(std::max(1U, milliseconds)); });
     } catch (const std::system_error&) {
         // No thread to be had: a timer that never ticks is better than an editor that does not open.
         stop_ = true;
     }
-    pthread_sigmask(SIG_SETMASK, &before, nullptr);
 }
 
 TimerThread::~TimerThread() {

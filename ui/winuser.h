@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "ui/key_codes.h"
+
 #include <cstdint>
 
 /// The numbers that windows, messages and drawing speak in. Messages, styles and raster operations have their
@@ -65,31 +67,11 @@ inline constexpr UINT WM_SCALECHANGED = WM_USER + 5;
 /// A notch of the wheel in WM_MOUSEWHEEL.
 inline constexpr int WHEEL_DELTA = 120;
 
-/// @name Key codes of WM_KEYDOWN and WM_KEYUP
-/// The numbering that the entry fields are written against. Keys that type a character have codes of their
-/// own range (`kKeyCharacter` + the upper-case ASCII sign), so that none of them can pass for Return.
+/// @name Flags of OnChar (bits 16 to 31 of lParam)
 /// @{
-inline constexpr UINT kKeyKeypadEnter = 35;
-inline constexpr UINT kKeyReturn = 36;
-inline constexpr UINT kKeyTab = 48;
-inline constexpr UINT kKeyBackspace = 51;
-inline constexpr UINT kKeyEscape = 53;
-inline constexpr UINT kKeyKeypadDecimal = 65;
-inline constexpr UINT kKeyHome = 115;
-inline constexpr UINT kKeyPageUp = 116;
-inline constexpr UINT kKeyDelete = 117;
-inline constexpr UINT kKeyEnd = 119;
-inline constexpr UINT kKeyPageDown = 121;
-inline constexpr UINT kKeyLeft = 123;
-inline constexpr UINT kKeyRight = 124;
-inline constexpr UINT kKeyDown = 125;
-inline constexpr UINT kKeyUp = 126;
-inline constexpr UINT kKeyUnknown = 255;
-inline constexpr UINT kKeyCharacter = 0x100;
-/// Bit of the flags of OnChar (bits 16 to 31 of lParam): the 37 or 39 is an arrow key, not a typed "%" or
-/// "'".
+/// The 37 or 39 is an arrow key, not a typed "%" or "'".
 inline constexpr UINT kCharArrow = 0x100;
-/// Another: typed with the keypad's decimal key, which is a comma on many layouts.
+/// Typed with the keypad's decimal key, which is a comma on many layouts.
 inline constexpr UINT kCharKeypadDecimal = 0x200;
 /// @}
 
@@ -101,11 +83,9 @@ inline constexpr int VK_CONTROL = 17;
 inline constexpr int VK_MENU = 18;
 /// @}
 
-/// @name Window class styles, cursors, stock brushes
+/// @name Window class styles, stock brushes
 /// @{
 inline constexpr UINT CS_DBLCLKS = 8;
-inline constexpr UINT kCursorArrow = 32512;
-inline constexpr UINT kCursorIBeam = 32513;
 inline constexpr int WHITE_BRUSH = 0;
 inline constexpr int LTGRAY_BRUSH = 1;
 inline constexpr int NULL_BRUSH = 5;

@@ -1,37 +1,38 @@
 // SPDX-License-Identifier: MIT
 // Several hosts at once, each with the effect, save into the one bank while others open it.
 #include "tests/faults/open_effect.h"
+#include "tests/support/processes.h"
 #include "tests/support/temp_folder.h"
 
 #include <cstring>
-#include <sys/wait.h>
 
 namespace vocafade::test {
 namespace {
 
 using TwoWriters = WithSettings;
 
-constexpr int kSaves = 150;
+constexpr int kSaveCount = 150;
 
 /// What one process does: its saves mark all they write with its own number.
-int SaveAgainAndAgain(int writer) {
+bool SaveAgainAndAgain(int writer) {
     OpenEffect effect;
-    for (int i = 0; i < kSaves; ++i) {
+    for (int i = 0; i < kSaveCount; ++i) {
         effect.setProgram(writer);
-        effect.setParameter(4, static_cast<float>(i) / kSaves);
+        effect.setParameter(4, static_cast<float>(i) / kSaveCount);
         effect.SaveProgram(writer,
                            ("writer " + std::to_string(writer) + " save " + std::to_string(i)).c_str());
     }
-    return effect.messages == 0 ? 0 : 1;
+    return effect.messages == 0;
 }
+const Aside kSaves("saves", SaveAgainAndAgain);
 
 TEST_F(TwoWriters, LeaveAWholeBankAndNoScraps) {
     OpenEffect().SaveProgram(60, "first"); // so that readers find one from the start
-    int running = 0;
-    for (; running < 3; ++running)
-        if (::fork() == 0) ::_exit(SaveAgainAndAgain(running));
+    std::vector<std::unique_ptr<Aside::Process>> running;
+    for (int writer = 0; writer < 3; ++writer)
+        running.push_back(std::make_unique<Aside::Process>(kSaves, writer));
     int reads = 0;
-    while (running > 0) {
+    while (!running.empty()) {
         const std::string bytes = ReadFile(BankPath());
         ASSERT_EQ(bytes.size(), 3488U);
         ASSERT_EQ(std::memcmp(bytes.data(), "CcnK", 4), 0);
@@ -43,13 +44,10 @@ TEST_F(TwoWriters, LeaveAWholeBankAndNoScraps) {
             ASSERT_EQ(name.substr(0, 8), "writer " + std::to_string(current));
             float value = 0.0f;
             std::memcpy(&value, bytes.data() + 160 + current * 52 + 16, sizeof value);
-            ASSERT_EQ(value, static_cast<float>(std::stoi(name.substr(name.rfind(' ')))) / kSaves);
+            ASSERT_EQ(value, static_cast<float>(std::stoi(name.substr(name.rfind(' ')))) / kSaveCount);
         }
         ++reads;
-        int status = 0;
-        if (::waitpid(-1, &status, WNOHANG) <= 0) continue;
-        EXPECT_EQ(status, 0) << "a writer failed";
-        --running;
+        std::erase_if(running, [](const auto& writer) { return writer->HasEnded(); });
     }
     EXPECT_GT(reads, 10);
     EXPECT_EQ(NamesIn(settings / "config").size(), 1U);

@@ -9,9 +9,9 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <iterator>
+#include <random>
 #include <set>
 #include <string>
-#include <unistd.h>
 
 namespace vocafade::test {
 
@@ -19,9 +19,11 @@ namespace vocafade::test {
 class TempFolder {
   public:
     TempFolder() {
-        std::string name = (std::filesystem::temp_directory_path() / "vocafade-test-XXXXXX").string();
-        if (::mkdtemp(name.data()) == nullptr) std::abort();
-        path_ = name;
+        std::random_device random;
+        do {
+            const std::string name = "vocafade-test-" + std::to_string(random());
+            path_ = std::filesystem::temp_directory_path() / name;
+        } while (!std::filesystem::create_directory(path_));
     }
     ~TempFolder() {
         std::error_code ignored;
@@ -31,7 +33,7 @@ class TempFolder {
     TempFolder& operator=(const TempFolder&) = delete;
 
     const std::filesystem::path& path() const { return path_; }
-    std::string operator/(const std::string& name) const { return (path_ / name).string(); }
+    std::string operator/(const std::string& name) const { return (path_ / name).generic_string(); }
 
   private:
     std::filesystem::path path_;
@@ -65,7 +67,7 @@ inline void MakeOld(const std::filesystem::path& folder) {
 /// A test with a preferences folder of its own.
 class WithSettings : public ::testing::Test {
   protected:
-    WithSettings() { SetVariable("XDG_CONFIG_HOME", settings / "config"); }
+    WithSettings() { SetVariable(kConfigurationVariable, settings / "config"); }
 
     std::string BankPath() const { return settings / "config/VocafadeDef.fxb"; }
 

@@ -63,8 +63,4 @@ CString UTF8ToSJSINS(const char* utf8) {
     return Convert("CP932", "UTF-8", utf8, "?", Utf8Length);
 }
 
-bool IsDBCSLeadByte(unsigned char byte) {
-    return (byte >= 0x81 && byte <= 0x9F) || (byte >= 0xE0 && byte <= 0xFC);
-}
-
 } // namespace vocafade

@@ -145,12 +145,4 @@ bool FileReplacement::Commit() {
     return true;
 }
 
-bool MakeFolders(const std::string& folder) {
-    std::error_code error, ignored;
-    std::filesystem::create_directories(folder, error);
-    if (std::filesystem::is_directory(folder, ignored)) return true;
-    errno = error ? error.value() : ENOTDIR;
-    return false;
-}
-
 } // namespace vocafade
