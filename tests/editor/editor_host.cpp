@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "tests/editor/editor_host.h"
 
-#include <dlfcn.h>
-#include <stdexcept>
+#include "base/path.h"
+#include "host/library.h"
 
 namespace vocafade::test {
 namespace {
@@ -11,9 +11,8 @@ using EntryPoint = AEffect* (*)(audioMasterCallback);
 
 EntryPoint Entry(const std::string& plugin) {
     // Never unloaded: sanitizers want the names of what leaked.
-    void* library = ::dlopen(plugin.c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (library == nullptr) throw std::runtime_error("the plug-in cannot be loaded");
-    return reinterpret_cast<EntryPoint>(::dlsym(library, "VSTPluginMain"));
+    return reinterpret_cast<EntryPoint>(
+        host::FindInLibrary(host::OpenLibrary(PathOf(plugin)), "VSTPluginMain"));
 }
 
 } // namespace

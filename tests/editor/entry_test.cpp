@@ -245,7 +245,7 @@ TEST_F(Entry, StepsByItsUnitFinelyWithShiftFartherWhileHeldAndStaysInRange) {
 }
 
 TEST_F(Entry, TakesTheKeyboardAndGivesItBack) {
-    const xcb_window_t hosts = user.MakeWindow(600, 500, 50, 50);
+    const xcb_window_t hosts = user.MakeWindow(600, 500, 50, 50, true, editor.parent);
     user.SetFocus(hosts);
     for (const std::uint32_t end : {XK_Return, XK_Escape}) {
         editor.Click(kLoFreq);

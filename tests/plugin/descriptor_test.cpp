@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 // The built plug-in, loaded as a host loads it and asked everything that a host can ask.
+#include "base/path.h"
+#include "host/library.h"
 #include "tests/support/recording_host.h"
 #include "tests/support/temp_folder.h"
 
 #include <algorithm>
-#include <dlfcn.h>
 #include <map>
-#include <stdexcept>
 
 namespace vocafade::test {
 namespace {
@@ -15,14 +15,13 @@ using EntryPoint = AEffect* (*)(audioMasterCallback);
 
 class Plugin : public WithSettings {
   protected:
-    Plugin() : library(::dlopen(VOCAFADE_PLUGIN, RTLD_NOW | RTLD_LOCAL)) {
-        if (library == nullptr) throw std::runtime_error("the plug-in cannot be loaded");
-        entry = reinterpret_cast<EntryPoint>(::dlsym(library, "VSTPluginMain"));
+    Plugin() : library(host::OpenLibrary(PathOf(VOCAFADE_PLUGIN))) {
+        entry = reinterpret_cast<EntryPoint>(host::FindInLibrary(library, "VSTPluginMain"));
         effect = entry(RecordingHost::Callback);
     }
     ~Plugin() override {
         Ask(effClose);
-        ::dlclose(library);
+        host::CloseLibrary(library);
     }
 
     VstIntPtr Ask(std::int32_t opcode, std::int32_t index = 0, VstIntPtr value = 0, void* ptr = nullptr,

@@ -37,6 +37,8 @@ XUser::XUser() : connection_(::xcb_connect(nullptr, nullptr)) {
 
 XUser::~XUser() { ::xcb_disconnect(connection_); }
 
+xcb_window_t XUser::Root() const { return screen_->root; }
+
 xcb_window_t XUser::MakeWindow(int x, int y, int width, int height, bool show, xcb_window_t parent) {
     const xcb_window_t window = ::xcb_generate_id(connection_);
     const std::array<std::uint32_t, 2> values{screen_->black_pixel, XCB_EVENT_MASK_KEY_PRESS |

@@ -6,9 +6,16 @@
 #include <string>
 #include <string_view>
 #include <vector>
+#if !defined(_WIN32)
 #include <xcb/xcb.h>
+#endif
 
 namespace vocafade::test {
+
+#if defined(_WIN32) // windows are the system's own there; keys stay those of the X server that shows them
+using xcb_window_t = std::uint32_t;
+using xcb_keysym_t = std::uint32_t;
+#endif
 
 /// What a part of the screen looks like.
 struct Picture {
@@ -61,7 +68,7 @@ class XUser {
 
     /// @name The screen
     /// @{
-    xcb_window_t Root() const { return screen_->root; }
+    xcb_window_t Root() const;
     /// Windows below `window`, bottom to top.
     std::vector<xcb_window_t> Children(xcb_window_t window);
     /// Top-level windows that are shown, bottom to top.
@@ -106,6 +113,7 @@ class XUser {
     /// Waits until the server has handled all that any client has sent so far, and has sent the answers.
     void Sync();
 
+#if !defined(_WIN32)
     /// For what one test alone asks of the server.
     xcb_connection_t* connection() { return connection_; }
     xcb_atom_t Atom(std::string_view name);
@@ -122,6 +130,7 @@ class XUser {
     xcb_connection_t* connection_;
     xcb_window_t settingsWindow_ = 0;
     xcb_screen_t* screen_ = nullptr;
+#endif
 };
 
 } // namespace vocafade::test

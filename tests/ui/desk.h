@@ -92,13 +92,15 @@ class Desk : public ::testing::Test {
         user.Sync();
         for (int i = 0; i < 5; ++i) {
             WaitFor([this] { frame.Idle(); }, [] { return true; });
-            ::usleep(2000);
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
         }
     }
+#if !defined(_WIN32)
     /// How often the next idle waits for the display.
     long WaitsOfAnIdle() {
         return XTraffic::Of([this] { frame.Idle(); }).waits;
     }
+#endif
     /// The highest window on the screen: a dialog or a menu, else the host's.
     xcb_window_t TopWindow() {
         xcb_window_t top = 0;

@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+
+namespace vocafade::test {
+
+#if defined(_WIN32)
+/// Handles and threads of this process.
+std::size_t OpenFiles();
+std::size_t Threads();
+#else
+inline std::size_t CountFiles(const char* folder) {
+    const std::filesystem::directory_iterator files(folder);
+    return static_cast<std::size_t>(std::distance(begin(files), end(files)));
+}
+/// Descriptors and threads of this process.
+inline std::size_t OpenFiles() { return CountFiles("/proc/self/fd"); }
+inline std::size_t Threads() { return CountFiles("/proc/self/task"); }
+#endif
+
+} // namespace vocafade::test

@@ -1,0 +1,277 @@
+// SPDX-License-Identifier: MIT
+// A user at the X server that Wine shows the windows on; `windows_user`, which started this program, is his hands and
+// eyes there. The host's windows are this program's own.
+#include "base/path.h"
+#include "tests/support/process_counts.h"
+#include "tests/support/x_server.h"
+#include "tests/support/x_user.h"
+
+#include <X11/keysym.h>
+#include <algorithm>
+#include <cstdio>
+#include <fstream>
+#include <map>
+#include <sstream>
+#include <stdexcept>
+#include <windows.h>
+// Behind it.
+#include <tlhelp32.h>
+
+namespace vocafade::test {
+namespace {
+
+HWND Handle(xcb_window_t window) { return reinterpret_cast<HWND>(static_cast<std::uintptr_t>(window)); }
+
+xcb_window_t IdOf(HWND window) { return static_cast<xcb_window_t>(reinterpret_cast<std::uintptr_t>(window)); }
+
+int hostKeys = 0;
+
+LRESULT CALLBACK HostProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    if (message == WM_KEYDOWN) ++hostKeys;
+    if (message == WM_LBUTTONDOWN) ::SetFocus(window);
+    return ::DefWindowProcW(window, message, wParam, lParam);
+}
+
+const wchar_t* HostClass() {
+    static const ATOM atom = [] {
+        WNDCLASSEXW description{};
+        description.cbSize = sizeof description;
+        description.lpfnWndProc = &HostProcedure;
+        description.hInstance = ::GetModuleHandleW(nullptr);
+        description.hbrBackground = static_cast<HBRUSH>(::GetStockObject(BLACK_BRUSH));
+        description.lpszClassName = L"Vocafade test host";
+        return ::RegisterClassExW(&description);
+    }();
+    return MAKEINTATOM(atom);
+}
+
+/// What a host's message loop does, until there is nothing left.
+void Pump() {
+    MSG message;
+    while (::PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE) != 0) {
+        ::TranslateMessage(&message);
+        ::DispatchMessageW(&message);
+    }
+}
+
+void Ask(const std::string& request) {
+    std::fflush(stdout);
+    const std::string line = "\n\x01user " + request + " 0 0 0 0\n";
+    DWORD done = 0;
+    ::WriteFile(::GetStdHandle(STD_OUTPUT_HANDLE), line.data(), static_cast<DWORD>(line.size()), &done,
+                nullptr);
+    char answer = 0;
+    while (answer != '\n')
+        if (::ReadFile(::GetStdHandle(STD_INPUT_HANDLE), &answer, 1, &done, nullptr) == 0 || done == 0)
+            throw std::runtime_error("windows_user is gone");
+}
+
+template <typename... Numbers>
+void AskFor(const char* verb, Numbers... numbers) {
+    std::ostringstream request;
+    request << verb;
+    ((request << ' ' << numbers), ...);
+    Ask(request.str());
+    Pump();
+}
+
+/// Calls `Enumerate(callback, argument)` and collects the windows that it names.
+template <typename Enumerate>
+std::vector<HWND> Collect(Enumerate enumerate) {
+    std::vector<HWND> windows;
+    const WNDENUMPROC add = [](HWND window, LPARAM all) -> BOOL {
+        reinterpret_cast<std::vector<HWND>*>(all)->push_back(window);
+        return TRUE;
+    };
+    enumerate(add, reinterpret_cast<LPARAM>(&windows));
+    return windows;
+}
+
+} // namespace
+
+std::size_t OpenFiles() {
+    DWORD handles = 0;
+    ::GetProcessHandleCount(::GetCurrentProcess(), &handles);
+    // Wine does not count these; Windows does.
+    return handles + ::GetGuiResources(::GetCurrentProcess(), GR_GDIOBJECTS) +
+           ::GetGuiResources(::GetCurrentProcess(), GR_USEROBJECTS);
+}
+
+std::size_t Threads() {
+    const HANDLE all = ::CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
+    THREADENTRY32 entry{};
+    entry.dwSize = sizeof entry;
+    std::size_t count = 0;
+    for (BOOL more = ::Thread32First(all, &entry); more != 0; more = ::Thread32Next(all, &entry))
+        if (entry.th32OwnerProcessID == ::GetCurrentProcessId()) ++count;
+    ::CloseHandle(all);
+    return count;
+}
+
+bool XServer::IsInstalled() { return ::GetEnvironmentVariableW(L"VOCAFADE_LOOK", nullptr, 0) != 0; }
+XServer::XServer() = default;
+XServer::~XServer() = default;
+
+void NeedsXServer::SetUp() {
+    if (!XServer::IsInstalled()) FAIL() << "windows_user must start this program";
+}
+
+std::string DoubleClickSettings(std::uint32_t milliseconds) { return std::to_string(milliseconds); }
+
+XUser::XUser() = default;
+XUser::~XUser() = default;
+
+xcb_window_t XUser::MakeWindow(int x, int y, int width, int height, bool show, xcb_window_t parent) {
+    const DWORD style = (parent != 0 ? WS_CHILD : WS_POPUP) | WS_CLIPCHILDREN;
+    const HWND window = ::CreateWindowExW(0, HostClass(), L"host", style, x, y, width, height, Handle(parent),
+                                          nullptr, ::GetModuleHandleW(nullptr), nullptr);
+    if (show) Show(IdOf(window));
+    return IdOf(window);
+}
+
+void XUser::DestroyWindow(xcb_window_t window) {
+    ::DestroyWindow(Handle(window));
+    Sync();
+}
+
+void XUser::Show(xcb_window_t window) {
+    ::ShowWindow(Handle(window), SW_SHOW);
+    ::SetForegroundWindow(Handle(window));
+    Sync();
+}
+
+void XUser::Hide(xcb_window_t window) {
+    ::ShowWindow(Handle(window), SW_HIDE);
+    Sync();
+}
+
+void XUser::Resize(xcb_window_t window, int width, int height) {
+    ::SetWindowPos(Handle(window), nullptr, 0, 0, width, height, SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
+    Sync();
+}
+
+void XUser::Reparent(xcb_window_t window, xcb_window_t parent, int x, int y) {
+    ::SetWindowLongPtrW(Handle(window), GWL_STYLE, WS_CHILD | WS_VISIBLE | WS_CLIPCHILDREN);
+    ::SetParent(Handle(window), Handle(parent));
+    ::SetWindowPos(Handle(window), nullptr, x, y, 0, 0, SWP_NOSIZE | SWP_NOZORDER);
+    Sync();
+}
+
+void XUser::AskToClose(xcb_window_t window) {
+    ::PostMessageW(Handle(window), WM_CLOSE, 0, 0);
+    Sync();
+}
+
+void XUser::PublishSettings(std::string_view bytes) {
+    ::SetDoubleClickTime(static_cast<UINT>(std::stoul(std::string(bytes))));
+}
+
+int XUser::TakeHostKeys() {
+    Sync();
+    return std::exchange(hostKeys, 0);
+}
+
+xcb_window_t XUser::Root() const { return 0; }
+
+std::vector<xcb_window_t> XUser::Children(xcb_window_t window) {
+    Sync();
+    std::vector<xcb_window_t> children;
+    for (const HWND child :
+         Collect([&](WNDENUMPROC add, LPARAM to) { ::EnumChildWindows(Handle(window), add, to); }))
+        if (::GetParent(child) == Handle(window)) children.push_back(IdOf(child));
+    std::reverse(children.begin(), children.end());
+    return children;
+}
+
+std::vector<xcb_window_t> XUser::TopLevels() {
+    Sync();
+    std::vector<xcb_window_t> windows;
+    for (const HWND window : Collect([](WNDENUMPROC add, LPARAM to) { ::EnumWindows(add, to); })) {
+        DWORD process = 0;
+        ::GetWindowThreadProcessId(window, &process);
+        if (process == ::GetCurrentProcessId() && ::IsWindowVisible(window) != 0)
+            windows.push_back(IdOf(window));
+    }
+    std::reverse(windows.begin(), windows.end());
+    return windows;
+}
+
+bool XUser::IsViewable(xcb_window_t window) {
+    Sync();
+    return ::IsWindowVisible(Handle(window)) != 0;
+}
+
+XUser::Bounds XUser::BoundsOf(xcb_window_t window) {
+    Sync();
+    RECT client{};
+    POINT place{};
+    ::GetClientRect(Handle(window), &client);
+    ::ClientToScreen(Handle(window), &place);
+    return {static_cast<int>(place.x), static_cast<int>(place.y), static_cast<int>(client.right),
+            static_cast<int>(client.bottom)};
+}
+
+xcb_window_t XUser::Focus() {
+    Sync();
+    return IdOf(::GetFocus());
+}
+
+void XUser::SetFocus(xcb_window_t window) {
+    ::SetFocus(Handle(window));
+    Sync();
+}
+
+void XUser::MoveTo(int x, int y) { AskFor("move", x, y); }
+void XUser::Press(int button) { AskFor("press", button); }
+void XUser::Release(int button) { AskFor("release", button); }
+void XUser::Click(int x, int y, int button) {
+    MoveTo(x, y);
+    Press(button);
+    Release(button);
+}
+void XUser::Key(xcb_keysym_t keysym) {
+    // Wine knows the keys of the layouts that people have, and not the spare ones of `AddKeys`.
+    constexpr xcb_keysym_t kUnicode = 0x1000000;
+    const bool latin = keysym >= 0xA0 && keysym <= 0xFF;
+    if (!latin && keysym < kUnicode) return AskFor("key", keysym);
+    INPUT typed[2]{};
+    typed[0].type = typed[1].type = INPUT_KEYBOARD;
+    typed[0].ki.wScan = typed[1].ki.wScan = static_cast<WORD>(keysym);
+    typed[0].ki.dwFlags = KEYEVENTF_UNICODE;
+    typed[1].ki.dwFlags = KEYEVENTF_UNICODE | KEYEVENTF_KEYUP;
+    ::SendInput(2, typed, sizeof typed[0]);
+    Sync();
+}
+void XUser::KeyDown(xcb_keysym_t keysym) { AskFor("down", keysym); }
+void XUser::KeyUp(xcb_keysym_t keysym) { AskFor("up", keysym); }
+
+void XUser::AddKeys(const std::vector<xcb_keysym_t>& keysyms) {
+    xcb_keysym_t three[3] = {XK_VoidSymbol, XK_VoidSymbol, XK_VoidSymbol};
+    std::copy_n(keysyms.begin(), std::min<std::size_t>(3, keysyms.size()), three);
+    AskFor("add", three[0], three[1], three[2]);
+}
+
+void XUser::Type(std::string_view text) {
+    for (const char character : text)
+        Key(static_cast<unsigned char>(character));
+}
+
+Picture XUser::Look(xcb_window_t window, int x, int y, int width, int height) {
+    POINT place{x, y};
+    ::ClientToScreen(Handle(window), &place);
+    Pump();
+    ::GdiFlush();
+    AskFor("look", place.x, place.y, width, height);
+    std::ifstream file("Z:" + std::string(std::getenv("VOCAFADE_LOOK")), std::ios::binary);
+    Picture picture;
+    file.read(reinterpret_cast<char*>(&picture.width), sizeof picture.width);
+    file.read(reinterpret_cast<char*>(&picture.height), sizeof picture.height);
+    picture.pixels.resize(static_cast<std::size_t>(picture.width) * static_cast<std::size_t>(picture.height));
+    file.read(reinterpret_cast<char*>(picture.pixels.data()),
+              static_cast<std::streamsize>(picture.pixels.size() * sizeof picture.pixels[0]));
+    return picture;
+}
+
+void XUser::Sync() { Pump(); } // what was asked for has reached the windows when the answer comes
+
+} // namespace vocafade::test

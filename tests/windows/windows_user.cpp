@@ -1,0 +1,115 @@
+// SPDX-License-Identifier: MIT
+// Runs a Windows program under Wine on an X server of its own, and is the user's hands and eyes there:
+//
+//   windows_user PROGRAM [ARGUMENT...]
+//
+// A line that the program prints and that begins with kRequest asks for something; the answer is a line on its
+// standard input. All other lines are passed on. Ends with the program's own result.
+#include "tests/support/x_server.h"
+#include "tests/support/x_user.h"
+
+#include <array>
+#include <csignal>
+#include <cstdio>
+#include <exception>
+#include <fstream>
+#include <iostream>
+#include <sstream>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+using vocafade::test::Picture;
+using vocafade::test::XUser;
+
+constexpr std::string_view kRequest = "\x01user ";
+
+/// Writes the picture as its size and its pixels, to the file that the program reads it from.
+void Leave(const Picture& picture, const std::string& path) {
+    std::ofstream file(path, std::ios::binary);
+    file.write(reinterpret_cast<const char*>(&picture.width), sizeof picture.width);
+    file.write(reinterpret_cast<const char*>(&picture.height), sizeof picture.height);
+    file.write(reinterpret_cast<const char*>(picture.pixels.data()),
+               static_cast<std::streamsize>(picture.pixels.size() * sizeof picture.pixels[0]));
+}
+
+void Do(XUser& user, std::istream& request, const std::string& look) {
+    std::string verb;
+    int numbers[4] = {};
+    request >> verb;
+    for (int& number : numbers)
+        request >> number;
+    const auto keysym = static_cast<xcb_keysym_t>(numbers[0]);
+    if (verb == "move") user.MoveTo(numbers[0], numbers[1]);
+    if (verb == "press") user.Press(numbers[0]);
+    if (verb == "release") user.Release(numbers[0]);
+    if (verb == "down") user.KeyDown(keysym);
+    if (verb == "up") user.KeyUp(keysym);
+    if (verb == "key") user.Key(keysym);
+    if (verb == "add") user.AddKeys(std::vector<xcb_keysym_t>(numbers, numbers + 3));
+    if (verb == "look") Leave(user.Look(user.Root(), numbers[0], numbers[1], numbers[2], numbers[3]), look);
+    user.Sync();
+}
+
+/// Starts the program with pipes in the place of its standard input and output.
+pid_t Start(char** arguments, int& toProgram, int& fromProgram) {
+    std::array<int, 2> in{};
+    std::array<int, 2> out{};
+    if (::pipe(in.data()) != 0 || ::pipe(out.data()) != 0) throw std::runtime_error("no pipe");
+    const pid_t process = ::fork();
+    if (process == 0) {
+        ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+        ::dup2(in[0], STDIN_FILENO);
+        ::dup2(out[1], STDOUT_FILENO);
+        for (const int end : {in[0], in[1], out[0], out[1]})
+            ::close(end);
+        ::execvp(arguments[0], arguments);
+        ::_exit(127);
+    }
+    ::close(in[0]);
+    ::close(out[1]);
+    toProgram = in[1];
+    fromProgram = out[0];
+    return process;
+}
+
+} // namespace
+
+int main(int count, char** arguments) try {
+    if (count < 2) return 2;
+    std::signal(SIGPIPE, SIG_IGN); // the program may end without reading its last answer
+    const vocafade::test::XServer server;
+    XUser user;
+    const std::string look = "/tmp/vocafade-look-" + std::to_string(::getpid());
+    ::setenv("VOCAFADE_LOOK", look.c_str(), 1); // NOLINT(concurrency-mt-unsafe): one thread
+    int toProgram = -1;
+    int fromProgram = -1;
+    const pid_t process = Start(arguments + 1, toProgram, fromProgram);
+    std::FILE* output = ::fdopen(fromProgram, "r");
+    std::string line;
+    for (int c = std::fgetc(output); c != EOF; c = std::fgetc(output)) {
+        if (c == '\r') continue;
+        if (c != '\n') {
+            line += static_cast<char>(c);
+            continue;
+        }
+        if (line.starts_with(kRequest)) {
+            std::istringstream request(line.substr(kRequest.size()));
+            Do(user, request, look);
+            if (::write(toProgram, "\n", 1) != 1) break;
+        } else if (!line.empty()) {
+            std::cout << line << std::endl;
+        }
+        line.clear();
+    }
+    std::fclose(output);
+    std::remove(look.c_str());
+    int status = 1;
+    ::waitpid(process, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 1;
+} catch (const std::exception& error) {
+    std::cerr << "windows_user: " << error.what() << '\n';
+    return 1;
+}
