@@ -19,11 +19,11 @@ struct ChunkHeader {
 };
 
 /// IDs are printable ASCII: "(c) " is one of the published ones.
+bool IsPrintable(std::uint32_t character) { return character >= 0x20 && character <= 0x7E; }
+
 bool IsChunkId(std::uint32_t id) {
-    for (int shift = 0; shift < 32; shift += 8) {
-        const std::uint32_t character = id >> shift & 0xFFU;
-        if (character < 0x20 || character > 0x7E) return false;
-    }
+    for (int shift = 0; shift < 32; shift += 8)
+        if (!IsPrintable(id >> shift & 0xFFU)) return false;
     return true;
 }
 
@@ -264,6 +264,7 @@ std::optional<std::int64_t> ChunksBehindForm(CFile& file, std::int64_t formEnd) 
     const auto leads = [&](std::int64_t place) {
         return place >= zeros || std::binary_search(places.begin(), places.end(), place, std::greater<>());
     };
+    std::int64_t letters = 0; // that may stand in an ID, from here on
     std::vector<unsigned char> bytes;
     for (std::int64_t end = length; end > formEnd;) {
         const std::int64_t start = std::max(formEnd, end - blockSize);
@@ -272,10 +273,11 @@ std::optional<std::int64_t> ChunksBehindForm(CFile& file, std::int64_t formEnd) 
         for (std::int64_t at = end; at-- > start;) {
             const unsigned char* here = &bytes[static_cast<std::size_t>(at - start)];
             if (zeros == at + 1 && *here == 0) zeros = at;
+            letters = IsPrintable(*here) ? letters + 1 : 0;
             const std::int64_t room = length - at - kChunkHeaderSize;
-            if (*here < 0x20 || room < 0) continue;
-            const std::uint32_t id = LoadBigEndian32(here), declared = LoadBigEndian32(here + 4);
-            if (!IsChunkId(id) || id == kUserChunk || declared > room) continue;
+            if (letters < 4 || room < 0) continue;
+            const std::uint32_t declared = LoadBigEndian32(here + 4);
+            if (declared > room || LoadBigEndian32(here) == kUserChunk) continue;
             std::int64_t next = at + kChunkHeaderSize + declared;
             unsigned char pad = 1;
             if (declared % 2 != 0 && leads(next + 1) && ReadAt(file, next, &pad, 1) && pad == 0) ++next;
