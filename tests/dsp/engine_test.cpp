@@ -105,31 +105,6 @@ TEST(Engine, StaysSilentForExactlyItsLatency) {
     }
 }
 
-TEST(Engine, RemovesThePlaceThatPositionNames) {
-    constexpr std::size_t count = 22050;
-    const Samples tone = Noise(count, 4);
-    for (const int position : {20, 64, 100}) {
-        const float ratio =
-            position == 64 ? 1.0f : static_cast<float>(127 - position) / static_cast<float>(position);
-        // A source there has its left magnitude `balance` times less or more than its right one.
-        StereoSamples input{Samples(count), Samples(count)};
-        for (std::size_t i = 0; i < count; ++i) {
-            input.left[i] = tone[i] * std::min(ratio, 1.0f);
-            input.right[i] = tone[i] * std::min(1.0f / ratio, 1.0f);
-        }
-        Engine there;
-        there.manager.set_LRate(position);
-        const StereoSamples removed = there.Run(input);
-        const double before = Power(input.left) + Power(input.right);
-        EXPECT_LT(Power(removed.left, 4096) + Power(removed.right, 4096), 1e-9 * before) << position;
-
-        Engine elsewhere;
-        elsewhere.manager.set_LRate(position == 64 ? 100 : 127 - position);
-        const StereoSamples kept = elsewhere.Run(input);
-        EXPECT_GT(Power(kept.left, 4096) + Power(kept.right, 4096), 0.05 * before) << position;
-    }
-}
-
 TEST(Engine, TakesOddPositionsAsDocumented) {
     const StereoSamples input = StereoNoise(8000);
     const auto at = [&input](int position) {
