@@ -109,6 +109,11 @@ inline constexpr CRect kSaveRect{270, 10, 313, 26};
 /// Where the menu of programs opens: the copy button's right edge.
 inline constexpr CPoint kCopyMenuPlace{91, 13};
 
+// Where the editor's settings stand: the user's file for this name, its section, and the entries.
+inline constexpr char kSettingsApplication[] = "vocafade";
+inline constexpr char kSettingsSection[] = "editor";
+inline constexpr char kTipsSetting[] = "tooltips"; ///< 0: none
+
 /// Left edges of the meters: input left and right, output left and right.
 inline constexpr std::array<int, 4> kMeterX{29, 38, 432, 441};
 inline constexpr int kMeterY = 45;

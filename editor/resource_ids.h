@@ -20,6 +20,15 @@ inline constexpr int kSpare = 3001;
 inline constexpr int kClipOff = 3009;
 inline constexpr int kClipOn = 3010;
 
+// Tooltips.
+inline constexpr int kTipOff = 20200;
+inline constexpr int kTipOn = 20201;
+inline constexpr int kTipCopy = 20202;
+inline constexpr int kTipUnmodified = 20203;
+inline constexpr int kTipModified = 20204;
+inline constexpr int kTipSave = 20205;
+inline constexpr int kFirstControlTip = 20210; ///< with a parameter's number added
+
 inline constexpr int kSaveDialog = 5040;
 inline constexpr int kSaveDialogPrograms = 1120;
 inline constexpr int kSaveDialogName = 5000;

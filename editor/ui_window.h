@@ -64,6 +64,7 @@ class CUIWindow : public CWnd {
     void OnSelCopyPg(UINT id);
 
     const char* ClassName() const override { return "UIWindow"; }
+    CString TooltipAt(CPoint point, CRect& about) override;
 
     DECLARE_MESSAGE_MAP()
 
@@ -100,6 +101,9 @@ class CUIWindow : public CWnd {
     void NoteShown(const CRect& painted);
     bool FollowMeters();
     void ShowForeignChanges();
+    // ui_window_tips.cpp
+    static bool AreTipsWanted();
+    CString ControlTip(const layout::Control& control);
     // ui_window_wheel.cpp
     /// The place in the layout of the control or read-out at `point`; the number of controls for none.
     std::size_t ControlAt(CPoint point) const;
@@ -131,6 +135,7 @@ class CUIWindow : public CWnd {
     std::array<float, 4> vuDb_{};
     std::uint16_t lastVuCounter_ = 0xFFFF;
     bool painted_ = false;
+    bool tipsWanted_ = AreTipsWanted();
     Shown shown_;
     std::unique_ptr<CPresetSaveDlg> saveDialog_;
     std::string pendingMessage_;

@@ -70,6 +70,7 @@ void WindowSession::Close() {
         const std::scoped_lock lock(open.lock);
         std::erase_if(open.all, [this](const auto& entry) { return entry.second == this; });
     }
+    tooltips_.Cancel();
     popup_.reset();
     while (!modal_.empty())
         modal_.back()->Abandon();
@@ -90,6 +91,7 @@ void WindowSession::Close() {
 void WindowSession::SetScale(double scale) {
     if (closed_ || scale == scale_) return;
     const std::shared_ptr<WindowSession> keep = shared_from_this();
+    tooltips_.Cancel();
     if (popup_ != nullptr) popup_->Cancel();
     if (closed_) return;
     scale_ = scale;
@@ -150,6 +152,7 @@ void WindowSession::Forget(CWnd& window) {
 }
 
 void WindowSession::CloseOwnedBy(const CWnd& window) {
+    tooltips_.Forget(window);
     if (popup_ != nullptr && window.IsOrHolds(popup_->owner())) ClosePopup();
     for (std::size_t i = modal_.size(); i-- > 0;)
         if (i < modal_.size() && window.IsOrHolds(modal_[i]->owner())) modal_[i]->Abandon();
@@ -164,6 +167,7 @@ void WindowSession::Idle() {
     ++idles_;
     HandleEvents();
     if (!closed_) mouse_.CheckHeldButton();
+    if (!closed_) tooltips_.Idle();
     SendTimerTicks();
     queue_.Run([this] { return closed_; });
     if (!closed_) painter_.PaintAll();
@@ -188,6 +192,7 @@ void WindowSession::Handle(const platform::Event& event) {
         frame_.SetBounds(event.area);
         return;
     }
+    tooltips_.Handle(event);
     mouse_.LookForLostRelease(event);
     TopLevel* found = !closed_ && event.window != nullptr ? TopLevelOf(event.window) : nullptr;
     if (found == nullptr) return;

@@ -6,6 +6,7 @@
 #include "ui/mouse_input.h"
 #include "ui/painter.h"
 #include "ui/platform/platform.h"
+#include "ui/tooltip.h"
 #include "ui/top_level.h"
 #include "ui/wnd.h"
 
@@ -64,6 +65,8 @@ class WindowSession : public std::enable_shared_from_this<WindowSession> {
     const std::vector<TopLevel*>& topLevels() const { return topLevels_; }
     /// The editor's own window, to which dialogs belong that name no parent; null without one.
     TopLevel* MainWindow() const;
+    /// The one with that native window; null when there is none.
+    TopLevel* TopLevelOf(const platform::Window* native) const;
     /// `window` has a timer, whose ticks are to be fetched.
     void AddTimer(CWnd& window);
     /// The window is going: everything that refers to it is forgotten, what it owns is closed.
@@ -107,7 +110,6 @@ class WindowSession : public std::enable_shared_from_this<WindowSession> {
     void HandleDestroyed(TopLevel& top);
     void CloseOwnedBy(const CWnd& window);
     void SendTimerTicks();
-    TopLevel* TopLevelOf(const platform::Window* native) const;
     /// Keeps `object` until the pump is outside of all handlers.
     void Bury(std::unique_ptr<CWnd> object);
 
@@ -120,6 +122,7 @@ class WindowSession : public std::enable_shared_from_this<WindowSession> {
     MessageQueue queue_;
     Painter painter_{*this};
     MouseInput mouse_{*this};
+    Tooltips tooltips_{*this};
     KeyInput keys_;
 
     std::vector<TopLevel*> topLevels_;

@@ -187,6 +187,9 @@ class CWnd : public CCmdTarget {
     virtual bool PreTranslateMessage(MSG* message);
     /// Whether the window types, and so takes the keyboard while it has the focus.
     virtual bool WantsKeyboard() const { return false; }
+    /// What to tell a user whose pointer rests at `point` of the client area, UTF-8, and in `about` the part
+    /// that this is about; empty for nothing.
+    virtual CString TooltipAt(CPoint /*point*/, CRect& /*about*/) { return {}; }
     /// The pointer's look at `point` of the client area.
     virtual HCURSOR CursorAt(CPoint point) const;
 

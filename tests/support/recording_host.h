@@ -5,6 +5,7 @@
 #include "vst/opcodes.h"
 
 #include <cstring>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -32,11 +33,13 @@ class RecordingHost {
         return found;
     }
 
-    static VstIntPtr Callback(AEffect*, std::int32_t opcode, std::int32_t index, VstIntPtr, void* ptr,
+    static VstIntPtr Callback(AEffect*, std::int32_t opcode, std::int32_t index, VstIntPtr value, void* ptr,
                               float opt) {
         if (active == nullptr) return opcode == audioMasterVersion ? 2400 : 0;
         active->calls.push_back({opcode, index, opt});
         if (opcode == audioMasterVersion) return active->version;
+        if (opcode == audioMasterSizeWindow && active->resize)
+            return active->resize(index, static_cast<int>(value)) ? 1 : 0;
         if (opcode == audioMasterGetDirectory) return reinterpret_cast<VstIntPtr>(active->directory.c_str());
         if (opcode == audioMasterGetProductString)
             std::memcpy(ptr, active->product.c_str(), active->product.size() + 1);
@@ -46,6 +49,7 @@ class RecordingHost {
     VstIntPtr version = 2400;
     std::string directory;
     std::string product;
+    std::function<bool(int width, int height)> resize; ///< of the editor's window; null: not possible
     std::vector<Call> calls;
 
   private:

@@ -21,7 +21,7 @@ class XServer {
     /// Whether there is an Xvfb to start.
     static bool IsInstalled();
 
-    static constexpr int kWidth = 1280;
+    static constexpr int kWidth = 1920;
     static constexpr int kHeight = 1024;
 
     /// ":7", for instance.

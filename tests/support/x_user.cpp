@@ -19,12 +19,20 @@ std::unique_ptr<T, decltype(&std::free)> Own(T* reply) {
 
 } // namespace
 
-std::string DoubleClickSettings(std::uint32_t milliseconds) {
-    // A byte order, a serial, a count; then a type, a name with its length, a serial and a value.
-    std::string bytes("\0\0\0\0\0\0\0\0\1\0\0\0\0\0\x13\0Net/DoubleClickTime\0\0\0\0\0", 40);
+std::string NumberSetting(std::string_view name, std::uint32_t value) {
+    // A byte order, a serial, a count; then a type, a padded name with its length, a serial and a value.
+    std::string bytes("\0\0\0\0\0\0\0\0\1\0\0\0\0\0", 14);
+    bytes += static_cast<char>(name.size());
+    bytes += '\0';
+    bytes += name;
+    bytes.append((4 - name.size() % 4) % 4 + 4, '\0');
     for (int bit = 0; bit < 32; bit += 8)
-        bytes += static_cast<char>(milliseconds >> bit);
+        bytes += static_cast<char>(value >> bit);
     return bytes;
+}
+
+std::string DoubleClickSettings(std::uint32_t milliseconds) {
+    return NumberSetting("Net/DoubleClickTime", milliseconds);
 }
 
 XUser::XUser() : connection_(::xcb_connect(nullptr, nullptr)) {

@@ -30,8 +30,9 @@ struct Picture {
     bool operator==(const Picture&) const = default;
 };
 
-/// A desktop's settings that hold one thing: the longest time in milliseconds between the presses of a double
-/// click.
+/// A desktop's settings that hold one number.
+std::string NumberSetting(std::string_view name, std::uint32_t value);
+/// The same: the longest time in milliseconds between the presses of a double click.
 std::string DoubleClickSettings(std::uint32_t milliseconds);
 
 /// A user with a mouse, a keyboard and eyes, on the display that DISPLAY names, and the host whose windows he

@@ -81,6 +81,7 @@ enum class EventType {
     pressed,     ///< `point`, `button` (1 left, 2 middle, 3 right), `time`
     released,    ///< the same
     moved,       ///< `point`
+    left,        ///< the pointer has left the window
     wheel,       ///< `point`, `value`: 120 a notch, upwards positive; touchpads send less at a time
     keyPressed,  ///< `key`, `text`; from an input method `text` alone, with `key` 0
     keyReleased, ///< `key`

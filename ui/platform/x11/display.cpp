@@ -432,6 +432,12 @@ void XDisplay::Translate(const xcb_generic_event_t* event) {
         ready_.push_back(out);
         break;
     }
+    case XCB_LEAVE_NOTIFY: {
+        const auto& e = As<xcb_leave_notify_event_t>(event);
+        if (NativeWindow* window = Find(e.event); window != nullptr && e.detail != XCB_NOTIFY_DETAIL_INFERIOR)
+            ready_.push_back(Basic(EventType::left, window, e.state, e.time));
+        break;
+    }
     case XCB_KEY_PRESS:
         TranslateKey(As<xcb_key_press_event_t>(event), true);
         break;

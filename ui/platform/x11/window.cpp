@@ -102,7 +102,7 @@ void NativeWindow::SelectEvents() {
     std::uint32_t mask = XCB_EVENT_MASK_EXPOSURE | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
     if (kind_ != WindowKind::tooltip)
         mask |= XCB_EVENT_MASK_BUTTON_PRESS | XCB_EVENT_MASK_BUTTON_RELEASE | XCB_EVENT_MASK_POINTER_MOTION |
-                XCB_EVENT_MASK_FOCUS_CHANGE;
+                XCB_EVENT_MASK_LEAVE_WINDOW | XCB_EVENT_MASK_FOCUS_CHANGE;
     // A key pressed while the pointer is over the panel belongs to the host, unless we took the keyboard.
     if (kind_ == WindowKind::dialog || kind_ == WindowKind::popup || wantsKeyboard_)
         mask |= XCB_EVENT_MASK_KEY_PRESS | XCB_EVENT_MASK_KEY_RELEASE;
