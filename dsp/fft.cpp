@@ -204,8 +204,8 @@ void CFFT::Init(int n, bool /*complex*/, bool forward) {
     if (n == n_) return;
     n_ = n >= 2 && n <= kMostPoints && std::has_single_bit(static_cast<unsigned>(n)) ? n : 0;
     if (n_ == 0) return;
-    ip_.assign(static_cast<std::size_t>(std::sqrt(n) + 2.0), 0);
-    w_.assign(static_cast<std::size_t>(n / 2 + n / 4), 0.0f);
+    ip_.assign(static_cast<std::size_t>(std::sqrt(n)) + 2, 0);
+    w_.assign(static_cast<std::size_t>(n) * 3 / 4, 0.0f); // n / 2 of the transform, n / 4 of the split
     makewt(n / 2, ip_.data(), w_.data());
     makect(n / 4, ip_.data(), w_.data() + n / 2);
 }
