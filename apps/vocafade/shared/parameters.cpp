@@ -104,6 +104,7 @@ Assignment ParseAssignment(host::Effect& effect, const std::string& text) {
 
 std::vector<Assignment> DefaultAssignments() {
     std::vector<Assignment> assignments;
+    assignments.reserve(kParameterCount);
     for (std::int32_t i = 0; i < kParameterCount; ++i)
         assignments.push_back(AssignDisplay(i, ShownRangeOf(i).initial, ParameterRow(i).name));
     return assignments;
