@@ -7,6 +7,7 @@
 #include "apps/vocafade/shared/live_effect.h"
 #include "apps/vocafade/shared/plugin_finder.h"
 #include "apps/vocafade/shared/printing.h"
+#include "apps/vocafade/shared/session_times.h"
 #include "apps/vocafade/shared/subcommand_line.h"
 #ifdef VOCAFADE_HAS_PIPEWIRE
 #include "apps/vocafade/live/live_device.h"
@@ -20,17 +21,14 @@
 namespace vocafade::command {
 namespace {
 
-constexpr const char* kHelp = "Makes an output device named Vocafade on a PipeWire desktop: what programs "
-                              "play into it comes out of the\n"
-                              "loudspeakers without the lead voice. With the plug-in's editor in a window if "
-                              "there is a display; closing it\n"
-                              "ends the device, as Ctrl+C does.";
+constexpr const char* kLiveHelp =
+    "Makes an output device named Vocafade on a PipeWire desktop: what programs "
+    "play into it comes out of the\n"
+    "loudspeakers without the lead voice. With the plug-in's editor in a window if "
+    "there is a display; closing it\n"
+    "ends the device, as Ctrl+C does.";
 
 #ifdef VOCAFADE_HAS_PIPEWIRE
-constexpr int kTickMilliseconds = 33;
-constexpr std::chrono::seconds kBetweenTries{1};
-constexpr std::chrono::seconds kPatience{30}; // for a server that has gone away
-
 using Clock = std::chrono::steady_clock;
 
 /// Keeps the device there, through restarts of the server, while `wait` says so; that waits a moment.
@@ -54,7 +52,7 @@ void KeepDevice(LiveEffect& effect, bool makeDefault, const std::function<bool()
                 device = std::make_unique<LiveDevice>(effect, makeDefault);
                 PrintError("vocafade: it is back\n");
             } catch (const Failure& error) {
-                if (now - lost > kPatience)
+                if (now - lost > kReturnTime)
                     throw Failure(std::string("it did not come back: ") + error.what());
             }
         }
@@ -69,7 +67,7 @@ int RunLive(int argumentCount, char** arguments) {
     bool makeDefault = false;
     bool noWindow = false;
     bool quiet = false;
-    CLI::App app(kHelp, "vocafade live");
+    CLI::App app(kLiveHelp, "vocafade live");
     app.add_flag("--default", makeDefault, "the default output, for as long as it is there");
     app.add_flag("--no-window", noWindow, "no window, even if there is a display");
     app.add_flag("-q,--quiet", quiet, "say nothing but errors");

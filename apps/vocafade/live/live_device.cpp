@@ -2,6 +2,7 @@
 #include "apps/vocafade/live/live_device.h"
 
 #include "apps/vocafade/shared/failures.h"
+#include "apps/vocafade/shared/session_times.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -18,8 +19,7 @@
 namespace vocafade::command {
 namespace {
 
-constexpr std::chrono::seconds kPatience{5}; // with a server that does not answer
-constexpr std::size_t kFrameBytes = 2 * sizeof(float);
+constexpr std::size_t kBytesAFrame = 2 * sizeof(float);
 constexpr const char* kDefaultKey = "default.audio.sink";               // what is the default now
 constexpr const char* kConfiguredKey = "default.configured.audio.sink"; // what the user has chosen
 constexpr std::size_t kPodBytes = 1024;
@@ -224,7 +224,7 @@ void LiveDevice::Connect() {
 
 /// Waits, without the lock, until `done` says so with the lock.
 void LiveDevice::WaitFor(const std::function<bool()>& done) {
-    const auto end = std::chrono::steady_clock::now() + kPatience;
+    const auto end = std::chrono::steady_clock::now() + kAnswerTime;
     for (;;) {
         {
             const Locked lock(*this);
@@ -372,17 +372,17 @@ void LiveDevice::Process() {
         if (from.data != nullptr && to.data != nullptr) {
             const std::size_t offset = std::min(from.chunk->offset, from.maxsize);
             bytes = std::min<std::size_t>({from.chunk->size, from.maxsize - offset, to.maxsize});
-            bytes -= bytes % kFrameBytes;
+            bytes -= bytes % kBytesAFrame;
             std::memcpy(to.data, static_cast<const char*>(from.data) + offset, bytes);
             if (busy_.exchange(true, std::memory_order_acquire)) {
                 std::memset(to.data, 0, bytes);
             } else {
-                effect_.Process(static_cast<float*>(to.data), bytes / kFrameBytes);
+                effect_.Process(static_cast<float*>(to.data), bytes / kBytesAFrame);
                 busy_.store(false, std::memory_order_release);
             }
         }
         to.chunk->offset = 0;
-        to.chunk->stride = kFrameBytes;
+        to.chunk->stride = kBytesAFrame;
         to.chunk->size = static_cast<std::uint32_t>(bytes);
     }
     if (in != nullptr) library_.stream_queue_buffer(capture, in);

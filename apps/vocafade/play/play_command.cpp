@@ -22,7 +22,7 @@ constexpr int kUsualBuffer = 80; // milliseconds
 constexpr int kLeastBuffer = 5;
 constexpr int kMostBuffer = 5000;
 
-constexpr const char* kHelp =
+constexpr const char* kPlayHelp =
     "Plays songs without their lead voice, with the plug-in's editor in a window if there is a display.\n"
     "\n"
     "Keys: Space pauses; left and right wind by 5 seconds, with Shift by 30; n and p go to the next and the\n"
@@ -75,7 +75,7 @@ int RunPlay(int argumentCount, char** arguments) {
     std::vector<std::string> loop;
     int buffer = kUsualBuffer;
     bool noWindow = false;
-    CLI::App app(kHelp, "vocafade play");
+    CLI::App app(kPlayHelp, "vocafade play");
     app.add_option("SONG", named, "stereo sound files, or folders of them")->required();
     app.add_option("--loop", loop, "repeat what lies between two times of the song, as 83.5 or 1:23.5")
         ->type_name("FROM TO")

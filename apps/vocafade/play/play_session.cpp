@@ -5,6 +5,7 @@
 #include "apps/vocafade/shared/failures.h"
 #include "apps/vocafade/shared/interruption.h"
 #include "apps/vocafade/shared/printing.h"
+#include "apps/vocafade/shared/session_times.h"
 #include "apps/vocafade/shared/terminal.h"
 #include "apps/vocafade/shared/text.h"
 
@@ -14,12 +15,9 @@
 namespace vocafade::command {
 namespace {
 
-constexpr int kTickMilliseconds = 33;
 constexpr double kStep = 5.0;      // seconds by which the arrows wind
 constexpr double kFarStep = 30.0;  // with Shift
 constexpr double kBeginning = 3.0; // seconds of a song in which "previous" means the one before
-constexpr std::chrono::seconds kBetweenTries{1};
-constexpr std::chrono::seconds kPatience{30}; // for a server or a device that has gone away
 
 } // namespace
 
@@ -109,7 +107,7 @@ bool PlaySession::Reconnect() {
         lost_.reset();
     } catch (const Failure& error) {
         lastTry_ = Clock::now();
-        if (lastTry_ - *lost_ > kPatience)
+        if (lastTry_ - *lost_ > kReturnTime)
             throw Failure(std::string("it did not come back: ") + error.what());
     }
     return true;

@@ -3,6 +3,7 @@
 
 #include "apps/vocafade/shared/failures.h"
 #include "apps/vocafade/shared/interruption.h"
+#include "apps/vocafade/shared/session_times.h"
 #include "base/utf8.h"
 
 #include <algorithm>
@@ -15,7 +16,6 @@ namespace vocafade::command {
 namespace {
 
 constexpr std::size_t kFrameBytes = 2 * sizeof(float);
-constexpr std::chrono::seconds kPatience{10}; // with a server that does not answer
 
 } // namespace
 
@@ -101,7 +101,7 @@ std::string PulseOutput::Reason() const {
 
 /// Waits, without the lock, until `done` says so with the lock.
 void PulseOutput::WaitFor(const std::function<bool()>& done, const char* what) {
-    const auto end = std::chrono::steady_clock::now() + kPatience;
+    const auto end = std::chrono::steady_clock::now() + kAnswerTime;
     for (;;) {
         {
             const Locked lock(loop_);
