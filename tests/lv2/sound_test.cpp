@@ -114,6 +114,33 @@ TEST_F(Lv2Sound, KeepsItsValuesWhereAPortSaysNaN) {
     EXPECT_EQ(plugin.Run(song), Expected(song, values));
 }
 
+TEST_F(Lv2Sound, ForgetsNaNInTheSongOnceItIsOver) {
+    Lv2Plugin plugin(bundle);
+    StereoSamples broken = Song(4096, 5);
+    broken.left[100] = kNan;
+    broken.right[200] = std::numeric_limits<float>::infinity();
+    plugin.Run(broken);
+    plugin.Deactivate();
+    plugin.Activate();
+    EXPECT_EQ(plugin.Run(song), Lv2Plugin(bundle).Run(song));
+}
+
+TEST_F(Lv2Sound, TwoInstancesKnowNothingOfEachOther) {
+    Lv2Plugin one(bundle);
+    Lv2Plugin other(bundle);
+    other.Control(kParameterPosition) = 10.0f;
+    other.Control(kParameterLoFreq) = 50.0f;
+    StereoSamples out{Samples(song.left.size()), Samples(song.left.size())};
+    StereoSamples in = song;
+    StereoSamples noise = Song(song.left.size(), 77);
+    StereoSamples ignored = out;
+    for (std::size_t i = 0; i + 441 <= song.left.size(); i += 441) {
+        one.RunBlock(441, &in.left[i], &in.right[i], &out.left[i], &out.right[i]);
+        other.RunBlock(441, &noise.left[i], &noise.right[i], &ignored.left[i], &ignored.right[i]);
+    }
+    EXPECT_EQ(out, Expected(song, {1, 0, 0, 400, 9000, 64}));
+}
+
 TEST_F(Lv2Sound, RefusesARateThatNoStreamHas) {
     const Lv2Plugin plugin(bundle);
     const LV2_Feature* none[] = {nullptr};
