@@ -27,6 +27,17 @@ class EditorCommands : public CommandTest {
     void SetUp() override {
         if (!XServer::IsInstalled()) GTEST_SKIP() << "Xvfb is not installed";
     }
+    static std::string TitleOf(XUser& user, xcb_window_t window) {
+        const std::unique_ptr<xcb_get_property_reply_t, void (*)(void*)> title(
+            ::xcb_get_property_reply(user.connection(),
+                                     ::xcb_get_property(user.connection(), 0, window,
+                                                        user.Atom("_NET_WM_NAME"), XCB_ATOM_ANY, 0, 100),
+                                     nullptr),
+            &std::free);
+        if (title == nullptr) return {};
+        return {static_cast<const char*>(::xcb_get_property_value(title.get())),
+                static_cast<std::size_t>(::xcb_get_property_value_length(title.get()))};
+    }
     /// Waits until the user sees one more window than `before`, and something in it; answers it.
     static xcb_window_t WaitForWindow(XUser& user, std::size_t before) {
         xcb_window_t window = 0;
@@ -88,8 +99,20 @@ TEST_F(EditorCommands, EditOpensAWindowThatSavesAndCloses) {
     EXPECT_TRUE(test::WaitFor([] {}, [&] { return user.Focus() == dialog; }));
     user.Key(XK_Return);
     EXPECT_TRUE(test::WaitFor([] {}, [&] { return user.TopLevels().size() == 1; }));
+    EXPECT_EQ(TitleOf(user, window), "Vocafade - 3: Empty");
+    user.SetFocus(window);
+    user.Key(XK_Page_Down);
+    EXPECT_TRUE(test::WaitFor([] {}, [&] { return TitleOf(user, window) == "Vocafade - 4: Empty"; }));
+    const auto onOffKey = [&] { return user.Look(window, 24, 7, 25, 21); };
+    const test::Picture on = onOffKey();
+    user.Click(bounds.x + 36, bounds.y + 15); // switches this one off, and does not save it
+    EXPECT_TRUE(test::WaitFor([] {}, [&] { return onOffKey() != on; }));
+    user.Key(XK_Page_Up);
+    EXPECT_TRUE(test::WaitFor([] {}, [&] { return TitleOf(user, window) == "Vocafade - 3: Empty"; }));
     user.AskToClose(window);
-    EXPECT_EQ(Finish(process).exitCode, 0);
+    const RunResult ended = Finish(process);
+    EXPECT_EQ(ended.exitCode, 0);
+    EXPECT_EQ(ended.out, "Not saved: 4: Empty\n");
     EXPECT_EQ(std::filesystem::file_size(preferences_ / "VocafadeDef.fxb"), 3488U);
     const RunResult listed = Run({"--list-parameters", "--program", "3"});
     EXPECT_NE(listed.out.find("1000"), std::string::npos) << listed.out;

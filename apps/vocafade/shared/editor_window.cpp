@@ -26,6 +26,12 @@ constexpr std::uint32_t kHintMinimum = 1U << 4;
 constexpr std::uint32_t kHintMaximum = 1U << 5;
 constexpr std::size_t kHintFields = 18;
 
+// Numbers of the key symbols.
+constexpr std::uint32_t kPageUp = 0xFF55;
+constexpr std::uint32_t kPageDown = 0xFF56;
+constexpr std::uint32_t kKeypadPageUp = 0xFF9A;
+constexpr std::uint32_t kKeypadPageDown = 0xFF9B;
+
 } // namespace
 
 EditorWindow::EditorWindow(host::Effect& effect, const std::string& title, Kind kind) : effect_(effect) {
@@ -82,16 +88,42 @@ void EditorWindow::Describe(const std::string& title) {
     SetTitle(title);
     SetText("WM_CLASS", "STRING", std::string("vocafade\0Vocafade\0", 18));
     FixSize();
+    const std::uint32_t events = XCB_EVENT_MASK_STRUCTURE_NOTIFY | XCB_EVENT_MASK_KEY_PRESS;
+    ::xcb_change_window_attributes(window_->connection(), window_->id(), XCB_CW_EVENT_MASK, &events);
     protocols_ = Atom("WM_PROTOCOLS");
     deleteWindow_ = Atom("WM_DELETE_WINDOW");
     ::xcb_change_property(window_->connection(), XCB_PROP_MODE_REPLACE, window_->id(), protocols_,
                           XCB_ATOM_ATOM, 32, 1, &deleteWindow_);
 }
 
+void EditorWindow::Resize(int width, int height) {
+    width_ = width;
+    height_ = height;
+    FixSize();
+    const std::array<std::uint32_t, 2> size{static_cast<std::uint32_t>(width),
+                                            static_cast<std::uint32_t>(height)};
+    ::xcb_configure_window(window_->connection(), window_->id(),
+                           XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT, size.data());
+    ::xcb_flush(window_->connection());
+}
+
+std::uint32_t EditorWindow::SymbolOf(std::uint8_t keyCode) {
+    const auto mapping = Own(::xcb_get_keyboard_mapping_reply(
+        window_->connection(), ::xcb_get_keyboard_mapping(window_->connection(), keyCode, 1), nullptr));
+    if (mapping == nullptr || ::xcb_get_keyboard_mapping_keysyms_length(mapping.get()) < 1) return 0;
+    return ::xcb_get_keyboard_mapping_keysyms(mapping.get())[0];
+}
+
 bool EditorWindow::HandleEvents() {
     while (const auto event = Own(::xcb_poll_for_event(window_->connection()))) {
         const int type = event->response_type & 0x7F;
         if (type == XCB_DESTROY_NOTIFY) return false;
+        if (type == XCB_KEY_PRESS) {
+            const std::uint32_t symbol =
+                SymbolOf(reinterpret_cast<const xcb_key_press_event_t*>(event.get())->detail);
+            if (symbol == kPageUp || symbol == kKeypadPageUp) --pages_;
+            if (symbol == kPageDown || symbol == kKeypadPageDown) ++pages_;
+        }
         if (type != XCB_CLIENT_MESSAGE) continue;
         const auto* message = reinterpret_cast<const xcb_client_message_event_t*>(event.get());
         if (message->type == protocols_ && message->data.data32[0] == deleteWindow_) return false;

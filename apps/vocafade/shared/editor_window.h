@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <utility>
 
 namespace vocafade::command {
 
@@ -30,6 +31,10 @@ class EditorWindow {
     static bool HasDisplay();
 
     void SetTitle(const std::string& title);
+    /// Makes the window that large, for an editor that asks for it.
+    void Resize(int width, int height);
+    /// How often Page Down was pressed in the window since the last call, less how often Page Up was.
+    int TakePages() { return std::exchange(pages_, 0); }
     /// Idles the editor, waits for up to `milliseconds` for something to happen and handles it. False when
     /// the user has closed the window or the display has gone away.
     bool Run(int milliseconds);
@@ -42,6 +47,7 @@ class EditorWindow {
     void FixSize();
     std::uint32_t Atom(const char* name);
     bool HandleEvents();
+    std::uint32_t SymbolOf(std::uint8_t keyCode);
 
     host::Effect& effect_;
     std::unique_ptr<host::ParentWindow> window_;
@@ -49,6 +55,7 @@ class EditorWindow {
     std::uint32_t deleteWindow_ = 0;
     int width_ = 0;
     int height_ = 0;
+    int pages_ = 0;
 };
 
 } // namespace vocafade::command
