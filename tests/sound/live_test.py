@@ -182,7 +182,8 @@ class Live(SoundTest):
         songs = [noise(2, 1), noise(2, 2), noise(2, 3, 48000)]
         self.record()
         self.play(songs[0], "--target", "vocafade")
-        self.play(songs[1], "--target", "vocafade")  # the first client has gone away
+        time.sleep(7)  # the first client has gone away, and the manager lets the devices sleep
+        self.play(songs[1], "--target", "vocafade")
         heard, _ = self.heard()
         for song in songs[:2]:
             self.assert_untouched(song, heard)

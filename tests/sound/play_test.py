@@ -143,10 +143,15 @@ class Play(SoundTest):
             self.assertAlmostEqual(run[1], RATE, delta=BLEND)
             self.assertEqual(run[3] - before[3] - (run[1] - before[1]), RATE // 2, "the passage has another length")
 
-    def test_a_server_that_goes_away_is_waited_for(self):
+    def test_another_device_is_told_and_a_server_that_goes_away_is_waited_for(self):
         self.song("song.wav", 8, 1)
         terminal = self.play("--dry", self.work / "song.wav")
         terminal.until(1)
+        self.run_command("pactl", "load-module", "module-null-sink", "sink_name=other", "sink_properties=device.description=Other")
+        self.run_command("pactl", "set-default-sink", "other")
+        stream = self.run_command("pactl", "list", "short", "sink-inputs").stdout.split()[0]
+        self.run_command("pactl", "move-sink-input", stream, "other", check=False)  # where the server has not done so
+        self.wait_for("the message", lambda: "playing on Other" in terminal.seen)
         self.server.kill()
         self.server.wait()
         self.wait_for("the message", lambda: "has gone away; waiting" in terminal.seen)

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "apps/vocafade/live/live_command.h"
 
-#include "apps/vocafade/shared/editor_window.h"
 #include "apps/vocafade/shared/failures.h"
 #include "apps/vocafade/shared/interruption.h"
 #include "apps/vocafade/shared/live_effect.h"
@@ -78,10 +77,7 @@ int RunLive(int argumentCount, char** arguments) {
     PipeWireLibrary::Get(); // what is missing is said before anything opens
     LiveEffect effect(FindPlugin(sound.plugin), sound);
     WatchForInterruption();
-    std::unique_ptr<EditorWindow> window;
-    if (!noWindow && EditorWindow::HasDisplay())
-        window = std::make_unique<EditorWindow>(effect.shown(), "Vocafade", EditorWindow::Kind::managed);
-    effect.setWatched(window != nullptr);
+    const std::unique_ptr<EditorWindow> window = noWindow ? nullptr : OpenWindow(effect);
     if (!quiet)
         PrintError(window ? "vocafade: play into the output device Vocafade; closing the window ends it\n"
                           : "vocafade: play into the output device Vocafade; Ctrl+C ends it\n");

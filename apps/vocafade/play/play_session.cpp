@@ -23,14 +23,7 @@ constexpr double kBeginning = 3.0; // seconds of a song in which "previous" mean
 
 PlaySession::PlaySession(LiveEffect& effect, const PlaySettings& settings)
     : effect_(effect), settings_(settings), line_(!settings.quiet && HasStatusLine()),
-      reader_(settings.songs, settings.loop, ring_) {
-    if (!settings.window || !EditorWindow::HasDisplay()) return;
-    try {
-        window_ = std::make_unique<EditorWindow>(effect.shown(), "Vocafade", EditorWindow::Kind::managed);
-        effect.setWatched(true);
-    } catch (const Failure& error) {
-        Tell(std::string("there will be no window: ") + error.what());
-    }
+      window_(settings.window ? OpenWindow(effect) : nullptr), reader_(settings.songs, settings.loop, ring_) {
 }
 
 int PlaySession::Run() {

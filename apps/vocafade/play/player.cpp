@@ -22,6 +22,7 @@ void Player::Fill(float* samples, std::size_t frames) {
         float* part = samples + 2 * done;
         std::size_t count = std::min(kPart, frames - done);
         const float goal = paused_ ? 0.0f : 1.0f;
+        if (count_ == 0) outLevel_ = goal; // nothing has been heard that could click
         const bool held = goal == 0.0f && outLevel_ == 0.0f;
         if (held || !HasBegun()) {
             std::fill_n(part, 2 * count, 0.0f);

@@ -2,6 +2,7 @@
 #include "apps/vocafade/shared/live_effect.h"
 
 #include "apps/vocafade/shared/failures.h"
+#include "apps/vocafade/shared/printing.h"
 #include "base/float_mode.h"
 
 #include <algorithm>
@@ -80,6 +81,18 @@ void LiveEffect::Switch(bool on) {
 std::array<float, 2> LiveEffect::TakePeaks() {
     return {peaks_[0].exchange(0.0f, std::memory_order_relaxed),
             peaks_[1].exchange(0.0f, std::memory_order_relaxed)};
+}
+
+std::unique_ptr<EditorWindow> OpenWindow(LiveEffect& effect) {
+    if (!EditorWindow::HasDisplay()) return nullptr;
+    try {
+        auto window = std::make_unique<EditorWindow>(effect.shown(), "Vocafade", EditorWindow::Kind::managed);
+        effect.setWatched(true);
+        return window;
+    } catch (const Failure& error) {
+        PrintError(std::string("vocafade: there will be no window: ") + error.what() + "\n");
+        return nullptr;
+    }
 }
 
 } // namespace vocafade::command

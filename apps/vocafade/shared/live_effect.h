@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "apps/vocafade/shared/editor_window.h"
 #include "apps/vocafade/shared/sound_options.h"
 #include "effect/bypass.h"
 #include "host/effect.h"
@@ -9,6 +10,7 @@
 #include <atomic>
 #include <cstddef>
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -62,5 +64,9 @@ class LiveEffect {
     Part wet_{};
     Part unheard_{};
 };
+
+/// [main-thread] A window with the editor of the effect that is shown, whose meters then move. Null without a display;
+/// when there is one that cannot be used, that is said.
+std::unique_ptr<EditorWindow> OpenWindow(LiveEffect& effect);
 
 } // namespace vocafade::command
