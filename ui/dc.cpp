@@ -201,6 +201,27 @@ void CDC::FillSolidRect(const CRect& rect, COLORREF color) {
     store_->Changed(clip);
 }
 
+void CDC::FillFine(CPoint origin, const CRect& fine, COLORREF color) {
+    platform::Surface* target = surface();
+    if (target == nullptr) return;
+    CRect wanted = fine;
+    wanted.OffsetRect(platform::ToDevice(origin + base_ + origin_, Scale()));
+    const CRgn clip = Clipped(platform::ToLogicalAround(wanted, Scale()));
+    if (clip.IsEmpty()) return;
+    const CRect all(0, 0, target->DeviceWidth(), target->DeviceHeight());
+    std::uint32_t* pixels = target->Pixels();
+    for (const CRect& logical : clip.rects()) {
+        CRect r;
+        if (!r.IntersectRect(platform::ToDevice(logical, Scale()), wanted) || !r.IntersectRect(r, all))
+            continue;
+        for (int y = r.top; y < r.bottom; ++y)
+            std::fill_n(pixels + static_cast<std::ptrdiff_t>(y) * target->Stride() + r.left, r.Width(),
+                        0xFF000000U | ToPixel(color));
+    }
+    target->PixelsChanged();
+    store_->Changed(clip);
+}
+
 void CDC::FrameRect(const CRect& rect, COLORREF color) {
     if (rect.IsRectEmpty()) return;
     FillSolidRect({rect.left, rect.top, rect.right, rect.top + 1}, color);

@@ -79,6 +79,9 @@ class CDC {
     bool StretchBlt(int x, int y, int w, int h, CDC* src, int sx, int sy, int sw, int sh, UINT rop);
 
     void FillSolidRect(const CRect& rect, COLORREF color);
+    /// Fills device pixels, `fine` of them counted from where `origin` lies: for small signs that are drawn
+    /// finer at larger scales.
+    void FillFine(CPoint origin, const CRect& fine, COLORREF color);
     /// A one-pixel frame just inside `rect`.
     void FrameRect(const CRect& rect, COLORREF color);
 

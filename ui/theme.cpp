@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ui/theme.h"
 
+#include <cmath>
 #include <string_view>
 
 namespace vocafade::theme {
@@ -62,18 +63,23 @@ CSize MeasureLines(const CDC& dc, const CString& text) {
 }
 
 void DrawTick(CDC& dc, const CRect& rect, COLORREF color) {
-    const CPoint c = rect.CenterPoint();
-    for (int i = -3; i <= 4; ++i) {
-        const int y = i < -1 ? i + 3 : 1 - i;
-        dc.FillSolidRect({c.x + i, c.y + y - 1, c.x + i + 1, c.y + y + 1}, color);
+    // In columns of device pixels: down to the left of the centre, then up.
+    const double scale = dc.Scale();
+    const auto fine = [scale](double logical) { return static_cast<int>(std::floor(logical * scale + 0.5)); };
+    for (int x = fine(-3); x < fine(5); ++x) {
+        const double at = (x + 0.5) / scale - 0.5;
+        const double y = at < -1 ? at + 3 : 1 - at;
+        dc.FillFine(rect.CenterPoint(), {x, fine(y - 1), x + 1, fine(y + 1)}, color);
     }
 }
 
 void DrawArrow(CDC& dc, const CRect& rect, bool up, COLORREF color) {
-    const CPoint c = rect.CenterPoint();
-    for (int i = 0; i < 3; ++i) {
-        const int half = up ? i : 2 - i;
-        dc.FillSolidRect({c.x - half, c.y - 1 + i, c.x + half + 1, c.y + i}, color);
+    const double scale = dc.Scale();
+    const auto fine = [scale](double logical) { return static_cast<int>(std::floor(logical * scale + 0.5)); };
+    for (int y = fine(-1); y < fine(2); ++y) {
+        const double down = (y + 0.5) / scale + 0.5;
+        const double half = up ? down : 2 - down;
+        dc.FillFine(rect.CenterPoint(), {fine(-half), y, fine(half + 1), y + 1}, color);
     }
 }
 

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
-// Writes the manual's pictures of the editor into a folder: the plug-in in a host's hands on a display of its
+// Writes the manual's pictures of the editor, at scale 2, into a folder: the plug-in in a host's hands on a display of its
 // own, worked with the mouse and the keyboard.
 #include "tests/editor/editor_host.h"
+#include "tests/support/wait_for.h"
 
 #include <cstdio>
 #include <png.h>
@@ -10,8 +11,9 @@ namespace vocafade::test {
 namespace {
 
 constexpr int kMargin = 14;
-constexpr int kPanelWidth = 477;
-constexpr int kPanelHeight = 214;
+constexpr int kScale = 2;
+constexpr int kPanelWidth = 477 * kScale;
+constexpr int kPanelHeight = 214 * kScale;
 
 bool WritePng(const std::string& path, const Picture& picture) {
     std::vector<std::uint8_t> bytes;
@@ -37,9 +39,10 @@ class Session {
         NameProgram(2, "\x83\x4A\x83\x89\x83\x49\x83\x50", 400.0f, 9000.0f); // "karaoke" in Shift-JIS
         NameProgram(3, "Bass stays", 500.0f, 9000.0f);
         editor_.Ask(effSetProgram, 0, 0);
+        user_.Resize(editor_.parent, kPanelWidth, kPanelHeight);
         editor_.Open();
         editor_.Settle();
-        editor_.Click({280, 15}); // saved, so that nothing counts as edited
+        editor_.Click(At(280, 15)); // saved, so that nothing counts as edited
         editor_.Key(XK_Return);
     }
 
@@ -47,27 +50,33 @@ class Session {
         bool fine = true;
         Sound();
         fine &= Shoot("panel");
-        editor_.Press({237, 100});
-        editor_.Release({237, 92});
-        editor_.Click({150, 192});
+        editor_.Press(At(237, 100));
+        editor_.Release(At(237, 92));
+        editor_.Click(At(150, 192));
         editor_.Type("180");
         Sound();
         fine &= Shoot("entry");
         editor_.Key(XK_Escape);
-        editor_.Click({75, 18});
+        editor_.Click(At(75, 18));
         editor_.Key(XK_Down);
         editor_.Key(XK_Down);
         Sound();
         fine &= Shoot("copy-menu");
         editor_.Key(XK_Escape);
-        editor_.Click({280, 15});
+        editor_.Click(At(280, 15));
         Sound();
         fine &= Shoot("save-dialog");
         editor_.Key(XK_Escape);
+        editor_.MoveTo(At(149, 120));
+        const std::size_t windows = user_.TopLevels().size();
+        fine &= WaitFor([this] { editor_.Idle(); }, [&] { return user_.TopLevels().size() > windows; });
+        Sound();
+        fine &= Shoot("tooltip");
         return fine;
     }
 
   private:
+    static CPoint At(int x, int y) { return {x * kScale, y * kScale}; }
     void NameProgram(std::int32_t number, const char* name, float lowHz, float highHz) {
         editor_.Ask(effSetProgram, 0, number);
         editor_.Ask(effSetProgramName, 0, 0, const_cast<char*>(name));
@@ -105,6 +114,7 @@ int main(int count, char** arguments) {
     }
     vocafade::test::TempFolder settings;
     vocafade::test::SetVariable("XDG_CONFIG_HOME", settings.path().string());
+    vocafade::test::SetVariable("VOCAFADE_SCALE", std::to_string(vocafade::test::kScale));
     vocafade::test::Session session(arguments[1]);
     return session.TakeAll() ? 0 : 1;
 }
