@@ -3,7 +3,9 @@
 #include "editor/panel_layout.h"
 #include "tests/support/temp_folder.h"
 #include "ui/dc.h"
+#include "ui/platform/platform.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace vocafade::test {
@@ -106,6 +108,65 @@ TEST(Bitmaps, ScalesMeetTheFadersIndexLine) {
         expectMark(452, layout::kMeterY + 19 - 3 * decibels, "output meter " + std::to_string(decibels));
     }
     EXPECT_GT(thumb.Light(7, thumbHeight / 2), 650) << "the index line is the thumb's middle row";
+}
+
+/// What is drawn of a bitmap at a scale, in the size that the editor takes for it.
+void DrawAt(platform::Surface& target, int number, const CRect& to, CPoint from = {}) {
+    const int times = std::clamp(static_cast<int>(std::ceil(target.Scale())), 1, 3);
+    const char* const suffix = times == 1 ? "" : times == 2 ? "@2x" : "@3x";
+    const std::string file =
+        ReadFile(std::string(VOCAFADE_RESOURCES) + "/" + std::to_string(number) + suffix + ".png");
+    CBitmap bitmap;
+    ASSERT_TRUE(bitmap.LoadPng(std::as_bytes(std::span(file)), times)) << number << suffix;
+    target.Draw(*bitmap.surface(), {from, to.Size()}, to, {&to, 1});
+}
+
+double Luminance(std::uint32_t pixel) {
+    const auto linear = [&](int shift) {
+        const double v = (pixel >> shift & 0xFF) / 255.0;
+        return v <= 0.03928 ? v / 12.92 : std::pow((v + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * linear(16) + 0.7152 * linear(8) + 0.0722 * linear(0);
+}
+
+/// The contrast of the strokes in `where` to their ground: of its strongest fiftieth to its middle.
+double Contrast(platform::Surface& picture, const CRect& where) {
+    const CRect r = platform::ToDevice(where, picture.Scale());
+    std::vector<double> light;
+    for (int y = r.top; y < r.bottom; ++y)
+        for (int x = r.left; x < r.right; ++x)
+            light.push_back(Luminance(picture.Pixels()[y * picture.Stride() + x]));
+    std::sort(light.begin(), light.end());
+    const double ground = light[light.size() / 2] + 0.05;
+    const std::size_t few = light.size() / 50;
+    return std::max(ground / (light[few] + 0.05), (light[light.size() - 1 - few] + 0.05) / ground);
+}
+
+TEST(Bitmaps, LetteringHoldsItsContrastAtEveryScale) {
+    std::vector<std::pair<std::string, CRect>> words{
+        {"INPUT", {31, 32, 62, 40}},      {"LOW", {137, 32, 160, 40}},    {"HIGH", {225, 32, 249, 40}},
+        {"POSITION", {302, 32, 348, 40}}, {"OUTPUT", {410, 32, 451, 40}}, {"Hz", {187, 188, 200, 196}},
+        {"dB", {51, 188, 63, 196}},       {"ON", {9, 14, 22, 22}},        {"COPY FROM", {94, 14, 142, 22}},
+        {"EDITED", {219, 14, 249, 22}},   {"SAVE", {277, 14, 307, 22}},   {"C", {320, 130, 329, 138}}};
+    for (int decibels = 6; decibels >= -36; decibels -= 6) { // beside the meters
+        const int row = layout::kMeterY + 19 - 3 * decibels;
+        words.push_back({"input " + std::to_string(decibels), {9, row - 4, 21, row + 4}});
+        words.push_back({"output " + std::to_string(decibels), {456, row - 4, 468, row + 4}});
+    }
+    for (const int hertz : {20, 500, 1000, 2000, 3000, 5000, 7000, 10000, 15000, 20000}) {
+        const int row = FaderRow((hertz - 20.0) / 19980.0, Bitmap(3007).size().cy);
+        words.push_back({std::to_string(hertz) + " Hz", {182, row - 4, 205, row + 4}});
+    }
+    for (double scale = 1.0; scale <= 4.0; scale += 0.25) {
+        for (const bool edited : {false, true}) {
+            const auto panel = platform::MakeSurface(477, 214, scale);
+            DrawAt(*panel, 3005, {0, 0, 477, 214});
+            DrawAt(*panel, 3013, layout::kSaveRect);
+            DrawAt(*panel, 3014, layout::kModifyRect, {0, edited ? 16 : 0});
+            for (const auto& [word, where] : words)
+                EXPECT_GE(Contrast(*panel, where), 4.5) << word << " at " << scale;
+        }
+    }
 }
 
 } // namespace
