@@ -226,6 +226,7 @@ class Ardour(ArdourSession):
         process, window = self.start_window()
         editor = self.open_editor(window, self.panel_window)
         self.drag_output(editor, "ardour")
+        self.turn_output(editor)
         was = self.chunk()[0]
         self.save(process, window)
         now = self.chunk()[0]

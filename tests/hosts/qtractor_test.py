@@ -194,6 +194,7 @@ class Qtractor(QtractorSession):
         time.sleep(1)
         before = peak(self.record("before.wav"))
         self.drag_output(editor, "qtractor", before=untouched)
+        self.turn_output(editor)
         time.sleep(1)
         after = peak(self.record("after.wav"))
         print(f"    peak before {before:.3f}, after {after:.3f}", file=sys.stderr)
