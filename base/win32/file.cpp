@@ -67,7 +67,7 @@ bool CFile::Lock() {
 
 std::int64_t CFile::GetLength() const {
     if (stream_ == nullptr) return 0;
-    std::fflush(stream_);
+    if (last_ == Last::write) std::fflush(stream_); // which would drop what was read ahead
     LARGE_INTEGER size{};
     return ::GetFileSizeEx(HandleOf(stream_), &size) != 0 ? size.QuadPart : 0;
 }

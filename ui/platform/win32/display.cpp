@@ -91,7 +91,7 @@ void WinDisplay::LookAround() {
         ready_.push_back(event);
     }
     for (NativeWindow* window : windows_)
-        if (window->IsLeftAlone()) window->LoseInput();
+        window->LookAround();
 }
 
 bool WinDisplay::NextEvent(Event& event) {

@@ -73,9 +73,9 @@ class NativeWindow : public Window {
     void Raise() override;
     CPoint ScreenPosition() override;
 
-    /// A popup that is shown while its owner is not.
-    bool IsLeftAlone() const;
-    void LoseInput();
+    /// Does what no message tells the time for: ends the input of a popup whose owner has gone from the screen, takes the
+    /// keyboard for a window that has come onto it.
+    void LookAround();
 
     static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 
@@ -93,6 +93,8 @@ class NativeWindow : public Window {
     void Push(EventType type) { display_.ready().push_back(EventNow(type, this)); }
     void StartPopup();
     void EndPopup();
+    void LoseInput();
+    bool IsLeftAlone() const;
     /// The frame around a client area at `client`, device pixels.
     CRect WithFrame(const CRect& client) const;
     bool isPopup() const { return kind_ == WindowKind::popup; }
@@ -109,6 +111,7 @@ class NativeWindow : public Window {
     std::unique_ptr<KeyHook> hook_;     ///< while it has the keyboard, or is a popup on the screen
     HWND focusBefore_ = nullptr;
     bool wantsKeyboard_ = false;
+    bool waitsForKeyboard_ = false; ///< until it is to be seen
     unsigned cursor_ = 0;
     wchar_t firstHalf_ = 0; ///< of a character in two units, whose second has not come yet
     std::optional<CRect> caret_;

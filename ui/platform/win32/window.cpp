@@ -145,6 +145,11 @@ bool NativeWindow::IsLeftAlone() const {
     return isPopup() && hook_ != nullptr && (::IsWindowVisible(owner_) == 0 || ::GetCapture() != id_);
 }
 
+void NativeWindow::LookAround() {
+    if (IsLeftAlone()) LoseInput();
+    if (waitsForKeyboard_ && ::IsWindowVisible(id_) != 0) TakeKeyboard();
+}
+
 void NativeWindow::LoseInput() {
     if (!isPopup() || hook_ == nullptr) return;
     hook_.reset();
@@ -159,12 +164,13 @@ void NativeWindow::TakeKeyboard() {
     if (focus != id_) focusBefore_ = focus;
     wantsKeyboard_ = true;
     if (hook_ == nullptr) hook_ = std::make_unique<KeyHook>(id_, false);
-    ::SetFocus(id_);
+    waitsForKeyboard_ = ::IsWindowVisible(id_) == 0;
+    if (!waitsForKeyboard_) ::SetFocus(id_);
 }
 
 void NativeWindow::GiveKeyboardBack() {
     if (!wantsKeyboard_) return;
-    wantsKeyboard_ = false;
+    wantsKeyboard_ = waitsForKeyboard_ = false;
     hook_.reset();
     const HWND before = std::exchange(focusBefore_, nullptr);
     if (id_ == nullptr || ::GetFocus() != id_) return; // the user is somewhere else by now
