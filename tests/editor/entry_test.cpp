@@ -215,15 +215,7 @@ TEST_F(Entry, StepsByItsUnitFinelyWithShiftFartherWhileHeldAndStaysInRange) {
     editor.Key(XK_Return);
     EXPECT_EQ(editor.Display(3), "413.1");
     editor.Click(kHiFreq);
-    for (int i = 0; i < 72; ++i) { // what a held key sends
-        xcb_key_press_event_t down{};
-        down.response_type = XCB_KEY_PRESS;
-        down.detail = user.CodeOf(XK_Down);
-        down.event = user.Children(editor.parent)[0];
-        std::array<std::uint8_t, 32> bytes{};
-        std::memcpy(bytes.data(), &down, sizeof down);
-        user.Forge(down.event, bytes);
-    }
+    user.Hold(user.Children(editor.parent)[0], XK_Down, 72);
     editor.Key(XK_Return);
     EXPECT_EQ(editor.Display(4), "8370.0") << "9000 less 30, less 40 times 10, less 2 times 100";
     editor.Click(kPosition);

@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: MIT
 // Several hosts at once, each with the effect, save into the one bank while others open it.
+#include "base/file.h"
 #include "tests/faults/open_effect.h"
 #include "tests/support/processes.h"
 #include "tests/support/temp_folder.h"
 
+#include <chrono>
 #include <cstring>
+#include <thread>
 
 namespace vocafade::test {
 namespace {
@@ -33,7 +36,10 @@ TEST_F(TwoWriters, LeaveAWholeBankAndNoScraps) {
         running.push_back(std::make_unique<Aside::Process>(kSaves, writer));
     int reads = 0;
     while (!running.empty()) {
-        const std::string bytes = ReadFile(BankPath());
+        CFile file; // which waits where the system lets nobody open a file that is being replaced
+        ASSERT_TRUE(file.Open(BankPath().c_str(), CFile::modeRead));
+        std::string bytes(4000, '\0');
+        bytes.resize(file.Read(bytes.data(), bytes.size()));
         ASSERT_EQ(bytes.size(), 3488U);
         ASSERT_EQ(std::memcmp(bytes.data(), "CcnK", 4), 0);
         ASSERT_EQ(std::memcmp(bytes.data() + 160 + 60 * 52 + 24, "first", 6), 0);
@@ -51,6 +57,18 @@ TEST_F(TwoWriters, LeaveAWholeBankAndNoScraps) {
     }
     EXPECT_GT(reads, 10);
     EXPECT_EQ(NamesIn(settings / "config").size(), 1U);
+}
+
+TEST_F(TwoWriters, KilledAtAnyMomentLeaveAWholeBank) {
+    OpenEffect().SaveProgram(60, "first");
+    for (int round = 0; round < 8; ++round) {
+        Aside::Process writer(kSaves, round % 3);
+        std::this_thread::sleep_for(std::chrono::milliseconds(20 + 31 * round));
+        writer.Kill();
+        const std::string bytes = ReadFile(BankPath());
+        ASSERT_EQ(bytes.size(), 3488U);
+        ASSERT_EQ(std::memcmp(bytes.data() + 160 + 60 * 52 + 24, "first", 6), 0);
+    }
 }
 
 } // namespace

@@ -7,7 +7,7 @@
 namespace vocafade::test {
 
 #if defined(_WIN32)
-/// Handles and threads of this process.
+/// Handles of this process, and threads that it has more than when it was asked first.
 std::size_t OpenFiles();
 std::size_t Threads();
 #else

@@ -4,6 +4,7 @@
 #include <X11/keysym.h>
 #include <array>
 #include <cstdlib>
+#include <cstring>
 #include <memory>
 #include <stdexcept>
 #include <xcb/res.h>
@@ -227,6 +228,17 @@ void XUser::Key(xcb_keysym_t keysym) {
     Fake(XCB_KEY_PRESS, place.code);
     Fake(XCB_KEY_RELEASE, place.code);
     if (place.shifted) KeyUp(XK_Shift_L);
+}
+
+void XUser::Hold(xcb_window_t window, xcb_keysym_t keysym, int times) {
+    xcb_key_press_event_t down{};
+    down.response_type = XCB_KEY_PRESS;
+    down.detail = Find(keysym).code;
+    down.event = window;
+    std::array<std::uint8_t, 32> bytes{};
+    std::memcpy(bytes.data(), &down, sizeof down);
+    for (int i = 0; i < times; ++i)
+        Forge(window, bytes);
 }
 
 void XUser::Type(std::string_view text) {

@@ -104,8 +104,8 @@ class XUser {
     void Key(xcb_keysym_t keysym);
     void KeyDown(xcb_keysym_t keysym);
     void KeyUp(xcb_keysym_t keysym);
-    /// The key that has the symbol.
-    xcb_keycode_t CodeOf(xcb_keysym_t keysym) { return Find(keysym).code; }
+    /// Sends the window what a key sends that is held down: presses, `times` of them.
+    void Hold(xcb_window_t window, xcb_keysym_t keysym, int times);
     /// Characters of ASCII, one after the other.
     void Type(std::string_view text);
     /// Puts the symbols onto spare keys, as a layout that has them would.

@@ -105,7 +105,8 @@ std::size_t Threads() {
     for (BOOL more = ::Thread32First(all, &entry); more != 0; more = ::Thread32Next(all, &entry))
         if (entry.th32OwnerProcessID == ::GetCurrentProcessId()) ++count;
     ::CloseHandle(all);
-    return count;
+    static const std::size_t others = count - 1; // the system's own
+    return count - others;
 }
 
 bool XServer::IsInstalled() { return ::GetEnvironmentVariableW(L"VOCAFADE_LOOK", nullptr, 0) != 0; }
@@ -174,6 +175,7 @@ int XUser::TakeHostKeys() {
 xcb_window_t XUser::Root() const { return 0; }
 
 std::vector<xcb_window_t> XUser::Children(xcb_window_t window) {
+    if (window == Root()) return TopLevels();
     Sync();
     std::vector<xcb_window_t> children;
     for (const HWND child :
@@ -244,6 +246,12 @@ void XUser::Key(xcb_keysym_t keysym) {
 }
 void XUser::KeyDown(xcb_keysym_t keysym) { AskFor("down", keysym); }
 void XUser::KeyUp(xcb_keysym_t keysym) { AskFor("up", keysym); }
+
+void XUser::Hold(xcb_window_t window, xcb_keysym_t keysym, int times) {
+    if (keysym != XK_Down) throw std::runtime_error("only Down is known here");
+    for (int i = 0; i < times; ++i)
+        ::PostMessageW(Handle(window), WM_KEYDOWN, VK_DOWN, 1);
+}
 
 void XUser::AddKeys(const std::vector<xcb_keysym_t>& keysyms) {
     xcb_keysym_t three[3] = {XK_VoidSymbol, XK_VoidSymbol, XK_VoidSymbol};
