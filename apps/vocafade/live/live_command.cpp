@@ -13,6 +13,7 @@
 #endif
 
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <thread>
