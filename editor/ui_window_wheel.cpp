@@ -57,7 +57,7 @@ LRESULT CUIWindow::OnMouseWheel(WPARAM wParam, LPARAM lParam) {
     if (TrackingControl() != nullptr || at == layout::kControls.size()) return 0;
     const int parameter = layout::kControls[at].parameter;
     if (ParameterRow(parameter).taper == Taper::step) return 0;
-    const double notches = static_cast<std::int16_t>(HIWORD(wParam)) / WHEEL_DELTA;
+    const int notches = static_cast<std::int16_t>(HIWORD(wParam)) / WHEEL_DELTA; // whole ones are sent
     const double share = GetKeyState(VK_SHIFT) < 0 ? kFine : 1.0;
     MoveControl(at, Stepped(parameter, effect().getParameter(parameter), notches * share));
     return 0;

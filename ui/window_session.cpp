@@ -51,7 +51,7 @@ WindowSession::WindowSession(std::unique_ptr<platform::Display> display, CFrameW
     open.all.emplace_back(std::this_thread::get_id(), this);
 }
 
-WindowSession::~WindowSession() { Close(); }
+WindowSession::~WindowSession() { Close(); } // NOLINT(bugprone-exception-escape): lack of memory in a handler
 
 WindowSession* WindowSession::Current() {
     if (currentSession != nullptr && !currentSession->closed_) return currentSession;

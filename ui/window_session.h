@@ -31,7 +31,7 @@ class WindowSession : public std::enable_shared_from_this<WindowSession> {
     /// The one whose message is being handled on this thread, else the one opened last on it; null when there
     /// is none.
     static WindowSession* Current();
-    ~WindowSession();
+    ~WindowSession(); // NOLINT(bugprone-exception-escape): lack of memory in a handler
     WindowSession(const WindowSession&) = delete;
     WindowSession& operator=(const WindowSession&) = delete;
 

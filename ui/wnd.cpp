@@ -45,7 +45,7 @@ short GetKeyState(int key) {
 
 CWnd::CWnd() : life_(std::make_shared<bool>(true)) {}
 
-CWnd::~CWnd() { CWnd::DestroyWindow(); }
+CWnd::~CWnd() { CWnd::DestroyWindow(); } // NOLINT(bugprone-exception-escape): lack of memory in a handler
 
 // --- Life
 

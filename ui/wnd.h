@@ -71,7 +71,7 @@ class CWnd : public CCmdTarget {
   public:
     CWnd();
     /// Destroys the window first if it exists.
-    ~CWnd() override;
+    ~CWnd() override; // NOLINT(bugprone-exception-escape): lack of memory in a handler
     CWnd(const CWnd&) = delete;
     CWnd& operator=(const CWnd&) = delete;
 
