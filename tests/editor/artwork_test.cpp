@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
 // A plug-in folder whose artwork somebody has lost, broken or replaced.
 #include "tests/editor/panel_picture.h"
+#include "tests/support/environment.h"
 #include "ui/gdi.h"
 #include "ui/platform/platform.h"
 
+#include <algorithm>
 #include <sys/stat.h>
 
 namespace vocafade::test {
@@ -109,6 +111,38 @@ TEST_F(Artwork, ThatCannotBeUsedIsReplacedByTheCopyInside) {
         ::chmod(path.c_str(), 0);
     });
     ExpectTheUsualPanel("files that may not be read");
+}
+
+TEST_F(Artwork, OfTheUsersOwnShowsAtEveryScaleInTheSizeThatHeHas) {
+    SetVariable("VOCAFADE_SCALE", "2");
+    const auto corner = [this] { // where the background shows, at scale 2
+        HostedEditor editor(user, 20, 30, RecordingHost::Callback, bundle / "Vocafade.so");
+        user.Resize(editor.parent, 954, 428);
+        EXPECT_TRUE(editor.Open());
+        editor.Settle();
+        return editor.Look({900, 400, 950, 425});
+    };
+    const auto alike = [](const test::Picture& picture, std::uint32_t color) {
+        return std::ranges::all_of(picture.pixels, [color](std::uint32_t pixel) { return pixel == color; });
+    };
+    const auto filled = [this](int width, int height, std::uint32_t color) {
+        const auto surface = platform::MakeSurface(width, height);
+        const CRect all(0, 0, width, height);
+        surface->Fill({&all, 1}, color);
+        const std::string path = bundle / "made.png";
+        surface->WritePng(path.c_str());
+        return ReadFile(path);
+    };
+    Fill([&](int id, const std::string& path) { WriteFile(path, Good(id)); });
+    const test::Picture usual = corner();
+    EXPECT_FALSE(alike(usual, usual.at(0, 0))) << "a shaded plate";
+    WriteFile(File(3005), filled(477, 214, 0x336699));
+    EXPECT_TRUE(alike(corner(), 0x336699)) << "the single size, larger";
+    WriteFile(Folder() + "/3005@2x.png", filled(954, 428, 0x993333));
+    EXPECT_TRUE(alike(corner(), 0x993333));
+    WriteFile(File(3005), Good(3005)); // as it was: the larger ones come with the plug-in
+    EXPECT_EQ(corner(), usual);
+    UnsetVariable("VOCAFADE_SCALE");
 }
 
 TEST_F(Artwork, OfOtherSizesIsSafe) {

@@ -415,10 +415,10 @@ class HostTest(unittest.TestCase):
         self.screenshot(f"{name}.png")
 
     def turn_output(self, editor):
-        """Turns the wheel downwards over the Output fader, and waits until it is drawn elsewhere."""
+        """Turns the wheel up a little over the Output fader, and waits until it is drawn elsewhere."""
         before = self.picture(editor, OUTPUT_FADER)
         x, top, _ = OUTPUT_FADER
-        self.xdotool("mousemove", "--window", editor, x, top + 60, "click", "--repeat", 8, "--delay", 60, 5)
+        self.xdotool("mousemove", "--window", editor, x, top + 60, "click", "--repeat", 2, "--delay", 60, 4)
         self.wait_for_picture(editor, OUTPUT_FADER, other_than=before)
 
     def open_until(self, opened, gesture, times=4, patience=12):

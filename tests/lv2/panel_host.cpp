@@ -2,6 +2,7 @@
 #include "tests/lv2/panel_host.h"
 
 #include <dlfcn.h>
+#include <lv2/atom/atom.h>
 #include <lv2/instance-access/instance-access.h>
 #include <stdexcept>
 
@@ -22,26 +23,32 @@ PanelHost::PanelHost(XUser& someUser, Lv2Plugin& somePlugin)
     : PanelHost(someUser, somePlugin, Offer{somePlugin.handle()}) {}
 
 PanelHost::PanelHost(XUser& someUser, Lv2Plugin& somePlugin, Offer offer, xcb_window_t someParent)
-    : PanelMouse(someUser, kX, kY), plugin(somePlugin), parent(someParent), descriptor_(Descriptor()) {
+    : PanelMouse(someUser, kX, kY), plugin(somePlugin), parent(someParent), descriptor_(Descriptor()),
+      map_(offer.map) {
     ownsParent_ = parent == 0;
     if (ownsParent_) parent = user.MakeWindow(kX, kY, 477, 214);
     const LV2UI_Touch touch{this, [](LV2UI_Feature_Handle handle, std::uint32_t port, bool held) {
                                 static_cast<PanelHost*>(handle)->touches.emplace_back(port, held);
                             }};
-    const LV2UI_Resize resize{this, [](LV2UI_Feature_Handle handle, int width, int height) {
-                                  static_cast<PanelHost*>(handle)->size = {width, height};
-                                  return 0;
-                              }};
-    static LV2UI_Touch lasting; // features live as long as the editor
+    static LV2UI_Resize resize; // features live as long as the editor
+    resize = {this, [](LV2UI_Feature_Handle handle, int width, int height) {
+                  static_cast<PanelHost*>(handle)->size = {width, height};
+                  return 0;
+              }};
+    static LV2UI_Touch lasting;
     lasting = touch;
     const LV2_Feature access{LV2_INSTANCE_ACCESS_URI, offer.instance};
     const LV2_Feature window{LV2_UI__parent, reinterpret_cast<void*>(static_cast<std::uintptr_t>(parent))};
     const LV2_Feature touching{LV2_UI__touch, &lasting};
-    const LV2_Feature resizing{LV2_UI__resize, const_cast<LV2UI_Resize*>(&resize)};
+    const LV2_Feature resizing{LV2_UI__resize, &resize};
+    const std::array<LV2_Options_Option, 2> options = Options(offer.scale);
+    const LV2_Feature mapping{LV2_URID__map, map_};
+    const LV2_Feature stating{LV2_OPTIONS__options, const_cast<LV2_Options_Option*>(options.data())};
     std::vector<const LV2_Feature*> features;
     if (offer.instance != nullptr) features.push_back(&access);
     if (offer.parent) features.push_back(&window);
     if (offer.touchAndResize) features.insert(features.end(), {&touching, &resizing});
+    if (map_ != nullptr) features.insert(features.end(), {&mapping, &stating});
     features.push_back(nullptr);
     const auto write = [](LV2UI_Controller controller, std::uint32_t port, std::uint32_t bytes,
                           std::uint32_t protocol, const void* buffer) {
@@ -54,6 +61,19 @@ PanelHost::PanelHost(XUser& someUser, Lv2Plugin& somePlugin, Offer offer, xcb_wi
     panel_ = descriptor_->instantiate(descriptor_, lv2::kPluginUri, VOCAFADE_LV2 "/", write, this, &shown,
                                       features.data());
     widget = static_cast<xcb_window_t>(reinterpret_cast<std::uintptr_t>(shown));
+}
+
+std::array<LV2_Options_Option, 2> PanelHost::Options(const float& scale) {
+    if (map_ == nullptr) return {};
+    return {{{LV2_OPTIONS_INSTANCE, 0, map_->map(map_->handle, LV2_UI__scaleFactor), sizeof scale,
+              map_->map(map_->handle, LV2_ATOM__Float), &scale},
+             {}}};
+}
+
+std::uint32_t PanelHost::SetScale(float scale) {
+    const std::array<LV2_Options_Option, 2> options = Options(scale);
+    return static_cast<const LV2_Options_Interface*>(descriptor_->extension_data(LV2_OPTIONS__interface))
+        ->set(panel_, options.data());
 }
 
 PanelHost::~PanelHost() {

@@ -4,6 +4,8 @@
 #include "tests/lv2/lv2_host.h"
 #include "tests/support/panel_mouse.h"
 
+#include <array>
+#include <lv2/options/options.h>
 #include <lv2/ui/ui.h>
 #include <utility>
 #include <vector>
@@ -25,6 +27,8 @@ class PanelHost : public PanelMouse<PanelHost, PanelPoint> {
         void* instance;
         bool parent = true;
         bool touchAndResize = true;
+        float scale = 0.0f;          ///< 0: the host does not say
+        LV2_URID_Map* map = nullptr; ///< for it
     };
 
     PanelHost(XUser& someUser, Lv2Plugin& somePlugin);
@@ -38,6 +42,8 @@ class PanelHost : public PanelMouse<PanelHost, PanelPoint> {
     void Idle();
     /// Tells the editor what a port says.
     void Tell(std::int32_t parameter, float value);
+    /// Says at another scale that it shows things.
+    std::uint32_t SetScale(float scale);
     Picture Look(int x, int y, int width, int height) { return user.Look(parent, x, y, width, height); }
 
     Lv2Plugin& plugin;
@@ -49,11 +55,15 @@ class PanelHost : public PanelMouse<PanelHost, PanelPoint> {
     std::pair<int, int> size{};
 
   private:
+    /// `ui:scaleFactor` alone; `scale` is pointed to.
+    std::array<LV2_Options_Option, 2> Options(const float& scale);
+
     static constexpr int kX = 20;
     static constexpr int kY = 30;
 
     const LV2UI_Descriptor* descriptor_;
     LV2UI_Handle panel_ = nullptr;
+    LV2_URID_Map* map_;
     bool ownsParent_ = false;
 };
 

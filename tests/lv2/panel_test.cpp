@@ -55,6 +55,20 @@ TEST_F(Lv2Panel, ItsWindowIsThereWhenItIsOpen) {
     Open(); // and again
 }
 
+TEST_F(Lv2Panel, HasTheScaleOfTheHostAndFollowsItWhileItIsOpen) {
+    panel.emplace(user, plugin, PanelHost::Offer{plugin.handle(), true, true, 1.5f, bundle.map()});
+    ASSERT_TRUE(panel->IsOpen());
+    EXPECT_EQ(panel->size, std::pair(716, 321));
+    EXPECT_EQ(user.BoundsOf(panel->widget).width, 716);
+    EXPECT_EQ(panel->SetScale(2.1f), std::uint32_t{LV2_OPTIONS_SUCCESS});
+    panel->Settle();
+    EXPECT_EQ(panel->size, std::pair(954, 428));
+    EXPECT_EQ(user.BoundsOf(panel->widget).width, 954);
+    panel->Close();
+    Open(); // a host that says nothing
+    EXPECT_EQ(panel->size, std::pair(477, 214));
+}
+
 TEST_F(Lv2Panel, AFaderWritesItsPortWhileItIsHeld) {
     Open();
     panel->Press(kLoFreqFader);
