@@ -14,6 +14,7 @@ class CNameEdit : public CEdit {
 
   protected:
     std::string TypedText(std::string character) const override;
+    bool WantsInputMethod() const override { return true; }
 };
 
 } // namespace vocafade

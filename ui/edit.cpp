@@ -105,6 +105,22 @@ void CEdit::ScrollToCaret() {
     if (at - scroll_ > room) scroll_ = at - room;
     if (at - scroll_ < 0) scroll_ = at;
     scroll_ = std::clamp(scroll_, 0, std::max(0, stops.back() - room));
+    TellInputMethod();
+}
+
+void CEdit::TellInputMethod() {
+    CPoint offset;
+    const TopLevel* top = WantsInputMethod() ? FindTopLevel(&offset) : nullptr;
+    if (top == nullptr || top->native() == nullptr) return;
+    if (!focused()) {
+        top->native()->SetTextInput(nullptr);
+        return;
+    }
+    const std::vector<int> stops = Stops();
+    const int at = stops[static_cast<std::size_t>(std::clamp(caret_, 0, static_cast<int>(stops.size()) - 1))];
+    CRect caret({TextLeft(stops) + at, 0}, {1, bounds().Height()});
+    caret.OffsetRect(offset);
+    top->native()->SetTextInput(&caret);
 }
 
 int CEdit::CharacterAt(int x) const {
@@ -295,6 +311,12 @@ LRESULT CEdit::DefWindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
         if (spin_ == nullptr) return Control::DefWindowProc(message, wParam, lParam);
         spin_->Turn(static_cast<std::int16_t>(HIWORD(wParam)) / WHEEL_DELTA);
         return 0;
+    case WM_SETFOCUS:
+    case WM_KILLFOCUS: {
+        const LRESULT answer = Control::DefWindowProc(message, wParam, lParam);
+        TellInputMethod();
+        return answer;
+    }
     case WM_KEYUP:
         if (spin_ != nullptr) spin_->KeyUp();
         return 0;

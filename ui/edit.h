@@ -44,6 +44,8 @@ class CEdit : public Control {
     void TextChanged() override;
     /// What typing `character` (UTF-8) enters; nothing when it is empty.
     virtual std::string TypedText(std::string character) const { return character; }
+    /// Whether an input method may make text of the keys. (Of numbers it makes nothing better.)
+    virtual bool WantsInputMethod() const { return false; }
     /// The text as it would be with `text` in the place of the selection.
     std::string TextWith(const std::string& text) const;
 
@@ -62,6 +64,8 @@ class CEdit : public Control {
     int NextWord(int direction) const;
     int CharacterAt(int x) const;
     void ScrollToCaret();
+    /// Where the caret is, while text is typed here.
+    void TellInputMethod();
     void Copy();
     void Cut();
     void Paste();

@@ -146,7 +146,8 @@ class Window {
     /// Gives the keyboard back, unless somebody else has got it in the meantime.
     virtual void GiveKeyboardBack() = 0;
     /// Text is typed into the window with its caret at `caret`: an input method may take the keys and show
-    /// there what it makes of them. Null: no text is typed (any more); what was begun is dropped.
+    /// there what it makes of them. Null: no text is typed (any more); what was begun is dropped. Nothing
+    /// happens on a platform without input methods.
     virtual void SetTextInput(const CRect* caret) = 0;
     /// Sets the pointer's look (`kCursorArrow` and the rest).
     virtual void SetCursor(unsigned cursor) = 0;

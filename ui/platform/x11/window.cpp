@@ -236,6 +236,7 @@ void NativeWindow::GiveKeyboardBack() {
     xcb_flush(c);
 }
 
+// Keys become text by the layout and the compose table alone; docs/dependencies.md says why.
 void NativeWindow::SetTextInput(const CRect* /*caret*/) {}
 
 void NativeWindow::SetCursor(unsigned cursor) {
