@@ -2,6 +2,7 @@
 // The editor at other scales than 1: where things are hit, and who decides.
 #include "tests/editor/panel_picture.h"
 #include "tests/support/environment.h"
+#include "ui/dc.h"
 #include "ui/platform/scale.h"
 
 #include <X11/keysym.h>
@@ -152,6 +153,33 @@ TEST_F(Scale, ComesFromTheUserElseTheHostElseTheDesktopAndIsFollowedWhileOpen) {
     HostedEditor users(user, 20, 300);
     TellScale(users, 3.0f);
     EXPECT_EQ(SizeOf(users), (CSize{954, 428}));
+}
+
+TEST_F(Scale, OfOneShowsWhatWasShownBeforeThereWereOthers) {
+    HostedEditor editor(user);
+    editor.SetValue(kParameterLoFreq, (250.0f - 20.0f) / 19980.0f);
+    editor.SetValue(kParameterHiFreq, (8000.0f - 20.0f) / 19980.0f);
+    Show(editor);
+    for (int i = 0; i < 50; ++i)
+        editor.Play(0.35f, 1024);
+    editor.Idle();
+    const std::string file = ReadFile(VOCAFADE_PANEL_AT_SCALE_1);
+    CBitmap before;
+    ASSERT_TRUE(before.LoadPng(std::as_bytes(std::span(file))));
+    CDC then;
+    then.CreateBitmapDC(477, 214);
+    CDC source;
+    source.SelectObject(&before);
+    then.BitBlt(0, 0, 477, 214, &source, 0, 0, SRCCOPY);
+    const Picture now = editor.LookAtPanel();
+    for (int y = 0; y < 182; ++y) { // above the read-outs, whose digits are of the machine's fonts
+        for (int x = 0; x < 477; ++x) {
+            if (layout::kModifyRect.PtInRect({x, y})) continue; // whose unlit letters were not legible
+            const COLORREF color = then.GetPixel(x, y);
+            ASSERT_EQ(now.at(x, y), GetRValue(color) << 16 | GetGValue(color) << 8 | GetBValue(color))
+                << x << ", " << y;
+        }
+    }
 }
 
 TEST_F(Scale, ThatIsNoneIsPassedOverAndOneThatIsTooLargeIsTheLargest) {
