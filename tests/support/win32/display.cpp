@@ -27,7 +27,6 @@ xcb_window_t IdOf(HWND window) { return static_cast<xcb_window_t>(reinterpret_ca
 int hostKeys = 0;
 
 LRESULT CALLBACK HostProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-    if (message == WM_KEYDOWN) ++hostKeys;
     if (message == WM_LBUTTONDOWN) ::SetFocus(window);
     return ::DefWindowProcW(window, message, wParam, lParam);
 }
@@ -45,10 +44,15 @@ const wchar_t* HostClass() {
     return MAKEINTATOM(atom);
 }
 
-/// What a host's message loop does, until there is nothing left.
+/// What a host's message loop does, until there is nothing left: one that has a shortcut on every key, and so hands none
+/// on to any window.
 void Pump() {
     MSG message;
     while (::PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE) != 0) {
+        if (message.message == WM_KEYDOWN) {
+            ++hostKeys;
+            continue;
+        }
         ::TranslateMessage(&message);
         ::DispatchMessageW(&message);
     }

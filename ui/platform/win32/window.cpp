@@ -326,9 +326,11 @@ std::optional<LRESULT> NativeWindow::Handle(UINT message, WPARAM wParam, LPARAM 
                    ? DLGC_WANTALLKEYS | DLGC_WANTARROWS | DLGC_WANTCHARS
                    : 0;
     case WM_SETFOCUS:
+        if (kind_ == WindowKind::dialog && hook_ == nullptr) hook_ = std::make_unique<KeyHook>(id_, false);
         Push(EventType::focusGained);
         return 0;
     case WM_KILLFOCUS:
+        if (kind_ == WindowKind::dialog) hook_.reset();
         firstHalf_ = 0;
         Push(EventType::focusLost);
         return 0;
