@@ -20,18 +20,6 @@ class StrayMouse : public OpenEditorTest {
         editor.Click(place);
         editor.Click(place);
     }
-    /// Whether another program can have the mouse.
-    bool MouseIsFree() {
-        xcb_grab_pointer_reply_t* reply = xcb_grab_pointer_reply(
-            user.connection(),
-            xcb_grab_pointer(user.connection(), 0, user.Root(), 0, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC,
-                             XCB_NONE, XCB_NONE, XCB_CURRENT_TIME),
-            nullptr);
-        const bool free = reply != nullptr && reply->status == XCB_GRAB_STATUS_SUCCESS;
-        std::free(reply);
-        xcb_ungrab_pointer(user.connection(), XCB_CURRENT_TIME);
-        return free;
-    }
 };
 
 TEST_F(StrayMouse, APressThatLeavesTheMenuDoesNothingElse) {
@@ -62,6 +50,9 @@ TEST_F(StrayMouse, APressThatLeavesTheMenuDoesNothingElse) {
 
 TEST_F(StrayMouse, ADragEndsWhenItsReleaseIsLost) {
     for (const bool idlesOn : {true, false}) {
+#if defined(_WIN32) // Wine never hears of what the pointer does outside of its windows
+        if (!idlesOn) continue;
+#endif
         editor.Press(kLoFreqFader);
         const float held = editor.Value(3);
         user.Hide(editor.parent); // which ends the server's hold on the mouse
@@ -131,15 +122,15 @@ TEST_F(StrayMouse, TheSecondPressOfADoubleClickIsNotForWhatLiesBeneath) {
 TEST_F(StrayMouse, AHiddenEditorLetsGoOfTheMouseAtOnceAndOfItsMenuWhenIdled) {
     editor.Click(kCopy);
     ASSERT_NE(Popup(), 0U);
-    EXPECT_FALSE(MouseIsFree());
+    EXPECT_FALSE(user.MouseIsFree());
     user.Hide(editor.parent);
-    EXPECT_TRUE(MouseIsFree()) << "also in a host that does not idle what nobody sees";
+    EXPECT_TRUE(user.MouseIsFree()) << "also in a host that does not idle what nobody sees";
     user.Show(editor.parent);
     editor.Settle();
     EXPECT_EQ(Popup(), 0U);
     EXPECT_TRUE(ShowsItsEffect(editor));
     editor.Click(kCopy); // and it opens again
-    EXPECT_FALSE(MouseIsFree());
+    EXPECT_FALSE(user.MouseIsFree());
     user.Hide(editor.parent);
     editor.Settle();
     EXPECT_EQ(user.TopLevels().size(), windowsBefore.size() - 1);

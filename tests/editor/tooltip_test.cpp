@@ -52,8 +52,7 @@ TEST_F(Tooltip, ShowsAfterARestTakesNothingAndGoesWithAnyPress) {
         } else {
             user.MoveTo(1, 1); // out of the window
         }
-        editor.Settle();
-        EXPECT_EQ(Popup(), 0U) << what;
+        EXPECT_TRUE(WaitFor([this] { editor.Settle(); }, [this] { return Popup() == 0U; })) << what;
     }
     ASSERT_NE(RestAt({kSave.x, kSave.y}), 0U);
     editor.Close();
@@ -61,9 +60,9 @@ TEST_F(Tooltip, ShowsAfterARestTakesNothingAndGoesWithAnyPress) {
 }
 
 TEST_F(Tooltip, CanBeSwitchedOff) {
-    const std::filesystem::path folder = settings / "config/vocafade/settings";
+    const std::string folder = settings / "config/vocafade/settings";
     std::filesystem::create_directories(folder);
-    WriteFile(folder / "vocafade.settings", "[editor]\ntooltips=0\n");
+    WriteFile(folder + "/vocafade.settings", "[editor]\ntooltips=0\n");
     editor.Close();
     editor.Open();
     editor.MoveTo(kSave);

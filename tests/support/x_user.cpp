@@ -200,6 +200,16 @@ void XUser::Click(int x, int y, int button) {
     Release(button);
 }
 
+bool XUser::MouseIsFree() {
+    const auto grab = Own(::xcb_grab_pointer_reply(
+        connection_,
+        ::xcb_grab_pointer(connection_, 0, Root(), 0, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC, XCB_NONE,
+                           XCB_NONE, XCB_CURRENT_TIME),
+        nullptr));
+    ::xcb_ungrab_pointer(connection_, XCB_CURRENT_TIME);
+    return grab != nullptr && grab->status == XCB_GRAB_STATUS_SUCCESS;
+}
+
 XUser::Place XUser::Find(xcb_keysym_t keysym) {
     const xcb_setup_t* setup = ::xcb_get_setup(connection_);
     const int count = setup->max_keycode - setup->min_keycode + 1;

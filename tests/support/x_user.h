@@ -100,6 +100,9 @@ class XUser {
     void Release(int button = 1);
     void Click(int x, int y, int button = 1);
 
+    /// Whether another program can have the mouse.
+    bool MouseIsFree();
+
     /// A key by its X keysym, pressed and released, with Shift where the layout wants it.
     void Key(xcb_keysym_t keysym);
     void KeyDown(xcb_keysym_t keysym);

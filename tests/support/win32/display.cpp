@@ -121,7 +121,12 @@ void NeedsXServer::SetUp() {
     if (!XServer::IsInstalled()) FAIL() << "windows_user must start this program";
 }
 
-std::string DoubleClickSettings(std::uint32_t milliseconds) { return std::to_string(milliseconds); }
+std::string NumberSetting(std::string_view name, std::uint32_t value) {
+    return name == "Net/DoubleClickTime" ? std::to_string(value) : std::string();
+}
+std::string DoubleClickSettings(std::uint32_t milliseconds) {
+    return NumberSetting("Net/DoubleClickTime", milliseconds);
+}
 
 XUser::XUser() = default;
 XUser::~XUser() = default;
@@ -168,7 +173,7 @@ void XUser::AskToClose(xcb_window_t window) {
 }
 
 void XUser::PublishSettings(std::string_view bytes) {
-    ::SetDoubleClickTime(static_cast<UINT>(std::stoul(std::string(bytes))));
+    if (!bytes.empty()) ::SetDoubleClickTime(static_cast<UINT>(std::stoul(std::string(bytes))));
 }
 
 int XUser::TakeHostKeys() {
@@ -235,6 +240,15 @@ void XUser::Click(int x, int y, int button) {
     Press(button);
     Release(button);
 }
+bool XUser::MouseIsFree() {
+    // A menu looks for itself whether it is still to be seen, every now and then.
+    for (int i = 0; i < 30 && ::GetCapture() != nullptr; ++i) {
+        Sync();
+        ::Sleep(10);
+    }
+    return ::GetCapture() == nullptr;
+}
+
 void XUser::Key(xcb_keysym_t keysym) {
     // Wine knows the keys of the layouts that people have, and not the spare ones of `AddKeys`.
     constexpr xcb_keysym_t kUnicode = 0x1000000;

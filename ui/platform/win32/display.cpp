@@ -3,6 +3,7 @@
 
 #include "base/win32/wide_text.h"
 #include "ui/platform/scale.h"
+#include "ui/platform/win32/window_class.h"
 
 #include <cstring>
 
@@ -103,6 +104,12 @@ bool WinDisplay::NextEvent(Event& event) {
 }
 
 bool WinDisplay::IsLeftButtonHeld() {
+    // A window that is taken off the screen loses the held button, and nothing tells it.
+    const HWND holder = ::GetCapture();
+    if (holder == nullptr || ::IsWindowVisible(holder) == 0) {
+        if (holder != nullptr && IsOurWindow(holder)) ::ReleaseCapture();
+        return false;
+    }
     const int button = ::GetSystemMetrics(SM_SWAPBUTTON) != 0 ? VK_RBUTTON : VK_LBUTTON;
     if (::GetAsyncKeyState(button) < 0) return true;
     // Released, but the host has not fetched the message yet that will tell us.

@@ -83,7 +83,7 @@ class NativeWindow : public Window {
     /// The answer to a message; nothing for what the system does with it by itself.
     std::optional<LRESULT> Handle(UINT message, WPARAM wParam, LPARAM lParam);
     void HandleButton(UINT message, WPARAM wParam, LPARAM lParam);
-    void HandleMove(LPARAM lParam);
+    void HandleMove(CPoint inClient);
     void HandleWheel(WPARAM wParam, LPARAM lParam);
     std::optional<LRESULT> HandleKey(UINT message, WPARAM wParam, LPARAM lParam);
     void HandleCharacter(wchar_t unit);
@@ -112,6 +112,7 @@ class NativeWindow : public Window {
     HWND focusBefore_ = nullptr;
     bool wantsKeyboard_ = false;
     bool waitsForKeyboard_ = false; ///< until it is to be seen
+    bool watchesLeave_ = false;
     unsigned cursor_ = 0;
     wchar_t firstHalf_ = 0; ///< of a character in two units, whose second has not come yet
     std::optional<CRect> caret_;

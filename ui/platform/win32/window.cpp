@@ -16,6 +16,9 @@ namespace {
 constexpr UINT kDpiChangedAfterParent = 0x02E3;
 constexpr UINT kDpiChanged = 0x02E0;
 
+/// How often a popup looks for its owner by itself, in milliseconds: a host that has hidden it may not idle any more.
+constexpr UINT kPopupPeriod = 100;
+
 /// The window that a dialog or popup belongs to: what has a frame, on the way up.
 HWND TopLevelOf(HWND window) { return window != nullptr ? ::GetAncestor(window, GA_ROOT) : nullptr; }
 
@@ -132,12 +135,14 @@ void NativeWindow::Show(bool show) {
 void NativeWindow::StartPopup() {
     ::SetCapture(id_);
     if (hook_ == nullptr) hook_ = std::make_unique<KeyHook>(id_, true);
+    ::SetTimer(id_, 1, kPopupPeriod, nullptr);
     if (IsLeftAlone()) LoseInput();
 }
 
 void NativeWindow::EndPopup() {
     if (!isPopup()) return;
     hook_.reset();
+    ::KillTimer(id_, 1);
     if (::GetCapture() == id_) ::ReleaseCapture();
 }
 
@@ -152,7 +157,7 @@ void NativeWindow::LookAround() {
 
 void NativeWindow::LoseInput() {
     if (!isPopup() || hook_ == nullptr) return;
-    hook_.reset();
+    EndPopup();
     Push(EventType::inputLost);
 }
 
@@ -305,7 +310,14 @@ std::optional<LRESULT> NativeWindow::Handle(UINT message, WPARAM wParam, LPARAM 
         HandleButton(message, wParam, lParam);
         return 0;
     case WM_MOUSEMOVE:
-        HandleMove(lParam);
+        HandleMove({GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)});
+        return 0;
+    case WM_MOUSELEAVE:
+        watchesLeave_ = false;
+        Push(EventType::left);
+        return 0;
+    case WM_TIMER:
+        LookAround();
         return 0;
     case WM_MOUSEWHEEL:
         HandleWheel(wParam, lParam);
@@ -375,9 +387,16 @@ void NativeWindow::HandleButton(UINT message, WPARAM wParam, LPARAM lParam) {
     }
 }
 
-void NativeWindow::HandleMove(LPARAM lParam) {
+void NativeWindow::HandleMove(CPoint inClient) {
+    if (!watchesLeave_) {
+        TRACKMOUSEEVENT wanted{};
+        wanted.cbSize = sizeof wanted;
+        wanted.dwFlags = TME_LEAVE;
+        wanted.hwndTrack = id_;
+        watchesLeave_ = ::TrackMouseEvent(&wanted) != 0;
+    }
     Event event = EventNow(EventType::moved, this);
-    event.point = ToLogical(CPoint(GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)), display_.scale());
+    event.point = ToLogical(inClient, display_.scale());
     // Of a row of motions only the last matters.
     std::deque<Event>& ready = display_.ready();
     if (!ready.empty() && ready.back().type == EventType::moved && ready.back().window == this &&
