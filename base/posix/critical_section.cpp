@@ -3,6 +3,7 @@
 
 namespace vocafade {
 
+// cppcheck-suppress uninitMemberVar ; it has one member on each system
 CCriticalSection::CCriticalSection() {
     pthread_mutexattr_t attributes;
     pthread_mutexattr_init(&attributes);

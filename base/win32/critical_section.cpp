@@ -14,6 +14,7 @@ CRITICAL_SECTION* System(void* storage) { return static_cast<CRITICAL_SECTION*>(
 
 } // namespace
 
+// cppcheck-suppress uninitMemberVar ; it has one member on each system
 CCriticalSection::CCriticalSection() {
     static_assert(sizeof section_ == sizeof(CRITICAL_SECTION) && alignof(void*) >= alignof(CRITICAL_SECTION));
     ::InitializeCriticalSectionAndSpinCount(new (section_) CRITICAL_SECTION, kTurns);

@@ -131,7 +131,7 @@ class XUser {
     void Fake(std::uint8_t type, std::uint8_t detail, int x = 0, int y = 0);
     Place Find(xcb_keysym_t keysym);
 
-    xcb_connection_t* connection_;
+    xcb_connection_t* connection_ = nullptr;
     xcb_window_t settingsWindow_ = 0;
     xcb_screen_t* screen_ = nullptr;
 #endif
