@@ -20,6 +20,7 @@ namespace {
 /// Runs a subcommand as if these words had been typed.
 int RunWords(int (*run)(int, char**), std::vector<std::string> words) {
     std::vector<char*> arguments;
+    arguments.reserve(words.size() + 1);
     for (std::string& word : words)
         arguments.push_back(word.data());
     arguments.push_back(nullptr);
