@@ -353,8 +353,10 @@ class HostTest(unittest.TestCase):
         return self.run_program(["xdotool", *words], timeout=20, check=check).split()
 
     def windows(self, title):
-        """The visible windows whose title matches."""
-        return self.xdotool("search", "--onlyvisible", "--name", title, check=False)
+        """The visible windows whose title matches. The search ends with an error when one of all windows goes away
+        meanwhile: then there are none."""
+        words = self.xdotool("search", "--onlyvisible", "--name", title, check=False)
+        return words if all(word.isdigit() for word in words) else []
 
     def window_tree(self):
         """xwininfo's list of all windows. It gives up when one of them goes away meanwhile; then it is asked again."""
