@@ -3,11 +3,12 @@
 
 #include "apps/vocafade/shared/failures.h"
 #include "apps/vocafade/shared/session_times.h"
+#include "apps/vocafade/shared/text.h"
 
 #include <algorithm>
 #include <cerrno>
+#include <charconv>
 #include <chrono>
-#include <cstdlib>
 #include <cstring>
 #include <fmt/format.h>
 #include <spa/param/audio/format-utils.h>
@@ -81,7 +82,8 @@ struct LiveDevice::Callbacks {
         auto* device = static_cast<LiveDevice*>(self);
         const char* rate =
             info->props != nullptr ? ::spa_dict_lookup(info->props, "default.clock.rate") : nullptr;
-        const int number = rate != nullptr ? std::atoi(rate) : 0;
+        int number = 0;
+        if (rate != nullptr) std::from_chars(rate, rate + std::strlen(rate), number);
         if (number > 0 && device->streams_[kCapture].stream == nullptr) device->rate_ = number;
     }
     static void OnGlobal(void* self, std::uint32_t id, std::uint32_t, const char* type, std::uint32_t,
@@ -197,13 +199,13 @@ void LiveDevice::Connect() {
     loop_ = library_.thread_loop_new("vocafade", nullptr);
     if (loop_ != nullptr) context_ = library_.context_new(library_.thread_loop_get_loop(loop_), nullptr, 0);
     if (context_ == nullptr)
-        throw Failure(fmt::format("PipeWire's library does not start: {}", std::strerror(errno)));
+        throw Failure(fmt::format("PipeWire's library does not start: {}", SystemReason(errno)));
     core_ = library_.context_connect(context_, nullptr, 0);
     if (core_ == nullptr)
         throw Failure(
             fmt::format("PipeWire does not answer ({}): 'vocafade live' needs a desktop whose sound server "
                         "is PipeWire",
-                        std::strerror(errno)));
+                        SystemReason(errno)));
     static const pw_core_events kCoreEvents = [] {
         pw_core_events events{};
         events.version = PW_VERSION_CORE_EVENTS;
@@ -269,7 +271,7 @@ void LiveDevice::MakeStream(Side side) {
     stream.side = side;
     stream.stream = library_.stream_new(core_, kName, library_.properties_new_dict(&dictionary));
     if (stream.stream == nullptr)
-        throw Failure(fmt::format("PipeWire makes no device: {}", std::strerror(errno)));
+        throw Failure(fmt::format("PipeWire makes no device: {}", SystemReason(errno)));
     static const pw_stream_events kEvents = [] {
         pw_stream_events events{};
         events.version = PW_VERSION_STREAM_EVENTS;
@@ -287,7 +289,7 @@ void LiveDevice::MakeStream(Side side) {
     const int result =
         library_.stream_connect(stream.stream, capture ? PW_DIRECTION_INPUT : PW_DIRECTION_OUTPUT, PW_ID_ANY,
                                 static_cast<pw_stream_flags>(flags), parameters, 1);
-    if (result < 0) throw Failure(fmt::format("PipeWire makes no device: {}", std::strerror(-result)));
+    if (result < 0) throw Failure(fmt::format("PipeWire makes no device: {}", SystemReason(-result)));
     // What lies behind tells its own as soon as it is connected.
     spa_latency_info latency{};
     latency.direction = capture ? SPA_DIRECTION_INPUT : SPA_DIRECTION_OUTPUT;
