@@ -13,7 +13,7 @@ void Report::Tell(Kind kind, const std::string& sentence) {
     const char letter = static_cast<char>(kind);
     const std::lock_guard hold(mutex_);
     if (!told_.insert(letter + sentence).second) return;
-    const int count = ++counts_[static_cast<std::size_t>(letter)];
+    const int count = ++counts_[static_cast<unsigned char>(letter)];
     if (count > kMostOfAKind) return;
     std::string line = letter + (count < kMostOfAKind ? sentence : "and more of the kind");
     std::replace(line.begin(), line.end(), '\n', ' ');
