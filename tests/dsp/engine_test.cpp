@@ -214,7 +214,7 @@ double WorstFitAfterALongTime(Second second) {
     Engine engine(kRate, 20000, 20); // nothing is removed
     double worst = 1e9;
     for (std::size_t i = 0; i < kLongSeconds; ++i) {
-        const StereoSamples input = second(i);
+        const StereoSamples& input = second(i);
         const StereoSamples output = engine.Run(input);
         if (i + 10 < kLongSeconds) continue;
         worst = std::min({worst, FitDb(input.left.data(), output.left.data() + kLatency, count - kLatency),

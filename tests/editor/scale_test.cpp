@@ -155,7 +155,6 @@ TEST_F(Scale, ComesFromTheUserElseTheHostElseTheDesktopAndIsFollowedWhileOpen) {
     TellScale(users, 3.0f);
     EXPECT_EQ(SizeOf(users), (CSize{954, 428}));
 }
-#endif
 
 TEST_F(Scale, OfOneShowsWhatWasShownBeforeThereWereOthers) {
     HostedEditor editor(user);
@@ -183,6 +182,7 @@ TEST_F(Scale, OfOneShowsWhatWasShownBeforeThereWereOthers) {
         }
     }
 }
+#endif
 
 TEST_F(Scale, ThatIsNoneIsPassedOverAndOneThatIsTooLargeIsTheLargest) {
     for (const char* text : {"", "0", "-1", "nan", "inf", "abc", "2x", "1e999"}) {
