@@ -121,7 +121,7 @@ TEST_P(HitAt, EveryControlIsHitWhereItIsDrawn) {
     }
 }
 
-#if !defined(_WIN32) // where a program like this one has one scale
+#if !defined(_WIN32) // where a program has one scale, and blending another rounding
 TEST_F(Scale, ComesFromTheUserElseTheHostElseTheDesktopAndIsFollowedWhileOpen) {
     HostedEditor editor(user);
     EXPECT_EQ(SizeOf(editor), (CSize{477, 214}));
