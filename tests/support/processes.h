@@ -44,6 +44,7 @@ class Aside {
     /// Runs `work(0)` to `work(count - 1)`, each in a process of its own, at once and to their ends.
     void Run(int count) const {
         std::vector<std::unique_ptr<Process>> all;
+        all.reserve(static_cast<std::size_t>(count));
         for (int number = 0; number < count; ++number)
             all.push_back(std::make_unique<Process>(*this, number));
         for (const auto& process : all)
