@@ -13,30 +13,30 @@
 namespace vocafade::bench {
 namespace {
 
-constexpr int kBlock = 64;
+constexpr int kCallFrames = 64;
 constexpr std::size_t kCalls = 1000000;
 
 /// Whether call `i` completes a frame.
-bool DoesAHop(std::size_t i) { return (i + 1) * kBlock / kHop > i * kBlock / kHop; }
+bool DoesAHop(std::size_t i) { return (i + 1) * kCallFrames / kHop > i * kCallFrames / kHop; }
 
 /// Times every call of a fresh instance in microseconds; `least` keeps the least so far, `most` the most.
 void Round(Stereo& song, std::vector<float>& least, float& most) {
     using Clock = std::chrono::steady_clock;
     host::Effect effect(VOCAFADE_PLUGIN);
-    effect.Configure(44100.0, kBlock);
+    effect.Configure(44100.0, kCallFrames);
     effect.Start();
-    float outL[kBlock];
-    float outR[kBlock];
+    float outL[kCallFrames];
+    float outR[kCallFrames];
     float* outputs[] = {outL, outR};
     std::size_t at = 0;
     for (std::size_t i = 0; i < kCalls; ++i) {
         float* inputs[] = {song.left.data() + at, song.right.data() + at};
         const auto start = Clock::now();
-        effect.Process(inputs, outputs, kBlock);
+        effect.Process(inputs, outputs, kCallFrames);
         const float took = std::chrono::duration<float, std::micro>(Clock::now() - start).count();
         least[i] = std::min(least[i], took);
         most = std::max(most, took);
-        at = (at + kBlock) % (song.left.size() / kBlock * kBlock);
+        at = (at + kCallFrames) % (song.left.size() / kCallFrames * kCallFrames);
     }
 }
 
@@ -59,7 +59,7 @@ void PrintHeaviestCall(int rounds) {
     const auto heaviest = std::max_element(least.begin(), least.end());
     const auto middle = hops.begin() + static_cast<std::ptrdiff_t>(hops.size() / 2);
     std::nth_element(hops.begin(), middle, hops.end());
-    std::printf("processReplacing, %zu blocks of %d samples, in each of %d rounds:\n\n", kCalls, kBlock,
+    std::printf("processReplacing, %zu blocks of %d samples, in each of %d rounds:\n\n", kCalls, kCallFrames,
                 rounds);
     std::printf("  a call with one hop's work, median      %8.2f us\n", *middle);
     std::printf("  the very first call                     %8.2f us\n", least[0]);

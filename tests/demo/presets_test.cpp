@@ -32,7 +32,7 @@ struct Singer {
 class PresetsTest : public WithSettings {
   protected:
     PresetsTest() {
-        song_.voice.resize(static_cast<std::size_t>(kSeconds * song_.rate));
+        song_.voice.resize(std::size_t{kSeconds} * static_cast<std::size_t>(song_.rate));
         song_.rest.resize(song_.voice.size());
     }
 

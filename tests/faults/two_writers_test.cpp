@@ -32,6 +32,7 @@ const Aside kSaves("saves", SaveAgainAndAgain);
 TEST_F(TwoWriters, LeaveAWholeBankAndNoScraps) {
     OpenEffect().SaveProgram(60, "first"); // so that readers find one from the start
     std::vector<std::unique_ptr<Aside::Process>> running;
+    running.reserve(3);
     for (int writer = 0; writer < 3; ++writer)
         running.push_back(std::make_unique<Aside::Process>(kSaves, writer));
     int reads = 0;
