@@ -91,13 +91,15 @@ CSize PopupWnd::Arrange(const CRect& area, int width) {
 
     places_.clear();
     int left = kBorder;
+    int right = left;
     for (int i = 0; i < itemCount(); ++i) {
         const int across = widths[static_cast<std::size_t>(i / rows_)];
         places_.emplace_back(CPoint(left, kBorder + i % rows_ * height), CSize{across, height});
-        if (i % rows_ == rows_ - 1) left += across;
+        right = left + across;
+        if (i % rows_ == rows_ - 1) left = right;
     }
     contentHeight_ = rows_ * height;
-    return {places_.back().right + kBorder,
+    return {right + kBorder,
             std::min(contentHeight_, std::max(height, area.Height() - 2 * kBorder)) + 2 * kBorder};
 }
 
