@@ -7,69 +7,24 @@ import signal
 import time
 from pathlib import Path
 
-from support import RATE, HostTest, main, read_wav, song, to_normalised, write_wav
+from support import RATE, HostTest, main, pipewire, read_wav, song, to_normalised, write_wav
 
 EXAMPLE = Path(__file__).resolve().parents[2] / "lv2/examples/pipewire.conf"
 QUANTUM = 8192  # samples of PipeWire's block: a busy machine has time enough
-
-SERVER = f"""
-context.properties = {{
-    core.daemon = true
-    core.name = pipewire-0
-    support.dbus = false
-    default.clock.rate = {RATE}
-    default.clock.allowed-rates = [ {RATE} ]
-    default.clock.quantum = {QUANTUM}
-    default.clock.min-quantum = {QUANTUM}
-    default.clock.max-quantum = {QUANTUM}
-}}
-context.spa-libs = {{
-    audio.convert.* = audioconvert/libspa-audioconvert
-    support.* = support/libspa-support
-}}
-context.modules = [
-    {{ name = libpipewire-module-protocol-native }}
-    {{ name = libpipewire-module-client-node }}
-    {{ name = libpipewire-module-adapter }}
-    {{ name = libpipewire-module-metadata }}
-    {{ name = libpipewire-module-spa-node-factory }}
-    {{ name = libpipewire-module-link-factory }}
-    {{ name = libpipewire-module-session-manager }}
-    {{ name = libpipewire-module-access }}
-]
-context.objects = [
-    {{ factory = spa-node-factory
-       args = {{ factory.name = support.node.driver node.name = Clock node.group = pipewire.dummy priority.driver = 20000 }} }}
-    {{ factory = adapter
-       args = {{ factory.name = support.null-audio-sink node.name = speakers media.class = Audio/Sink
-                 audio.position = [ FL FR ] object.linger = true monitor.channel-volumes = false }} }}
-]
-"""
-# No hardware is looked for, and no service of a desktop.
-MANAGER = """
-default_access.properties["enable-flatpak-portal"] = false
-alsa_monitor.enabled = false
-v4l2_monitor.enabled = false
-libcamera_monitor.enabled = false
-"""
 
 
 class PipeWire(HostTest):
     def setUp(self):
         super().setUp()
         self.offer_lv2()
-        settings = self.home / ".config/pipewire"
-        (settings / "pipewire.conf.d").mkdir(parents=True)
-        (settings / "pipewire.conf").write_text(SERVER, encoding="utf-8")
+        settings = self.home / ".config"
+        pipewire.configure(settings, [RATE], QUANTUM, speakers=1000)
+        (settings / "pipewire/pipewire.conf.d").mkdir()
         # As users have it, but for the one value that lets the comparison see that controls arrive at all.
         text = EXAMPLE.read_text(encoding="utf-8")
         self.assertIn("lofreq = 400.0", text)
-        (settings / "pipewire.conf.d/vocafade.conf").write_text(text.replace("lofreq = 400.0", "lofreq = 300.0"),
-                                                               encoding="utf-8")
-        for part, lines in (("main", MANAGER), ("bluetooth", "bluez_monitor.enabled = false\n")):
-            folder = self.home / f".config/wireplumber/{part}.lua.d"
-            folder.mkdir(parents=True)
-            (folder / "60-alone.lua").write_text(lines, encoding="utf-8")
+        (settings / "pipewire/pipewire.conf.d/vocafade.conf").write_text(
+            text.replace("lofreq = 400.0", "lofreq = 300.0"), encoding="utf-8")
 
     def ports(self):
         return self.run_program(["pw-link", "-i", "-o"], check=False)

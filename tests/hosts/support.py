@@ -22,6 +22,9 @@ import unittest
 import zlib
 from pathlib import Path
 
+sys.path.append(str(Path(__file__).resolve().parents[1] / "support"))
+import pipewire  # of the folder that both share
+
 
 def built(variable, name):
     return Path(os.environ.get(f"VOCAFADE_{variable}", f"build/release/{name}")).resolve()

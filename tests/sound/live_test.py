@@ -6,68 +6,19 @@ import json
 import signal
 import time
 
-from support import COMMAND, RATE, Late, SoundTest, main, needs, noise, patiently, read_wav, runs_in, write_wav
+from support import (COMMAND, RATE, Late, SoundTest, main, needs, noise, patiently, pipewire, read_wav, runs_in,
+                     write_wav)
 
 QUANTUM = 4096  # a busy machine has time enough
 LATENCY = 1707
 STEP = 341  # of the effect
-SPEAKERS = """{{ factory = adapter
-       args = {{ factory.name = support.null-audio-sink node.name = {name} media.class = Audio/Sink priority.session = {priority}
-                 audio.position = [ FL FR ] object.linger = true monitor.channel-volumes = false }} }}"""
-SERVER = """
-context.properties = {{
-    core.daemon = true
-    core.name = pipewire-0
-    support.dbus = false
-    default.clock.rate = {rate}
-    default.clock.allowed-rates = [ 44100 48000 ]
-    default.clock.quantum = {quantum}
-    default.clock.min-quantum = {quantum}
-    default.clock.max-quantum = {quantum}
-}}
-context.spa-libs = {{
-    audio.convert.* = audioconvert/libspa-audioconvert
-    support.* = support/libspa-support
-}}
-context.modules = [
-    {{ name = libpipewire-module-protocol-native }}
-    {{ name = libpipewire-module-client-node }}
-    {{ name = libpipewire-module-adapter }}
-    {{ name = libpipewire-module-metadata }}
-    {{ name = libpipewire-module-spa-node-factory }}
-    {{ name = libpipewire-module-link-factory }}
-    {{ name = libpipewire-module-session-manager }}
-    {{ name = libpipewire-module-access }}
-]
-context.objects = [
-    {{ factory = spa-node-factory
-       args = {{ factory.name = support.node.driver node.name = Clock node.group = pipewire.dummy priority.driver = 20000 }} }}
-    {speakers}
-]
-"""
-# No hardware is looked for, and no service of a desktop.
-MANAGER = """
-default_access.properties["enable-flatpak-portal"] = false
-alsa_monitor.enabled = false
-v4l2_monitor.enabled = false
-libcamera_monitor.enabled = false
-"""
 
 
 class Live(SoundTest):
     def setUp(self):
         super().setUp()
-        config = self.work / "home/.config"
-        (config / "pipewire").mkdir(parents=True)
         # The user's loudspeakers are not the ones that the session manager would take by itself.
-        speakers = "\n    ".join(SPEAKERS.format(name=name, priority=priority)
-                                 for name, priority in (("speakers", 100), ("television", 900)))
-        (config / "pipewire/pipewire.conf").write_text(
-            SERVER.format(rate=RATE, quantum=QUANTUM, speakers=speakers), encoding="ascii")
-        for part, lines in (("main", MANAGER), ("bluetooth", "bluez_monitor.enabled = false\n")):
-            folder = config / f"wireplumber/{part}.lua.d"
-            folder.mkdir(parents=True)
-            (folder / "60-alone.lua").write_text(lines, encoding="ascii")
+        pipewire.configure(self.work / "home/.config", (RATE, 48000), QUANTUM, speakers=100, television=900)
         self.start_server()
         self.wait_for("the manager", lambda: "television" in self.default())
         self.choose("speakers")
@@ -80,6 +31,9 @@ class Live(SoundTest):
 
     def default(self):
         return self.run_command("pw-metadata", "-n", "default", 0, "default.audio.sink", check=False).stdout
+
+    def chosen(self):
+        return self.run_command("pw-metadata", "-n", "default", 0, "default.configured.audio.sink", check=False).stdout
 
     def choose(self, name):
         self.run_command("pw-metadata", "-n", "default", 0, "default.configured.audio.sink", json.dumps({"name": name}),
@@ -170,11 +124,21 @@ class Live(SoundTest):
         self.live.send_signal(signal.SIGINT)
         self.live.wait(20)
         self.wait_for("the default to be given back", lambda: '"speakers"' in self.default())
-        self.start_live("--default")
-        self.wait_for("the default", lambda: '"vocafade"' in self.default())
-        self.live.kill()
-        self.live.wait()
-        self.wait_for("the default after a kill", lambda: "vocafade" not in self.default() and "name" in self.default())
+
+    def test_after_a_kill_the_next_run_gives_the_default_back(self):
+        for following in ([], ["--default"]):
+            self.start_live("--default")
+            self.wait_for("the default", lambda: '"vocafade"' in self.default())
+            self.live.kill()
+            self.live.wait()
+            self.wait_for("another default", lambda: "vocafade" not in self.default() and "name" in self.default())
+            self.assertIn('"vocafade"', self.chosen(), "a run that was killed cannot have given it back")
+            self.start_live(*following)
+            self.wait_for("the choice", lambda: f'"{"vocafade" if following else "speakers"}"' in self.chosen())
+            self.live.terminate()
+            self.live.wait(20)
+            self.wait_for("the choice of before", lambda: '"speakers"' in self.chosen())
+        self.assertEqual(list((self.work / "home/.local/state/vocafade").iterdir()), [])
 
     @patiently
     def test_untouched_sound_stays_so_through_pauses_rates_and_devices(self):

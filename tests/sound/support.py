@@ -19,6 +19,9 @@ import time
 import unittest
 from pathlib import Path
 
+sys.path.append(str(Path(__file__).resolve().parents[1] / "support"))
+import pipewire  # of the folder that both share
+
 COMMAND = Path(os.environ["VOCAFADE_COMMAND"])
 RATE = 44100
 LIMIT = 240  # seconds for a test, whatever hangs

@@ -103,8 +103,10 @@ struct LiveDevice::Callbacks {
                           const char* value) {
         auto* device = static_cast<LiveDevice*>(self);
         if (subject != PW_ID_CORE || key == nullptr) return 0;
-        if (std::string_view(key) == kConfiguredKey && NameIn(value) != kName)
-            device->configured_ = value != nullptr ? value : "";
+        if (std::string_view(key) == kConfiguredKey) {
+            device->isChosen_ = NameIn(value) == kName;
+            if (!device->isChosen_) device->configured_ = value != nullptr ? value : "";
+        }
         if (std::string_view(key) == kDefaultKey) {
             device->default_ = NameIn(value);
             device->FollowDefault();
@@ -148,9 +150,10 @@ struct LiveDevice::Callbacks {
 };
 
 LiveDevice::LiveDevice(LiveEffect& effect, bool makeDefault)
-    : library_(PipeWireLibrary::Get()), effect_(effect) {
+    : library_(PipeWireLibrary::Get()), effect_(effect), former_(makeDefault) {
     try {
         Connect();
+        TakeUpFormerDefault(makeDefault);
         effect_.Restart(rate_);
         {
             const Locked lock(*this);
@@ -162,7 +165,9 @@ LiveDevice::LiveDevice(LiveEffect& effect, bool makeDefault)
         const Locked lock(*this);
         if (metadata_ == nullptr)
             throw Failure("no session manager runs (WirePlumber), so nothing can be made the default output");
+        if (isChosen_ && !former_.Read()) return; // by a run that is at work and will give it back
         madeDefault_ = true;
+        former_.Write(configured_);
         SetDefault(fmt::format("{{\"name\":\"{}\"}}", kName).c_str());
     } catch (...) {
         Close();
@@ -178,9 +183,10 @@ void LiveDevice::Close() {
         if (madeDefault_ && loss_.empty()) {
             {
                 const Locked lock(*this);
-                SetDefault(configured_.empty() ? nullptr : configured_.c_str());
+                GiveBackDefault();
             }
             Synchronise();
+            former_.Forget();
         }
     } catch (const std::exception&) { // a server that does not answer any more has nothing to give back
     }
@@ -317,6 +323,19 @@ void LiveDevice::TellLatency(const Stream& to, spa_latency_info latency) {
     const spa_pod* parameters[] = {::spa_latency_build(&pod.builder, SPA_PARAM_Latency, &latency)};
     library_.stream_update_params(to.stream, parameters, 1);
 }
+
+/// Takes up what a run that was killed could not give back; gives it back unless this run wants to be the default, too.
+void LiveDevice::TakeUpFormerDefault(bool makeDefault) {
+    const Locked lock(*this);
+    const std::optional<std::string> former = former_.Read();
+    if (metadata_ == nullptr || !former) return;
+    if (isChosen_) configured_ = NameIn(former->c_str()).empty() ? "" : *former;
+    if (makeDefault) return;
+    if (isChosen_) GiveBackDefault();
+    former_.Forget();
+}
+
+void LiveDevice::GiveBackDefault() { SetDefault(configured_.empty() ? nullptr : configured_.c_str()); }
 
 /// Sets the default output that the user has chosen; null: none.
 void LiveDevice::SetDefault(const char* value) {

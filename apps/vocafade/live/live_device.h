@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "apps/vocafade/live/former_default.h"
 #include "apps/vocafade/live/pipewire_library.h"
 #include "apps/vocafade/shared/live_effect.h"
 
@@ -51,6 +52,8 @@ class LiveDevice {
     void TellLatency(const Stream& to, spa_latency_info latency);
     void WaitFor(const std::function<bool()>& done);
     void Synchronise();
+    void TakeUpFormerDefault(bool makeDefault);
+    void GiveBackDefault();
     void SetDefault(const char* value);
     void FollowDefault();
     void Close();
@@ -74,9 +77,12 @@ class LiveDevice {
     int doneSync_ = 0;
     std::string loss_;
     bool madeDefault_ = false; ///< by us
-    std::string configured_;   ///< what the user had chosen as the default, as the session manager writes it
-    std::string default_;      ///< the device that is the default
-    std::string speakers_;     ///< the same, or the last one that was not this device
+    bool isChosen_ = false;    ///< this device is the chosen default, by us or by another run
+    std::string
+        configured_; ///< what the user had chosen as the default before, as the session manager writes it
+    FormerDefault former_; ///< the same, for the next run
+    std::string default_;  ///< the device that is the default
+    std::string speakers_; ///< the same, or the last one that was not this device
 
     std::atomic<spa_io_position*> position_{nullptr};
     std::atomic<int> graphRate_{0};  ///< Hz, 0 before it is known
