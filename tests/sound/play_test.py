@@ -2,6 +2,7 @@
 """`vocafade play` on PulseAudio's server with a sink that is no device, recorded from its monitor."""
 
 import array
+import os
 import signal
 import time
 
@@ -142,6 +143,20 @@ class Play(SoundTest):
         for before, run in zip(runs[:-2], runs[1:-1]):
             self.assertAlmostEqual(run[1], RATE, delta=BLEND)
             self.assertEqual(run[3] - before[3] - (run[1] - before[1]), RATE // 2, "the passage has another length")
+
+    def test_a_gap_is_counted_and_the_song_goes_on(self):
+        song = self.song("song.wav", 5, 1)
+        terminal = self.play("--dry", self.work / "song.wav")
+        terminal.until(1)
+        os.killpg(terminal.process.pid, signal.SIGSTOP)  # for longer than the buffer lasts
+        time.sleep(2)
+        os.killpg(terminal.process.pid, signal.SIGCONT)
+        terminal.wait("1 gap")
+        with self.assertRaisesRegex(Late, "the sound had 1 gap"):
+            terminal.end()
+        self.assertEqual(terminal.process.returncode, 0)
+        runs = runs_in(self.heard(), [song])
+        self.assertEqual((runs[0][1], runs[-1][1] + runs[-1][2]), (0, len(song) // 2), "a part of the song was lost")
 
     def test_another_device_is_told_and_a_server_that_goes_away_is_waited_for(self):
         self.song("song.wav", 8, 1)
