@@ -117,15 +117,20 @@ function(vocafade_program name)
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}")
 endfunction()
 
-# Under a sanitizer, optimising the tests' own code takes longer than running it as it is.
+# Optimising the tests' own code takes longer than running it as it is.
 function(vocafade_compile_tests_fast name)
   if(VOCAFADE_SANITIZE)
     target_compile_options(${name} PRIVATE -O0)
+  else()
+    target_compile_options(${name} PRIVATE -O1)
   endif()
 endfunction()
 
 # Builds every test program labelled "threads", the ones worth running under the thread sanitizer.
 add_custom_target(thread_tests)
+# Builds every test program but those of our own programs (labelled "programs") and those that take minutes: what runs
+# inside other people's processes.
+add_custom_target(plugin_side_tests)
 
 # A GoogleTest program: vocafade_test(NAME SOURCES ... [USES ...] [LABELS ...] [TIMEOUT seconds])
 function(vocafade_test name)
@@ -148,5 +153,8 @@ function(vocafade_test name)
   endif()
   if("threads" IN_LIST ARG_LABELS)
     add_dependencies(thread_tests ${name})
+  endif()
+  if(NOT "programs" IN_LIST ARG_LABELS AND NOT "long" IN_LIST ARG_LABELS)
+    add_dependencies(plugin_side_tests ${name})
   endif()
 endfunction()
