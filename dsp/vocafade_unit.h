@@ -18,7 +18,7 @@ namespace vocafade {
 /// is resynthesised with running phases and overlap-added. Samples go in and come out one for one, later by
 /// `Latency()`; the caller's block size does not matter.
 ///
-/// The formulas are in `kernels/`: `analysis.h`, `removal.h`, `resynthesis.h` and `overlap_add.h`.
+/// The formulas are in `kernels/phase_vocoder.h`.
 ///
 /// Its gain, where nothing is removed and the overlap is 6: Hann windows on the way in and out leave 3/8 of
 /// the mean power, six frames lie over each sample, the overlap-add takes 4/6, the output 170/100, and the

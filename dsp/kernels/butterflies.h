@@ -8,7 +8,7 @@
 // The sums and products are formed in the order of the scalar radix-4 transform, so each element has the same
 // bits there and here (but for the sign of a zero).
 //
-// Included through kernel_set_body.h, after the lanes.
+// Included through phase_vocoder.h, after the lanes.
 
 namespace vocafade::kernels {
 namespace {

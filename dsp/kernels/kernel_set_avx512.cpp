@@ -5,10 +5,9 @@
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
 #endif
 
-#include "dsp/kernels/kernel_set.h"
 #include "dsp/kernels/lanes_avx512.h"
 // The lanes come first.
-#include "dsp/kernels/kernel_set_body.h"
+#include "dsp/kernels/phase_vocoder.h"
 
 namespace vocafade::kernels {
 

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "dsp/kernels/kernel_set.h"
 #include "dsp/kernels/lanes_portable.h"
 // The lanes come first.
-#include "dsp/kernels/kernel_set_body.h"
+#include "dsp/kernels/phase_vocoder.h"
 
 namespace vocafade::kernels {
 

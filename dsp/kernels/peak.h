@@ -3,7 +3,7 @@
 
 // The greatest |x| * gain of a block, at least 0. NaN is passed over.
 //
-// Included through kernel_set_body.h, after the lanes.
+// Included through phase_vocoder.h, after the lanes.
 
 #include "dsp/kernels/inlining.h"
 
