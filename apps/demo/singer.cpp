@@ -1,124 +1,129 @@
 // SPDX-License-Identifier: MIT
-#include "apps/demo/instruments.h"
-#include "apps/demo/score.h"
+// A formant synthesiser: a source with vibrato, breath and small unsteadiness, and a chain of five resonances
+// of the vocal tract, which glide from sound to sound.
+#include "apps/demo/song.h"
 #include "apps/demo/sound.h"
 
 #include <algorithm>
-#include <sstream>
+#include <complex>
 
 namespace vocafade {
 namespace {
 
-/// How one speech sound is made.
-struct Phoneme {
-    std::string_view name;
-    double formantHz[3];
-    double level;
-    double seconds; ///< 0 for vowels, which take the time that is left
+/// A sung syllable: when, how long and how high, and its speech sounds by their letters in X-SAMPA. Its first
+/// vowel begins on the beat and takes the time that the other sounds leave.
+struct Syllable {
+    double beat, beats;
+    int note;
+    std::string_view sounds;
 };
 
-// Formants of a woman's voice, rounded from what phonetics measures; the levels and lengths are tuned by ear.
-// The breath, the vowels, the ends of diphthongs, the consonants.
-constexpr Phoneme kPhonemes[] = {{"", {600, 1400, 2800}, 0.0, 0},       {"AA", {880, 1250, 2800}, 0.95, 0},
-                                 {"AO", {680, 1020, 2750}, 1.00, 0},    {"AX", {620, 1400, 2850}, 0.85, 0},
-                                 {"EH", {660, 2000, 2950}, 0.95, 0},    {"ER", {540, 1450, 1950}, 0.95, 0},
-                                 {"IH", {500, 2250, 3050}, 0.95, 0},    {"IY", {400, 2700, 3300}, 1.00, 0},
-                                 {"OH", {600, 980, 2700}, 1.00, 0},     {"UW", {420, 950, 2650}, 0.95, 0},
-                                 {"I", {420, 2500, 3100}, 0.85, 0.15},  {"U", {470, 900, 2650}, 0.85, 0.20},
-                                 {"L", {380, 1150, 2900}, 0.42, 0.075}, {"M", {280, 1050, 2200}, 0.26, 0.085},
-                                 {"N", {280, 1500, 2500}, 0.28, 0.075}, {"NG", {280, 1900, 2600}, 0.26, 0.09},
-                                 {"R", {380, 1150, 1750}, 0.48, 0.080}, {"W", {340, 720, 2300}, 0.42, 0.070},
-                                 {"Y", {320, 2500, 3200}, 0.50, 0.065}};
-constexpr const Phoneme* kBreath = kPhonemes;
+/// "Low moon on my lawn, in a lonely room, when you're all alone we all roam in morning rain." The band takes
+/// the middle from 400 Hz up; the tune stays above it, so that all of the voice is inside.
+constexpr Syllable kMelody[] = {
+    {4.0, 0.9, 74, "loU"},   {5.0, 0.5, 73, "mun"},    {5.5, 1.0, 74, "On"},    {6.5, 0.5, 76, "mAI"},
+    {7.0, 3.2, 69, "lOn"},   {11.0, 1.0, 71, "In"},    {12.0, 0.5, 73, "@"},    {12.5, 0.75, 74, "lon"},
+    {13.25, 0.75, 73, "li"}, {14.0, 4.2, 71, "rum"},   {19.0, 1.0, 76, "wEn"},  {20.0, 0.5, 76, "j3"},
+    {20.5, 1.0, 78, "Ol"},   {21.5, 0.5, 76, "@"},     {22.0, 4.0, 74, "loUn"}, {27.0, 0.5, 76, "wi"},
+    {27.5, 0.5, 74, "Ol"},   {28.0, 0.75, 76, "roUm"}, {28.75, 0.75, 78, "In"}, {29.5, 1.25, 74, "mOr"},
+    {30.75, 0.5, 73, "nIN"}, {31.25, 4.5, 74, "rEIn"}};
+
+/// How a speech sound is made.
+struct SpeechSound {
+    char letter;
+    double formantHz[3];
+    double level;
+    bool IsVowel() const { return level > 0.5; }
+};
+
+// Formants of a woman's voice, rounded from what phonetics measures; the levels are tuned by ear. The breath,
+// the vowels, the consonants.
+constexpr SpeechSound kSpeechSounds[] = {
+    {' ', {600, 1400, 2800}, 0.0},  {'A', {880, 1250, 2800}, 0.95}, {'O', {680, 1020, 2750}, 1.00},
+    {'@', {620, 1400, 2850}, 0.85}, {'E', {660, 2000, 2950}, 0.95}, {'3', {540, 1450, 1950}, 0.95},
+    {'I', {460, 2400, 3050}, 0.95}, {'i', {400, 2700, 3300}, 1.00}, {'o', {600, 980, 2700}, 1.00},
+    {'u', {420, 950, 2650}, 0.95},  {'U', {470, 900, 2650}, 0.85},  {'l', {380, 1150, 2900}, 0.42},
+    {'m', {280, 1050, 2200}, 0.26}, {'n', {280, 1500, 2500}, 0.28}, {'N', {280, 1900, 2600}, 0.26},
+    {'r', {380, 1150, 1750}, 0.48}, {'w', {340, 720, 2300}, 0.42},  {'j', {320, 2500, 3200}, 0.50}};
+
+const SpeechSound* Find(char letter) {
+    return std::ranges::find(kSpeechSounds, letter, &SpeechSound::letter);
+}
 
 /// What the singer aims at from a moment on.
 struct Target {
     double second;
-    const Phoneme* sound;
-    int note;
-    double noteSecond; ///< when the note began, for its vibrato
+    const SpeechSound* sound;
+    const Syllable* syllable;
 };
 
 std::vector<Target> Targets() {
-    std::vector<Target> targets{{-1.0, kBreath, kMelody[0].note, 0.0}};
+    constexpr double kShort = 0.09; // seconds of every sound but the first vowel
+    std::vector<Target> targets{{-1.0, Find(' '), kMelody}};
     for (const Syllable& syllable : kMelody) {
-        std::vector<const Phoneme*> sounds;
-        double beforeVowel = 0.0, others = 0.0;
-        std::istringstream names{std::string(syllable.phonemes)};
-        for (std::string name; names >> name;) {
-            sounds.push_back(std::ranges::find(kPhonemes, name, &Phoneme::name));
-            if (sounds.back()->seconds == 0.0) beforeVowel = others;
-            others += sounds.back()->seconds;
-        }
         const double start = syllable.beat * kSecondsPerBeat;
-        const double vowel = std::max(syllable.beats * kSecondsPerBeat - (others - beforeVowel), 0.1);
-        double second = start - beforeVowel;
+        const double end = start + syllable.beats * kSecondsPerBeat;
+        const int count = static_cast<int>(syllable.sounds.size());
+        int vowel = 0;
+        while (!Find(syllable.sounds[vowel])->IsVowel())
+            ++vowel;
         // A syllable that begins early cuts the one before short instead of sounding over it.
-        while (targets.back().second >= second)
+        while (targets.back().second >= start - kShort * vowel)
             targets.pop_back();
-        for (const Phoneme* sound : sounds) {
-            targets.push_back({second, sound, syllable.note, start});
-            second += sound->seconds > 0.0 ? sound->seconds : vowel;
-        }
-        targets.push_back({second, kBreath, syllable.note, start});
+        for (int i = 0; i < count; ++i)
+            targets.push_back({i <= vowel ? start - kShort * (vowel - i) : end - kShort * (count - i),
+                               Find(syllable.sounds[i]), &syllable});
+        targets.push_back({end, Find(' '), &syllable});
     }
     return targets;
 }
 
-/// A falling sawtooth, rounded to the band limit (a polynomial band-limited step): about as bright as the
-/// air flow through the vocal folds. `phase` goes from 0 to 1 and grows by `step` a sample.
-double Sawtooth(double phase, double step) {
-    const double behind = std::min(phase / step - 1.0, 0.0);
-    const double ahead = std::max((phase - 1.0) / step + 1.0, 0.0);
-    return 1.0 - 2.0 * phase - behind * behind + ahead * ahead;
-}
-
 } // namespace
 
-std::vector<float> Sing(int rate) {
-    constexpr std::size_t kTuneEvery = 32; // the ear does not hear formants step at this pace
+StereoSound Sing(int rate) {
     const std::vector<Target> targets = Targets();
-    std::vector<float> out(static_cast<std::size_t>(kSongSeconds * rate));
-
-    Noise noise{3};
-    Resonator tract[5];
-    OnePole presence(1600.0, rate), air(3800.0, rate);
-    // What moves slowly: the tongue, the voice's level, the pitch and its drift, the engineer's hand.
-    OnePole formants[] = {OnePole(6.0, rate), OnePole(6.0, rate), OnePole(6.0, rate)};
-    OnePole voice(8.0, rate), note(4.0, rate), drift(2.0, rate), loudness(30.0, rate);
-    double phase = 0.0;
     auto target = targets.begin();
+    // Resonances of one complex pole each; the last two are the same in all sounds.
+    constexpr double kBandwidthHz[] = {130.0, 115.0, 160.0, 260.0, 380.0};
+    double formantHz[] = {0.0, 0.0, 0.0, 3950.0, 4900.0};
+    std::complex<double> pole[5], ring[5];
+    // What moves slowly: the tongue, the voice's level, the pitch and its drift, the engineer's hand.
+    OnePole tongue[] = {OnePole(6.0, rate), OnePole(6.0, rate), OnePole(6.0, rate)};
+    OnePole voice(8.0, rate), note(4.0, rate), drift(2.0, rate), loudness(30.0, rate);
+    OnePole air(3800.0, rate);
+    std::minstd_rand random;
+    double phase = 0.0;
+    StereoSound out(static_cast<std::size_t>(kSongSeconds * rate));
     for (std::size_t i = 0; i < out.size(); ++i) {
         const double second = static_cast<double>(i) / rate;
         while (target + 1 != targets.end() && (target + 1)->second <= second)
             ++target;
-        const double age = second - target->noteSecond;
+        const auto& [begin, sound, syllable] = *target;
+        const double age = second - syllable->beat * kSecondsPerBeat;
         const double swing = std::sin(kTurn * 5.5 * second);
         const double vibrato = 0.42 * std::clamp((age - 0.22) / 0.45, 0.0, 1.0) * swing;
-        const double frequency =
-            NoteFrequency(note.LowPass(target->note) + vibrato + drift.LowPass(12.0 * noise.Next()));
-        const double step = frequency / rate;
-        phase += step - std::floor(phase + step);
-        const double level = voice.LowPass(target->sound->level);
-        double hz[3];
+        const double hz =
+            NoteFrequency(note.LowPass(syllable->note) + vibrato + drift.LowPass(12.0 * Noise(random)));
+        phase += kTurn * hz / rate;
+        // A pulse of air in every turn; its spectrum falls off before the folds could be heard to alias.
+        const double pulse = 5.0 * std::exp(40.0 * (std::cos(phase) - 1.0)) - 0.315;
+        const double level = voice.LowPass(sound->level);
+        double sung = level * ((1.0 + 0.09 * swing) * pulse + 0.1 * Noise(random));
         for (int k = 0; k < 3; ++k)
-            hz[k] = formants[k].LowPass(target->sound->formantHz[k]);
-        if (i % kTuneEvery == 0) {
-            // High notes are sung with the mouth opened until the first formant reaches the note.
-            tract[0].Tune(std::max(hz[0], level > 0.6 ? frequency * 1.10 : 0.0), 130.0, rate);
-            tract[1].Tune(hz[1], 115.0, rate);
-            tract[2].Tune(hz[2], 160.0, rate);
-            tract[3].Tune(3950.0, 260.0, rate);
-            tract[4].Tune(4900.0, 380.0, rate);
+            formantHz[k] = tongue[k].LowPass(sound->formantHz[k]);
+        // High notes are sung with the mouth opened until the first formant reaches the note.
+        if (level > 0.6) formantHz[0] = std::max(formantHz[0], 1.1 * hz);
+        for (int k = 0; k < 5; ++k) {
+            if (i % 32 == 0) // often enough for the ear
+                pole[k] =
+                    std::polar(std::exp(-0.5 * kTurn * kBandwidthHz[k] / rate), kTurn * formantHz[k] / rate);
+            ring[k] = ring[k] * pole[k] + sung;
+            sung = ring[k].imag() * std::norm(1.0 - pole[k]) / pole[k].imag(); // 0 Hz passes as it is
         }
-        const double source = level * ((1.0 + 0.09 * swing) * Sawtooth(phase, step) + 0.1 * noise.Next());
-        double sung = source + 6.0 * presence.HighPass(source);
-        for (Resonator& resonance : tract)
-            sung = resonance.Run(sung);
-        sung += 4.0 * air.HighPass(sung) + 0.05 * level * noise.Next();
+        sung += 4.0 * air.HighPass(sung) + 0.05 * level * Noise(random);
         // As an engineer would: what is loud comes down by two thirds of what it stands out.
         const double excess = std::max(loudness.LowPass(std::abs(sung)), 0.2);
-        out[i] = static_cast<float>(0.1 * sung * std::pow(excess, -2.0 / 3.0));
+        out[i].left = out[i].right = static_cast<float>(0.115 * sung * std::pow(excess, -2.0 / 3.0));
     }
     return out;
 }

@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include "apps/demo/instruments.h"
 #include "apps/demo/measure.h"
 #include "apps/demo/song.h"
 #include "apps/demo/spectrum_stream.h"
