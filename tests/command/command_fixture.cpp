@@ -136,7 +136,7 @@ Song CommandTest::Read(const std::string& name) const {
 }
 
 std::string CommandTest::WriteSilence(const std::string& name, int seconds) {
-    Write(name, SF_FORMAT_WAV | SF_FORMAT_PCM_U8, {0.0F, 0.0F});
+    Write(name, SF_FORMAT_WAV | SF_FORMAT_PCM_U8, {0.0f, 0.0f});
     std::string header =
         Content(At(name)).substr(0, 44); // libsndfile's plain header: "data" and its size are last
     const std::uint32_t bytes = static_cast<std::uint32_t>(seconds) * 44100 * 2;
@@ -153,7 +153,7 @@ std::vector<float> Noise(std::int64_t frames, float level) {
     std::minstd_rand random(7);
     std::vector<float> samples(static_cast<std::size_t>(frames) * 2);
     for (float& sample : samples)
-        sample = level * (static_cast<float>(random() % 20001) / 10000.0F - 1.0F);
+        sample = level * (static_cast<float>(random() % 20001) / 10000.0f - 1.0f);
     return samples;
 }
 

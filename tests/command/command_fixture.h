@@ -78,7 +78,7 @@ class CommandTest : public ::testing::Test {
 };
 
 /// `frames` of stereo noise, reproducible, left and right independent.
-std::vector<float> Noise(std::int64_t frames, float level = 0.2F);
+std::vector<float> Noise(std::int64_t frames, float level = 0.2f);
 
 /// The delay in frames, within `reach` either way, at which `output` fits `input` best.
 int BestLag(const Song& input, const Song& output, int reach);

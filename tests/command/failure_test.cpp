@@ -111,7 +111,7 @@ TEST_F(CommandTest, APluginOrBankThatWillNotDoIsExplained) {
     const RunResult run =
         Run({"a.wav", "--plugin", fakes + "/fake0.so", "--set", "gain=0.25", "-o", "b.wav"});
     ASSERT_EQ(run.exitCode, 0) << run.err;
-    EXPECT_NEAR(Read("b.wav").samples[8], Read("a.wav").samples[8] * 0.25F, 1e-4);
+    EXPECT_NEAR(Read("b.wav").samples[8], Read("a.wav").samples[8] * 0.25f, 1e-4);
     EXPECT_EQ(Run({"a.wav", "--plugin", fakes + "/fake0.so", "--lofreq", "300"}).exitCode, 2);
 }
 

@@ -33,13 +33,13 @@ class Bank : public WithSettings {
 
 TEST_F(Bank, IsWrittenByteForByteAndReadBackAtTheNextStart) {
     const std::string bytes = SavedBank();
-    ASSERT_EQ(bytes.size(), 3488u);
+    ASSERT_EQ(bytes.size(), 3488U);
     EXPECT_EQ(bytes.substr(0, 32), std::string("CcnK\0\0\0\0FBCh\0\0\0\1VfdQ\0\0\0\1\0\0\0\x40\0\0\0\0", 32));
     EXPECT_EQ(bytes.substr(28, 128), std::string(128, '\0'));
     EXPECT_EQ(bytes.substr(156, 4), std::string("\0\0\x0D\0", 4));
     EXPECT_EQ(bytes.substr(160 + 7 * 52 + 24, 8), std::string("My song\0", 8));
     EXPECT_EQ(bytes[160 + 48], 7) << "the current program";
-    EXPECT_EQ(host.Calls(audioMasterUpdateDisplay).size(), 1u);
+    EXPECT_EQ(host.Calls(audioMasterUpdateDisplay).size(), 1U);
 
     AVocafade next(SilentHost);
     next.open();

@@ -51,8 +51,8 @@ class Playing {
         while (!stop_) {
             float* in[] = {left.data(), right.data()};
             float* out[] = {outLeft.data(), outRight.data()};
-            effect.setParameter(0, 1.0F);
-            effect.setParameter(4, static_cast<float>(blocks_ % 100) / 100.0F);
+            effect.setParameter(0, 1.0f);
+            effect.setParameter(4, static_cast<float>(blocks_ % 100) / 100.0f);
             effect.processReplacing(in, out, kBlock);
             sane_ = sane_ &&
                     std::all_of(outLeft.begin(), outLeft.end(), [](float s) { return std::isfinite(s); });
@@ -69,7 +69,7 @@ class Playing {
 class SlowDisk : public WithSettings {
   protected:
     SlowDisk() {
-        effect.setSampleRate(48000.0F);
+        effect.setSampleRate(48000.0f);
         effect.setBlockSize(kBlock);
         effect.SetMessageHook([this](std::int32_t, const std::string& path) {
             EXPECT_EQ(path, BankPath());
