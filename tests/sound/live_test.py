@@ -160,6 +160,21 @@ class Live(SoundTest):
         self.assert_untouched(songs[2], self.heard()[0])
         self.assertIsNone(self.live.poll(), self.log("live"))
 
+    @patiently
+    def test_play_reaches_such_a_desktop_too(self):
+        self.start(["pipewire-pulse"], "pipewire-pulse")
+        self.wait_for("its socket", (self.work / "run/pulse/native").exists)
+        song = noise(3, 1)
+        write_wav(self.work / "song.wav", song)
+        self.recorder = self.start(["pw-record", "--target", "speakers", "-P", "{ stream.capture.sink = true }", "--format",
+                                    "f32", "--rate", RATE, "--channels", 2, self.work / "heard.wav"], "pw-record")
+        self.wait_for("the recorder", lambda: "speakers:monitor_FR" in self.links())
+        terminal = self.terminal("play", "--dry", "--buffer", 400, self.work / "song.wav")
+        self.assertEqual(terminal.end(), 0)
+        self.recorder.send_signal(signal.SIGINT)
+        self.recorder.wait(20)
+        self.assert_untouched(song, read_wav(self.work / "heard.wav"))
+
     def test_a_server_that_goes_away_is_waited_for(self):
         self.start_live()
         for process in (self.manager, self.server):
@@ -179,5 +194,5 @@ class Live(SoundTest):
 
 
 if __name__ == "__main__":
-    needs("pipewire", "wireplumber", "pw-record", "pw-link", "pw-metadata", "pw-dump")
+    needs("pipewire", "pipewire-pulse", "wireplumber", "pw-record", "pw-link", "pw-metadata", "pw-dump")
     main()
