@@ -31,7 +31,10 @@ struct Singer {
 
 class PresetsTest : public WithSettings {
   protected:
-    PresetsTest() {
+    void SetUp() override {
+#ifdef VOCAFADE_SANITIZED
+        GTEST_SKIP() << "it measures the sound, which no sanitizer changes";
+#endif
         song_.voice.resize(std::size_t{kSeconds} * static_cast<std::size_t>(song_.rate));
         song_.rest.resize(song_.voice.size());
     }

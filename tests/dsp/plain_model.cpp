@@ -63,11 +63,12 @@ struct Voice {
 std::vector<Complex> PlainTransform(const std::vector<Complex>& x, double sign) {
     const std::size_t n = x.size();
     if (n == 1) return x;
-    std::vector<Complex> even;
-    std::vector<Complex> odd;
-    for (std::size_t i = 0; i < n; i += 2) {
-        even.push_back(x[i]);
-        odd.push_back(x[i + 1]);
+    if (n == 2) return {x[0] + x[1], x[0] - x[1]};
+    std::vector<Complex> even(n / 2);
+    std::vector<Complex> odd(n / 2);
+    for (std::size_t i = 0; i < n / 2; ++i) {
+        even[i] = x[2 * i];
+        odd[i] = x[2 * i + 1];
     }
     even = PlainTransform(even, sign);
     odd = PlainTransform(odd, sign);
