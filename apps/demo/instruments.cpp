@@ -8,15 +8,12 @@
 namespace vocafade {
 namespace {
 
-/// One bar's harmony as MIDI note numbers: the bass, then the chord.
-struct Chord {
-    int notes[5];
-};
-
-constexpr Chord kD{38, 62, 66, 69, 74}, kAOverCSharp{37, 61, 64, 69, 73}, kBm{35, 62, 66, 71, 74},
-    kG{31, 62, 67, 71, 74}, kEm{40, 64, 67, 71, 76}, kA{33, 61, 64, 69, 76};
-/// One bar of introduction, four lines of two bars, one bar to end.
-constexpr Chord kChords[] = {kD, kD, kAOverCSharp, kBm, kG, kD, kEm, kG, kA, kD};
+/// Each bar's harmony as MIDI note numbers, the bass and then the chord: D D A/C# Bm G D Em G A D. One bar of
+/// introduction, four lines of two bars, one bar to end.
+constexpr int kBars[][5] = {{38, 62, 66, 69, 74}, {38, 62, 66, 69, 74}, {37, 61, 64, 69, 73},
+                            {35, 62, 66, 71, 74}, {31, 62, 67, 71, 74}, {38, 62, 66, 69, 74},
+                            {40, 64, 67, 71, 76}, {31, 62, 67, 71, 74}, {33, 61, 64, 69, 76},
+                            {38, 62, 66, 69, 74}};
 
 /// A stroke of an instrument in every bar: when, how long, which notes of the chord (0 is its bass), how loud,
 /// and how many semitones above those notes.
@@ -42,23 +39,23 @@ constexpr Stroke kBass[] = {
     {0.0, 1.4, "0", 0.26}, {1.5, 0.8, "0", 0.20}, {2.5, 0.8, "0", 0.20, 7.0}, {3.5, 0.3, "0", 0.18}};
 constexpr Stroke kDrum[] = {{0.0, 0.4, "0", 0.38}, {1.5, 0.4, "0", 0.22}, {2.0, 0.4, "0", 0.38}};
 
-/// Plays every bar's strokes; of the last bar those of the first beat only, for the between bar. `place` is the
+/// Plays every bar's strokes; of the last bar those of the first beat only, for the whole bar. `place` is the
 /// gain of each channel; a note begins in `attack` seconds and fades by exp(-fall t). `sound` gives a sample
 /// by its note's frequency in Hz and the seconds t since the stroke.
 template <typename Sound>
 void Play(StereoSound& mix, int rate, std::span<const Stroke> strokes, StereoSample place, double attack,
           double fall, Sound sound) {
     constexpr double kBar = 4.0, kRelease = 0.2; // beats; seconds in which a note ends
-    for (double bar = 0.0; const Chord& chord : kChords) {
-        const bool last = &chord == std::end(kChords) - 1;
+    for (double start = 0.0; const auto& chord : kBars) {
+        const bool last = &chord == std::end(kBars) - 1;
         for (const Stroke& stroke : strokes) {
             if (last && stroke.beat > 0.1) continue;
             const double length = (last ? kBar : stroke.beats) * kSecondsPerBeat + kRelease;
-            const auto start = static_cast<std::size_t>((bar + stroke.beat) * kSecondsPerBeat * rate);
+            const auto first = static_cast<std::size_t>((start + stroke.beat) * kSecondsPerBeat * rate);
             for (const char note : stroke.notes) {
-                const double hz = NoteFrequency(chord.notes[note - '0'] + stroke.above);
-                for (std::size_t at = start; at < mix.size(); ++at) {
-                    const double t = static_cast<double>(at - start) / rate;
+                const double hz = NoteFrequency(chord[note - '0'] + stroke.above);
+                for (std::size_t at = first; at < mix.size(); ++at) {
+                    const double t = static_cast<double>(at - first) / rate;
                     if (t >= length) break;
                     const double shape = std::min({t / attack, (length - t) / kRelease, 1.0});
                     const double level = stroke.level * shape * std::exp(-fall * t);
@@ -68,7 +65,7 @@ void Play(StereoSound& mix, int rate, std::span<const Stroke> strokes, StereoSam
                 }
             }
         }
-        bar += kBar;
+        start += kBar;
     }
 }
 

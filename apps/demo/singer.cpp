@@ -50,39 +50,41 @@ const SpeechSound* Find(char letter) {
     return std::ranges::find(kSpeechSounds, letter, &SpeechSound::letter);
 }
 
-/// What the singer aims at from a moment on.
-struct Target {
-    double second;
+/// What the singer aims at for a few samples.
+struct Aim {
     const SpeechSound* sound;
     const Syllable* syllable;
 };
+constexpr std::size_t kAimSamples = 32; // the ear does not hear resonances step at this pace
 
-std::vector<Target> Targets() {
+std::vector<Aim> Aims(int rate) {
     constexpr double kShort = 0.09; // seconds of every sound but the first vowel
-    std::vector<Target> targets{{-1.0, Find(' '), kMelody}};
+    std::vector<Aim> aims(static_cast<std::size_t>(kSongSeconds * rate) / kAimSamples + 1,
+                          {Find(' '), kMelody});
     for (const Syllable& syllable : kMelody) {
+        // A syllable that begins early cuts the one before short instead of sounding over it.
+        const auto aimFrom = [&](double second, char letter) {
+            const auto first = static_cast<std::ptrdiff_t>(second * rate / kAimSamples);
+            std::fill(aims.begin() + first, aims.end(), Aim{Find(letter), &syllable});
+        };
         const double start = syllable.beat * kSecondsPerBeat;
         const double end = start + syllable.beats * kSecondsPerBeat;
         const int count = static_cast<int>(syllable.sounds.size());
         int vowel = 0;
         while (!Find(syllable.sounds[vowel])->IsVowel())
             ++vowel;
-        // A syllable that begins early cuts the one before short instead of sounding over it.
-        while (targets.back().second >= start - kShort * vowel)
-            targets.pop_back();
         for (int i = 0; i < count; ++i)
-            targets.push_back({i <= vowel ? start - kShort * (vowel - i) : end - kShort * (count - i),
-                               Find(syllable.sounds[i]), &syllable});
-        targets.push_back({end, Find(' '), &syllable});
+            aimFrom(i <= vowel ? start - kShort * (vowel - i) : end - kShort * (count - i),
+                    syllable.sounds[i]);
+        aimFrom(end, ' ');
     }
-    return targets;
+    return aims;
 }
 
 } // namespace
 
 StereoSound Sing(int rate) {
-    const std::vector<Target> targets = Targets();
-    auto target = targets.begin();
+    const std::vector<Aim> aims = Aims(rate);
     // Resonances of one complex pole each; the last two are the same in all sounds.
     constexpr double kBandwidthHz[] = {130.0, 115.0, 160.0, 260.0, 380.0};
     double formantHz[] = {0.0, 0.0, 0.0, 3950.0, 4900.0};
@@ -96,9 +98,7 @@ StereoSound Sing(int rate) {
     StereoSound out(static_cast<std::size_t>(kSongSeconds * rate));
     for (std::size_t i = 0; i < out.size(); ++i) {
         const double second = static_cast<double>(i) / rate;
-        while (target + 1 != targets.end() && (target + 1)->second <= second)
-            ++target;
-        const auto& [begin, sound, syllable] = *target;
+        const auto& [sound, syllable] = aims[i / kAimSamples];
         const double age = second - syllable->beat * kSecondsPerBeat;
         const double swing = std::sin(kTurn * 5.5 * second);
         const double vibrato = 0.42 * std::clamp((age - 0.22) / 0.45, 0.0, 1.0) * swing;
@@ -114,7 +114,7 @@ StereoSound Sing(int rate) {
         // High notes are sung with the mouth opened until the first formant reaches the note.
         if (level > 0.6) formantHz[0] = std::max(formantHz[0], 1.1 * hz);
         for (int k = 0; k < 5; ++k) {
-            if (i % 32 == 0) // often enough for the ear
+            if (i % kAimSamples == 0)
                 pole[k] =
                     std::polar(std::exp(-0.5 * kTurn * kBandwidthHz[k] / rate), kTurn * formantHz[k] / rate);
             ring[k] = ring[k] * pole[k] + sung;
@@ -123,7 +123,7 @@ StereoSound Sing(int rate) {
         sung += 4.0 * air.HighPass(sung) + 0.05 * level * Noise(random);
         // As an engineer would: what is loud comes down by two thirds of what it stands out.
         const double excess = std::max(loudness.LowPass(std::abs(sung)), 0.2);
-        out[i].left = out[i].right = static_cast<float>(0.115 * sung * std::pow(excess, -2.0 / 3.0));
+        out[i].left = out[i].right = static_cast<float>(0.11 * sung * std::pow(excess, -2.0 / 3.0));
     }
     return out;
 }

@@ -13,7 +13,7 @@ struct Song {
     int rate = 0;
 };
 
-/// Makes the demonstration's song, 27 s of stereo at `rate` samples per second: played and sung by this program
+/// Makes the demonstration's song, 27.6 s of stereo at `rate` samples per second: played and sung by this program
 /// alone, from no recording, the same every time. Peaks stay 3 dB below full scale.
 Song MakeSong(int rate);
 
