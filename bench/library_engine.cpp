@@ -16,14 +16,14 @@ constexpr float kBinWidth = kSampleRate / kFrameSize;
 constexpr float kExpectedAdvance = static_cast<float>(kHop) * kTwoPi / kFrameSize;
 
 /// Memory aligned as FFTW's vector code wants it.
-class AlignedFloats {
+class FftwFloats {
   public:
-    explicit AlignedFloats(std::size_t count) : data_(fftwf_alloc_real(count)) {
+    explicit FftwFloats(std::size_t count) : data_(fftwf_alloc_real(count)) {
         std::fill_n(data_, count, 0.0f);
     }
-    ~AlignedFloats() { fftwf_free(data_); }
-    AlignedFloats(const AlignedFloats&) = delete;
-    AlignedFloats& operator=(const AlignedFloats&) = delete;
+    ~FftwFloats() { fftwf_free(data_); }
+    FftwFloats(const FftwFloats&) = delete;
+    FftwFloats& operator=(const FftwFloats&) = delete;
     float* get() const { return data_; }
 
   private:
@@ -71,12 +71,12 @@ class LibraryEngine final : public StreamingEngine {
 
   private:
     struct Channel {
-        AlignedFloats frame{kFrameSize};
-        AlignedFloats bins{static_cast<std::size_t>(2 * (kBins + 1))};
-        AlignedFloats phase{kBins};
-        AlignedFloats magnitude{kBins};
-        AlignedFloats trueFrequency{kBins};
-        AlignedFloats phaseSum{kBins};
+        FftwFloats frame{kFrameSize};
+        FftwFloats bins{static_cast<std::size_t>(2 * (kBins + 1))};
+        FftwFloats phase{kBins};
+        FftwFloats magnitude{kBins};
+        FftwFloats trueFrequency{kBins};
+        FftwFloats phaseSum{kBins};
     };
 
     void ProcessFrame(const float* inputL, const float* inputR, float* accumulatorL,
@@ -176,9 +176,9 @@ class LibraryEngine final : public StreamingEngine {
 
     Channel left_;
     Channel right_;
-    AlignedFloats window_{kFrameSize};
-    AlignedFloats synthesisWindow_{kFrameSize};
-    AlignedFloats bin_{kBins};
+    FftwFloats window_{kFrameSize};
+    FftwFloats synthesisWindow_{kFrameSize};
+    FftwFloats bin_{kBins};
     fftwf_plan forward_ = nullptr;
     fftwf_plan inverse_ = nullptr;
 };

@@ -19,11 +19,11 @@ struct Entry {
     bool withSign = false;
     int width = 0;   ///< characters of the field, less one
     int step = 1;    ///< of the arrows, keys and wheel, in tenths of what is shown; Shift makes it one tenth
-    int growth = 10; ///< how many times that a held arrow or key comes to
+    int growth = 10; ///< a held arrow or key comes to step this many times as far
 };
 
 /// A control that moves a parameter.
-struct Control {
+struct PanelControl {
     int id; ///< that it reports with
     int parameter;
     int picture; ///< resource: a fader's track, the knob's strip, the switched-off switch
@@ -43,7 +43,7 @@ inline constexpr unsigned kLastCopyCommand = 1110;
 
 /// From left to right, which is the order of the Tab key. The wide factors of HIGH and POSITION are explained
 /// in docs/compatibility.md.
-inline constexpr std::array<Control, 6> kControls{{
+inline constexpr std::array<PanelControl, 6> kControls{{
     {kOnOffSwitch, kParameterOnOff, resource::kSwitchOff, false, {24, 7, 49, 28}, {}, {}},
     {106,
      kParameterInput,
@@ -84,7 +84,7 @@ inline constexpr std::array<Control, 6> kControls{{
 
 /// The place of a control in `kControls` that has this value in `member`; the number of controls when none has.
 template <class Value>
-constexpr std::size_t IndexOf(Value Control::*member, Value value) {
+constexpr std::size_t IndexOf(Value PanelControl::*member, Value value) {
     std::size_t at = 0;
     while (at < kControls.size() && kControls[at].*member != value)
         ++at;
@@ -92,8 +92,8 @@ constexpr std::size_t IndexOf(Value Control::*member, Value value) {
 }
 
 /// The control of a parameter.
-constexpr const Control& ControlOf(int parameter) {
-    return kControls[IndexOf(&Control::parameter, parameter)];
+constexpr const PanelControl& ControlOf(int parameter) {
+    return kControls[IndexOf(&PanelControl::parameter, parameter)];
 }
 
 /// Width of the frame that the panel's picture has around a read-out.

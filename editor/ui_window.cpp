@@ -96,14 +96,14 @@ int CUIWindow::OnCreate() {
     return 0;
 }
 
-BitmapControl* CUIWindow::MakeSwitch(const layout::Control& control) {
+BitmapControl* CUIWindow::MakeSwitch(const layout::PanelControl& control) {
     onOffSwitch_.Make(control.rect, this, &bitmaps_.switchOff, &bitmaps_.switchOn,
                       static_cast<unsigned>(control.id), {}, false, nullptr, &ControlCallback, this);
     onOffSwitch_.SetValue(TruncateToInt(effect().getParameter(control.parameter)) != 0 ? 1 : 0, false);
     return &onOffSwitch_;
 }
 
-BitmapControl* CUIWindow::MakeKnob(const layout::Control& control) {
+BitmapControl* CUIWindow::MakeKnob(const layout::PanelControl& control) {
     positionKnob_.Make(control.rect, control.readout, this, &bitmaps_.knobStrip, 0.0f, 1.0f,
                        static_cast<unsigned>(control.id), layout::kKnobFrames, layout::kKnobAngleMin,
                        layout::kKnobAngleMax, kKnobSpare, control.decadeTaper, &ControlCallback, this);
@@ -111,7 +111,7 @@ BitmapControl* CUIWindow::MakeKnob(const layout::Control& control) {
     return &positionKnob_;
 }
 
-BitmapControl* CUIWindow::MakeFader(CKVBBitmapSliderDC& fader, const layout::Control& control) {
+BitmapControl* CUIWindow::MakeFader(CKVBBitmapSliderDC& fader, const layout::PanelControl& control) {
     const int trackHeight = bitmaps_.faderTrack.Height();
     const int halfThumb = bitmaps_.faderThumb.Height() / 2;
     fader.Make(control.rect, control.readout, this, &bitmaps_.faderTrack, nullptr, &bitmaps_.faderThumb, 0.0f,
@@ -124,7 +124,7 @@ BitmapControl* CUIWindow::MakeFader(CKVBBitmapSliderDC& fader, const layout::Con
 void CUIWindow::MakeControls() {
     std::size_t faders = 0;
     for (std::size_t i = 0; i < controls_.size(); ++i) {
-        const layout::Control& control = layout::kControls[i];
+        const layout::PanelControl& control = layout::kControls[i];
         controls_[i] = control.picture == resource::kSwitchOff   ? MakeSwitch(control)
                        : control.picture == resource::kKnobStrip ? MakeKnob(control)
                                                                  : MakeFader(faders_[faders++], control);
@@ -143,7 +143,7 @@ void CUIWindow::OnSize(UINT type, int width, int height) {
 void CUIWindow::OnDestroy() { CWnd::OnDestroy(); }
 
 void CUIWindow::ChangeControl(int controlId, float value) {
-    const std::size_t at = layout::IndexOf(&layout::Control::id, controlId);
+    const std::size_t at = layout::IndexOf(&layout::PanelControl::id, controlId);
     if (at < layout::kControls.size()) {
         const int parameter = layout::kControls[at].parameter;
         shown_.values[static_cast<std::size_t>(parameter)] = value;
@@ -161,7 +161,7 @@ void CUIWindow::ChangeControl(int controlId, float value) {
 
 void CUIWindow::UpdateControl(std::int32_t index, float value) {
     if (!painted_) return;
-    const std::size_t at = layout::IndexOf(&layout::Control::parameter, index);
+    const std::size_t at = layout::IndexOf(&layout::PanelControl::parameter, index);
     if (at < layout::kControls.size()) {
         shown_.values[static_cast<std::size_t>(index)] = value;
         CClientDC dc(this);
@@ -211,7 +211,7 @@ LRESULT CUIWindow::OnInputValReturn(WPARAM, LPARAM) {
     float value = static_cast<float>(entered / 10.0 + (entered >= 0 ? 0.005 : -0.005));
     const std::size_t at = EntryControl();
     if (at < layout::kControls.size()) {
-        const layout::Control& control = layout::kControls[at];
+        const layout::PanelControl& control = layout::kControls[at];
         float minimum = 0.0f;
         float maximum = 0.0f;
         GetParamMinMax(control.parameter, &minimum, &maximum);

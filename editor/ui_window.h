@@ -85,9 +85,9 @@ class CUIWindow : public CWnd {
 
     // ui_window.cpp
     void MakeControls();
-    BitmapControl* MakeSwitch(const layout::Control& control);
-    BitmapControl* MakeKnob(const layout::Control& control);
-    BitmapControl* MakeFader(CKVBBitmapSliderDC& fader, const layout::Control& control);
+    BitmapControl* MakeSwitch(const layout::PanelControl& control);
+    BitmapControl* MakeKnob(const layout::PanelControl& control);
+    BitmapControl* MakeFader(CKVBBitmapSliderDC& fader, const layout::PanelControl& control);
     // ui_window_paint.cpp
     void DrawDisp(CDC* dc, int parameter);
     void DrawOutDisp(CDC* dc) { DrawDisp(dc, kParameterOutput); }
@@ -103,7 +103,7 @@ class CUIWindow : public CWnd {
     void ShowForeignChanges();
     // ui_window_tips.cpp
     static bool AreTipsWanted();
-    CString ControlTip(const layout::Control& control);
+    CString ControlTip(const layout::PanelControl& control);
     // ui_window_wheel.cpp
     /// The place in the layout of the control or read-out at `point`; the number of controls for none.
     std::size_t ControlAt(CPoint point) const;
@@ -113,7 +113,7 @@ class CUIWindow : public CWnd {
     bool PressReadout(CPoint point);
     void PressControl(CPoint point);
     BitmapControl* TrackingControl() const;
-    void OpenEntryFor(const layout::Control& control);
+    void OpenEntryFor(const layout::PanelControl& control);
     /// The place in the layout of the control whose entry field shows; the number of controls for none.
     std::size_t EntryControl() const;
     void OpenCopyMenu();

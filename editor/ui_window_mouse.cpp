@@ -24,7 +24,7 @@ void CUIWindow::OnLButtonDown(UINT, CPoint point) {
 void CUIWindow::OnLButtonDblClk(UINT flags, CPoint point) { OnLButtonDown(flags, point); }
 
 bool CUIWindow::PressReadout(CPoint point) {
-    for (const layout::Control& control : layout::kControls) {
+    for (const layout::PanelControl& control : layout::kControls) {
         if (!control.readout.PtInRect(point)) continue;
         OpenEntryFor(control);
         return true;
@@ -32,7 +32,7 @@ bool CUIWindow::PressReadout(CPoint point) {
     return false;
 }
 
-void CUIWindow::OpenEntryFor(const layout::Control& control) {
+void CUIWindow::OpenEntryFor(const layout::PanelControl& control) {
     float minimum = 0.0f;
     float maximum = 0.0f;
     GetParamMinMax(control.parameter, &minimum, &maximum);

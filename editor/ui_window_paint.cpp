@@ -132,7 +132,7 @@ bool CUIWindow::FollowMeters() {
 }
 
 void CUIWindow::NoteShown(const CRect& painted) {
-    for (const layout::Control& control : layout::kControls)
+    for (const layout::PanelControl& control : layout::kControls)
         if (Covers(painted, control.readout))
             shown_.displays[static_cast<std::size_t>(control.parameter)] =
                 effect().getParameterDisplayVal(control.parameter);
@@ -141,7 +141,7 @@ void CUIWindow::NoteShown(const CRect& painted) {
 
 void CUIWindow::ShowForeignChanges() {
     if (!painted_) return;
-    for (const layout::Control& control : layout::kControls) {
+    for (const layout::PanelControl& control : layout::kControls) {
         const auto at = static_cast<std::size_t>(control.parameter);
         const float value = effect().getParameter(control.parameter);
         if (!SameBits(value, shown_.values[at])) UpdateControl(control.parameter, value);

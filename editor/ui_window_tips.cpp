@@ -28,7 +28,7 @@ bool CUIWindow::AreTipsWanted() {
                                 layout::kSettingsApplication) != 0;
 }
 
-CString CUIWindow::ControlTip(const layout::Control& control) {
+CString CUIWindow::ControlTip(const layout::PanelControl& control) {
     const float normalised = effect().getParameter(control.parameter);
     if (control.parameter == kParameterOnOff)
         return LoadString(normalised >= 0.5f ? resource::kTipOn : resource::kTipOff);
@@ -42,7 +42,7 @@ CString CUIWindow::TooltipAt(CPoint point, CRect& about) {
     if (!tipsWanted_) return {};
     const std::size_t at = ControlAt(point);
     if (at < layout::kControls.size()) {
-        const layout::Control& control = layout::kControls[at];
+        const layout::PanelControl& control = layout::kControls[at];
         about = control.rect.PtInRect(point) ? control.rect : control.readout;
         return ControlTip(control);
     }

@@ -12,13 +12,13 @@ namespace vocafade::test {
 namespace {
 
 constexpr int kPoints = 256;
-constexpr double kPi = std::numbers::pi;
+using std::numbers::pi;
 
 /// A smooth hill of e^(depth cos) times a fine comb, as harmonics under formants look.
 std::vector<float> Spectrum(double depth, double comb, int period) {
     std::vector<float> spectrum(kPoints);
     for (int k = 0; k < kPoints; ++k) {
-        const double angle = 2 * kPi * k / kPoints;
+        const double angle = 2 * pi * k / kPoints;
         spectrum[static_cast<std::size_t>(k)] =
             static_cast<float>(std::exp(depth * std::cos(2 * angle) + comb * std::cos(period * angle)));
     }
@@ -31,7 +31,7 @@ TEST(Formants, TheCombGoesAndTheHillStays) {
     std::vector<float> envelope(kPoints);
     analyzer.GetFormant(Spectrum(1.5, 0.8, 40).data(), envelope.data(), 8);
     for (int k = 0; k < kPoints; ++k) {
-        const double hill = std::pow(2.718280076980591, 1.5 * std::cos(4 * kPi * k / kPoints));
+        const double hill = std::pow(2.718280076980591, 1.5 * std::cos(4 * pi * k / kPoints));
         EXPECT_NEAR(envelope[static_cast<std::size_t>(k)], hill, hill * 1e-5) << k;
     }
 }
@@ -68,11 +68,11 @@ TEST(Formants, ALaterCallStillHoldsTheOneBefore) {
     for (int k = 0; k < kPoints; ++k) {
         double added = 0;
         for (int q = 8; q < kPoints - 8; ++q) {
-            const double left = std::cos(4 * kPi * q / kPoints); // what the first call left at q
-            added += left * std::cos(2 * kPi * q * k / kPoints) / kPoints;
+            const double left = std::cos(4 * pi * q / kPoints); // what the first call left at q
+            added += left * std::cos(2 * pi * q * k / kPoints) / kPoints;
         }
         expected[static_cast<std::size_t>(k)] =
-            std::pow(2.718280076980591, std::cos(4 * kPi * k / kPoints) + added);
+            std::pow(2.718280076980591, std::cos(4 * pi * k / kPoints) + added);
     }
     double difference = 0;
     for (std::size_t k = 0; k < kPoints; ++k) {

@@ -76,7 +76,7 @@ TEST_P(HitAt, EveryControlIsHitWhereItIsDrawn) {
     Show(editor);
     EXPECT_EQ(SizeOf(editor), platform::ToDevice(CSize{477, 214}, GetParam()));
     const std::size_t windows = user.TopLevels().size();
-    for (const layout::Control& control : layout::kControls) {
+    for (const layout::PanelControl& control : layout::kControls) {
         const auto reports = [&](CPoint at) {
             if (control.parameter != kParameterOnOff) editor.SetValue(control.parameter, 0.4f);
             editor.Idle();

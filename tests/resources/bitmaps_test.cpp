@@ -40,7 +40,7 @@ int FaderRow(double normalised, int thumbHeight) {
 TEST(Bitmaps, JoinThePlateWithoutASeam) {
     const Bitmap plate(3005);
     const Bitmap track(3006);
-    for (const layout::Control& control : layout::kControls) {
+    for (const layout::PanelControl& control : layout::kControls) {
         if (control.picture != resource::kFaderTrack) continue;
         for (int y = 0; y < track.size().cy; ++y)
             for (int x = 0; x < track.size().cx; ++x)

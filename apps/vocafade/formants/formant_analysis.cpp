@@ -91,7 +91,7 @@ class Song {
     }
 
     SF_INFO info_{};
-    Sound sound_;
+    SoundFile sound_;
     std::vector<float> buffer_;
 };
 

@@ -62,7 +62,7 @@ class AudioOutput {
     int writeError_ = 0; ///< the system's first error at writing, 0 while all is well
     std::vector<int> integers_;
     FileReplacement replacement_;
-    Sound sound_; // after `replacement_`: closing it still writes there
+    SoundFile sound_; // after `replacement_`: closing it still writes there
 };
 
 } // namespace vocafade::command

@@ -40,9 +40,9 @@ void CheckChannels(int channels) {
 
 } // namespace
 
-Sound OpenSound(const fs::path& path, SF_INFO& info) {
+SoundFile OpenSound(const fs::path& path, SF_INFO& info) {
     CheckFile(path);
-    Sound sound(sf_open(path.c_str(), SFM_READ, &info));
+    SoundFile sound(sf_open(path.c_str(), SFM_READ, &info));
     if (!sound) throw Failure(fmt::format("is not a sound file that can be read ({})", sf_strerror(nullptr)));
     return sound;
 }

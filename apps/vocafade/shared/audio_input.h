@@ -12,11 +12,11 @@ namespace vocafade::command {
 struct CloseSound {
     void operator()(SNDFILE* sound) const { sf_close(sound); }
 };
-using Sound = std::unique_ptr<SNDFILE, CloseSound>;
+using SoundFile = std::unique_ptr<SNDFILE, CloseSound>;
 
 /// Opens `path` for reading. Throws `Failure`, without the name, for what is missing, not readable, not audio
 /// or empty.
-Sound OpenSound(const std::filesystem::path& path, SF_INFO& info);
+SoundFile OpenSound(const std::filesystem::path& path, SF_INFO& info);
 
 /// A stereo sound file that is read.
 class AudioInput {
@@ -45,7 +45,7 @@ class AudioInput {
     SF_INFO info_{};
     std::int64_t frames_ = 0;
     std::int64_t done_ = 0;
-    Sound sound_;
+    SoundFile sound_;
 };
 
 } // namespace vocafade::command
