@@ -8,7 +8,8 @@
 namespace vocafade {
 
 /// The class library's text: bytes in whatever encoding its owner says (UTF-8 in the editor, Shift-JIS in
-/// program records). A value type over `std::string` with the familiar names.
+/// program records). A value type over `std::string` with the
+/// class library's names.
 class CString {
   public:
     CString() = default;

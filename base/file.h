@@ -7,11 +7,12 @@
 
 namespace vocafade {
 
-/// Turns a `file:` URL into the path that it names (percent escapes decoded); any other text is a path
+/// [any-thread] Turns a `file:` URL into the path that it names (percent escapes decoded); any other text is a path
 /// already.
 std::string PathFromUrlOrPath(const char* urlOrPath);
 
-/// A binary file. Every operation answers by its result; nothing throws.
+/// A binary file. Every operation answers by its result; nothing throws. Not for the audio thread; one object
+/// serves one thread at a time.
 class CFile {
   public:
     enum OpenFlags : unsigned {

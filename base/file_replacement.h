@@ -11,7 +11,7 @@ namespace vocafade {
 /// beside the old one and takes the name only when every byte is on the disk. A process that dies on the way
 /// leaves the old file, and beside it perhaps an unfinished hidden one, which the next replacement of the
 /// same file removes when a minute has gone by. A symbolic link is followed, so that what it points to is
-/// replaced, not the link.
+/// replaced, not the link. Not for the audio thread; one object serves one thread at a time.
 class FileReplacement {
   public:
     FileReplacement() = default;

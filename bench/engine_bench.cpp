@@ -23,7 +23,7 @@ void Hop(benchmark::State& state, const EngineForm& form) {
     }
 }
 
-/// One complex transform of 2048 points by the toolkit's general object.
+/// One complex transform of 2048 points by `CFFT`.
 void Transform(benchmark::State& state, bool forward) {
     CFFT fft;
     fft.Init(kFrameSize, true, forward);

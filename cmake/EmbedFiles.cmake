@@ -3,7 +3,8 @@
 #
 #   cmake -DOUTPUT=embedded.cpp "-DBITMAPS=3001.png;3001@2x.png" -DSTRINGS=strings.txt -P EmbedFiles.cmake
 #
-# The bitmaps are numbered by their names, and how many times as large they are stands behind the @. The source defines what plugin/embedded.h declares.
+# The bitmaps are numbered by their names, and how many times as large they are stands behind the @. The source
+# defines what plugin/embedded.h declares.
 
 function(append_bytes name path)
   file(READ "${path}" hex HEX)

@@ -20,7 +20,7 @@ configure_file("${VOCAFADE_SOURCE_DIR}/cmake/debian-copyright" "${docs}/copyrigh
 configure_file("${VOCAFADE_SOURCE_DIR}/cmake/debian-lintian-overrides" "${lintian}/vocafade" COPYONLY
   FILE_PERMISSIONS OWNER_READ OWNER_WRITE GROUP_READ WORLD_READ)
 
-# A package must not leave the house with notes for another version.
+# The changelog must be that of the version in the package.
 file(STRINGS "${VOCAFADE_SOURCE_DIR}/CHANGELOG.md" headings REGEX "^## ")
 list(GET headings 0 newest)
 string(FIND "${newest}" "${VOCAFADE_VERSION}" at)
@@ -35,8 +35,8 @@ if(at EQUAL -1)
   message(FATAL_ERROR "docs/vocafade.1 is titled ${title}, but this is version ${VOCAFADE_VERSION}")
 endif()
 
-# The release notes themselves are in changelog.gz; this one tells the package's own story. The date is that of
-# SOURCE_DATE_EPOCH when it is set.
+# The release notes are in changelog.gz; this one is about the package itself. The date is that of SOURCE_DATE_EPOCH
+# when it is set.
 string(TIMESTAMP date "%a, %d %b %Y %H:%M:%S +0000" UTC)
 set(changelog "${docs}/changelog.Debian")
 file(WRITE "${changelog}" "vocafade (${VOCAFADE_PACKAGE_VERSION}) unstable; urgency=medium

@@ -37,7 +37,7 @@ add_library(vocafade_flags INTERFACE)
 target_include_directories(vocafade_flags INTERFACE "${PROJECT_SOURCE_DIR}")
 target_compile_options(vocafade_flags INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Wcast-align -Woverloaded-virtual -Wformat=2
-  # The written order of operations is the sound: no fused multiply-add behind our back.
+  # The written order of operations is the sound: no fused multiply-add.
   -ffp-contract=off
   $<$<BOOL:${VOCAFADE_WERROR}>:-Werror>)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")

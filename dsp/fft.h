@@ -5,11 +5,10 @@
 
 namespace vocafade {
 
-/// The general transform, for any use but the engine's: that one runs the same butterflies in `kernels/`,
-/// with the tables of this class, and is held to its results. A fast Fourier transform of one length and one
-/// direction, in place and in single precision: decimation in time with radix-4 butterflies (one radix-2 pass
-/// where the length asks for it), after T. Ooura's general-purpose package. Tables are built by `Init`; a
-/// transform allocates nothing.
+/// A fast Fourier transform of one length and one direction, in place and in single precision: decimation in
+/// time with radix-4 butterflies (one radix-2 pass where the length asks for it), after T. Ooura's
+/// general-purpose package. Tables are built by `Init`; a transform allocates nothing. The engine has
+/// transforms of its own (`kernels/transforms.h`), which use these tables and give the same bits.
 ///
 /// [audio-thread] for the transforms, [main-thread] for `Init`; one object serves one thread at a time.
 class CFFT {
@@ -20,10 +19,10 @@ class CFFT {
     CFFT() = default;
     virtual ~CFFT() = default;
 
-    /// Builds the tables for `n` points, a power of two of 2 to `kMostPoints`: complex ones, or real samples
-    /// when `complex` is false, which is for the reader only, since the tables serve both. With another `n`
-    /// there are none, and transforms leave their data alone, as before the first call. May be called again;
-    /// for the same length it allocates nothing.
+    /// Builds the tables for `n` points, a power of two of 2 to `kMostPoints`. With another `n` there are
+    /// none, and transforms leave their data alone, as before the first call. `complex` changes nothing: the
+    /// tables serve complex values and real samples. May be called again; for the same length it allocates
+    /// nothing.
     void Init(int n, bool complex, bool forward);
 
     /// Transforms `n` complex values, interleaved (real, imaginary), 2n floats in natural order both ways.

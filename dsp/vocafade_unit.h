@@ -63,7 +63,7 @@ class CVocafadeUnit {
     /// Samples from input to output: frame size minus hop.
     int Latency() const { return frameSize_ - hop_; }
 
-    /// Kept for callers of the toolkit; does nothing.
+    /// Does nothing.
     void Vocafade() {}
 
   private:

@@ -30,7 +30,9 @@ class BitmapControl {
     /// Lets go of the mouse without a value, when it was taken away.
     void CancelTracking();
 
+    /// Where the control stands in its parent.
     void GetRect(CRect* rect) const { *rect = rect_; }
+    /// Moves the control, and the place where its value is shown.
     void SetNewRect(const CRect& rect, const CRect& readoutRect = {});
 
   protected:

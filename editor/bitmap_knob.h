@@ -17,7 +17,8 @@ class CKVBNewBitmapTumamiDC : public BitmapControl {
 
     /// Sets the value, clamped to the range. Does nothing at all when the value stays.
     void SetValue(float value, CDC* dc, bool notify);
-    /// Turns the knob towards `point` and reports the value, also an unchanged one. The centre says nothing.
+    /// Turns the knob towards `point` and reports the value, also an unchanged one. A point at the centre
+    /// has no angle and changes nothing.
     void SetValue(CPoint point);
     float GetValue() const { return value_; }
     /// The value in steps from the minimum, rounded up.

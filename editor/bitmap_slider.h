@@ -8,8 +8,7 @@ namespace vocafade {
 /// A fader drawn from bitmaps.
 class CKVBBitmapSliderDC : public BitmapControl {
   public:
-    /// `startPoint` and `endPoint` are the thumb's centre at `minimum` and
-    /// `maximum`, in the track image; only the coordinate along the travel counts, the other one of
+    /// `startPoint` and `endPoint` are the thumb's centre at `minimum` and `maximum`, in the track image; only the coordinate along the travel counts, the other one of
     /// `startPoint` is where the thumb image begins. `altImage` (may be null) is laid over the track of a
     /// horizontal fader up to the thumb. `logTaper` is the decade taper; `inverted` swaps the ends for
     /// presses beyond them; `twoPosition` makes every drag end at one end or the other.

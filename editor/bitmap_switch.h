@@ -29,7 +29,7 @@ class CKVBBitmapSwitch2DC : public BitmapControl {
     void RButtonDblClk(CDC*) {}
     bool IsDown() const { return pressed_; }
 
-    /// Kept, without an effect on the look.
+    /// Has no effect on the look.
     void SetSelect(bool selected) { selected_ = selected; }
     bool IsSelected() const { return selected_; }
     /// The whole picture of the disabled switch; null shows nothing.

@@ -11,7 +11,7 @@ class EditorScale {
   public:
     /// Reads VOCAFADE_SCALE ("1.5").
     EditorScale();
-    /// What the host says from now on, in device pixels a logical one; 0 for nothing.
+    /// What the host says from now on, in device pixels for each logical one; 0 for nothing.
     void SetHost(double scale) { host_ = scale; }
     /// The scale, in steps of a quarter from 1 to 4. `desktop` is only called when it counts; 0: says nothing.
     double Wanted(const std::function<double()>& desktop) const;

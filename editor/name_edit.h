@@ -5,9 +5,9 @@
 
 namespace vocafade {
 
-/// The field of a program's name. Names are stored in Shift-JIS, so a letter that has no place there goes in
-/// without its accent, or not at all when it is none without, and none goes in for
-/// which there is no room: what is seen is what will be stored.
+/// The field of a program's name. Names are stored in Shift-JIS: a letter that is not in it goes in without
+/// its accent, and is refused when it is not in it without one either. A letter for which there is no room is
+/// refused, too. So what is seen is what will be stored. Everything is [main-thread].
 class CNameEdit : public CEdit {
   public:
     const char* ClassName() const override { return "CNameEdit"; }

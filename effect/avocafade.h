@@ -67,8 +67,8 @@ class AVocafade : public AudioEffectX {
     void getParameterLabel(std::int32_t index, char* label) override;
     void getParameterDisplay(std::int32_t index, char* text) override;
     void getParameterName(std::int32_t index, char* text) override;
-    /// False, with the record cleared, for hosts that misread it (known_hosts.h); who it is, the host is
-    /// asked once.
+    /// False, with the record cleared, for hosts that misread it (known_hosts.h). The host is asked for its
+    /// name once.
     bool getParameterProperties(std::int32_t index, VstParameterProperties* properties) override;
     /// [main-thread] A value typed in display units (dB, Hz, position): sets it, shows it, tells the host.
     void setParameterFromDiaplay(std::int32_t index, float displayValue);
@@ -110,8 +110,8 @@ class AVocafade : public AudioEffectX {
     /// bytes), makes that slot current and rewrites the user's bank file. A failure to write is told through
     /// the message hook; the settings stay in memory. Another index does nothing.
     void SaveProgram(std::int32_t index, const CString& name);
-    static std::uint32_t getDWordFile(CFile* file); ///< four bytes, the most significant first
-    static std::uint16_t getWordFile(CFile* file);  ///< two bytes, the most significant first
+    static std::uint32_t getDWordFile(CFile* file); ///< [main-thread] four bytes, the most significant first
+    static std::uint16_t getWordFile(CFile* file);  ///< [main-thread] two bytes, likewise
 
     /// Shows a message to the user: a string resource and the path that it is about.
     using MessageHook = std::function<void(std::int32_t stringId, const std::string& path)>;

@@ -20,7 +20,7 @@ enum ParameterIndex : std::int32_t {
 enum class Taper : std::uint8_t {
     step,      ///< in whole steps
     gain,      ///< evenly in gain; shown and typed in dB
-    frequency, ///< evenly in Hz as a value from 0 to 1; a control with a scale of its own gives octaves room
+    frequency, ///< evenly in Hz; the editor's faders and the wheel give each octave more even room
     even,      ///< evenly
 };
 

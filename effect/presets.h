@@ -15,7 +15,7 @@ struct Preset {
     std::array<float, kParameterCount> values; ///< as displays show them, in parameter order
 };
 
-/// [any-thread]
+/// [any-thread] All of them, in the order in which hosts list them.
 std::span<const Preset> Presets();
 
 } // namespace vocafade

@@ -40,7 +40,7 @@ static_assert(sizeof(ProgramSet) == 3328);
 
 /// [any-thread] One value of a record.
 float LoadValue(const AVocafadeProgram& program, std::int32_t index);
-/// [any-thread]
+/// [any-thread] Sets one value of a record.
 void StoreValue(AVocafadeProgram& program, std::int32_t index, float value);
 /// [main-thread] Copies a whole record.
 void CopyProgram(AVocafadeProgram& to, const AVocafadeProgram& from);

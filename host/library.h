@@ -7,7 +7,7 @@ namespace vocafade::host {
 
 // A shared object of the system's, in memory. Everything here is [any-thread].
 
-/// Loads it, its names for nobody else; throws `HostError` with the system's reason when that fails.
+/// Loads it without giving its names to other libraries; throws `HostError` with the system's reason when that fails.
 void* OpenLibrary(const std::filesystem::path& file);
 /// What it exports under that name; null when there is no such thing.
 void* FindInLibrary(void* library, const char* name);

@@ -28,7 +28,7 @@ class Panel : private PortWriter {
     void PortEvent(std::uint32_t port, float value);
     /// Shows what has changed and delivers what the user did.
     void Idle();
-    /// The host says how large it shows things; 0: it does not.
+    /// The host's scale, in device pixels for each logical one; 0 when it has none.
     void SetScale(float scale);
 
   private:

@@ -34,7 +34,7 @@ class Sound {
     /// [audio-thread] Processes `count` samples, in place where the host wants it so. Allocates nothing.
     void Run(std::uint32_t count);
 
-    /// [any-thread]
+    /// [any-thread] What the audio thread has met so far.
     const SoundReport& report() const { return report_; }
 
   private:

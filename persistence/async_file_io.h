@@ -39,9 +39,11 @@ class CAsyncFileIO {
     /// [main-thread] Moves to `offset` sound bytes from the start (0), the current position (1) or the end
     /// (other). Returns 0, or -1 with the position unchanged when that is not in the sound.
     int Seek(int from, int offset);
+    /// [main-thread] The same with an offset of 64 bits.
     int Seek64(int from, long long offset);
     /// [main-thread] The length of the sound in bytes.
     long long GetLength() const;
+    /// [main-thread] As `Read` and `Write`: done on return.
     int ReadAsync(void* buffer, int count) { return Read(buffer, count); }
     int WriteAsync(const void* buffer, int count) { return Write(buffer, count); }
 

@@ -44,11 +44,11 @@ enum class BankSizeField { zero, filledIn };
 bool WriteChunkBank(const std::string& path, std::int32_t uniqueId, std::int32_t programs,
                     std::span<const std::byte> chunk, BankSizeField sizeField = BankSizeField::zero);
 
-/// Reads four bytes, the most significant first; bytes past the end count as 0.
+/// [main-thread] Reads four bytes, the most significant first; bytes past the end count as 0.
 std::uint32_t getDWordFile(CFile* file);
-/// Reads two bytes the same way.
+/// [main-thread] Reads two bytes the same way.
 std::uint16_t getWordFile(CFile* file);
-/// Writes four bytes, the most significant first.
+/// [main-thread] Writes four bytes, the most significant first.
 void putDWordFile(CFile* file, std::uint32_t value);
 
 } // namespace vocafade

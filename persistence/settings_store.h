@@ -17,9 +17,8 @@ enum class SettingsScope {
     anyUserAnyHost,  ///< everybody's, wherever the system's folder is mounted
 };
 
-/// The settings of one application: a small text file for every scope, below the user's configuration folder
-/// and below the system's (see settings_places.h), in
-/// `vocafade/settings/`. A file, and not a library, since a plug-in shares its process with
+/// The settings of one application: a small text file for every scope, in `vocafade/settings/` below the
+/// user's configuration folder and below the system's (see settings_places.h). A file, and not a library, since a plug-in shares its process with
 /// strangers: a desktop's settings library or a database would bring its own state and services into every
 /// host, while all that is asked of it is a few names and values, which people can then read and repair too.
 ///

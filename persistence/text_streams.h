@@ -18,7 +18,7 @@ class Myifstream : public CFile {
     /// [main-thread] Opens `path` (a path or a `file:` URL); for reading only the mode is `in | binary`. The
     /// last argument is without meaning.
     void open(const char* path, unsigned mode = in | binary, bool = false);
-    /// [main-thread]
+    /// [main-thread] Closes the file.
     void close() { Close(); } // NOLINT(bugprone-virtual-near-miss): streams spell it so
     /// [any-thread] `kFailed` after an opening that failed, else 0. Callers test it against 6.
     unsigned rdstate() const { return state_; }

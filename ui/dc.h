@@ -12,8 +12,7 @@ class WindowSession;
 struct BackingStore;
 
 /// A drawing context. Coordinates are logical pixels, x to the right, y downwards, with the context's origin
-/// added.
-/// All drawing happens on the window's thread; off-screen contexts need no display at all.
+/// added. Every operation is [main-thread], on the window's thread; off-screen contexts need no display.
 ///
 /// Operations without something to draw on, or without a source, draw nothing and report success.
 class CDC {
@@ -114,7 +113,7 @@ class CDC {
 
     /// The pixels behind this context; null when there are none.
     platform::Surface* surface() const;
-    /// Device pixels a logical one.
+    /// Device pixels for each logical one.
     double Scale() const;
 
   protected:

@@ -17,8 +17,8 @@ class Surface;
 class Font;
 } // namespace platform
 
-/// [main-thread] Device pixels a logical one of what is made to draw with: of the window whose message is
-/// being handled, else of the editor opened last on this thread; 1 without one.
+/// [main-thread] The scale of images and fonts that are made, in device pixels for each logical one: that of
+/// the window whose message is being handled, else of the editor opened last on this thread; 1 without one.
 double DrawingScale();
 
 /// An image that can be selected into a `CDC` as the source of a transfer.

@@ -11,7 +11,7 @@ namespace vocafade {
 
 class CWnd;
 
-/// A popup menu.
+/// A popup menu. Every operation is [main-thread].
 ///
 /// A plug-in cannot wait inside the host's idle call, so `TrackPopupMenu` shows the menu and returns; what
 /// would have stood behind it goes into the function that it is given:

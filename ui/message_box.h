@@ -12,7 +12,7 @@ namespace vocafade {
 /// user has answered. Belongs to the editor whose message is being handled, else to the one opened last on
 /// this thread; false, with the text on standard error, when there is none.
 bool AfxMessageBox(const char* text, UINT type = MB_OK, std::function<void(int result)> ended = {});
-/// The same with text `textId` of the string table.
+/// [main-thread] The same with text `textId` of the string table.
 bool AfxMessageBox(int textId, UINT type = MB_OK, std::function<void(int result)> ended = {});
 
 } // namespace vocafade

@@ -50,7 +50,7 @@ class CWinApp : public CCmdTarget {
 
 } // namespace vocafade
 
-/// Message maps are written as usual: `DECLARE_MESSAGE_MAP()` in the class, and beside its functions
+/// How a message map is written: `DECLARE_MESSAGE_MAP()` in the class, and beside its functions
 ///
 ///     BEGIN_MESSAGE_MAP(CPanel, CWnd)
 ///     ON_WM_PAINT()

@@ -76,8 +76,8 @@ void MouseInput::Press(TopLevel& top, const platform::Event& event) {
     if (event.button == 2 && !toPopup) PressMiddle(top, event.point);
     if (event.button != 1 && !toPopup) return;
     const bool quick = FollowsQuickly(event);
-    // The first press of a double click may have closed its window. What lies beneath does not get the
-    // second.
+    // The first press of a double click may have closed its window. The window behind does not get the second
+    // press.
     const bool stray = quick && lastPress_->window == nullptr;
     const bool again = quick && lastPress_->window == &top.window();
     lastPress_ = {stray ? nullptr : &top.window(), event.screenPoint, event.time};

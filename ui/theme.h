@@ -6,7 +6,7 @@
 namespace vocafade::theme {
 
 /// How the layer's own controls, menus and dialogs look: plain and quiet, so that the panel stays the
-/// picture.
+/// picture. Everything here is [main-thread].
 inline constexpr int kPadding = 4;
 inline constexpr int kFontSize = 12;
 

@@ -22,7 +22,7 @@ class PopupWnd;
 /// What the windows of one editor share, from the opening to the closing: the connection to the display, the
 /// queue, the pump, and what is open. One for each attached frame; editors share nothing.
 ///
-/// All functions are for the thread that pumps, but for those of the queue.
+/// Every operation is [main-thread], but for those of the queue.
 class WindowSession : public std::enable_shared_from_this<WindowSession> {
   public:
     /// Connects, and looks the host's window up; null when either fails.
@@ -45,7 +45,7 @@ class WindowSession : public std::enable_shared_from_this<WindowSession> {
     void HandleEvents();
 
     bool IsDisplayAlive() const { return display_ != nullptr && display_->IsAlive(); }
-    /// Device pixels a logical one.
+    /// Device pixels for each logical one.
     double scale() const { return scale_; }
     /// Draws all windows at another scale from now on.
     void SetScale(double scale);

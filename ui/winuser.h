@@ -6,7 +6,7 @@
 #include <cstdint>
 
 /// The numbers that windows, messages and drawing speak in. Messages, styles and raster operations have their
-/// Windows numbers, so that code and message logs read as usual; nothing depends on that system. Key codes
+/// Windows numbers, for readers who know them; nothing depends on that system. Key codes
 /// and all names that begin with a k are this layer's own.
 namespace vocafade {
 

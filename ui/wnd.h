@@ -61,8 +61,8 @@ struct MSG {
     LPARAM lParam = 0;
 };
 
-/// A window. All operations are for the thread that pumps the editor's idle, but where something else is
-/// said.
+/// A window. Every operation is [main-thread], on the thread of the editor's idle, but where something else is
+/// said; so it is in the classes derived from it.
 ///
 /// A window is created into a parent that lives (a `CFrameWnd` with a host's window, or a window below it)
 /// and belongs to that editor from then on. Messages reach it through its message map; what the map does not
@@ -126,7 +126,7 @@ class CWnd : public CCmdTarget {
     /// @name Timer, capture, focus
     /// @{
     /// Starts the window's one timer: WM_TIMER, with number 0, every `elapse` milliseconds (at least 1). A
-    /// thread only sleeps and posts; the message comes at the idle that follows, and ticks that no idle
+    /// thread only notes that a tick is due; the message comes at the idle that follows, and ticks that no idle
     /// fetched count as one. A timer that runs is replaced. Gives back `id`, which like `callback` has no
     /// other use.
     UINT SetTimer(UINT id, UINT elapse, void* callback = nullptr);

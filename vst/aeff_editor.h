@@ -40,7 +40,8 @@ class AEffEditor {
     virtual bool onKeyDown(VstKeyCode& /*keyCode*/) { return false; }
     virtual bool onKeyUp(VstKeyCode& /*keyCode*/) { return false; }
     virtual bool onWheel(float /*distance*/) { return false; }
-    /// The host shows things that many times as large as pixels are; 0 takes that back. False: no matter.
+    /// The host's scale, in device pixels for each logical one; 0 takes it back. False where the editor has no
+    /// use for it.
     virtual bool setContentScale(float /*scale*/) { return false; }
     virtual bool setKnobMode(std::int32_t /*mode*/) { return false; }
 

@@ -61,6 +61,7 @@ class AudioEffect {
     /// [main-thread] Takes the bytes of a bank or a program.
     virtual std::int32_t setChunk(void* data, std::int32_t byteSize, bool isPreset);
 
+    /// [main-thread] What the descriptor says of the effect; for its constructor.
     virtual void setUniqueID(std::int32_t id) { cEffect.uniqueID = id; }
     virtual void setNumInputs(std::int32_t inputs) { cEffect.numInputs = inputs; }
     virtual void setNumOutputs(std::int32_t outputs) { cEffect.numOutputs = outputs; }

@@ -6,7 +6,7 @@
 
 namespace vocafade {
 
-/// Copies a text into a host's buffer of `size` bytes, cut to fit and terminated. What lies behind the
+/// [any-thread] Copies a text into a host's buffer of `size` bytes, cut to fit and terminated. What lies behind the
 /// terminator is left alone, since some hosts give less room than the interface names.
 inline void CopyText(char* to, const char* text, std::size_t size) {
     const std::size_t length = ::strnlen(text, size - 1);

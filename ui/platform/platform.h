@@ -31,7 +31,7 @@ class Surface {
     /// Logical size.
     virtual int Width() const = 0;
     virtual int Height() const = 0;
-    /// Device pixels a logical one, above 0.
+    /// Device pixels for each logical one, above 0.
     virtual double Scale() const = 0;
     virtual int DeviceWidth() const = 0;
     virtual int DeviceHeight() const = 0;

@@ -21,7 +21,7 @@ struct RenderOptions : SoundOptions {
     bool keepExisting = false;
     bool recursive = false;  ///< inputs are folders, and the output is one
     bool copyOthers = false; ///< what is no song goes along
-    std::string log;         ///< file for a line a song; empty: none
+    std::string log;         ///< file that gets a line for each song; empty: none
 
     std::int32_t block = 512; ///< samples
     bool doublePrecision = false;

@@ -14,7 +14,7 @@ namespace vocafade::command {
 std::string ProgressLine(double done, double secondsSoFar, std::size_t songsDone, std::size_t songs,
                          std::size_t width);
 
-/// Says how a run is going: a progress bar on a terminal, a line a song on the standard output, warnings and
+/// Says how a run is going: a progress bar on a terminal, a line for each song on the standard output, warnings and
 /// errors on the standard error. Every function may be called on any thread.
 class Reporter {
   public:

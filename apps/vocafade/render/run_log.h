@@ -21,7 +21,7 @@ struct SongOutcome {
 /// become replacement signs.
 std::string LogLine(std::string_view input, std::string_view output, const SongOutcome& outcome);
 
-/// A file that gets a line a song, behind what it has. Each line is written at once and as one, so that several
+/// A file that gets a line for each song, behind what it has. Each line is written at once and as one, so that several
 /// processes can share a file and a run that is stopped has all its lines there.
 class RunLog {
   public:
