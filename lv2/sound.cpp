@@ -30,7 +30,7 @@ void Sound::Connect(std::uint32_t port, void* data) {
 void Sound::Activate() {
     effect_.startProcess();
     bypass_.Reset();
-    sendAll_ = true; // with the first block: until then nobody says that what is connected can be read
+    sendAll_ = true; // with the first block: before it, a connected port need not be readable yet
 }
 
 void Sound::FollowPorts() {
