@@ -80,6 +80,7 @@ XDisplay::XDisplay(xcb_connection_t* connection, int screenNumber)
 
 XDisplay::~XDisplay() {
     const SigpipeGuard guard;
+    inputMethod_.reset();
     if (ownsColormap_) xcb_free_colormap(connection_, colormap_);
     if (textCursor_ != XCB_NONE) xcb_free_cursor(connection_, textCursor_);
     if (graphics_ != 0) xcb_free_gc(connection_, graphics_);
@@ -319,7 +320,45 @@ bool XDisplay::IsLeftButtonHeld() {
     return pointer != nullptr && (pointer->mask & XCB_BUTTON_MASK_1) != 0;
 }
 
+void XDisplay::SetScale(double scale) {
+    scale_ = scale;
+    const SigpipeGuard guard;
+    if (inputMethod_ != nullptr) inputMethod_->MoveCaret(ToDevice(caret_, scale_));
+}
+
+void XDisplay::BeginTyping(NativeWindow& window, CPoint caret) {
+    if (typedInto_ != &window) {
+        DropInputMethod();
+        typedInto_ = &window;
+        inputMethod_ =
+            InputMethod::Open(connection_, screenNumber_, static_cast<xcb_window_t>(window.NativeId()),
+                              {[this](const xcb_key_press_event_t& key) { TranslateKey(key); },
+                               [this](std::string text) {
+                                   Event out = Basic(EventType::keyPressed, typedInto_, 0, lastTime_);
+                                   out.text = std::move(text);
+                                   out.keyTyped = true;
+                                   ready_.push_back(std::move(out));
+                               }});
+    }
+    caret_ = caret;
+    if (inputMethod_ != nullptr) inputMethod_->MoveCaret(ToDevice(caret_, scale_));
+}
+
+void XDisplay::EndTyping(const NativeWindow& window) {
+    if (typedInto_ != &window) return;
+    typedInto_ = nullptr;
+    DropInputMethod();
+}
+
+void XDisplay::DropInputMethod() {
+    const std::unique_ptr<InputMethod> method = std::move(inputMethod_);
+    if (method == nullptr) return;
+    for (const xcb_key_press_event_t& key : method->TakeKeys())
+        TranslateKey(key);
+}
+
 void XDisplay::Forget(const NativeWindow& window) {
+    EndTyping(window);
     std::erase_if(windows_, [&window](const auto& known) { return known.second == &window; });
     std::erase_if(ready_, [&window](const Event& event) { return event.window == &window; });
 }
@@ -344,7 +383,11 @@ bool XDisplay::NextEvent(Event& event) {
         const Reply<xcb_generic_event_t> next =
             ahead_ != nullptr ? std::move(ahead_)
                               : Reply<xcb_generic_event_t>(xcb_poll_for_event(connection_));
-        if (next == nullptr) return false;
+        if (next == nullptr) {
+            if (inputMethod_ == nullptr || !inputMethod_->HasFailed()) return false;
+            DropInputMethod();
+            continue;
+        }
         if ((next->response_type & 0x7F) == XCB_MOTION_NOTIFY) {
             // Of a row of motions only the last matters; a slow host gets dozens for each of its idles.
             ahead_.reset(xcb_poll_for_event(connection_));
@@ -375,8 +418,9 @@ Event XDisplay::Basic(EventType type, NativeWindow* window, std::uint16_t state,
     return event;
 }
 
-void XDisplay::Translate(const xcb_generic_event_t* event) {
+void XDisplay::Translate(xcb_generic_event_t* event) {
     if (keyboard_.HandleEvent(event)) return;
+    if (inputMethod_ != nullptr && inputMethod_->Handle(event)) return;
     // Other clients can send anything; what has become of a window is the server's to say.
     const bool forged = (event->response_type & 0x80) != 0;
     switch (event->response_type & 0x7F) {
@@ -439,10 +483,9 @@ void XDisplay::Translate(const xcb_generic_event_t* event) {
         break;
     }
     case XCB_KEY_PRESS:
-        TranslateKey(As<xcb_key_press_event_t>(event), true);
-        break;
     case XCB_KEY_RELEASE:
-        TranslateKey(As<xcb_key_press_event_t>(event), false);
+        if (inputMethod_ == nullptr || !inputMethod_->Take(As<xcb_key_press_event_t>(event)))
+            TranslateKey(As<xcb_key_press_event_t>(event));
         break;
     case XCB_FOCUS_IN:
         TranslateFocus(As<xcb_focus_in_event_t>(event), true);
@@ -500,8 +543,9 @@ void XDisplay::TranslateButton(const xcb_button_press_event_t& e, bool pressed) 
     ready_.push_back(out);
 }
 
-void XDisplay::TranslateKey(const xcb_key_press_event_t& e, bool pressed) {
+void XDisplay::TranslateKey(const xcb_key_press_event_t& e) {
     lastTime_ = e.time;
+    const bool pressed = (e.response_type & 0x7F) == XCB_KEY_PRESS;
     NativeWindow* window = Find(e.event);
     if (window == nullptr) return;
     Event out = Basic(pressed ? EventType::keyPressed : EventType::keyReleased, window, e.state, e.time);

@@ -3,6 +3,7 @@
 
 #include "ui/platform/platform.h"
 #include "ui/platform/x11/desktop_settings.h"
+#include "ui/platform/x11/input_method.h"
 #include "ui/platform/x11/keyboard.h"
 #include "ui/platform/x11/reply.h"
 
@@ -44,7 +45,7 @@ class XDisplay : public Display {
 
     bool IsAlive() override { return xcb_connection_has_error(connection_) == 0; }
     double DesktopScale() override { return desktop_.scale; }
-    void SetScale(double scale) override { scale_ = scale; }
+    void SetScale(double scale) override;
     bool WatchHost(std::uintptr_t host, CSize& size) override;
     std::unique_ptr<Window> MakeWindow(const WindowRequest& request) override;
     bool NextEvent(Event& event) override;
@@ -74,6 +75,10 @@ class XDisplay : public Display {
     /// Also what has already been made of its events.
     void Forget(const NativeWindow& window);
     void RetryGrab(xcb_window_t popup) { grabWanted_ = popup; }
+    /// Text is typed into `window`, its caret reaching down to `caret` (logical pixels of the window).
+    void BeginTyping(NativeWindow& window, CPoint caret);
+    /// No text is typed into `window` any more, if it was. Keys that the input method owes are the window's.
+    void EndTyping(const NativeWindow& window);
     void InputLost(NativeWindow& popup);
 
   private:
@@ -89,12 +94,14 @@ class XDisplay : public Display {
     CRect MonitorAt(CPoint point);
     NativeWindow* Find(xcb_window_t id) const;
     /// Turns what X tells into what the layer knows; nothing or several may come of it.
-    void Translate(const xcb_generic_event_t* event);
+    void Translate(xcb_generic_event_t* event);
     void TranslateButton(const xcb_button_press_event_t& event, bool pressed);
-    void TranslateKey(const xcb_key_press_event_t& event, bool pressed);
+    void TranslateKey(const xcb_key_press_event_t& event);
     void TranslateFocus(const xcb_focus_in_event_t& event, bool gained);
     void AnswerSelection(const xcb_selection_request_event_t& request);
     void ReceiveSelection(const xcb_selection_notify_event_t& event);
+    /// From here on keys are typed as they are.
+    void DropInputMethod();
     Event Basic(EventType type, NativeWindow* window, std::uint16_t state, std::uint32_t time) const;
 
     xcb_connection_t* connection_;
@@ -109,6 +116,9 @@ class XDisplay : public Display {
     bool hasRandr_ = false;
     bool hasWindowManager_ = false;
     Keyboard keyboard_;
+    NativeWindow* typedInto_ = nullptr;
+    CPoint caret_; ///< in it
+    std::unique_ptr<InputMethod> inputMethod_;
     std::map<xcb_window_t, NativeWindow*> windows_;
     xcb_cursor_t textCursor_ = XCB_NONE;
     std::deque<Event> ready_;

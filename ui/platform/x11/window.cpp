@@ -236,8 +236,15 @@ void NativeWindow::GiveKeyboardBack() {
     xcb_flush(c);
 }
 
-// Keys become text by the layout and the compose table alone; docs/dependencies.md says why.
-void NativeWindow::SetTextInput(const CRect* /*caret*/) {}
+void NativeWindow::SetTextInput(const CRect* caret) {
+    if (id_ == 0) return;
+    const SigpipeGuard guard;
+    if (caret != nullptr) {
+        display_.BeginTyping(*this, {caret->left, caret->bottom});
+    } else {
+        display_.EndTyping(*this);
+    }
+}
 
 void NativeWindow::SetCursor(unsigned cursor) {
     if (id_ == 0 || cursor == cursor_) return;
