@@ -7,7 +7,7 @@
 #include <cmath>
 #include <limits>
 #include <mutex>
-#include <set>
+#include <type_traits>
 
 namespace vocafade::lv2 {
 namespace {
@@ -15,16 +15,11 @@ namespace {
 /// How long a host may take to bring a value that the editor wrote back through the port.
 constexpr std::chrono::milliseconds kEcho{500};
 
-/// All instances of this copy of the library.
-struct Register {
-    std::mutex lock;
-    std::set<const void*> instances;
-};
-
-Register& Instances() {
-    static Register instances;
-    return instances;
-}
+// All instances of this copy of the library, one after the other. Nothing here is destroyed when the process ends:
+// a host may give back its last plug-in after that.
+constinit std::mutex registerLock;
+constinit Instance* newest = nullptr;
+static_assert(std::is_trivially_destructible_v<std::mutex>);
 
 } // namespace
 
@@ -33,18 +28,25 @@ Instance::Instance(double rate, const char* bundle, const LV2_URID_Map* map)
     agreed_.fill({std::numeric_limits<float>::quiet_NaN(), {}, {}});
     shown_->getAeffect()->user = this;
     shown_->open();
-    const std::lock_guard hold(Instances().lock);
-    Instances().instances.insert(this);
+    const std::lock_guard hold(registerLock);
+    older_ = newest;
+    newest = this;
 }
 
 Instance::~Instance() {
-    const std::lock_guard hold(Instances().lock);
-    Instances().instances.erase(this);
+    const std::lock_guard hold(registerLock);
+    Instance** place = &newest;
+    while (*place != this)
+        place = &(*place)->older_;
+    *place = older_;
 }
 
 Instance* Instance::Find(void* handle) {
-    const std::lock_guard hold(Instances().lock);
-    return Instances().instances.contains(handle) ? static_cast<Instance*>(handle) : nullptr;
+    const std::lock_guard hold(registerLock);
+    Instance* found = newest;
+    while (found != nullptr && found != handle)
+        found = found->older_;
+    return found;
 }
 
 VstIntPtr Instance::FromEffect(AEffect* effect, std::int32_t opcode, std::int32_t index, VstIntPtr, void*,

@@ -82,6 +82,7 @@ class Instance {
     std::array<Agreement, kParameterCount> agreed_{};
     std::uint32_t blocksSeen_ = 0;
     const LV2_URID_Map* map_;
+    Instance* older_ = nullptr; ///< in the register of all
 };
 
 } // namespace vocafade::lv2

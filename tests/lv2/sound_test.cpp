@@ -4,7 +4,9 @@
 #include "tests/support/temp_folder.h"
 
 #include <cmath>
+#include <cstdlib>
 #include <limits>
+#include <optional>
 
 namespace vocafade::test {
 namespace {
@@ -139,6 +141,17 @@ TEST_F(Lv2Sound, TwoInstancesKnowNothingOfEachOther) {
         other.RunBlock(441, &noise.left[i], &noise.right[i], &ignored.left[i], &ignored.right[i]);
     }
     EXPECT_EQ(out, Expected(song, {1, 0, 0, 400, 9000, 64}));
+}
+
+TEST_F(Lv2Sound, GoesEvenAfterTheLibrarysOwnThings) {
+    const auto endWithOneAlive = [] {
+        static Lv2Bundle late;
+        static std::optional<Lv2Plugin>
+            last; // given back in the reverse order, so after what it brings along
+        last.emplace(late);
+        std::exit(0); // NOLINT(concurrency-mt-unsafe): there is one thread
+    };
+    EXPECT_EXIT(endWithOneAlive(), ::testing::ExitedWithCode(0), "");
 }
 
 TEST_F(Lv2Sound, RefusesARateThatNoStreamHas) {
