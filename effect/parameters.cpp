@@ -73,7 +73,8 @@ float NormalizeWholeDisplayValue(std::int32_t index, float display) {
     const ParameterRange& row = ParameterRow(index);
     float normalised = std::clamp(NormalizeDisplayValue(index, display), 0.0f, 1.0f);
     const bool cut = row.taper == Taper::frequency || row.taper == Taper::even;
-    if (!cut || !std::isfinite(display)) return normalised;
+    // What is cut to 0 needs no step; the floats next to 0 are so many that to go through them takes too long.
+    if (!cut || !std::isfinite(display) || display < 1.0f) return normalised;
     const double wanted = std::min<double>(display, row.maximum);
     while ((row.maximum - row.minimum) * normalised + row.minimum < wanted)
         normalised = std::nextafter(normalised, 2.0f);

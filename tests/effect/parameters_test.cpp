@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "base/float_mode.h"
 #include "effect/avocafade.h"
 #include "tests/support/recording_host.h"
 #include "tests/support/temp_folder.h"
@@ -102,6 +103,8 @@ TEST(ParameterConversions, KeepWhatIsTypedWhole) {
         EXPECT_EQ(NormalizeWholeDisplayValue(index, kInfinity), 1.0f);
         EXPECT_EQ(NormalizeWholeDisplayValue(index, 1e9f), 1.0f);
         EXPECT_EQ(NormalizeWholeDisplayValue(index, -1e9f), 0.0f);
+        const AudioFloatMode mode; // in which 127 times a denormal is 0
+        EXPECT_EQ(NormalizeWholeDisplayValue(index, 1e-37f), 0.0f) << "not the end of a long way upwards";
     }
     EXPECT_FLOAT_EQ(NormalizeWholeDisplayValue(kParameterOutput, 0.0f), 0.49974987f);
     EXPECT_EQ(NormalizeWholeDisplayValue(kParameterOutput, 6.0f), 1.0f);
