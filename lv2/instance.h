@@ -10,7 +10,9 @@
 #include <lv2/state/state.h>
 #include <lv2/urid/urid.h>
 #include <memory>
+#include <mutex>
 #include <string>
+#include <thread>
 
 namespace vocafade::lv2 {
 
@@ -41,8 +43,9 @@ class Instance {
     Sound& sound() { return sound_; }
     /// [main-thread] The effect that is shown.
     AVocafade& shown() { return *shown_; }
-    /// [main-thread] Null for none. There is one editor at most.
-    void SetPortWriter(PortWriter* writer) { writer_ = writer; }
+    /// [main-thread] Null for none. There is one editor at most. While there is one, the effect that is shown is
+    /// this thread's alone.
+    void SetPortWriter(PortWriter* writer);
     const PortWriter* portWriter() const { return writer_; }
 
     /// [main-thread] Brings what the audio thread has met (ports, meters) to the effect that is shown.
@@ -51,10 +54,13 @@ class Instance {
     void FollowPort(std::int32_t parameter, float value);
 
     // State: state.cpp
-    /// [main-thread] The 64 programs as one chunk.
+    /// [any-thread] The 64 programs as one chunk; on another thread than the editor's as they were at its last idle.
     LV2_State_Status Save(LV2_State_Store_Function store, LV2_State_Handle handle);
-    /// [main-thread] The ports win over the current program of the chunk.
+    /// [any-thread] The ports win over the current program of the chunk. On another thread than the editor's it
+    /// counts from the editor's next idle.
     LV2_State_Status Restore(LV2_State_Retrieve_Function retrieve, LV2_State_Handle handle);
+    /// [main-thread] Takes over what another thread has restored, and lays out what it may save.
+    void ExchangeState();
 
   private:
     using Clock = std::chrono::steady_clock;
@@ -72,6 +78,16 @@ class Instance {
         Clock::time_point toldUntil; ///< until then the audio thread may still tell less than the host did
     };
 
+    /// The programs on their way between the editor's thread, which may change them at any time, and others.
+    struct Exchange {
+        std::mutex lock;             ///< never held while the host is called
+        std::thread::id panelThread; ///< of no thread while no editor is open
+        ProgramSet programs;
+        bool restored = false; ///< the effect that is shown does not have them yet
+    };
+
+    bool IsShownOurs() const; ///< as the next, with the lock held
+    void ExchangeHeld();
     void Agree(std::int32_t parameter, const Agreement& agreement);
     void FollowSound(std::int32_t parameter, float port);
 
@@ -81,6 +97,7 @@ class Instance {
     PortWriter* writer_ = nullptr;
     std::array<Agreement, kParameterCount> agreed_{};
     std::uint32_t blocksSeen_ = 0;
+    Exchange exchange_;
     const LV2_URID_Map* map_;
     Instance* older_ = nullptr; ///< in the register of all
 };

@@ -42,17 +42,14 @@ std::unique_ptr<Panel> Panel::Open(LV2UI_Write_Function write, LV2UI_Controller 
     void* parent = DataOf(features, LV2_UI__parent);
     if (instance == nullptr || parent == nullptr || write == nullptr || widget == nullptr) return nullptr;
     if (instance->portWriter() != nullptr) return nullptr;
+    // Where this returns without it, it closes what is open by then.
+    std::unique_ptr<Panel> panel(new Panel(*instance, write, controller, features));
     instance->FollowSound(); // the first picture shows what is heard
     CVocafadeEditor& editor = EditorOf(*instance);
-    const auto* map = static_cast<const LV2_URID_Map*>(DataOf(features, LV2_URID__map));
     const auto* options = static_cast<const LV2_Options_Option*>(DataOf(features, LV2_OPTIONS__options));
-    editor.setContentScale(ScaleAmong(options, map));
-    if (!editor.open(parent)) return nullptr;
+    editor.setContentScale(ScaleAmong(options, panel->map()));
+    if (!editor.open(parent) || editor.NativeWindow() == 0) return nullptr;
     *widget = reinterpret_cast<LV2UI_Widget>(editor.NativeWindow());
-    if (*widget == nullptr) {
-        editor.close();
-        return nullptr;
-    }
     const auto* resize = static_cast<const LV2UI_Resize*>(DataOf(features, LV2_UI__resize));
     const auto resizeHost = [resize](CSize size) {
         return resize != nullptr && resize->ui_resize(resize->handle, size.cx, size.cy) == 0;
@@ -61,7 +58,7 @@ std::unique_ptr<Panel> Panel::Open(LV2UI_Write_Function write, LV2UI_Controller 
     ERect* size = nullptr;
     editor.getRect(&size);
     resizeHost({size->right, size->bottom});
-    return std::unique_ptr<Panel>(new Panel(*instance, write, controller, features));
+    return panel;
 }
 
 Panel::Panel(Instance& instance, LV2UI_Write_Function write, LV2UI_Controller controller,
@@ -75,9 +72,9 @@ Panel::Panel(Instance& instance, LV2UI_Write_Function write, LV2UI_Controller co
 Panel::~Panel() {
     LetGo();
     if (!IsOfLivingInstance()) return;
-    instance_.SetPortWriter(nullptr);
     EditorOf(instance_).SetResizeHost(nullptr);
     EditorOf(instance_).close();
+    instance_.SetPortWriter(nullptr);
 }
 
 void Panel::PortEvent(std::uint32_t port, float value) {
@@ -86,6 +83,7 @@ void Panel::PortEvent(std::uint32_t port, float value) {
 
 void Panel::Idle() {
     if (!IsOfLivingInstance()) return;
+    instance_.ExchangeState();
     instance_.FollowSound();
     CVocafadeEditor& editor = EditorOf(instance_);
     editor.idle();

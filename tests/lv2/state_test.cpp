@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "effect/program.h"
-#include "tests/lv2/lv2_host.h"
+#include "tests/lv2/panel_host.h"
 #include "tests/support/temp_folder.h"
+#include "tests/support/x_server.h"
 
 #include <cstring>
 #include <limits>
@@ -111,6 +112,22 @@ TEST_F(Lv2State, ThePortsWinOverTheChunksCurrentProgram) {
     plugin.Deactivate();
     plugin.Activate();
     EXPECT_EQ(plugin.Run(Song()), Expected(Song(), {1, 0, 0, 400, 5000, 64})) << "it sounds as the ports say";
+}
+
+TEST_F(Lv2State, ComesBackOnAnotherThreadWhileTheEditorIsOpen) {
+    const XServer server;
+    XUser user;
+    Lv2Plugin plugin(bundle);
+    const Kept kept = Save(plugin);
+    ProgramSet programs = Programs(kept);
+    SetName(programs[7], "Choir");
+    PanelHost panel(user, plugin);
+    std::thread([&] {
+        EXPECT_EQ(Restore(plugin, From(programs, kept)), LV2_STATE_SUCCESS);
+        EXPECT_EQ(Programs(Save(plugin)), programs);
+    }).join();
+    panel.Idle();
+    EXPECT_EQ(Programs(Save(plugin)), programs);
 }
 
 TEST_F(Lv2State, RefusesWhatIsNoStateOfIts) {
