@@ -80,7 +80,7 @@ TEST_F(InputMethods, TypeNames) {
     const int home = method.caretX();
     Keys(method, {XK_End, XK_Right});
     EXPECT_GT(method.caretX(), home + 30) << "in the window's own pixels";
-    EXPECT_NEAR(method.caretY(), user.BoundsOf(Popup()).height / 2, 40);
+    EXPECT_NEAR(method.caretY(), user.BoundsOf(Popup()).height / 2.0, 40);
     user.Key(XK_Return);
     ASSERT_TRUE(Closes());
     EXPECT_EQ(SavedName(), "\x89\xCC!e") << "what cannot be stored was left out";
