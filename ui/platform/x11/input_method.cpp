@@ -23,6 +23,14 @@ constexpr std::chrono::seconds kLongestToConnect{3};
 /// uim-xim (1.8.8) crashes when a client names no locale, and the library names none.
 constexpr std::string_view kCrashing = "uim";
 
+/// The messages that have a meaning here. The library takes any reply for the one that it waits for, and calls what
+/// waits with the arguments of the other.
+constexpr std::array<std::uint8_t, 11> kExpected{
+    XCB_XIM_CONNECT_REPLY,       XCB_XIM_ERROR,         XCB_XIM_OPEN_REPLY,
+    XCB_XIM_SET_EVENT_MASK,      XCB_XIM_SYNC,          XCB_XIM_ENCODING_NEGOTIATION_REPLY,
+    XCB_XIM_CREATE_IC_REPLY,     XCB_XIM_FORWARD_EVENT, XCB_XIM_QUERY_EXTENSION_REPLY,
+    XCB_XIM_SET_IC_VALUES_REPLY, XCB_XIM_COMMIT};
+
 xcb_atom_t Atom(xcb_connection_t* c, std::string_view name, bool onlyIfKnown) {
     const auto size = static_cast<std::uint16_t>(name.size());
     const Reply<xcb_intern_atom_reply_t> answer(
@@ -151,9 +159,10 @@ bool InputMethod::Handle(xcb_generic_event_t* event) {
             *static_cast<const xcb_client_message_event_t*>(static_cast<const void*>(event));
         if (message.type == connecting_ && inbox_ == 0) inbox_ = message.window;
         if (message.type == protocol_) {
-            if (message.window != inbox_ || !IsWhole(message)) return true;
+            const std::uint8_t kind = message.window == inbox_ ? KindOf(message) : std::uint8_t{0};
+            if (std::find(kExpected.begin(), kExpected.end(), kind) == kExpected.end()) return true;
             // The library ends the connection by itself then, and says so to nobody.
-            if (message.format == 8 && message.data.data8[0] == XCB_XIM_ERROR && !opened_) gone_ = true;
+            if (kind == XCB_XIM_ERROR && !opened_) gone_ = true;
         }
     }
     const bool handled = xcb_xim_filter_event(im_, event);
@@ -161,14 +170,17 @@ bool InputMethod::Handle(xcb_generic_event_t* event) {
     return handled;
 }
 
-bool InputMethod::IsWhole(const xcb_client_message_event_t& message) const {
+std::uint8_t InputMethod::KindOf(const xcb_client_message_event_t& message) const {
+    if (message.format != 32) return message.data.data8[0];
     // The library copies as many bytes as the message says, and any client can send one.
-    if (message.format != 32) return true;
     const Reply<xcb_get_property_reply_t> there(xcb_get_property_reply(
         connection_,
-        xcb_get_property(connection_, 0, message.window, message.data.data32[1], XCB_ATOM_ANY, 0, 0),
+        xcb_get_property(connection_, 0, message.window, message.data.data32[1], XCB_ATOM_ANY, 0, 1),
         nullptr));
-    return there != nullptr && there->format == 8 && there->bytes_after == message.data.data32[0];
+    if (there == nullptr || there->format != 8 || there->value_len != 4 ||
+        there->value_len + there->bytes_after != message.data.data32[0])
+        return 0;
+    return *static_cast<const std::uint8_t*>(xcb_get_property_value(there.get()));
 }
 
 void InputMethod::Returned(const xcb_key_press_event_t& event) {

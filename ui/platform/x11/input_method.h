@@ -68,8 +68,8 @@ class InputMethod {
     /// Also asked behind keys: a server says nothing of a key that it keeps, but handles all in order.
     void TellCaret();
     void CaretTold();
-    /// Whether the library can be given this message.
-    bool IsWhole(const xcb_client_message_event_t& message) const;
+    /// Which message of the protocol it is; 0 when it is not there as it says.
+    std::uint8_t KindOf(const xcb_client_message_event_t& message) const;
     void Returned(const xcb_key_press_event_t& event);
     void Committed(std::string_view text, std::optional<std::uint32_t> keysym);
 
