@@ -27,20 +27,17 @@ PanelHost::PanelHost(XUser& someUser, Lv2Plugin& somePlugin, Offer offer, xcb_wi
       map_(offer.map) {
     ownsParent_ = parent == 0;
     if (ownsParent_) parent = user.MakeWindow(kX, kY, 477, 214);
-    const LV2UI_Touch touch{this, [](LV2UI_Feature_Handle handle, std::uint32_t port, bool held) {
-                                static_cast<PanelHost*>(handle)->touches.emplace_back(port, held);
-                            }};
-    static LV2UI_Resize resize; // features live as long as the editor
-    resize = {this, [](LV2UI_Feature_Handle handle, int width, int height) {
-                  static_cast<PanelHost*>(handle)->size = {width, height};
-                  return 0;
+    touch_ = {this, [](LV2UI_Feature_Handle handle, std::uint32_t port, bool held) {
+                  static_cast<PanelHost*>(handle)->touches.emplace_back(port, held);
               }};
-    static LV2UI_Touch lasting;
-    lasting = touch;
+    resize_ = {this, [](LV2UI_Feature_Handle handle, int width, int height) {
+                   static_cast<PanelHost*>(handle)->size = {width, height};
+                   return 0;
+               }};
     const LV2_Feature access{LV2_INSTANCE_ACCESS_URI, offer.instance};
     const LV2_Feature window{LV2_UI__parent, reinterpret_cast<void*>(static_cast<std::uintptr_t>(parent))};
-    const LV2_Feature touching{LV2_UI__touch, &lasting};
-    const LV2_Feature resizing{LV2_UI__resize, &resize};
+    const LV2_Feature touching{LV2_UI__touch, &touch_};
+    const LV2_Feature resizing{LV2_UI__resize, &resize_};
     const std::array<LV2_Options_Option, 2> options = Options(offer.scale);
     const LV2_Feature mapping{LV2_URID__map, map_};
     const LV2_Feature stating{LV2_OPTIONS__options, const_cast<LV2_Options_Option*>(options.data())};

@@ -64,6 +64,8 @@ class PanelHost : public PanelMouse<PanelHost, PanelPoint> {
     const LV2UI_Descriptor* descriptor_;
     LV2UI_Handle panel_ = nullptr;
     LV2_URID_Map* map_;
+    LV2UI_Touch touch_; // as long as the editor
+    LV2UI_Resize resize_;
     bool ownsParent_ = false;
 };
 
