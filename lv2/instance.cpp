@@ -67,15 +67,16 @@ void Instance::Write(std::int32_t parameter) {
     Agreement& agreement = agreed_[static_cast<std::size_t>(parameter)];
     agreement.port = PortValueOf(parameter, shown_->getParameter(parameter));
     agreement.writtenUntil = Clock::now() + kEcho;
-    writer_->TouchPort(parameter, true);
-    writer_->WritePort(parameter, agreement.port);
+    writer_->TouchPort(parameter, true); // over which the host may close the editor
+    if (writer_ != nullptr) writer_->WritePort(parameter, agreement.port);
 }
 
 void Instance::WriteWhatDiffers() {
     for (std::int32_t i = 0; i < kParameterCount; ++i) {
         if (Says(i, agreed_[static_cast<std::size_t>(i)].port, shown_->getParameter(i))) continue;
         Write(i);
-        if (writer_ != nullptr) writer_->TouchPort(i, false);
+        if (writer_ == nullptr) return;
+        writer_->TouchPort(i, false);
     }
 }
 

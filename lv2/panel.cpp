@@ -83,10 +83,12 @@ void Panel::PortEvent(std::uint32_t port, float value) {
 
 void Panel::Idle() {
     if (!IsOfLivingInstance()) return;
-    instance_.ExchangeState();
-    instance_.FollowSound();
-    CVocafadeEditor& editor = EditorOf(instance_);
+    Instance& instance = instance_;
+    instance.ExchangeState();
+    instance.FollowSound();
+    CVocafadeEditor& editor = EditorOf(instance);
     editor.idle();
+    if (!IsPanelOf(&instance, this)) return; // the host has closed it from inside a call of its own
     if (!editor.IsHeld()) LetGo();
 }
 

@@ -38,9 +38,11 @@ class Panel : private PortWriter {
     void WritePort(std::int32_t parameter, float value) override;
     void TouchPort(std::int32_t parameter, bool held) override;
     void LetGo();
-    bool IsOfLivingInstance() const {
-        return Instance::Find(&instance_) != nullptr && instance_.portWriter() == this;
+    /// Neither has to be alive.
+    static bool IsPanelOf(Instance* instance, const Panel* panel) {
+        return Instance::Find(instance) != nullptr && instance->portWriter() == panel;
     }
+    bool IsOfLivingInstance() const { return IsPanelOf(&instance_, this); }
 
     Instance& instance_;
     LV2UI_Write_Function write_;

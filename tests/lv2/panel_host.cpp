@@ -52,6 +52,7 @@ PanelHost::PanelHost(XUser& someUser, Lv2Plugin& somePlugin, Offer offer, xcb_wi
         auto* self = static_cast<PanelHost*>(controller);
         if (bytes != sizeof(float) || protocol != 0) throw std::runtime_error("no plain number was written");
         self->writes.emplace_back(port, *static_cast<const float*>(buffer));
+        if (self->fickle) self->Close();
         if (!self->deaf) self->plugin.controls[port] = *static_cast<const float*>(buffer);
     };
     LV2UI_Widget shown = nullptr;
@@ -84,8 +85,9 @@ void PanelHost::Close() {
 }
 
 void PanelHost::Idle() {
-    static_cast<const LV2UI_Idle_Interface*>(descriptor_->extension_data(LV2_UI__idleInterface))
-        ->idle(panel_);
+    if (IsOpen())
+        static_cast<const LV2UI_Idle_Interface*>(descriptor_->extension_data(LV2_UI__idleInterface))
+            ->idle(panel_);
 }
 
 void PanelHost::Tell(std::int32_t parameter, float value) {

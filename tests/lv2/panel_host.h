@@ -49,7 +49,8 @@ class PanelHost : public PanelMouse<PanelHost, PanelPoint> {
     Lv2Plugin& plugin;
     xcb_window_t parent = 0;
     xcb_window_t widget = 0;
-    bool deaf = false; ///< what the editor writes does not reach the ports
+    bool deaf = false;   ///< what the editor writes does not reach the ports
+    bool fickle = false; ///< it closes the editor as soon as that writes
     std::vector<std::pair<std::uint32_t, float>> writes;
     std::vector<std::pair<std::uint32_t, bool>> touches;
     std::pair<int, int> size{};

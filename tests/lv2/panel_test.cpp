@@ -208,8 +208,16 @@ TEST_F(Lv2Panel, OpensInAWindowOfAnotherVisual) {
     ASSERT_TRUE(panel->IsOpen());
     panel->Settle();
     EXPECT_TRUE(user.IsViewable(panel->widget));
-    panel->Press(kLoFreqFader);
+    panel->Click(kLoFreqFader);
     EXPECT_FALSE(panel->writes.empty());
+}
+
+TEST_F(Lv2Panel, MayBeClosedWhileItTellsTheHost) {
+    Open();
+    panel->fickle = true;
+    panel->Click(kLoFreqFader);
+    EXPECT_FALSE(panel->IsOpen());
+    EXPECT_EQ(panel->touches.back(), std::pair(kLoFreqPort, false));
 }
 
 TEST_F(Lv2Panel, OutlivesItsInstance) {
