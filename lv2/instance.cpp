@@ -67,7 +67,7 @@ void Instance::Write(std::int32_t parameter) {
     Agreement& agreement = agreed_[static_cast<std::size_t>(parameter)];
     agreement.port = PortValueOf(parameter, shown_->getParameter(parameter));
     agreement.writtenUntil = Clock::now() + kEcho;
-    writer_->TouchPort(parameter, true); // over which the host may close the editor
+    if (writer_ != nullptr) writer_->TouchPort(parameter, true); // over which the host may close the editor
     if (writer_ != nullptr) writer_->WritePort(parameter, agreement.port);
 }
 
