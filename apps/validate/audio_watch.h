@@ -3,12 +3,17 @@
 
 #include <cstdint>
 
+namespace vocafade::host {
+class SharedObject;
+}
+
 namespace vocafade::validate {
 
 /// What the calling thread did, between the construction and `Stop`, that an audio thread should not do: it
-/// used the heap, waited for a lock, slept or called the system for files. The program defines these
+/// used the heap, waited for a lock, slept or called the system for files. On Linux the program defines these
 /// functions in front of the C library's, so what a shared object calls is counted too. The sanitizers do the
-/// same, so with them everything stays 0.
+/// same, so with them everything stays 0. On Windows it puts its own functions into the table of what the plug-in
+/// imports, so the calls of that one DLL are counted, not those of others that it brings along.
 class AudioWatch {
   public:
     static constexpr double kLongLockWait = 0.05; ///< seconds
@@ -26,6 +31,9 @@ class AudioWatch {
 
         Counts& operator+=(const Counts& other);
     };
+
+    /// [main-thread] From now on the calls of this plug-in are counted, where that has to be arranged for each.
+    static void Prepare(const host::SharedObject& plugin);
 
     AudioWatch();
     ~AudioWatch();

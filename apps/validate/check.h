@@ -28,6 +28,8 @@ class Subject {
     const std::filesystem::path& path() const { return path_; }
     /// What everything random in a check starts from.
     std::uint32_t seed() const { return seed_; }
+    /// Whether the user asks for double precision.
+    bool doublePrecision() const { return doublePrecision_; }
     /// True when the double-precision entry is to be called: the effect promises it, or the user asks for it.
     bool CallsDoubles(const AEffect& effect) const {
         return effect.processDoubleReplacing != nullptr &&

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "apps/validate/notes.h"
-
 #include <cstddef>
 #include <string>
 
@@ -33,9 +31,5 @@ class GuardedMemory {
     void* data_;
     std::size_t slot_;
 };
-
-/// From now on a fatal signal first adds a finding to `notes`: which signal, and which guard page was touched
-/// if it was one. The process then dies as it would have.
-void InstallCrashReport(Notes& notes);
 
 } // namespace vocafade::validate

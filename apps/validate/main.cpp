@@ -2,6 +2,9 @@
 // Tries a VST 2.4 plug-in in every way that hosts and faults know, and prints what it tried and what failed.
 // See docs/validation.md.
 #include "apps/validate/check_process.h"
+#include "apps/validate/child.h"
+#include "apps/validate/surroundings.h"
+#include "base/path.h"
 
 #include <CLI/App.hpp>
 #include <CLI/Config.hpp>
@@ -13,6 +16,7 @@
 
 namespace {
 
+using namespace vocafade;
 using namespace vocafade::validate;
 namespace fs = std::filesystem;
 
@@ -26,6 +30,9 @@ struct Options {
     bool list = false;
     bool quiet = false;
     bool verbose = false;
+#if defined(_WIN32)
+    std::uintptr_t notes = 0; ///< of the program that started this one to carry one check out; 0 for none
+#endif
 };
 
 void AddOptions(CLI::App& app, Options& options) {
@@ -52,6 +59,9 @@ void AddOptions(CLI::App& app, Options& options) {
     app.add_flag("--list", options.list, "show the checks and end");
     app.add_flag("-q,--quiet", options.quiet, "show only what failed");
     app.add_flag("-v,--verbose", options.verbose, "show figures too, and what the plug-in wrote");
+#if defined(_WIN32)
+    app.add_option("--carry-out", options.notes)->group(""); // nobody else's
+#endif
 }
 
 std::string Printable(std::string text) {
@@ -108,7 +118,7 @@ bool IsWanted(const Check& check, const Options& options) {
 
 int Run(const Options& options, const fs::path& plugin) {
     Subject subject(plugin, options.seed, options.doublePrecision);
-    if (!options.quiet) fmt::print("{} at level {}\n", Printable(plugin.string()), options.level);
+    if (!options.quiet) fmt::print("{} at level {}\n", Printable(TextOf(plugin)), options.level);
     int checks = 0;
     int failed = 0;
     int skipped = 0;
@@ -140,15 +150,7 @@ int Run(const Options& options, const fs::path& plugin) {
 /// the user's, which go when this does.
 class OwnSettings {
   public:
-    OwnSettings() : folder_((fs::temp_directory_path() / "vocafade-validate-XXXXXX").string()) {
-        if (::mkdtemp(folder_.data()) == nullptr) throw std::runtime_error("no temporary folder can be made");
-        const char* home = std::getenv("HOME"); // NOLINT(concurrency-mt-unsafe): there is one thread
-        if (home != nullptr) Set("XAUTHORITY", std::string(home) + "/.Xauthority", 0); // the display's key
-        Set("HOME", folder_);
-        Set("XDG_CONFIG_HOME", folder_ + "/config");
-        Set("XDG_DATA_HOME", folder_ + "/data");
-        Set("XDG_CACHE_HOME", folder_ + "/cache");
-    }
+    OwnSettings() { KeepSettingsIn(folder_); }
     ~OwnSettings() {
         std::error_code ignored;
         fs::remove_all(folder_, ignored);
@@ -157,12 +159,18 @@ class OwnSettings {
     OwnSettings& operator=(const OwnSettings&) = delete;
 
   private:
-    static void Set(const char* name, const std::string& value, int overwrite = 1) {
-        ::setenv(name, value.c_str(), overwrite); // NOLINT(concurrency-mt-unsafe): there is one thread
-    }
-
-    std::string folder_;
+    fs::path folder_ = MakeOwnFolder();
 };
+
+#if defined(_WIN32)
+/// What `Child` started this for.
+int CarryOut(const Options& options) {
+    Subject subject(PathOf(options.plugin), options.seed, options.doublePrecision);
+    for (const Check* check : Checks())
+        if (IsWanted(*check, options)) return LiveAsChild(*check, subject, options.notes);
+    return EXIT_FAILURE;
+}
+#endif
 
 int ParseAndRun(int argumentCount, char** arguments) {
     Options options;
@@ -170,9 +178,12 @@ int ParseAndRun(int argumentCount, char** arguments) {
         "Tries a VST 2.4 plug-in in the ways that hosts use and faults take, each in a process of its own "
         "and with\nsettings folders of its own. Faults fail a check; remarks and figures do not.");
     app.get_formatter()->column_width(30);
+    app.allow_windows_style_options(false); // paths begin with a slash
     AddOptions(app, options);
     try {
-        app.parse(argumentCount, arguments);
+        std::vector<std::string> words = Arguments(argumentCount, arguments);
+        std::reverse(words.begin(), words.end()); // as it takes them
+        app.parse(words);
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? EXIT_SUCCESS : 2;
     }
@@ -181,9 +192,12 @@ int ParseAndRun(int argumentCount, char** arguments) {
             fmt::print("level {:>2}  {:<20} {}\n", check->level, check->name, check->summary);
         return EXIT_SUCCESS;
     }
+#if defined(_WIN32)
+    if (options.notes != 0) return CarryOut(options);
+#endif
     const OwnSettings settings;
-    fs::path plugin = options.plugin;
-    if (plugin.empty()) plugin = fs::read_symlink("/proc/self/exe").parent_path() / "Vocafade.vst";
+    fs::path plugin = PathOf(options.plugin);
+    if (plugin.empty()) plugin = ProgramFolder() / "Vocafade.vst";
     return Run(options, fs::absolute(plugin));
 }
 

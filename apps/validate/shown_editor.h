@@ -31,6 +31,9 @@ class ShownEditor {
     bool opened() const { return opened_; }
 
   private:
+    /// What a host's event loop does, until nothing is left.
+    void HandleEvents();
+
     Instance& effect_;
     int width_ = 0;
     int height_ = 0;

@@ -5,6 +5,13 @@
 
 namespace vocafade::validate {
 
+/// How fine `ThreadSeconds` is, in seconds: on Windows it goes on by ticks.
+#if defined(_WIN32)
+inline constexpr double kThreadTick = 0.0157;
+#else
+inline constexpr double kThreadTick = 0.0;
+#endif
+
 /// Processor time of the calling thread in seconds: what others do on the machine does not count.
 inline double ThreadSeconds() {
     timespec time{};

@@ -4,7 +4,9 @@
 #include <array>
 #include <cstdio>
 #include <string>
+#if !defined(_WIN32)
 #include <sys/wait.h>
+#endif
 
 namespace vocafade::test {
 
@@ -14,16 +16,26 @@ struct Finished {
     std::string output; ///< both of its outputs
 };
 
+#if defined(_WIN32)
+inline std::FILE* OpenPipe(const char* command) { return ::_popen(command, "r"); }
+inline int ClosePipe(std::FILE* pipe) { return ::_pclose(pipe); }
+#else
+inline std::FILE* OpenPipe(const char* command) { return ::popen(command, "r"); }
+inline int ClosePipe(std::FILE* pipe) {
+    const int status = ::pclose(pipe);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+#endif
+
 /// Runs a shell command to its end.
 inline Finished RunCommand(const std::string& command) {
     Finished finished{-1, {}};
-    std::FILE* pipe = ::popen((command + " 2>&1").c_str(), "r");
+    std::FILE* pipe = OpenPipe((command + " 2>&1").c_str());
     if (pipe == nullptr) return finished;
     std::array<char, 4096> bytes;
     for (std::size_t count = 0; (count = std::fread(bytes.data(), 1, bytes.size(), pipe)) > 0;)
         finished.output.append(bytes.data(), count);
-    const int status = ::pclose(pipe);
-    if (WIFEXITED(status)) finished.status = WEXITSTATUS(status);
+    finished.status = ClosePipe(pipe);
     return finished;
 }
 

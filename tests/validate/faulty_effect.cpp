@@ -11,11 +11,15 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
-#include <fcntl.h>
-#include <pthread.h>
 #include <string>
 #include <string_view>
+#if defined(_WIN32)
+#include <windows.h>
+#else
+#include <fcntl.h>
+#include <pthread.h>
 #include <unistd.h>
+#endif
 
 namespace {
 
@@ -41,6 +45,32 @@ float sharedGain = 0.5f;
 Faulty& Self(AEffect* effect) { return *static_cast<Faulty*>(effect->object); }
 
 void OnSignal(int) {}
+
+#if defined(_WIN32)
+constexpr int kSignal = SIGTERM;
+void LoseDescriptor() {
+    for (int i = 0; i < 5; ++i) // of which the validator leaves four to the compiler's libraries
+        ::CreateFileW(L"NUL", GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr);
+}
+void LoseThreadKey() { ::FlsAlloc(nullptr); }
+void SleepShortly() { ::Sleep(1); }
+#define VOCAFADE_EXPORTED __declspec(dllexport)
+#else
+constexpr int kSignal = SIGUSR1;
+void LoseDescriptor() { [[maybe_unused]] const int lost = ::open("/dev/null", O_RDONLY); }
+void LoseThreadKey() {
+    pthread_key_t lost = 0;
+    ::pthread_key_create(&lost, nullptr);
+}
+void SleepShortly() { ::usleep(1); }
+#define VOCAFADE_EXPORTED __attribute__((visibility("default")))
+#endif
+
+/// Touches what is no address on any system.
+void Crash() {
+    volatile std::uintptr_t nowhere = std::uintptr_t{1} << 62;
+    *reinterpret_cast<volatile int*>(nowhere) = 1;
+}
 
 double ThreadSeconds() {
     timespec time{};
@@ -68,21 +98,17 @@ VstIntPtr Dispatch(AEffect* effect, std::int32_t opcode, std::int32_t index, Vst
     Faulty& self = Self(effect);
     switch (opcode) {
     case effOpen:
-        if (Has("signal-handler")) std::signal(SIGUSR1, OnSignal);
-        if (Has("leaks-descriptor")) [[maybe_unused]]
-            const int lost = ::open("/dev/null", O_RDONLY);
-        if (Has("leaks-key")) {
-            pthread_key_t lost = 0;
-            ::pthread_key_create(&lost, nullptr);
-        }
+        if (Has("signal-handler")) std::signal(kSignal, OnSignal);
+        if (Has("leaks-descriptor")) LoseDescriptor();
+        if (Has("leaks-key")) LoseThreadKey();
         if (Has("leaks-memory")) [[maybe_unused]]
             void* volatile lost = std::malloc(4000);
         return 0; // NOLINT(clang-analyzer-unix.Malloc): the leak is the fault
     case effClose:
         if (Has("hangs"))
             while (true)
-                ::pause();
-        if (Has("crashes-at-close")) std::raise(SIGSEGV);
+                SleepShortly();
+        if (Has("crashes-at-close")) Crash();
         delete &self;
         return 1;
     case effGetParamName:
@@ -120,12 +146,12 @@ void Misbehave(Faulty& self, float** in, float** out, std::int32_t frames) {
         void* volatile memory = std::malloc(static_cast<std::size_t>(frames) + 1);
         std::free(memory);
     }
-    if (Has("sleeps")) ::usleep(1);
+    if (Has("sleeps")) SleepShortly();
     if (Has("prints")) std::fputs("busy\n", stderr);
     if (Has("writes-inputs") && frames > 0) in[0][0] = 0.0f;
     if (Has("writes-behind") && frames > 0) out[1][frames] = 0.0f;
     if (Has("reads-in-front") && frames > 0) self.memory = in[0][-1];
-    if (Has("crashes-at-empty-block") && frames == 0) std::raise(SIGSEGV);
+    if (Has("crashes-at-empty-block") && frames == 0) Crash();
     if (Has("races")) sharedGain = self.state.gain;
     if (Has("throws")) throw std::string("no");
 }
@@ -166,7 +192,7 @@ float GetParameter(AEffect* effect, std::int32_t index) {
 
 } // namespace
 
-extern "C" __attribute__((visibility("default"))) AEffect* VSTPluginMain(audioMasterCallback host) {
+extern "C" VOCAFADE_EXPORTED AEffect* VSTPluginMain(audioMasterCallback host) {
     if (host(nullptr, audioMasterVersion, 0, 0, nullptr, 0.0f) == 0) return nullptr;
     auto* self = new Faulty;
     AEffect& effect = self->effect;

@@ -3,6 +3,7 @@
 #include "tests/support/run_command.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <gtest/gtest.h>
 
 namespace vocafade::test {
@@ -15,10 +16,28 @@ struct Case {
 };
 
 Finished Validate(const std::string& arguments) {
-    return RunCommand(std::string(VOCAFADE_VALIDATE) + " " + arguments);
+    return RunCommand(std::filesystem::path(VOCAFADE_VALIDATE).make_preferred().string() + " " + arguments);
 }
 
-std::string Fake(const std::string& fault) { return std::string(FAULTY_FOLDER) + "/faulty-" + fault + ".so"; }
+#if defined(_WIN32)
+constexpr char kSuffix[] = ".dll";
+constexpr char kNoPlugin[] = "Z:/etc/passwd";
+constexpr char kHandlesLeft[] = "handles, windows and drawing objects are left over";
+constexpr char kHandlerChanged[] = "signal 15 has another handler";
+constexpr char kInvalidMemory[] = "access violation";
+constexpr char kSlept[] = "(Sleep)";
+#else
+constexpr char kSuffix[] = ".so";
+constexpr char kNoPlugin[] = "/etc/passwd";
+constexpr char kHandlesLeft[] = "file descriptors are left over";
+constexpr char kHandlerChanged[] = "signal 10 has another handler";
+constexpr char kInvalidMemory[] = "SIGSEGV";
+constexpr char kSlept[] = "(usleep)";
+#endif
+
+std::string Fake(const std::string& fault) {
+    return std::string(FAULTY_FOLDER) + "/faulty-" + fault + kSuffix;
+}
 
 class Validator : public ::testing::TestWithParam<Case> {};
 
@@ -43,8 +62,8 @@ constexpr Case kCases[] = {
     {"forgets-state", "state", "after it was restored"},
     {"throws", "sound", "threw an exception"},
     {"leaks-key", "loading", "thread-local keys are left over"},
-    {"leaks-descriptor", "loading", "file descriptors are left over"},
-    {"signal-handler", "manners", "signal 10 has another handler"},
+    {"leaks-descriptor", "loading", kHandlesLeft},
+    {"signal-handler", "manners", kHandlerChanged},
 #ifndef VOCAFADE_SANITIZED // the sanitizers stop at these by themselves, in words of their own
     {"allocates", "audio-thread", "allocated memory"},
     {"leaks-memory", "loading", "bytes of the heap are lost"},
@@ -53,8 +72,8 @@ constexpr Case kCases[] = {
     {"reads-in-front", "guard-pages", "reached in front of input 1"},
     {"trusts-state", "damaged-state", "reached behind the saved state"},
     {"crashes-at-close", "descriptor", "while closing it"},
-    {"crashes-at-empty-block", "blocks", "SIGSEGV"},
-    {"sleeps", "audio-thread", "(usleep)"},
+    {"crashes-at-empty-block", "blocks", kInvalidMemory},
+    {"sleeps", "audio-thread", kSlept},
     {"prints", "audio-thread", "called for files"},
     {"slow", "timing", "of the time there is"},
 #elif defined(__SANITIZE_ADDRESS__)
@@ -92,7 +111,7 @@ TEST(ValidatorItself, AnswersForItsCommandLine) {
     EXPECT_EQ(Validate("--only soundd " + Fake("none")).status, 2);
     EXPECT_NE(Validate("--only soundd " + Fake("none")).output.find("soundd"), std::string::npos);
     EXPECT_EQ(Validate("--only descriptor /nowhere.so").status, 1);
-    const Finished notOne = Validate("--only descriptor /etc/passwd");
+    const Finished notOne = Validate(std::string("--only descriptor ") + kNoPlugin);
     EXPECT_EQ(notOne.status, 1);
     EXPECT_NE(notOne.output.find("cannot be loaded"), std::string::npos) << notOne.output;
     EXPECT_NE(Validate("--list").output.find("hostile-samples"), std::string::npos);

@@ -28,7 +28,7 @@ void ShowOnce(Instance& effect, Report& report, int round) {
     editor->Idle(2);
     report.Trying("closing the editor, round {}", round);
     if (!editor->parent().isAlive())
-        report.Fault("the editor breaks its host's own connection to the display");
+        report.Fault("the editor breaks its host's own window or connection to the display");
     editor.reset();
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // A user at the X server that Wine shows the windows on; `windows_user`, which started this program, is his hands and
 // eyes there. The host's windows are this program's own.
+#include "apps/validate/win32/handles.h"
 #include "base/path.h"
 #include "tests/support/process_counts.h"
 #include "tests/support/x_server.h"
@@ -93,13 +94,7 @@ std::vector<HWND> Collect(Enumerate enumerate) {
 
 } // namespace
 
-std::size_t OpenFiles() {
-    DWORD handles = 0;
-    ::GetProcessHandleCount(::GetCurrentProcess(), &handles);
-    // Wine does not count these; Windows does.
-    return handles + ::GetGuiResources(::GetCurrentProcess(), GR_GDIOBJECTS) +
-           ::GetGuiResources(::GetCurrentProcess(), GR_USEROBJECTS);
-}
+std::size_t OpenFiles() { return static_cast<std::size_t>(validate::CountHandles()); }
 
 std::size_t Threads() {
     const HANDLE all = ::CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
