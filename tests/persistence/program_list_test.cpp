@@ -145,10 +145,12 @@ TEST_F(ProgramList, WrongListsChangeNothing) {
 
 TEST_F(ProgramList, FilesAreFoundAsTheirOldSystemFoundThem) {
     EXPECT_EQ(ProgramFilePath(kProgramFileFolder, "Hall"), "D:\\VSTEFX\\EFX\\Delay\\\\Hall.PGM");
-    const std::string folder = folder_.path().string();
+    const std::string folder = folder_.path().generic_string();
     EXPECT_EQ(ProgramFilePath(folder, "Hall"), folder + "/Hall.PGM");
     WriteFile(folder_ / "HALL.pgm", "x");
+#if !defined(_WIN32) // where both are the same
     EXPECT_EQ(ProgramFilePath(folder, "Hall"), folder + "/HALL.pgm");
+#endif
     WriteFile(folder_ / "Hall.PGM", "x");
     EXPECT_EQ(ProgramFilePath(folder, "Hall"), folder + "/Hall.PGM") << "the exact name first";
     WriteFile(folder_ / "\xE3\x82\xBD.PGM", "x");

@@ -15,6 +15,11 @@
 
 namespace vocafade::test {
 
+/// The path that a text in UTF-8 names. (On Linux any bytes.)
+inline std::filesystem::path PathOfUtf8(const std::string& text) {
+    return std::u8string(text.begin(), text.end());
+}
+
 /// A folder of a test's own, gone with its content at the end of the scope.
 class TempFolder {
   public:
@@ -33,19 +38,22 @@ class TempFolder {
     TempFolder& operator=(const TempFolder&) = delete;
 
     const std::filesystem::path& path() const { return path_; }
-    std::string operator/(const std::string& name) const { return (path_ / name).generic_string(); }
+    std::string operator/(const std::string& name) const {
+        const std::u8string path = (path_ / PathOfUtf8(name)).generic_u8string();
+        return {path.begin(), path.end()};
+    }
 
   private:
     std::filesystem::path path_;
 };
 
 inline std::string ReadFile(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
+    std::ifstream file(PathOfUtf8(path), std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
 inline void WriteFile(const std::string& path, const std::string& content) {
-    std::ofstream(path, std::ios::binary) << content;
+    std::ofstream(PathOfUtf8(path), std::ios::binary) << content;
 }
 
 /// The names in a folder, hidden ones too.

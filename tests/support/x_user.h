@@ -117,7 +117,10 @@ class XUser {
     /// Waits until the server has handled all that any client has sent so far, and has sent the answers.
     void Sync();
 
-#if !defined(_WIN32)
+#if defined(_WIN32)
+    /// Changes the keyboard to one with AltGr and dead keys.
+    void TakeGermanKeyboard();
+#else
     /// For what one test alone asks of the server.
     xcb_connection_t* connection() { return connection_; }
     xcb_atom_t Atom(std::string_view name);

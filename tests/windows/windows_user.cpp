@@ -11,6 +11,7 @@
 #include <array>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <fstream>
 #include <iostream>
@@ -49,6 +50,8 @@ void Do(XUser& user, std::istream& request, const std::string& look) {
     if (verb == "up") user.KeyUp(keysym);
     if (verb == "key") user.Key(keysym);
     if (verb == "add") user.AddKeys(std::vector<xcb_keysym_t>(numbers, numbers + 3));
+    if (verb == "german" && std::system("setxkbmap de") != 0) // NOLINT(concurrency-mt-unsafe): one thread
+        throw std::runtime_error("setxkbmap fails");
     if (verb == "look") Leave(user.Look(user.Root(), numbers[0], numbers[1], numbers[2], numbers[3]), look);
     user.Sync();
 }

@@ -30,7 +30,7 @@ bool LoadUseAndUnload(const std::filesystem::path& path, bool editor) {
     return shown && HasGraphicsDriver();
 }
 
-constexpr unsigned kDenormals = 0x8040; // flush to zero, denormals are zero
+constexpr unsigned kDenormalBits = 0x8040; // flush to zero, denormals are zero
 
 /// How this thread computes, without the flags of past exceptions; 0 where that is not known.
 unsigned FloatMode() {
@@ -52,7 +52,7 @@ void Compare(const Manners& before, const char* when, Report& report) {
         if (before.traits[i].value != after.traits[i].value)
             report.Fault("{} {}", when, after.traits[i].whenChanged);
     const unsigned changed = before.floatMode ^ after.floatMode;
-    if ((changed & ~kDenormals) != 0)
+    if ((changed & ~kDenormalBits) != 0)
         report.Fault("{} the rounding or the exceptions of floating point have changed", when);
     else if (changed != 0)
         report.Remark("{} the treatment of denormals has changed", when);

@@ -26,24 +26,14 @@ namespace {
 }
 
 /// Notes that this process and its children see.
-class SharedNotes {
-  public:
-    SharedNotes() {
-        constexpr int kAccess = PROT_READ | PROT_WRITE;
-        constexpr int kKind = MAP_SHARED | MAP_ANONYMOUS;
-        // cppcheck-suppress invalidFunctionArg ; no file is mapped, which -1 says
-        void* memory = ::mmap(nullptr, sizeof(Notes), kAccess, kKind, -1, 0);
-        if (memory == MAP_FAILED) ThrowSystemError("no shared memory");
-        notes_ = new (memory) Notes;
-    }
-    ~SharedNotes() { ::munmap(notes_, sizeof(Notes)); }
-    SharedNotes(const SharedNotes&) = delete;
-    SharedNotes& operator=(const SharedNotes&) = delete;
-    Notes& operator*() const { return *notes_; }
-
-  private:
-    Notes* notes_;
-};
+Notes* MakeSharedNotes() {
+    constexpr int kAccess = PROT_READ | PROT_WRITE;
+    constexpr int kKind = MAP_SHARED | MAP_ANONYMOUS;
+    // cppcheck-suppress invalidFunctionArg ; no file is mapped, which -1 says
+    void* memory = ::mmap(nullptr, sizeof(Notes), kAccess, kKind, -1, 0);
+    if (memory == MAP_FAILED) ThrowSystemError("no shared memory");
+    return new (memory) Notes;
+}
 
 /// What the child does from its first moment to its last.
 [[noreturn]] void LiveAsChild(const Check& check, Subject& subject, Notes& notes, int output) {
@@ -65,6 +55,11 @@ class SharedNotes {
 } // namespace
 
 struct Child::Process {
+    Process() = default;
+    ~Process() { ::munmap(notes, sizeof(Notes)); }
+    Process(const Process&) = delete;
+    Process& operator=(const Process&) = delete;
+
     /// Takes what is there; waits at most `milliseconds` for the first of it.
     void TakeOutput(int milliseconds) {
         pollfd readable{output, POLLIN, 0};
@@ -79,7 +74,7 @@ struct Child::Process {
         }
     }
 
-    SharedNotes notes;
+    Notes* notes = MakeSharedNotes();
     pid_t id = -1;
     int output = -1;
     int status = 0;

@@ -208,6 +208,7 @@ bool XUser::IsViewable(xcb_window_t window) {
 }
 
 XUser::Bounds XUser::BoundsOf(xcb_window_t window) {
+    if (window == Root()) return {0, 0, ::GetSystemMetrics(SM_CXSCREEN), ::GetSystemMetrics(SM_CYSCREEN)};
     Sync();
     RECT client{};
     POINT place{};
@@ -271,6 +272,8 @@ void XUser::AddKeys(const std::vector<xcb_keysym_t>& keysyms) {
     std::copy_n(keysyms.begin(), std::min<std::size_t>(3, keysyms.size()), three);
     AskFor("add", three[0], three[1], three[2]);
 }
+
+void XUser::TakeGermanKeyboard() { AskFor("german"); }
 
 void XUser::Type(std::string_view text) {
     for (const char character : text)
