@@ -57,6 +57,7 @@ void SleepShortly() { ::Sleep(1); }
 #define VOCAFADE_EXPORTED __declspec(dllexport)
 #else
 constexpr int kSignal = SIGUSR1;
+// cppcheck-suppress resourceLeak // that is its fault
 void LoseDescriptor() { [[maybe_unused]] const int lost = ::open("/dev/null", O_RDONLY); }
 void LoseThreadKey() {
     pthread_key_t lost = 0;
