@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The plug-in in a Windows host's hands: loaded and freed, opened and closed, on several threads, and its looks.
+// The plug-in in a Windows host's hands: its editor opened and closed, on several threads, and its looks.
 #include "base/path.h"
 #include "host/library.h"
 #include "tests/editor/panel_picture.h"
@@ -18,32 +18,6 @@ namespace {
 
 using EntryPoint = AEffect* (*)(audioMasterCallback);
 using Windows = EditorTest;
-
-TEST_F(Windows, LoadsAndFreesThePlugInAHundredTimes) {
-    std::size_t handles = 0;
-    for (int round = 0; round < 100; ++round) {
-        void* library = host::OpenLibrary(PathOf(VOCAFADE_PLUGIN));
-        const auto entry = reinterpret_cast<EntryPoint>(host::FindInLibrary(library, "VSTPluginMain"));
-        const xcb_window_t parent = user.MakeWindow(20, 30, 477, 214);
-        AEffect* effect = entry(SilentHost);
-        effect->dispatcher(effect, effOpen, 0, 0, nullptr, 0.0f);
-        void* const window = reinterpret_cast<void*>(static_cast<std::uintptr_t>(parent));
-        ASSERT_NE(effect->dispatcher(effect, effEditOpen, 0, 0, window, 0.0f), 0) << round;
-        effect->dispatcher(effect, effEditIdle, 0, 0, nullptr, 0.0f);
-        user.Sync();
-        effect->dispatcher(effect, effClose, 0, 0, nullptr, 0.0f); // with its editor open
-        user.DestroyWindow(parent);
-        host::CloseLibrary(library);
-        ASSERT_EQ(::GetModuleHandleW(L"Vocafade.dll"), nullptr) << "it stays in memory, round " << round;
-        if (round == 9) handles = OpenFiles();
-    }
-    // The thread library that is linked in keeps four each time.
-    EXPECT_LE(OpenFiles(), handles + 90 * 4 + 5);
-    // Each thread's own storage has a number, of which a process has 1088.
-    const DWORD next = ::TlsAlloc();
-    EXPECT_LT(next, 100U);
-    ::TlsFree(next);
-}
 
 TEST_F(Windows, OpensAndClosesTheEditorAHundredTimes) {
     HostedEditor editor(user);
