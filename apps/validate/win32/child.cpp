@@ -12,16 +12,17 @@
 #include <windows.h>
 
 namespace vocafade::validate {
+
+struct CloseHandleOf {
+    void operator()(HANDLE handle) const { ::CloseHandle(handle); }
+};
+using Handle = std::unique_ptr<void, CloseHandleOf>;
+
 namespace {
 
 /// A process that ends with more than this was ended by an exception of that number.
 constexpr DWORD kFirstException = 0xC0000000;
 constexpr DWORD kPeriod = 20; // milliseconds
-
-struct Closes {
-    void operator()(HANDLE handle) const { ::CloseHandle(handle); }
-};
-using Handle = std::unique_ptr<void, Closes>;
 
 /// Throws for the system's last error unless `well`.
 void Need(bool well, const char* what) {
