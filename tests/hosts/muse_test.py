@@ -4,8 +4,9 @@
 import sys
 import xml.etree.ElementTree as xml
 
-from support import (CURRENT, NAMES, NO_CLOCK, NO_SEQUENCER, PROGRAMS, RATE, HostTest, end_group, main, pack_as_qt,
+from support import (CURRENT, IDENTIFIER, NAMES, NO_CLOCK, NO_SEQUENCER, PROGRAMS, HostTest, pack_as_qt,
                      unpack_as_qt)
+from alone import RATE, end, main
 
 CONFIG = """<?xml version="1.0"?>
 <muse version="3.3"><configuration><showDidYouKnow>0</showDidYouKnow></configuration></muse>
@@ -31,19 +32,18 @@ class MusE(HostTest):
     def test_scanner_describes_the_plug_in(self):
         notes = self.work / "notes"
         notes.touch()
-        self.run_program(["muse_plugin_scan", "-t", 255, "-f", self.plugin, "-o", notes])
+        self.run_program("muse_plugin_scan", "-t", 255, "-f", self.plugin, "-o", notes)
         plugin = xml.parse(notes).getroot().find("plugin")
-        expected = {"name": "Vocafade", "maker": "VELMORAX Co.,Ltd.", "uniqueID": str(0x56666451), "inports": "2",
+        expected = {"name": "Vocafade", "maker": "VELMORAX Co.,Ltd.", "uniqueID": str(IDENTIFIER), "inports": "2",
                     "outports": "2", "ctlInports": "6", "apiVersionMajor": "2400"}
         self.assertEqual({key: plugin.findtext(key) for key in expected}, expected)
 
     def open_and_save(self):
         """What MusE saves of the song: its 64 programs, and the values by their names."""
         def start():
-            process = self.start(["muse", "-a", self.song], "muse.log", LD_PRELOAD=f"{NO_CLOCK} {NO_SEQUENCER}",
-                                 QT_QPA_PLATFORM="xcb", LXVST_PATH=str(self.plugin.parent.parent))
-            return process, self.wait_for("MusE's window", lambda: self.windows("MusE Project: song"), timeout=30,
-                                          process=process)[-1]
+            process = self.start("muse", "-a", self.song, LD_PRELOAD=f"{NO_CLOCK} {NO_SEQUENCER}", QT_QPA_PLATFORM="xcb",
+                                 LXVST_PATH=str(self.plugin.parent.parent))
+            return process, self.wait_for("MusE's window", lambda: self.windows("MusE Project: song"), 30, process)[-1]
 
         process, window = self.start_up("MusE", start)
 
@@ -54,7 +54,7 @@ class MusE(HostTest):
 
         before = self.song.stat().st_mtime_ns
         self.wait_for("the saved song", saved, process=process)
-        end_group(process)
+        end(process)
         plugin = xml.parse(self.song).getroot().find(".//plugin[@label='Vocafade']")
         controls = {control.get("name"): float(control.get("val")) for control in plugin.findall("control")}
         return unpack_as_qt(plugin.findtext("customData")), controls
@@ -72,7 +72,7 @@ class MusE(HostTest):
             programs, saved = self.open_and_save()
             print(f"    turn {turn}: {saved}", file=sys.stderr)
             self.assertEqual(list(saved), list(NAMES))
-            self.assert_programs(programs, list(saved.values()), PROGRAMS, CURRENT)
+            self.assert_programs(programs, list(saved.values()), PROGRAMS)
 
 
 if __name__ == "__main__":

@@ -1,79 +1,80 @@
 # SPDX-License-Identifier: MIT
 """`vocafade play` on PulseAudio's server with a sink that is no device, recorded from its monitor."""
 
-import array
 import os
 import signal
 import time
 
-from support import COMMAND, RATE, Late, SoundTest, frames_of, main, needs, noise, patiently, runs_in, write_wav
+import numpy as np
+from support import Terminal, needs, runs_in
+from alone import COMMAND, RATE, AloneTest, Late, first_sound, main, noise, patiently, read_wav, write_wav
 
-LATENCY = 1707
 BLEND = RATE // 100  # frames of a blend
 LEFT, RIGHT, FAR_RIGHT = "\033[D", "\033[C", "\033[1;2C"
 
 
-class Play(SoundTest):
+class Play(AloneTest):
     def setUp(self):
         super().setUp()
         self.start_server()
 
     def start_server(self):
         self.server = self.start(
-            ["pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1", "--use-pid-file=no", "--disable-shm",
-             "-L", "module-native-protocol-unix",
-             "-L", f"module-null-sink sink_name=null rate={RATE} format=float32le channels=2"], "pulseaudio")
-        self.wait_for("the server", lambda: self.run_command("pactl", "info", check=False).returncode == 0)
-
-    def record(self):
-        """Starts to record; `heard` stops and gives it."""
-        self.recorder = self.start(["parec", "-d", "null.monitor", "--format=float32le", f"--rate={RATE}", "--channels=2",
-                                    "--raw", self.work / "heard.raw"], "parec")
-        self.wait_for("the recorder", lambda: (self.work / "heard.raw").exists() and
-                      (self.work / "heard.raw").stat().st_size > 0)
+            "pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1", "--use-pid-file=no", "--disable-shm",
+            "-L", "module-native-protocol-unix",
+            "-L", f"module-null-sink sink_name=null rate={RATE} format=float32le channels=2")
+        self.wait_for("the server", lambda: "Server Name" in self.run_program("pactl", "info", code=None))
 
     def heard(self):
+        """What was recorded since `play`."""
         time.sleep(1)
+        self.wait_for("the end of the sound", lambda: not any(self.raw.read_bytes()[-8 * BLEND:]))
         self.recorder.terminate()
         self.recorder.wait(10)
-        raw = (self.work / "heard.raw").read_bytes()
-        samples = array.array("f")
-        samples.frombytes(raw[:len(raw) // 8 * 8])
-        return samples
+        samples = np.fromfile(self.raw, "f")
+        return samples[:len(samples) // 2 * 2].reshape(-1, 2)
 
     def song(self, name, seconds, seed, rate=RATE):
-        samples = noise(seconds, seed, rate)
-        write_wav(self.work / name, samples, rate)
-        return samples
+        frames = noise(seconds, seed, rate)
+        write_wav(self.work / name, frames, rate)
+        return frames
+
+    def rendered(self, song, *options):
+        """The song as the command writes it to a file."""
+        target = self.work / f"rendered-{song.name}"
+        self.run_program(COMMAND, song, "-o", target, "-q", *options)
+        return read_wav(target)
 
     def play(self, *words):
-        self.record()
-        return self.terminal("play", "--buffer", 400, *words)
+        """Starts to record, and to play."""
+        self.raw = self.work / "heard.raw"
+        self.recorder = self.start("parec", "-d", "null.monitor", "--format=float32le", f"--rate={RATE}", "--channels=2",
+                                   "--raw", self.raw)
+        self.wait_for("the recorder", lambda: self.raw.exists() and self.raw.stat().st_size > 0)
+        return Terminal(self, "play", "--buffer", 400, *words)
 
     @patiently
     def test_songs_come_out_as_they_are_rendered_one_after_the_other(self):
         one, two = self.song("one.wav", 2, 1), self.song("two.wav", 1.5, 2)
         other = self.song("other rate.wav", 1, 3, 48000)
         (self.work / "bad.wav").write_text("no sound")
-        expected = self.rendered(write_wav(self.work / "both.wav", one + two), "--lofreq", 300)
+        expected = self.rendered(write_wav(self.work / "both.wav", np.concatenate([one, two])), "--lofreq", 300)
         terminal = self.play("--lofreq", 300, *(self.work / name for name in
                                                 ("bad.wav", "one.wav", "two.wav", "other rate.wav")))
         self.assertEqual(terminal.end(), 1)
         self.assertIn("bad.wav: is not a sound file", terminal.seen)
         self.assertIn("0:01 [", terminal.seen)
         heard = self.heard()
-        first = next(i for i, sample in enumerate(heard) if sample)
-        begin = next(i for i, sample in enumerate(expected) if sample)
-        self.assertEqual(heard[first:first + len(expected) - begin], expected[begin:], "not the bits of the rendering")
+        heard, expected = heard[first_sound(heard):], expected[first_sound(expected):]
+        np.testing.assert_array_equal(heard[:len(expected)], expected, "not the bits of the rendering")
         # The song of another rate follows, converted by the server.
-        rest = heard[first + len(expected):]
-        sounding = sum(1 for sample in rest if abs(sample) > 0.01)
-        self.assertGreater(sounding, len(other) // 3)
+        sounding = np.count_nonzero(np.abs(heard[len(expected):]) > 0.01)
+        self.assertGreater(sounding, other.size // 3)
 
     @patiently
     def test_the_voice_goes_and_comes_back_in_step(self):
         song = self.song("song.wav", 5, 1)
-        wet = frames_of(self.rendered(self.work / "song.wav"))
+        wet = self.rendered(self.work / "song.wav")
         terminal = self.play("--dry", self.work / "song.wav")
         for second, state in ((1, "out"), (3, "in")):
             terminal.until(second)
@@ -88,7 +89,7 @@ class Play(SoundTest):
         from_wet = dry[0][1] + dry[0][2] + 2 * BLEND + 1
         to_wet = dry[1][1] - 2 * BLEND - 1
         self.assertGreater(to_wet - from_wet, RATE)
-        self.assertEqual(frames_of(heard)[begin + from_wet:begin + to_wet], wet[from_wet:to_wet])
+        np.testing.assert_array_equal(heard[begin + from_wet:begin + to_wet], wet[from_wet:to_wet])
 
     @patiently
     def test_keys_pause_wind_and_change_the_song(self):
@@ -156,16 +157,16 @@ class Play(SoundTest):
             terminal.end()
         self.assertEqual(terminal.process.returncode, 0)
         runs = runs_in(self.heard(), [song])
-        self.assertEqual((runs[0][1], runs[-1][1] + runs[-1][2]), (0, len(song) // 2), "a part of the song was lost")
+        self.assertEqual((runs[0][1], runs[-1][1] + runs[-1][2]), (0, len(song)), "a part of the song was lost")
 
     def test_another_device_is_told_and_a_server_that_goes_away_is_waited_for(self):
         self.song("song.wav", 8, 1)
         terminal = self.play("--dry", self.work / "song.wav")
         terminal.until(1)
-        self.run_command("pactl", "load-module", "module-null-sink", "sink_name=other", "sink_properties=device.description=Other")
-        self.run_command("pactl", "set-default-sink", "other")
-        stream = self.run_command("pactl", "list", "short", "sink-inputs").stdout.split()[0]
-        self.run_command("pactl", "move-sink-input", stream, "other", check=False)  # where the server has not done so
+        self.run_program("pactl", "load-module", "module-null-sink", "sink_name=other", "sink_properties=device.description=Other")
+        self.run_program("pactl", "set-default-sink", "other")
+        stream = self.run_program("pactl", "list", "short", "sink-inputs").split()[0]
+        self.run_program("pactl", "move-sink-input", stream, "other", code=None)  # where the server has not done so
         self.wait_for("the message", lambda: "playing on Other" in terminal.seen)
         self.server.kill()
         self.server.wait()
@@ -181,9 +182,8 @@ class Play(SoundTest):
             pass  # the gap may be the server's
         self.server.kill()
         self.server.wait()
-        alone = self.run_command(COMMAND, "play", self.work / "song.wav", check=False)
-        self.assertEqual(alone.returncode, 1)
-        self.assertIn("no sound server can be reached", alone.stderr)
+        said = self.run_program(COMMAND, "play", self.work / "song.wav", code=1)
+        self.assertIn("no sound server can be reached", said)
 
 
 if __name__ == "__main__":
