@@ -25,23 +25,25 @@ double LargestError(const std::vector<Complex>& a, const std::vector<Complex>& b
     return error;
 }
 
+// What a transform is said to be made for changes nothing, and the tables of one length go with another.
+
 TEST(Fft, MatchesTheDefinitionBothWaysAtEveryLength) {
-    CFFT forward; // each made for one length after the other, falling here, rising in the next test
+    CFFT forward;
     CFFT inverse;
     for (int n = 2048; n >= 2; n /= 2) {
-        forward.Init(n, true, true);
-        inverse.Init(n, true, false);
-        const auto size = static_cast<std::size_t>(n);
-        const Samples input = Noise(2 * size, static_cast<unsigned>(n));
-        Samples data = input;
-        forward.ComplexFFT(data.data());
-        // Single precision gains about one rounding a pass on values that grow like the root of n.
-        const double tolerance = 1e-6 * std::sqrt(n) * (std::log2(n) + 1.0);
-        EXPECT_LT(LargestError(ToComplex(data), PlainTransform(ToComplex(input), -1.0)), tolerance) << n;
+        for (const bool complex : {true, false}) {
+            forward.Init(n, complex, true);
+            inverse.Init(n, complex, false);
+            const Samples input = Noise(2 * static_cast<std::size_t>(n), static_cast<unsigned>(n));
+            Samples data = input;
+            forward.ComplexFFT(data.data());
+            // Single precision gains about one rounding a pass on values that grow like the root of n.
+            const double tolerance = 1e-6 * std::sqrt(n) * (std::log2(n) + 1.0);
+            EXPECT_LT(LargestError(ToComplex(data), PlainTransform(ToComplex(input), -1.0)), tolerance) << n;
 
-        Samples back = data;
-        inverse.ComplexFFT(back.data());
-        EXPECT_LT(LargestError(ToComplex(back), ToComplex(input)), 2e-6) << n;
+            inverse.ComplexFFT(data.data());
+            EXPECT_LT(LargestError(ToComplex(data), ToComplex(input)), 2e-6) << n;
+        }
     }
 }
 
@@ -49,42 +51,20 @@ TEST(Fft, PacksARealTransformWithThePositiveSine) {
     CFFT fft;
     for (int n = 4; n <= 1024; n *= 4) {
         const auto size = static_cast<std::size_t>(n);
-        for (const bool forward : {true, false}) {
-            fft.Init(n, false, forward);
-            const Samples input = Noise(size, 5);
+        const Samples input = Noise(size, 5);
+        std::vector<Complex> expected = PlainTransform({input.begin(), input.end()}, 1.0);
+        expected[0].imag(expected[size / 2].real());
+        expected.resize(size / 2);
+        for (const auto& [complex, forward] :
+             {std::pair{true, true}, {true, false}, {false, true}, {false, false}}) {
+            fft.Init(n, complex, forward);
+            Samples other(2 * size);
+            fft.ComplexFFT(other.data());
             Samples data = input;
             fft.RealFFT(data.data());
-            const std::vector<Complex> expected = PlainTransform({input.begin(), input.end()}, 1.0);
-            const double tolerance = 2e-5;
-            EXPECT_NEAR(data[0], expected[0].real(), tolerance);
-            EXPECT_NEAR(data[1], expected[size / 2].real(), tolerance);
-            for (std::size_t k = 1; k < size / 2; ++k) {
-                ASSERT_NEAR(data[2 * k], expected[k].real(), tolerance) << n << " " << k;
-                ASSERT_NEAR(data[2 * k + 1], expected[k].imag(), tolerance) << n << " " << k;
-            }
+            EXPECT_LT(LargestError(ToComplex(data), expected), 2e-5) << n;
         }
     }
-}
-
-TEST(Fft, ServesBothKindsWhicheverItWasMadeFor) {
-    constexpr std::size_t n = 512;
-    const Samples real = Noise(n, 5);
-    const Samples complex = Noise(2 * n, 6);
-    const auto results = [&](bool kind, bool realFirst) {
-        CFFT fft;
-        fft.Init(n, kind, true);
-        Samples a = real;
-        Samples b = complex;
-        if (realFirst) fft.RealFFT(a.data());
-        fft.ComplexFFT(b.data());
-        if (!realFirst) fft.RealFFT(a.data());
-        a.insert(a.end(), b.begin(), b.end());
-        return a;
-    };
-    const Samples expected = results(true, true);
-    EXPECT_NEAR(expected[2], PlainTransform({real.begin(), real.end()}, 1.0)[1].real(), 2e-5);
-    for (const auto& [kind, realFirst] : {std::pair{true, false}, {false, true}, {false, false}})
-        EXPECT_EQ(results(kind, realFirst), expected);
 }
 
 TEST(Fft, LeavesTheDataAloneWithoutAPowerOfTwo) {

@@ -25,68 +25,64 @@ std::vector<float> Spectrum(double depth, double comb, int period) {
     return spectrum;
 }
 
-TEST(Formants, TheCombGoesAndTheHillStays) {
+class Formants : public ::testing::Test {
+  protected:
+    Formants() { analyzer.Init(kPoints); }
+    std::vector<float> Envelope(const std::vector<float>& spectrum, int order) {
+        std::vector<float> envelope(kPoints);
+        analyzer.GetFormant(spectrum.data(), envelope.data(), order);
+        return envelope;
+    }
     CFormantAnalyzer analyzer;
-    analyzer.Init(kPoints);
-    std::vector<float> envelope(kPoints);
-    analyzer.GetFormant(Spectrum(1.5, 0.8, 40).data(), envelope.data(), 8);
+};
+
+TEST_F(Formants, TheCombGoesAndTheHillStays) {
+    const std::vector<float> envelope = Envelope(Spectrum(1.5, 0.8, 40), 8);
     for (int k = 0; k < kPoints; ++k) {
         const double hill = std::pow(2.718280076980591, 1.5 * std::cos(4 * pi * k / kPoints));
         EXPECT_NEAR(envelope[static_cast<std::size_t>(k)], hill, hill * 1e-5) << k;
     }
 }
 
-TEST(Formants, OrderAndZerosHaveTheirMeaning) {
-    CFormantAnalyzer analyzer;
-    analyzer.Init(kPoints);
-    std::vector<float> envelope(kPoints);
-    analyzer.GetFormant(Spectrum(1, 1, 7).data(), envelope.data(), 0);
-    EXPECT_TRUE(std::all_of(envelope.begin(), envelope.end(), [](float value) { return value == 1.0f; }));
-    // All coefficients: the spectrum itself, but for the base; a zero counts as one.
+TEST_F(Formants, OrderAndZerosHaveTheirMeaning) {
     std::vector<float> spectrum = Spectrum(1, 1, 7);
+    EXPECT_EQ(Envelope(spectrum, 0), std::vector<float>(kPoints, 1.0f));
+    // All coefficients: the spectrum itself, but for the base; a zero counts as one.
     spectrum[5] = 0.0f;
     for (const int order : {kPoints, kPoints + 100}) {
         analyzer.Init(kPoints);
-        analyzer.GetFormant(spectrum.data(), envelope.data(), order);
+        const std::vector<float> envelope = Envelope(spectrum, order);
         EXPECT_NEAR(envelope[5], 1.0f, 1e-5);
         EXPECT_NEAR(envelope[6], spectrum[6], spectrum[6] * 1e-5);
     }
-    analyzer.GetFormant(spectrum.data(), envelope.data(), -1);
-    CFormantAnalyzer unprepared;
-    unprepared.GetFormant(spectrum.data(), envelope.data(), 4); // touches nothing
+    Envelope(spectrum, -1);
+    analyzer = {};
+    EXPECT_EQ(Envelope(spectrum, 4), std::vector<float>(kPoints)) << "unprepared, it touches nothing";
 }
 
-TEST(Formants, ALaterCallStillHoldsTheOneBefore) {
-    CFormantAnalyzer analyzer;
-    analyzer.Init(kPoints);
-    std::vector<float> first(kPoints), second(kPoints), fresh(kPoints);
+TEST_F(Formants, ALaterCallStillHoldsTheOneBefore) {
     const std::vector<float> spectrum = Spectrum(1, 0, 1);
-    analyzer.GetFormant(spectrum.data(), first.data(), 8);
-    analyzer.GetFormant(spectrum.data(), second.data(), 8);
+    const std::vector<float> first = Envelope(spectrum, 8);
+    const std::vector<float> second = Envelope(spectrum, 8);
     // The middle of the cepstrum holds the first call's log envelope; its inverse transform is added.
-    std::vector<double> expected(kPoints);
+    double difference = 0;
     for (int k = 0; k < kPoints; ++k) {
         double added = 0;
         for (int q = 8; q < kPoints - 8; ++q) {
             const double left = std::cos(4 * pi * q / kPoints); // what the first call left at q
             added += left * std::cos(2 * pi * q * k / kPoints) / kPoints;
         }
-        expected[static_cast<std::size_t>(k)] =
-            std::pow(2.718280076980591, std::cos(4 * pi * k / kPoints) + added);
-    }
-    double difference = 0;
-    for (std::size_t k = 0; k < kPoints; ++k) {
-        EXPECT_NEAR(second[k], expected[k], 1e-4) << k;
-        difference = std::max(difference, std::abs(double{second[k]} - double{first[k]}));
+        const auto at = static_cast<std::size_t>(k);
+        const double expected = std::pow(2.718280076980591, std::cos(4 * pi * k / kPoints) + added);
+        EXPECT_NEAR(second[at], expected, 1e-4) << k;
+        difference = std::max(difference, std::abs(double{second[at]} - double{first[at]}));
     }
     EXPECT_GT(difference, 0.1);
     analyzer.Init(kPoints);
-    analyzer.GetFormant(spectrum.data(), fresh.data(), 8);
-    EXPECT_EQ(fresh, first);
+    EXPECT_EQ(Envelope(spectrum, 8), first);
 }
 
-TEST(Formants, PeaksAreJoinedByLinesAndCurvesScaled) {
-    CFormantAnalyzer analyzer;
+TEST_F(Formants, PeaksAreJoinedByLinesAndCurvesScaled) {
     analyzer.Init(8);
     const float envelope[9] = {1, 2, 5, 3, 3, 4, 9, 2, 8}; // the last one is behind the end
     float out[8] = {-1, -1, -1, -1, -1, -1, -1, -1};

@@ -63,7 +63,6 @@ struct Voice {
 std::vector<Complex> PlainTransform(const std::vector<Complex>& x, double sign) {
     const std::size_t n = x.size();
     if (n == 1) return x;
-    if (n == 2) return {x[0] + x[1], x[0] - x[1]};
     std::vector<Complex> even(n / 2);
     std::vector<Complex> odd(n / 2);
     for (std::size_t i = 0; i < n / 2; ++i) {
@@ -84,6 +83,7 @@ std::vector<Complex> PlainTransform(const std::vector<Complex>& x, double sign) 
 
 StereoSamples PlainModel(const StereoSamples& input, const ModelSettings& settings) {
     const int count = static_cast<int>(input.left.size());
+    const double balance = settings.position == 64 ? 1.0 : (127.0 - settings.position) / settings.position;
     Voice left;
     Voice right;
     std::vector<double> outL(input.left.size());
@@ -93,10 +93,10 @@ StereoSamples PlainModel(const StereoSamples& input, const ModelSettings& settin
         left.Analyse(input.left, start);
         right.Analyse(input.right, start);
         for (std::size_t k = 0; k < kBins; ++k) {
-            const double hertz = std::floor(static_cast<double>(k + 1) * settings.sampleRate / kFrame);
+            const double hertz = std::floor(static_cast<double>(k + 1) * 44100.0 / kFrame);
             if (hertz < settings.low || hertz > settings.high) continue;
-            const double a = left.magnitude[k] * (settings.balance > 1.0 ? 1.0 / settings.balance : 1.0);
-            const double c = right.magnitude[k] * (settings.balance > 1.0 ? 1.0 : settings.balance);
+            const double a = left.magnitude[k] * (balance > 1.0 ? 1.0 / balance : 1.0);
+            const double c = right.magnitude[k] * std::min(balance, 1.0);
             left.magnitude[k] = a - c;
             right.magnitude[k] = c - a;
         }

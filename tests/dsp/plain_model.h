@@ -7,11 +7,6 @@
 
 namespace vocafade::test {
 
-struct StereoSamples {
-    Samples left;
-    Samples right;
-};
-
 using Complex = std::complex<double>;
 
 /// The sum of x[j] e^(sign 2 pi i j k / n) for each k, in double precision; n is a power of two.
@@ -19,14 +14,13 @@ std::vector<Complex> PlainTransform(const std::vector<Complex>& x, double sign);
 
 /// What the model needs to know of the engine's settings.
 struct ModelSettings {
-    double sampleRate = 44100.0;
-    double low = 20.0; ///< Hz
-    double high = 20000.0;
-    double balance = 1.0;
+    int position;
+    unsigned low; ///< Hz
+    unsigned high;
 };
 
 /// The engine's behaviour written down once more, independently: whole signal in double precision, frame by
-/// frame, textbook transform, no streaming and no shared code. Levels are 1 (so the output factor is 1.7).
+/// frame, textbook transform, no streaming and no shared code. 44.1 kHz; levels are 1 (so the output factor is 1.7).
 StereoSamples PlainModel(const StereoSamples& input, const ModelSettings& settings);
 
 } // namespace vocafade::test

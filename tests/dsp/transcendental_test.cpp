@@ -3,7 +3,6 @@
 // single: at most one last place apart, on every instruction set.
 #include "dsp/constants.h"
 #include "dsp/kernels/kernel_set.h"
-#include "tests/dsp/same_bits.h"
 #include "tests/support/signals.h"
 
 #include <bit>
@@ -11,6 +10,7 @@
 #include <cstdint>
 #include <gtest/gtest.h>
 #include <limits>
+#include <numeric>
 #include <random>
 
 namespace vocafade::test {
@@ -58,11 +58,7 @@ struct Worst {
 /// One batch through a kernel on every instruction set; the portable one's results remain.
 class Batch {
   public:
-    Batch() {
-        for (std::size_t k = 0; k < bins_.size(); ++k) {
-            bins_[k] = static_cast<float>(k);
-        }
-    }
+    Batch() { std::iota(bins_.begin(), bins_.end(), 0.0f); }
 
     /// Runs the resynthesis for its cosines and sines only: with amplitudes of 1, true frequencies equal to
     /// the bins' own and sums that are the analysed phases, the sums stay where they are.
@@ -98,8 +94,8 @@ class Batch {
         kernel(*kernels::AvailableKernels(0), first, second);
         for (int i = 1; const KernelSet* set = kernels::AvailableKernels(i); ++i) {
             kernel(*set, a, b);
-            ASSERT_TRUE(SameBits(a.data(), first.data(), kBatch)) << set->instructionSet;
-            ASSERT_TRUE(SameBits(b.data(), second.data(), kBatch)) << set->instructionSet;
+            ASSERT_TRUE(SameBits(a, first, kBatch)) << set->instructionSet;
+            ASSERT_TRUE(SameBits(b, second, kBatch)) << set->instructionSet;
         }
     }
 
@@ -108,33 +104,19 @@ class Batch {
     Samples magnitudes_ = Samples(kBatch + kernels::kPadding);
 };
 
-/// Walks over the single-precision numbers from 0 to `last`, every `kStride`th of them, those below 2^-26
-/// more coarsely: there all three functions are straight lines.
-class Walk {
-  public:
-    explicit Walk(float last) : last_(std::bit_cast<std::uint32_t>(last)) {}
-    bool Done() const { return next_ > last_; }
-    float Next() {
-        const auto bits = static_cast<std::uint32_t>(next_);
-        next_ += bits < std::bit_cast<std::uint32_t>(0x1p-26f) ? 1000 * kStride : kStride;
-        return std::bit_cast<float>(bits);
-    }
-
-  private:
-    std::uint64_t next_ = 0;
-    std::uint32_t last_;
-};
-
-/// Walks in batches over the numbers from 0 to `last`: `put` takes each to its place in the batch, `run` sends
-/// the batch through the kernels, `take` compares the result at each place.
+/// Walks in batches over the single-precision numbers from 0 to `last`, every `kStride`th of them, those below
+/// 2^-26 more coarsely: there all three functions are straight lines. `put` takes each to its place in the
+/// batch, `run` sends the batch through the kernels, `take` compares the result at each place.
 template <typename Put, typename Take>
 void WalkInBatches(float last, Put put, void (Batch::*run)(), Take take) {
     Batch batch;
     Worst worst;
-    for (Walk walk(last); !walk.Done();) {
+    for (std::uint32_t bits = 0; bits <= std::bit_cast<std::uint32_t>(last);) {
         std::size_t filled = 0;
-        for (; filled < kBatch && !walk.Done(); ++filled)
-            put(batch, filled, walk.Next());
+        for (; filled < kBatch && bits <= std::bit_cast<std::uint32_t>(last); ++filled) {
+            put(batch, filled, std::bit_cast<float>(bits));
+            bits += bits < std::bit_cast<std::uint32_t>(0x1p-26f) ? 1000 * kStride : kStride;
+        }
         ASSERT_NO_FATAL_FAILURE((batch.*run)());
         for (std::size_t i = 0; i < filled; ++i)
             take(worst, batch, i);

@@ -3,21 +3,21 @@
 
 #include "effect/avocafade.h"
 
-#include <cmath>
+#include <lv2/atom/atom.h>
 #include <stdexcept>
 
 namespace vocafade::test {
 
 Lv2Bundle::Lv2Bundle() : world_(lilv_world_new()) {
-    map_ = {this, [](LV2_URID_Map_Handle handle, const char* uri) {
-                auto& numbers = static_cast<Lv2Bundle*>(handle)->numbers_;
-                return numbers.try_emplace(uri, static_cast<LV2_URID>(numbers.size() + 1)).first->second;
+    map_ = {&uris_, [](LV2_URID_Map_Handle handle, const char* uri) {
+                auto& uris = *static_cast<std::vector<std::string>*>(handle);
+                const auto found = std::find(uris.begin(), uris.end(), uri);
+                const auto number = static_cast<LV2_URID>(found - uris.begin() + 1);
+                if (found == uris.end()) uris.emplace_back(uri);
+                return number;
             }};
-    unmap_ = {this, [](LV2_URID_Unmap_Handle handle, LV2_URID number) -> const char* {
-                  for (const auto& [uri, known] : static_cast<Lv2Bundle*>(handle)->numbers_) {
-                      if (known == number) return uri.c_str();
-                  }
-                  return nullptr;
+    unmap_ = {&uris_, [](LV2_URID_Unmap_Handle handle, LV2_URID number) {
+                  return static_cast<std::vector<std::string>*>(handle)->at(number - 1).c_str();
               }};
     const Lilv<LilvNode> folder(lilv_new_file_uri(world(), nullptr, VOCAFADE_LV2 "/"));
     lilv_world_load_bundle(world(), folder.get());
@@ -52,57 +52,40 @@ void Lv2Plugin::Deactivate() {
     active_ = false;
 }
 
-void Lv2Plugin::RunBlock(std::uint32_t count, float* inL, float* inR, float* outL, float* outR) {
-    float* audio[] = {inL, inR, outL, outR};
+void Lv2Plugin::RunBlock(float* const* in, float* const* out, std::int32_t count) {
+    float* audio[] = {in[0], in[1], out[0], out[1]};
     for (std::uint32_t port = 0; port < 4; ++port)
         lilv_instance_connect_port(instance_.get(), port, audio[port]);
-    lilv_instance_run(instance_.get(), count);
+    lilv_instance_run(instance_.get(), static_cast<std::uint32_t>(count));
 }
 
-StereoSamples Lv2Plugin::Run(const StereoSamples& sound, const std::vector<std::uint32_t>& blocks) {
-    StereoSamples in = sound;
-    StereoSamples out{Samples(sound.left.size()), Samples(sound.left.size())};
-    std::size_t done = 0;
-    for (std::size_t turn = 0; done < sound.left.size(); ++turn) {
-        const std::uint32_t count =
-            std::min(blocks[turn % blocks.size()], static_cast<std::uint32_t>(sound.left.size() - done));
-        RunBlock(count, &in.left[done], &in.right[done], &out.left[done], &out.right[done]);
-        done += count;
-    }
-    return out;
+StereoSamples Lv2Plugin::Run(const StereoSamples& sound, const std::vector<std::size_t>& blocks) {
+    return InBlocks(sound, blocks,
+                    [this](float** in, float** out, std::int32_t count) { RunBlock(in, out, count); });
 }
 
-Lilv<LilvState> Lv2Plugin::Save() {
-    const auto value = [](const char* symbol, void* data, std::uint32_t* size,
-                          std::uint32_t* type) -> const void* {
+Lilv<LilvState> Lv2Plugin::Save(bool withPorts) {
+    const LilvGetPortValueFunc value = [](const char* symbol, void* data, std::uint32_t* size,
+                                          std::uint32_t* type) -> const void* {
         auto* self = static_cast<Lv2Plugin*>(data);
-        const LilvPort* port = self->bundle_.Port(symbol);
         *size = sizeof(float);
-        *type = self->bundle_.map()->map(self->bundle_.map()->handle, "http://lv2plug.in/ns/ext/atom#Float");
-        return &self->controls[lilv_port_get_index(self->bundle_.plugin(), port)];
+        *type = self->bundle_.Number(LV2_ATOM__Float);
+        return &self->PortValue(symbol);
     };
     return Lilv<LilvState>(lilv_state_new_from_instance(bundle_.plugin(), instance_.get(), bundle_.map(),
-                                                        nullptr, nullptr, nullptr, nullptr, value, this, 0,
-                                                        nullptr));
-}
-
-Lilv<LilvState> Lv2Plugin::SaveProgramsAlone() {
-    return Lilv<LilvState>(lilv_state_new_from_instance(bundle_.plugin(), instance_.get(), bundle_.map(),
-                                                        nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
-                                                        0, nullptr));
+                                                        nullptr, nullptr, nullptr, nullptr,
+                                                        withPorts ? value : nullptr, this, 0, nullptr));
 }
 
 void Lv2Plugin::Restore(const LilvState& state) {
     const auto set = [](const char* symbol, void* data, const void* value, std::uint32_t, std::uint32_t) {
-        auto* self = static_cast<Lv2Plugin*>(data);
-        const LilvPort* port = self->bundle_.Port(symbol);
-        self->controls[lilv_port_get_index(self->bundle_.plugin(), port)] = *static_cast<const float*>(value);
+        static_cast<Lv2Plugin*>(data)->PortValue(symbol) = *static_cast<const float*>(value);
     };
     lilv_state_restore(&state, instance_.get(), set, this, 0, nullptr);
 }
 
 StereoSamples Song(std::size_t count, unsigned seed) {
-    StereoSamples song{Noise(count, seed, 0.3f), Noise(count, seed + 1, 0.3f)};
+    StereoSamples song = StereoNoise(count, seed, 0.3f);
     const Samples middle = Noise(count, seed + 2, 0.3f);
     for (std::size_t i = 0; i < count; ++i) {
         song.left[i] += middle[i];
@@ -117,12 +100,9 @@ StereoSamples Expected(const StereoSamples& sound, const std::array<float, kPara
     effect.setSampleRate(static_cast<float>(rate));
     for (std::int32_t i = 0; i < kParameterCount; ++i)
         effect.setParameter(i, NormalizeWholeDisplayValue(i, values[static_cast<std::size_t>(i)]));
-    StereoSamples in = sound;
-    StereoSamples out{Samples(sound.left.size()), Samples(sound.left.size())};
-    float* inputs[] = {in.left.data(), in.right.data()};
-    float* outputs[] = {out.left.data(), out.right.data()};
-    effect.processReplacing(inputs, outputs, static_cast<std::int32_t>(sound.left.size()));
-    return out;
+    return InBlocks(sound, {sound.left.size()}, [&effect](float** in, float** out, std::int32_t count) {
+        effect.processReplacing(in, out, count);
+    });
 }
 
 } // namespace vocafade::test

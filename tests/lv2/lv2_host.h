@@ -8,7 +8,6 @@
 #include <array>
 #include <lilv/lilv.h>
 #include <lv2/urid/urid.h>
-#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -24,12 +23,6 @@ struct LilvDeleter {
 template <typename Type>
 using Lilv = std::unique_ptr<Type, LilvDeleter>;
 
-struct StereoSamples {
-    Samples left;
-    Samples right;
-    bool operator==(const StereoSamples&) const = default;
-};
-
 /// The built bundle, read as hosts read it.
 class Lv2Bundle {
   public:
@@ -41,16 +34,20 @@ class Lv2Bundle {
         return Lilv<LilvNode>(lilv_new_uri(world(), uri.c_str()));
     }
     const LilvPort* Port(const char* symbol) const;
+    LV2_URID Number(const char* uri) { return map_.map(map_.handle, uri); }
     LV2_URID_Map* map() { return &map_; }
     LV2_URID_Unmap* unmap() { return &unmap_; }
 
   private:
     Lilv<LilvWorld> world_;
     const LilvPlugin* plugin_ = nullptr;
-    std::map<std::string, LV2_URID> numbers_;
+    std::vector<std::string> uris_; ///< the first one's number is 1
     LV2_URID_Map map_;
     LV2_URID_Unmap unmap_;
 };
+
+/// What a host without any features hands over.
+inline constexpr const LV2_Feature* kNoFeatures[] = {nullptr};
 
 /// One plug-in of a small host's, activated, with its ports at their defaults.
 class Lv2Plugin {
@@ -60,14 +57,17 @@ class Lv2Plugin {
 
     void Activate();
     void Deactivate();
+    void Restart() {
+        Deactivate();
+        Activate();
+    }
     /// Runs the whole sound through it, in blocks of these sizes in turn.
-    StereoSamples Run(const StereoSamples& sound, const std::vector<std::uint32_t>& blocks = {512});
-    void RunBlock(std::uint32_t count, float* inL, float* inR, float* outL, float* outR);
+    StereoSamples Run(const StereoSamples& sound, const std::vector<std::size_t>& blocks = {512});
+    void RunBlock(float* const* in, float* const* out, std::int32_t count);
     float& Control(std::int32_t parameter) { return controls[lv2::PortOf(parameter)]; }
 
-    Lilv<LilvState> Save();
-    /// Without the ports, which the audio thread may be reading.
-    Lilv<LilvState> SaveProgramsAlone();
+    /// Where the audio thread may be reading the ports, without them.
+    Lilv<LilvState> Save(bool withPorts = true);
     void Restore(const LilvState& state);
 
     LV2_Handle handle() const { return lilv_instance_get_handle(instance_.get()); }
@@ -77,6 +77,10 @@ class Lv2Plugin {
     std::array<float, lv2::kPortCount> controls{};
 
   private:
+    float& PortValue(const char* symbol) {
+        return controls[lilv_port_get_index(bundle_.plugin(), bundle_.Port(symbol))];
+    }
+
     Lv2Bundle& bundle_;
     Lilv<LilvInstance> instance_;
     bool active_ = false;

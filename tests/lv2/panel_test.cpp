@@ -16,6 +16,9 @@ constexpr Point kLoFreqReadout{150, 192};
 constexpr Point kOnOff{35, 15};
 constexpr Point kCopy{75, 18};
 constexpr std::uint32_t kLoFreqPort = lv2::PortOf(kParameterLoFreq);
+constexpr std::uint32_t kOnOffPort = lv2::PortOf(kParameterOnOff);
+using Touches = std::vector<std::pair<std::uint32_t, bool>>;
+using Writes = std::vector<std::pair<std::uint32_t, float>>;
 
 XServer& SharedServer() {
     static XServer server;
@@ -30,6 +33,10 @@ class Lv2Panel : public WithSettings {
         for (std::int32_t i = 0; i < kParameterCount; ++i) // as hosts do
             panel->Tell(i, plugin.Control(i));
         panel->Settle();
+    }
+    std::pair<int, int> Size() {
+        const XUser::Bounds bounds = user.BoundsOf(panel->widget);
+        return {bounds.width, bounds.height};
     }
     Picture Fader() { return panel->Look(141, 45, 16, 133); }
 
@@ -46,9 +53,7 @@ TEST_F(Lv2Panel, ItsWindowIsThereWhenItIsOpen) {
     EXPECT_EQ(user.Children(panel->parent), std::vector<xcb_window_t>{panel->widget});
     EXPECT_EQ(panel->size, std::pair(477, 214));
     panel->Settle();
-    const XUser::Bounds bounds = user.BoundsOf(panel->widget);
-    EXPECT_EQ(bounds.width, 477);
-    EXPECT_EQ(bounds.height, 214);
+    EXPECT_EQ(Size(), std::pair(477, 214));
     EXPECT_TRUE(user.IsViewable(panel->widget));
     panel->Close();
     EXPECT_TRUE(user.Children(panel->parent).empty());
@@ -59,11 +64,11 @@ TEST_F(Lv2Panel, HasTheScaleOfTheHostAndFollowsItWhileItIsOpen) {
     panel.emplace(user, plugin, PanelHost::Offer{plugin.handle(), true, true, 1.5f, bundle.map()});
     ASSERT_TRUE(panel->IsOpen());
     EXPECT_EQ(panel->size, std::pair(716, 321));
-    EXPECT_EQ(user.BoundsOf(panel->widget).width, 716);
+    EXPECT_EQ(Size(), panel->size);
     EXPECT_EQ(panel->SetScale(2.1f), std::uint32_t{LV2_OPTIONS_SUCCESS});
     panel->Settle();
     EXPECT_EQ(panel->size, std::pair(954, 428));
-    EXPECT_EQ(user.BoundsOf(panel->widget).width, 954);
+    EXPECT_EQ(Size(), panel->size);
     panel->Close();
     Open(); // a host that says nothing
     EXPECT_EQ(panel->size, std::pair(477, 214));
@@ -73,13 +78,11 @@ TEST_F(Lv2Panel, AFaderWritesItsPortWhileItIsHeld) {
     Open();
     panel->Press(kLoFreqFader);
     ASSERT_FALSE(panel->writes.empty());
-    EXPECT_EQ(panel->touches, (std::vector<std::pair<std::uint32_t, bool>>{{kLoFreqPort, true}}));
     panel->MoveTo({149, 70});
     panel->MoveTo({149, 60});
-    EXPECT_EQ(panel->touches.size(), 1U) << "it is held all the time";
+    EXPECT_EQ(panel->touches, (Touches{{kLoFreqPort, true}})) << "it is held all the time";
     panel->Release({149, 60});
-    EXPECT_EQ(panel->touches.back(), std::pair(kLoFreqPort, false));
-    EXPECT_EQ(panel->touches.size(), 2U);
+    EXPECT_EQ(panel->touches, (Touches{{kLoFreqPort, true}, {kLoFreqPort, false}}));
     ASSERT_GE(panel->writes.size(), 3U);
     float last = 0.0f;
     for (const auto& [port, value] : panel->writes) {
@@ -104,8 +107,7 @@ TEST_F(Lv2Panel, ATypedNumberArrivesAsItWasTyped) {
     ASSERT_EQ(panel->writes.size(), 1U);
     EXPECT_EQ(panel->writes[0].first, kLoFreqPort);
     EXPECT_NEAR(panel->writes[0].second, 1234.0f, 0.006f) << "the field adds half a hundredth";
-    EXPECT_EQ(panel->touches,
-              (std::vector<std::pair<std::uint32_t, bool>>{{kLoFreqPort, true}, {kLoFreqPort, false}}));
+    EXPECT_EQ(panel->touches, (Touches{{kLoFreqPort, true}, {kLoFreqPort, false}}));
 }
 
 TEST_F(Lv2Panel, ShowsWhatTheHostSaysAndWhatItAutomates) {
@@ -151,8 +153,7 @@ TEST_F(Lv2Panel, ShowsItsMetersWhileItRuns) {
 TEST_F(Lv2Panel, SwitchesAndCopiesProgramsThroughThePorts) {
     Open();
     panel->Click(kOnOff);
-    EXPECT_EQ(panel->writes,
-              (std::vector<std::pair<std::uint32_t, float>>{{lv2::PortOf(kParameterOnOff), 0.0f}}));
+    EXPECT_EQ(panel->writes, (Writes{{kOnOffPort, 0.0f}}));
     panel->Click(kLoFreqFader);
     panel->writes.clear();
     panel->touches.clear();
@@ -165,8 +166,7 @@ TEST_F(Lv2Panel, SwitchesAndCopiesProgramsThroughThePorts) {
     panel->Settle();
     // Another program has the defaults: both that differed go back, and nothing else is written.
     std::sort(panel->writes.begin(), panel->writes.end());
-    EXPECT_EQ(panel->writes, (std::vector<std::pair<std::uint32_t, float>>{
-                                 {lv2::PortOf(kParameterOnOff), 1.0f}, {kLoFreqPort, 400.0f}}));
+    EXPECT_EQ(panel->writes, (Writes{{kOnOffPort, 1.0f}, {kLoFreqPort, 400.0f}}));
     EXPECT_EQ(panel->touches.size(), 4U);
 }
 

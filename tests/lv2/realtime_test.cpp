@@ -62,7 +62,7 @@ TEST_F(Lv2Threads, TheAudioThreadNeverWaitsForTheOther) {
     Lv2Bundle bundle;
     Lv2Plugin plugin(bundle);
     StereoSamples in = Song(4096);
-    StereoSamples out{Samples(4096), Samples(4096)};
+    StereoSamples out = in;
     PanelHost panel(user, plugin);
     ASSERT_TRUE(panel.IsOpen());
     panel.deaf = true; // the ports are the audio thread's
@@ -80,7 +80,9 @@ TEST_F(Lv2Threads, TheAudioThreadNeverWaitsForTheOther) {
             plugin.Control(kParameterPosition) = static_cast<float>(block % 128);
             plugin.Control(kParameterLoFreq) = static_cast<float>(20 + block % 5000);
             const auto place = static_cast<std::size_t>(block % 64) * 64;
-            plugin.RunBlock(64, &in.left[place], &in.right[place], &out.left[place], &out.right[place]);
+            float* ins[] = {&in.left[place], &in.right[place]};
+            float* outs[] = {&out.left[place], &out.right[place]};
+            plugin.RunBlock(ins, outs, 64);
         }
         allocations = nullptr;
         notes = nullptr;
@@ -88,7 +90,7 @@ TEST_F(Lv2Threads, TheAudioThreadNeverWaitsForTheOther) {
     });
     std::thread session([&] { // hosts may save and restore where they like, not on the editor's thread alone
         while (!done)
-            plugin.Restore(*plugin.SaveProgramsAlone());
+            plugin.Restore(*plugin.Save(false));
     });
     notes = &otherLocks;
     for (int i = 0; !done; ++i) {

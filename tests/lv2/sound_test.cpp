@@ -29,8 +29,8 @@ TEST_F(Lv2Sound, IsThePlainEffectsToTheBitInBlocksOfAnySize) {
     const std::array<float, kParameterCount> sets[] = {
         {1, 0, 0, 400, 9000, 64}, {1, 3.9f, -6, 180, 12000, 64}, {1, -3, 0, 20, 20000, 23}};
     for (const auto& values : sets) {
-        for (const std::vector<std::uint32_t>& blocks :
-             {std::vector<std::uint32_t>{512}, {1, 7, 1000, 341, 0, 63}, {22050}}) {
+        for (const std::vector<std::size_t>& blocks :
+             {std::vector<std::size_t>{512}, {1, 7, 1000, 341, 0, 63}, {22050}}) {
             Lv2Plugin plugin(bundle);
             Set(plugin, values);
             EXPECT_EQ(plugin.Run(song, blocks), Expected(song, values));
@@ -45,8 +45,7 @@ TEST_F(Lv2Sound, TakesThePlaceThatPositionShowsAfterEveryStart) {
         Lv2Plugin plugin(bundle, rate);
         Set(plugin, values);
         plugin.Run(Song(5000, 9));
-        plugin.Deactivate();
-        plugin.Activate();
+        plugin.Restart();
         EXPECT_EQ(plugin.Run(song), Expected(song, values, rate)) << "with nothing left of what was before";
     }
 }
@@ -59,27 +58,23 @@ TEST_F(Lv2Sound, WhenOffIsTheSongAsLateAsWhenOn) {
         ASSERT_EQ(out.left[i], i < kDelay ? 0.0f : song.left[i - kDelay]) << i;
         ASSERT_EQ(out.right[i], i < kDelay ? 0.0f : song.right[i - kDelay]) << i;
     }
-    plugin.Deactivate();
-    plugin.Activate();
+    plugin.Restart();
     EXPECT_EQ(plugin.Run(song), out);
 }
 
 TEST_F(Lv2Sound, SwitchesWithoutAClickAndIsThenWhatItWouldHaveBeen) {
     // A tone at the sides alone passes both ways, so that only the switch itself could be heard.
     constexpr double kRate = 48000.0;
-    StereoSamples tone{Sine(96000, 220.0, kRate), {}};
-    tone.right = tone.left;
-    for (float& sample : tone.right)
-        sample = -sample;
+    const StereoSamples tone{Sine(96000, 220.0, kRate), Sine(96000, 220.0, kRate, -0.5f)};
+    const StereoSamples on = Lv2Plugin(bundle, kRate).Run(tone);
     Lv2Plugin plugin(bundle, kRate);
-    Lv2Plugin alwaysOn(bundle, kRate);
-    const StereoSamples on = alwaysOn.Run(tone);
-    StereoSamples out{Samples(tone.left.size()), Samples(tone.left.size())};
     const auto isOn = [](std::size_t i) { return (i / 9600) % 2 == 0; };
-    for (std::size_t i = 0; i < tone.left.size(); i += 320) {
-        plugin.Control(kParameterOnOff) = isOn(i) ? 1.0f : 0.0f;
-        plugin.RunBlock(320, &tone.left[i], &tone.right[i], &out.left[i], &out.right[i]);
-    }
+    std::size_t done = 0;
+    const StereoSamples out = InBlocks(tone, {320}, [&](float** in, float** outs, std::int32_t count) {
+        plugin.Control(kParameterOnOff) = isOn(done) ? 1.0f : 0.0f;
+        plugin.RunBlock(in, outs, count);
+        done += static_cast<std::size_t>(count);
+    });
     float step = 0.0f;
     float toneStep = 0.0f;
     for (std::size_t i = 6000; i < out.left.size(); ++i) {
@@ -93,13 +88,11 @@ TEST_F(Lv2Sound, SwitchesWithoutAClickAndIsThenWhatItWouldHaveBeen) {
 
 TEST_F(Lv2Sound, WorksInPlaceWhicheverBuffersAreShared) {
     const StereoSamples expected = Lv2Plugin(bundle).Run(song);
-    const auto count = static_cast<std::uint32_t>(song.left.size());
     for (const bool crossed : {false, true}) {
-        Lv2Plugin plugin(bundle);
         StereoSamples shared = song;
-        plugin.RunBlock(count, shared.left.data(), shared.right.data(),
-                        crossed ? shared.right.data() : shared.left.data(),
-                        crossed ? shared.left.data() : shared.right.data());
+        float* in[] = {shared.left.data(), shared.right.data()};
+        float* out[] = {in[crossed ? 1 : 0], in[crossed ? 0 : 1]};
+        Lv2Plugin(bundle).RunBlock(in, out, static_cast<std::int32_t>(song.left.size()));
         if (crossed) std::swap(shared.left, shared.right);
         EXPECT_EQ(shared, expected) << crossed;
     }
@@ -111,8 +104,7 @@ TEST_F(Lv2Sound, KeepsItsValuesWhereAPortSaysNaN) {
     Set(plugin, values);
     plugin.Run(song);
     Set(plugin, {kNan, kNan, kNan, kNan, kNan, kNan});
-    plugin.Deactivate();
-    plugin.Activate();
+    plugin.Restart();
     EXPECT_EQ(plugin.Run(song), Expected(song, values));
 }
 
@@ -122,8 +114,7 @@ TEST_F(Lv2Sound, ForgetsNaNInTheSongOnceItIsOver) {
     broken.left[100] = kNan;
     broken.right[200] = std::numeric_limits<float>::infinity();
     plugin.Run(broken);
-    plugin.Deactivate();
-    plugin.Activate();
+    plugin.Restart();
     EXPECT_EQ(plugin.Run(song), Lv2Plugin(bundle).Run(song));
 }
 
@@ -132,14 +123,10 @@ TEST_F(Lv2Sound, TwoInstancesKnowNothingOfEachOther) {
     Lv2Plugin other(bundle);
     other.Control(kParameterPosition) = 10.0f;
     other.Control(kParameterLoFreq) = 50.0f;
-    StereoSamples out{Samples(song.left.size()), Samples(song.left.size())};
-    StereoSamples in = song;
-    StereoSamples noise = Song(song.left.size(), 77);
-    StereoSamples ignored = out;
-    for (std::size_t i = 0; i + 441 <= song.left.size(); i += 441) {
-        one.RunBlock(441, &in.left[i], &in.right[i], &out.left[i], &out.right[i]);
-        other.RunBlock(441, &noise.left[i], &noise.right[i], &ignored.left[i], &ignored.right[i]);
-    }
+    const StereoSamples out = InBlocks(song, {441}, [&](float** in, float** outs, std::int32_t count) {
+        one.RunBlock(in, outs, count);
+        other.Run(StereoNoise(441, 77), {441});
+    });
     EXPECT_EQ(out, Expected(song, {1, 0, 0, 400, 9000, 64}));
 }
 
@@ -156,10 +143,10 @@ TEST_F(Lv2Sound, GoesEvenAfterTheLibrarysOwnThings) {
 
 TEST_F(Lv2Sound, RefusesARateThatNoStreamHas) {
     const Lv2Plugin plugin(bundle);
-    const LV2_Feature* none[] = {nullptr};
     for (const double rate :
          {0.0, -44100.0, static_cast<double>(kNan), std::numeric_limits<double>::infinity()})
-        EXPECT_EQ(plugin.descriptor().instantiate(&plugin.descriptor(), rate, "/", none), nullptr) << rate;
+        EXPECT_EQ(plugin.descriptor().instantiate(&plugin.descriptor(), rate, "/", kNoFeatures), nullptr)
+            << rate;
 }
 
 } // namespace

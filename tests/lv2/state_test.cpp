@@ -35,8 +35,7 @@ class Lv2State : public WithSettings {
             *static_cast<Kept*>(handle) = {{bytes, bytes + size}, type, flags};
             return LV2_STATE_SUCCESS;
         };
-        const LV2_Feature* none[] = {nullptr};
-        EXPECT_EQ(StateOf(plugin).save(plugin.handle(), store, &kept, 0, none), LV2_STATE_SUCCESS);
+        EXPECT_EQ(StateOf(plugin).save(plugin.handle(), store, &kept, 0, kNoFeatures), LV2_STATE_SUCCESS);
         return kept;
     }
 
@@ -49,20 +48,22 @@ class Lv2State : public WithSettings {
             *flags = known.flags;
             return known.missing ? nullptr : known.bytes.data();
         };
-        const LV2_Feature* none[] = {nullptr};
-        return StateOf(plugin).restore(plugin.handle(), retrieve, &kept, 0, none);
+        return StateOf(plugin).restore(plugin.handle(), retrieve, &kept, 0, kNoFeatures);
     }
 
-    static ProgramSet Programs(const Kept& kept) {
+    ProgramSet Programs(const Lv2Plugin& plugin) {
+        const Kept kept = Save(plugin);
         ProgramSet programs;
         EXPECT_EQ(kept.bytes.size(), sizeof programs);
         std::memcpy(programs.data(), kept.bytes.data(), std::min(kept.bytes.size(), sizeof programs));
         return programs;
     }
 
-    static Kept From(const ProgramSet& programs, Kept like) {
-        std::memcpy(like.bytes.data(), programs.data(), sizeof programs);
-        return like;
+    /// Restores what the plug-in keeps, with these programs in it.
+    LV2_State_Status Restore(const Lv2Plugin& plugin, const ProgramSet& programs) {
+        Kept kept = Save(plugin);
+        std::memcpy(kept.bytes.data(), programs.data(), sizeof programs);
+        return Restore(plugin, std::move(kept));
     }
 
     Lv2Bundle bundle;
@@ -70,12 +71,11 @@ class Lv2State : public WithSettings {
 
 TEST_F(Lv2State, ComesBackEqualInAnotherInstanceAndFromText) {
     Lv2Plugin first(bundle);
-    Kept kept = Save(first);
-    EXPECT_EQ(kept.flags, LV2_STATE_IS_POD | LV2_STATE_IS_PORTABLE);
-    ProgramSet programs = Programs(kept);
+    EXPECT_EQ(Save(first).flags, LV2_STATE_IS_POD | LV2_STATE_IS_PORTABLE);
+    ProgramSet programs = Programs(first);
     SetName(programs[7], "Choir");
     StoreValue(programs[7], kParameterLoFreq, 0.25f);
-    ASSERT_EQ(Restore(first, From(programs, kept)), LV2_STATE_SUCCESS);
+    ASSERT_EQ(Restore(first, programs), LV2_STATE_SUCCESS);
     first.Control(kParameterPosition) = 40.0f;
     first.Run(Song(1024));
 
@@ -89,28 +89,26 @@ TEST_F(Lv2State, ComesBackEqualInAnotherInstanceAndFromText) {
     second.Restore(*read);
     EXPECT_EQ(second.Control(kParameterPosition), 40.0f);
     second.Run(Song(1024));
-    EXPECT_EQ(Programs(Save(second)), Programs(Save(first)));
+    EXPECT_EQ(Programs(second), Programs(first));
     EXPECT_TRUE(lilv_state_equals(second.Save().get(), state.get()));
     EXPECT_EQ(second.Run(Song()), first.Run(Song()));
 }
 
 TEST_F(Lv2State, ThePortsWinOverTheChunksCurrentProgram) {
     Lv2Plugin plugin(bundle);
-    Kept kept = Save(plugin);
-    ProgramSet programs = Programs(kept);
+    ProgramSet programs = Programs(plugin);
     programs[0].currentProgram = 3;
     SetName(programs[3], "Third");
     StoreValue(programs[3], kParameterHiFreq, 0.125f);
     plugin.Control(kParameterHiFreq) = 5000.0f;
     plugin.Run(Song(512));
-    ASSERT_EQ(Restore(plugin, From(programs, kept)), LV2_STATE_SUCCESS);
+    ASSERT_EQ(Restore(plugin, programs), LV2_STATE_SUCCESS);
     plugin.Run(Song(512));
-    const ProgramSet now = Programs(Save(plugin));
+    const ProgramSet now = Programs(plugin);
     EXPECT_EQ(now[0].currentProgram, 3);
     EXPECT_EQ(LoadValue(now[3], kParameterHiFreq), NormalizeWholeDisplayValue(kParameterHiFreq, 5000.0f));
     EXPECT_EQ(LoadValue(now[3], kParameterLoFreq), NormalizeWholeDisplayValue(kParameterLoFreq, 400.0f));
-    plugin.Deactivate();
-    plugin.Activate();
+    plugin.Restart();
     EXPECT_EQ(plugin.Run(Song()), Expected(Song(), {1, 0, 0, 400, 5000, 64})) << "it sounds as the ports say";
 }
 
@@ -118,50 +116,47 @@ TEST_F(Lv2State, ComesBackOnAnotherThreadWhileTheEditorIsOpen) {
     const XServer server;
     XUser user;
     Lv2Plugin plugin(bundle);
-    const Kept kept = Save(plugin);
-    ProgramSet programs = Programs(kept);
+    ProgramSet programs = Programs(plugin);
     SetName(programs[7], "Choir");
     PanelHost panel(user, plugin);
     std::thread([&] {
-        EXPECT_EQ(Restore(plugin, From(programs, kept)), LV2_STATE_SUCCESS);
-        EXPECT_EQ(Programs(Save(plugin)), programs);
+        EXPECT_EQ(Restore(plugin, programs), LV2_STATE_SUCCESS);
+        EXPECT_EQ(Programs(plugin), programs);
     }).join();
     panel.Idle();
-    EXPECT_EQ(Programs(Save(plugin)), programs);
+    EXPECT_EQ(Programs(plugin), programs);
 }
 
 TEST_F(Lv2State, RefusesWhatIsNoStateOfIts) {
     Lv2Plugin plugin(bundle);
     const Kept kept = Save(plugin);
-    Kept cut = kept;
-    cut.bytes.resize(100);
-    EXPECT_NE(Restore(plugin, cut), LV2_STATE_SUCCESS);
-    Kept long_ = kept;
-    long_.bytes.resize(1 << 20);
-    EXPECT_NE(Restore(plugin, long_), LV2_STATE_SUCCESS);
+    for (const std::size_t size : {100, 1 << 20}) {
+        Kept other = kept;
+        other.bytes.resize(size);
+        EXPECT_NE(Restore(plugin, other), LV2_STATE_SUCCESS) << size;
+    }
     Kept text = kept;
-    text.type = bundle.map()->map(bundle.map()->handle, LV2_ATOM__String);
+    text.type = bundle.Number(LV2_ATOM__String);
     EXPECT_EQ(Restore(plugin, text), LV2_STATE_ERR_BAD_TYPE);
     Kept missing = kept;
     missing.missing = true;
     EXPECT_EQ(Restore(plugin, missing), LV2_STATE_SUCCESS) << "a preset of ports alone";
     EXPECT_EQ(Save(plugin).bytes, kept.bytes);
-    ProgramSet wild = Programs(kept); // values that no fader gives are kept, and harm nobody
+    ProgramSet wild = Programs(plugin); // values that no fader gives are kept, and harm nobody
     wild[0].currentProgram = 1 << 30;
     StoreValue(wild[1], kParameterLoFreq, std::numeric_limits<float>::quiet_NaN());
-    EXPECT_EQ(Restore(plugin, From(wild, kept)), LV2_STATE_SUCCESS);
+    EXPECT_EQ(Restore(plugin, wild), LV2_STATE_SUCCESS);
     plugin.Run(Song(512));
 }
 
 TEST_F(Lv2State, NeedsNumbersForItsNames) {
     const Lv2Plugin with(bundle);
-    const LV2_Feature* none[] = {nullptr};
     const LV2_Handle handle =
-        with.descriptor().instantiate(&with.descriptor(), 44100.0, VOCAFADE_LV2 "/", none);
+        with.descriptor().instantiate(&with.descriptor(), 44100.0, VOCAFADE_LV2 "/", kNoFeatures);
     ASSERT_NE(handle, nullptr) << "it plays without";
     const auto store = [](LV2_State_Handle, std::uint32_t, const void*, std::size_t, std::uint32_t,
                           std::uint32_t) { return LV2_STATE_SUCCESS; };
-    EXPECT_EQ(StateOf(with).save(handle, store, nullptr, 0, none), LV2_STATE_ERR_NO_FEATURE);
+    EXPECT_EQ(StateOf(with).save(handle, store, nullptr, 0, kNoFeatures), LV2_STATE_ERR_NO_FEATURE);
     with.descriptor().cleanup(handle);
 }
 

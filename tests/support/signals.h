@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
 #include <numbers>
 #include <random>
 #include <vector>
@@ -10,6 +13,12 @@
 namespace vocafade::test {
 
 using Samples = std::vector<float>;
+
+struct StereoSamples {
+    Samples left;
+    Samples right;
+    bool operator==(const StereoSamples&) const = default;
+};
 
 inline Samples Noise(std::size_t count, unsigned seed, float amplitude = 0.5f) {
     std::mt19937 random(seed);
@@ -19,6 +28,10 @@ inline Samples Noise(std::size_t count, unsigned seed, float amplitude = 0.5f) {
         s = sample(random);
     }
     return samples;
+}
+
+inline StereoSamples StereoNoise(std::size_t count, unsigned seed = 1, float amplitude = 0.5f) {
+    return {Noise(count, seed, amplitude), Noise(count, seed + 1, amplitude)};
 }
 
 inline Samples Sine(std::size_t count, double hertz, double rate, float amplitude = 0.5f) {
@@ -44,6 +57,41 @@ inline Samples Chord(double rate, double start) {
     return samples;
 }
 
+/// What stands in an output before something is written there.
+constexpr float kUnwritten = 9.0f;
+
+/// What comes out when `process`, called as effects are, gets a sound in blocks of these sizes in turn.
+template <typename Process>
+StereoSamples InBlocks(StereoSamples in, const std::vector<std::size_t>& sizes, Process process) {
+    const std::size_t all = in.left.size();
+    StereoSamples out{Samples(all, kUnwritten), Samples(all, kUnwritten)};
+    for (std::size_t done = 0, turn = 0; done < all; ++turn) {
+        const std::size_t count = std::min(sizes[turn % sizes.size()], all - done);
+        float* inputs[] = {&in.left[done], &in.right[done]};
+        float* outputs[] = {&out.left[done], &out.right[done]};
+        process(inputs, outputs, static_cast<std::int32_t>(count));
+        done += count;
+    }
+    return out;
+}
+
+/// Whether the first `count` agree in every bit: zeros of different signs do not.
+inline bool SameBits(const Samples& a, const Samples& b, std::size_t count) {
+    return std::memcmp(a.data(), b.data(), count * sizeof(float)) == 0;
+}
+
+inline bool AllFinite(const Samples& samples, std::size_t from = 0) {
+    return std::all_of(samples.data() + from, samples.data() + samples.size(),
+                       [](float sample) { return std::isfinite(sample); });
+}
+
+inline float Peak(const Samples& samples, std::size_t from = 0) {
+    float peak = 0.0f;
+    for (std::size_t i = from; i < samples.size(); ++i)
+        peak = std::max(peak, std::fabs(samples[i]));
+    return peak;
+}
+
 /// Mean square of samples `from` to the end.
 inline double Power(const Samples& samples, std::size_t from = 0) {
     double sum = 0.0;
@@ -67,6 +115,13 @@ inline double FitDb(const float* reference, const float* output, std::size_t cou
     }
     const double explained = cross * cross / own;
     return Db(explained / (out - explained));
+}
+
+/// The same of the channel that fits worse, where the output is late by some samples.
+inline double FitDb(const StereoSamples& reference, const StereoSamples& output, std::size_t late) {
+    const std::size_t count = reference.left.size() - late;
+    return std::min(FitDb(reference.left.data(), output.left.data() + late, count),
+                    FitDb(reference.right.data(), output.right.data() + late, count));
 }
 
 } // namespace vocafade::test
