@@ -6,19 +6,11 @@
 #include "tests/support/recording_host.h"
 #include "tests/support/temp_folder.h"
 
-#include <cstring>
-
 namespace vocafade::test {
 namespace {
 
 class Bank : public WithSettings {
   protected:
-    std::string Name(AVocafade& effect, std::int32_t index) {
-        char text[64] = {};
-        effect.getProgramNameIndexed(0, index, text);
-        return text;
-    }
-
     /// Saves one program in the user's folder and returns the file's bytes.
     std::string SavedBank() {
         AVocafade effect(RecordingHost::Callback);
@@ -26,6 +18,24 @@ class Bank : public WithSettings {
         effect.setParameter(3, 0.5f);
         effect.SaveProgram(7, "My song");
         return ReadFile(BankPath());
+    }
+
+    /// Moves a saved bank to another place.
+    void SaveBankAs(const std::string& path) {
+        SavedBank();
+        std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+        std::filesystem::rename(BankPath(), path);
+    }
+
+    /// The name of program 7 in an effect that is opened now, and whether the factory's has the saved value.
+    std::pair<std::string, bool> SeventhAndFactorys() {
+        AVocafade effect(RecordingHost::Callback);
+        effect.open();
+        effect.setProgram(7);
+        const std::string name = effect.ProgramName(7).str();
+        effect.setParameter(3, 0.1f);
+        effect.ProgramToFactory();
+        return {name, effect.getParameter(3) == 0.5f};
     }
 
     RecordingHost host;
@@ -44,7 +54,7 @@ TEST_F(Bank, IsWrittenByteForByteAndReadBackAtTheNextStart) {
     AVocafade next(SilentHost);
     next.open();
     EXPECT_EQ(next.getProgram(), 7);
-    EXPECT_EQ(Name(next, 7), "My song");
+    EXPECT_EQ(next.ProgramName(7), "My song");
     EXPECT_EQ(next.getParameter(3), 0.5f);
     EXPECT_FALSE(next.IsProgramChanged());
     for (const std::int32_t nowhere : {64, -1})
@@ -56,103 +66,67 @@ TEST_F(Bank, IsWrittenByteForByteAndReadBackAtTheNextStart) {
 }
 
 TEST_F(Bank, BesideThePlugInFillsTheFactoryProgramsOnlyWithoutTheUsersOwn) {
-    const std::string bytes = SavedBank();
-    std::filesystem::remove(BankPath());
-    std::filesystem::create_directory(settings / "bundle");
-    WriteFile(settings / "bundle/VocafadeDef.fxb", bytes);
-    host.directory = settings / "bundle/Vocafade.so"; // cut behind the last slash
-
-    AVocafade effect(RecordingHost::Callback);
-    effect.open();
-    EXPECT_EQ(Name(effect, 7), "My song");
-    effect.setParameter(3, 0.1f);
-    effect.ProgramToFactory();
-    EXPECT_EQ(effect.getParameter(3), 0.5f);
-
-    // With a bank of the user's own the plug-in's folder is never looked at.
-    AVocafade saver(RecordingHost::Callback);
-    saver.open();
-    saver.setProgram(1);
-    saver.SaveProgram(1, "Mine");
-    const auto asked = host.Calls(audioMasterGetDirectory).size();
-    AVocafade second(RecordingHost::Callback);
-    second.open();
-    EXPECT_EQ(Name(second, 1), "Mine");
-    second.setProgram(7);
-    second.ProgramToFactory();
-    EXPECT_EQ(second.getParameter(3), DefaultNormalizedValue(3));
-    EXPECT_EQ(host.Calls(audioMasterGetDirectory).size(), asked + 1) << "asked, but only as a courtesy";
-}
-
-TEST_F(Bank, OfAnotherKindLoadsNothingButLetsTheFactoryProgramsIn) {
-    // The bank in the user's folder is of another kind; the one in the current folder is whole.
-    const std::string bytes = SavedBank();
-    std::string other = bytes;
-    other.replace(8, 4, "FxBk");
-    WriteFile(BankPath(), other);
-    const auto before = std::filesystem::current_path();
-    std::filesystem::current_path(settings.path());
-    WriteFile(settings / "VocafadeDef.fxb", bytes);
-    AVocafade effect(RecordingHost::Callback);
-    effect.open();
-    std::filesystem::current_path(before);
-    EXPECT_EQ(Name(effect, 7), "Empty");
-    effect.setProgram(7);
-    effect.ProgramToFactory();
-    EXPECT_EQ(Name(effect, 7), "My song");
-}
-
-TEST_F(Bank, CutsTheHostsFolderAsDocumented) {
-    const std::string bytes = SavedBank();
-    std::filesystem::remove(BankPath());
-    std::filesystem::create_directory(settings / "a");
-    WriteFile(settings / "a/VocafadeDef.fxb", bytes);
-    const std::string folder = settings / "a";
+    const std::string folder = settings / "bundle";
+    SaveBankAs(folder + "/VocafadeDef.fxb");
     for (const auto& [answer, found] : {std::pair{folder + "/", true},
-                                        {folder + "/x", true},
+                                        {folder + "/Vocafade.so", true}, // cut behind the last slash
                                         {folder, false},
                                         {std::string("/"), false},
                                         {std::string(), false},
                                         {std::string("nowhere"), false},
                                         {std::string(5000, 'z'), false}}) {
         host.directory = answer;
-        AVocafade effect(RecordingHost::Callback);
-        effect.open();
-        EXPECT_EQ(Name(effect, 7) == "My song", found) << answer;
+        EXPECT_EQ(SeventhAndFactorys(), std::pair(std::string(found ? "My song" : "Empty"), found)) << answer;
     }
+    // With a bank of the user's own the plug-in's folder is never looked at.
+    host.directory = folder + "/";
+    AVocafade saver(SilentHost);
+    saver.open();
+    saver.SaveProgram(7, "Mine");
+    const auto asked = host.Calls(audioMasterGetDirectory).size();
+    EXPECT_EQ(SeventhAndFactorys(), std::pair(std::string("Mine"), false));
+    EXPECT_EQ(host.Calls(audioMasterGetDirectory).size(), asked + 1) << "asked, but only as a courtesy";
+}
+
+TEST_F(Bank, OfAnotherKindLoadsNothingButLetsTheFactoryProgramsIn) {
+    // The bank in the user's folder is of another kind; the one in the current folder is whole.
+    SaveBankAs(settings / "VocafadeDef.fxb");
+    std::string other = SavedBank();
+    WriteFile(BankPath(), other.replace(8, 4, "FxBk"));
+    const auto before = std::filesystem::current_path();
+    std::filesystem::current_path(settings.path());
+    EXPECT_EQ(SeventhAndFactorys(), std::pair(std::string("Empty"), true));
+    std::filesystem::current_path(before);
 }
 
 TEST_F(Bank, IgnoresWhatIsNotItsOwn) {
     const std::string good = SavedBank();
-    const auto namesAfter = [&](const std::string& bytes) {
+    const auto nameAfter = [&](const std::string& bytes) {
         WriteFile(BankPath(), bytes);
         AVocafade effect(SilentHost);
         effect.open();
         EXPECT_FALSE(effect.IsProgramChanged());
-        return Name(effect, 7) + "," + Name(effect, 63);
+        EXPECT_EQ(effect.ProgramName(63), "Empty");
+        return effect.ProgramName(7).str();
     };
     const auto changed = [&](std::size_t at, const std::string& text) {
         std::string bytes = good;
         return bytes.replace(at, text.size(), text);
     };
-    EXPECT_EQ(namesAfter(good), "My song,Empty");
-    EXPECT_EQ(namesAfter(changed(0, "RIFF")), "Empty,Empty");
-    EXPECT_EQ(namesAfter(changed(8, "FxBk")), "Empty,Empty");
-    EXPECT_EQ(namesAfter(changed(16, "Else")), "Empty,Empty");
-    EXPECT_EQ(namesAfter(changed(4, "\x7f\x7f\x7f\x7f")), "My song,Empty")
-        << "sizes and versions are not looked at";
-    EXPECT_EQ(namesAfter(changed(156, "\xff\xff\xff\xff")), "My song,Empty") << "a declared size is bounded";
-    EXPECT_EQ(namesAfter(good + std::string(100000, 'x')), "My song,Empty");
+    for (const std::string& other : {changed(0, "RIFF"), changed(8, "FxBk"), changed(16, "Else")})
+        EXPECT_EQ(nameAfter(other), "Empty") << other.substr(0, 20);
     const std::string ofRecordsAndABit = good.substr(0, 160 + 7 * 52 + 24 + 4);
-    EXPECT_EQ(namesAfter(ofRecordsAndABit), "Empty,Empty") << "the rest of the declared chunk is missing";
-    EXPECT_EQ(namesAfter(std::string(ofRecordsAndABit).replace(156, 4, std::string("\0\0\1\x88", 4))),
-              "My sy,Empty")
+    EXPECT_EQ(nameAfter(ofRecordsAndABit), "Empty") << "the rest of the declared chunk is missing";
+    for (std::size_t length = 0; length < 160; length += 13)
+        EXPECT_EQ(nameAfter(good.substr(0, length)), "Empty") << length;
+    EXPECT_EQ(nameAfter(std::string(ofRecordsAndABit).replace(156, 4, std::string("\0\0\1\x88", 4))), "My sy")
         << "a chunk that is complete counts to its last byte";
-    EXPECT_EQ(namesAfter(good.substr(0, 160 + 8 * 52 + 30)), "My song,Empty")
-        << "whole records of a short file";
-    for (std::size_t length = 0; length < 160; length += 13) {
-        EXPECT_EQ(namesAfter(good.substr(0, length)), "Empty,Empty") << length;
-    }
+    for (const auto& [bytes, why] : {std::pair{good, "whole"},
+                                     {changed(4, "\x7f\x7f\x7f\x7f"), "sizes and versions are not looked at"},
+                                     {changed(156, "\xff\xff\xff\xff"), "a declared size is bounded"},
+                                     {good + std::string(100000, 'x'), "what stands behind the bank"},
+                                     {good.substr(0, 160 + 8 * 52 + 30), "whole records of a short file"}})
+        EXPECT_EQ(nameAfter(bytes), "My song") << why;
 }
 
 #if !defined(_WIN32) // where the C++ library makes no links

@@ -6,8 +6,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <limits>
+#include <utility>
 
 namespace vocafade::test {
 namespace {
@@ -28,32 +28,40 @@ class Parameters : public WithSettings {
         return text;
     }
 
-    float Internal(std::int32_t index, float normalised) {
-        effect.setParameter(index, normalised);
-        return std::stof(Display(index));
-    }
-
     RecordingHost host;
     AVocafade effect{RecordingHost::Callback};
 };
 
-/// Hears what an editor would, and sees what the effect holds at that moment.
+/// What an editor hears: a parameter's new value and the one that the effect has at that moment.
+struct Word {
+    std::int32_t index;
+    float value;
+    float held;
+    bool operator==(const Word&) const = default;
+};
+constexpr Word kModified{-1, 0.0f, 0.0f}; ///< that the program changed
+
 struct Listener : EffectListener {
     explicit Listener(AVocafade& of) : effect(of) { effect.SetListener(this); }
     ~Listener() override { effect.SetListener(nullptr); }
     Listener(const Listener&) = delete;
     Listener& operator=(const Listener&) = delete;
     void UpdateControl(std::int32_t index, float value) override {
-        updates.emplace_back(index, value);
-        held.push_back(effect.getParameter(index));
+        words.push_back({index, value, effect.getParameter(index)});
     }
-    void UpdateModify() override { modifiedAfter.push_back(updates.size()); }
+    void UpdateModify() override { words.push_back(kModified); }
+    std::vector<Word> Take() { return std::exchange(words, {}); }
 
     AVocafade& effect;
-    std::vector<std::pair<std::int32_t, float>> updates;
-    std::vector<float> held;                ///< the parameter's value in the effect, at each update
-    std::vector<std::size_t> modifiedAfter; ///< how many updates came before each UpdateModify
+    std::vector<Word> words;
 };
+
+/// A record as a host may leave it before it asks.
+VstParameterProperties Unasked() {
+    VstParameterProperties properties;
+    std::fill_n(reinterpret_cast<unsigned char*>(&properties), sizeof properties, 0xAA);
+    return properties;
+}
 
 TEST(ParameterConversions, MatchTheTable) {
     EXPECT_FLOAT_EQ(ValToNormalizeValue(1, 1.0f), 0.4997498749374687f);
@@ -130,33 +138,25 @@ TEST(ParameterConversions, GiveFixedPointAndRanges) {
 }
 
 TEST_F(Parameters, ShowNamesUnitsAndValues) {
-    const char* names[] = {"ON/OFF", "Output", "Input", "LoFreq", "HiFreq", "Position"};
-    const char* labels[] = {"", "dB", "dB", "Hz", "Hz", ""};
-    const char* values[] = {"ON", "0.0", "0.0", "400.0", "9000.0", "64.0"};
+    const char* shown[] = {"ON/OFF ON ",      "Output 0.0 dB",    "Input 0.0 dB",
+                           "LoFreq 400.0 Hz", "HiFreq 9000.0 Hz", "Position 64.0 "};
     for (std::int32_t i = 0; i < kParameterCount; ++i) {
-        char text[64] = "x";
-        effect.getParameterName(i, text);
-        EXPECT_STREQ(text, names[i]);
-        effect.getParameterLabel(i, text);
-        EXPECT_STREQ(text, labels[i]);
-        EXPECT_EQ(Display(i), values[i]);
+        char name[64] = "x";
+        char label[64] = "x";
+        effect.getParameterName(i, name);
+        effect.getParameterLabel(i, label);
+        EXPECT_EQ(name + (" " + Display(i)) + " " + label, shown[i]);
     }
     EXPECT_EQ(Display(6), "untouched");
     EXPECT_EQ(effect.getParameter(6), 0.0f);
     EXPECT_EQ(effect.getParameter(-1), 0.0f);
 
-    effect.setParameter(1, 0.0f);
-    EXPECT_EQ(Display(1), "-59.8");
-    effect.setParameter(1, 1.0f);
-    EXPECT_EQ(Display(1), "6.0");
     effect.setParameter(1, std::nextafter(ValToNormalizeValue(1, 1.0f), 0.0f));
     EXPECT_EQ(Display(1), "0.0") << "never -0.0";
     effect.setParameter(0, 0.5f);
     EXPECT_EQ(Display(0), "OFF");
     effect.setParameter(3, 0.25f);
     EXPECT_NEAR(effect.getParameterDisplayVal(3), 5015.05f, 1e-3f);
-    effect.setParameter(2, 0.25f);
-    EXPECT_LT(effect.getParameterDisplayVal(2), -12.0f);
 }
 
 TEST_F(Parameters, StoreWhatTheHostSetsInTheCurrentProgramAndTellTheEditorFirst) {
@@ -164,10 +164,9 @@ TEST_F(Parameters, StoreWhatTheHostSetsInTheCurrentProgramAndTellTheEditorFirst)
     for (std::int32_t i = 0; i < kParameterCount; ++i) {
         const float before = effect.getParameter(i);
         effect.setParameter(i, 0.25f);
-        EXPECT_EQ(listener.held.back(), before);
+        EXPECT_EQ(listener.Take(), (std::vector<Word>{{i, 0.25f, before}}));
         EXPECT_EQ(effect.getParameter(i), 0.25f);
         EXPECT_EQ(effect.Program(0).values[static_cast<std::size_t>(i)], 0.25f);
-        EXPECT_EQ(listener.updates.back(), std::make_pair(i, 0.25f));
     }
     EXPECT_TRUE(host.calls.empty()) << "the host knows what it set";
     effect.setParameter(17, 0.5f);
@@ -178,37 +177,28 @@ TEST_F(Parameters, FromTheEditorReachTheHostButNotTheEditor) {
     Listener listener(effect);
     effect.setParameterFormUI(4, 0.75f);
     EXPECT_EQ(effect.getParameter(4), 0.75f);
-    EXPECT_TRUE(listener.updates.empty());
+    EXPECT_TRUE(listener.words.empty());
     EXPECT_EQ(host.calls, (std::vector<RecordingHost::Call>{{audioMasterAutomate, 4, 0.75f}}));
 }
 
 TEST_F(Parameters, EditorHearsOfSwitchesAndProgramsOnceTheyHold) {
     Listener listener(effect);
-    const auto expectSince = [&](const std::vector<std::pair<std::int32_t, float>>& updates,
-                                 const std::vector<std::size_t>& modifiedAfter) {
-        EXPECT_EQ(listener.updates, updates);
-        EXPECT_EQ(listener.modifiedAfter, modifiedAfter);
-        listener.updates.clear();
-        listener.modifiedAfter.clear();
-    };
     effect.suspend();
-    EXPECT_EQ(listener.held.back(), 0.0f) << "heard of it when it was so";
-    expectSince({{0, 0.0f}}, {});
+    EXPECT_EQ(listener.Take(), (std::vector<Word>{{0, 0.0f, 0.0f}}));
     effect.resume();
-    EXPECT_EQ(listener.held.back(), 1.0f);
-    expectSince({{0, 1.0f}}, {});
-    std::vector<std::pair<std::int32_t, float>> all;
-    all.reserve(kParameterCount);
-    for (std::int32_t i = 0; i < kParameterCount; ++i) {
-        all.emplace_back(i, DefaultNormalizedValue(i));
-    }
+    EXPECT_EQ(listener.Take(), (std::vector<Word>{{0, 1.0f, 1.0f}}));
+    std::vector<Word> all;
+    for (std::int32_t i = 0; i < kParameterCount; ++i)
+        all.push_back({i, DefaultNormalizedValue(i), DefaultNormalizedValue(i)});
+    all.push_back(kModified);
     effect.setProgram(3);
-    expectSince(all, {6});
+    EXPECT_EQ(listener.Take(), all);
     host.calls.clear();
-    effect.ProgramToFactory();
-    expectSince(all, {6, 6});
     effect.CopyPgFrom(2);
-    expectSince(all, {6});
+    EXPECT_EQ(listener.Take(), all);
+    effect.ProgramToFactory();
+    all.push_back(kModified);
+    EXPECT_EQ(listener.Take(), all);
     EXPECT_EQ(host.Calls(audioMasterUpdateDisplay).size(), 2U);
 }
 
@@ -217,7 +207,7 @@ TEST_F(Parameters, TypedValuesAreShownAsTypedAndLimitedInEffect) {
     effect.setParameterFromDiaplay(1, 9.0f);
     EXPECT_EQ(Display(1), "9.0");
     EXPECT_EQ(effect.getParameter(1), 1.0f);
-    EXPECT_EQ(listener.updates.back(), std::make_pair(1, 1.0f));
+    EXPECT_EQ(listener.words.back().value, 1.0f);
     EXPECT_EQ(host.calls, (std::vector<RecordingHost::Call>{{audioMasterAutomate, 1, 1.0f},
                                                             {audioMasterEndEdit, 1, 0.0f}}));
     effect.setParameter(1, 1.0f);
@@ -236,42 +226,41 @@ TEST_F(Parameters, TypedValuesAreShownAsTypedAndLimitedInEffect) {
 }
 
 TEST_F(Parameters, NanCountsAsTheMinimumAndInfinityIsClamped) {
+    const auto shown = [this](std::int32_t index, float value) {
+        effect.setParameter(index, value);
+        return Display(index);
+    };
+    const char* least[] = {"OFF", "-59.8", "-59.8", "20.0", "20.0", "0.0"};
+    const char* most[] = {"OFF", "6.0", "0.0", "20000.0", "20000.0", "127.0"};
+    for (std::int32_t i = 0; i < kParameterCount; ++i) {
+        for (const float low : {kNan, -kInfinity, -1e30f, -3.0f, 0.0f})
+            EXPECT_EQ(shown(i, low), least[i]) << low;
+        for (const float high : {kInfinity, 1e30f})
+            EXPECT_EQ(shown(i, high), most[i]) << high;
+    }
     for (const float bad : {kNan, -kInfinity}) {
-        EXPECT_FLOAT_EQ(Internal(1, bad), -59.8f) << bad;
-        EXPECT_FLOAT_EQ(Internal(3, bad), 20.0f) << bad;
-        EXPECT_FLOAT_EQ(Internal(5, bad), 0.0f) << bad;
-        effect.setParameter(0, bad);
-        EXPECT_EQ(Display(0), "OFF");
         effect.setParameterFromDiaplay(4, bad);
         effect.setParameterFormUI(2, bad);
     }
-    EXPECT_EQ(Internal(1, kInfinity), 6.0f);
-    EXPECT_EQ(Internal(4, kInfinity), 20000.0f);
-    EXPECT_EQ(Internal(5, kInfinity), 127.0f);
     EXPECT_EQ(ValToNormalizeValue(3, kInfinity), 1.0f);
     EXPECT_EQ(NormalizeValToDWValue(3, kInfinity), 20000U * 65536U);
     effect.setParameterFromDiaplay(1, kInfinity);
     EXPECT_EQ(effect.getParameter(1), 1.0f);
-    EXPECT_FLOAT_EQ(Internal(5, -3.0f), 0.0f);
-    EXPECT_FLOAT_EQ(Internal(3, 1e30f), 20000.0f);
-    EXPECT_FLOAT_EQ(Internal(3, -1e30f), 20.0f);
 }
 
 TEST_F(Parameters, DescribeTheirRangesInWholeNumbers) {
     constexpr std::int32_t minima[] = {0, 0, 0, 20, 20, 0};
     constexpr std::int32_t maxima[] = {1, 2, 1, 20000, 20000, 127};
     for (std::int32_t i = 0; i < kParameterCount; ++i) {
-        VstParameterProperties p;
-        std::fill_n(reinterpret_cast<unsigned char*>(&p), sizeof p, 0xAA); // as a host may leave it
+        VstParameterProperties p = Unasked();
         ASSERT_TRUE(effect.getParameterProperties(i, &p));
         EXPECT_EQ(p.minInteger, minima[i]);
         EXPECT_EQ(p.maxInteger, maxima[i]);
         EXPECT_EQ(p.stepInteger, 128);
         EXPECT_EQ(p.largeStepInteger, 256);
         EXPECT_EQ(p.displayIndex, i);
-        const bool stepped = i == 0;
         EXPECT_EQ(p.flags, kVstParameterUsesIntegerMinMax | kVstParameterUsesIntStep |
-                               (stepped ? kVstParameterIsSwitch : 0));
+                               (i == 0 ? kVstParameterIsSwitch : 0));
         EXPECT_STREQ(p.label, ParameterRow(i).unit);
         EXPECT_EQ(p.future[15], 0);
     }
@@ -288,9 +277,7 @@ TEST_F(Parameters, HideTheirRangesFromHostsThatMisreadThem) {
         AVocafade other(RecordingHost::Callback);
         host.calls.clear();
         for (std::int32_t i = 0; i < kParameterCount; ++i) {
-            VstParameterProperties p;
-            // cppcheck-suppress memsetClassFloat ; any bytes but zeros serve
-            std::memset(&p, 0xAA, sizeof p);
+            VstParameterProperties p = Unasked();
             EXPECT_EQ(other.getParameterProperties(i, &p), told) << product;
             const auto* bytes = reinterpret_cast<const unsigned char*>(&p);
             const bool clear = std::all_of(bytes, bytes + sizeof p, [](unsigned char b) { return b == 0; });

@@ -18,6 +18,13 @@ class Programs : public WithSettings {
         return effect.getProgramNameIndexed(0, index, text) ? text : "none";
     }
 
+    void Rename(std::string name) { effect.setProgramName(name.data()); }
+
+    void SelectAndSet(std::int32_t program, std::int32_t parameter, float value) {
+        effect.setProgram(program);
+        effect.setParameter(parameter, value);
+    }
+
     std::vector<char> Chunk(bool isPreset) {
         void* data = nullptr;
         const std::int32_t size = effect.getChunk(&data, isPreset);
@@ -25,8 +32,8 @@ class Programs : public WithSettings {
         return {bytes, bytes + size};
     }
 
-    void SetChunk(std::vector<char> bytes, bool isPreset) {
-        EXPECT_EQ(effect.setChunk(bytes.data(), static_cast<std::int32_t>(bytes.size()), isPreset), 0);
+    static void SetChunk(AVocafade& to, std::vector<char> bytes, bool isPreset) {
+        EXPECT_EQ(to.setChunk(bytes.data(), static_cast<std::int32_t>(bytes.size()), isPreset), 0);
     }
 
     RecordingHost host;
@@ -35,32 +42,26 @@ class Programs : public WithSettings {
 
 TEST_F(Programs, KeepNamesOfTwentyThreeBytes) {
     effect.setProgram(3);
-    char name[] = "123456789012345678901234567890";
-    effect.setProgramName(name);
+    Rename("123456789012345678901234567890");
     EXPECT_EQ(Name(3), "12345678901234567890123");
     EXPECT_EQ(Name(-1), Name(3)) << "a negative index asks for the current one";
+    effect.setProgramName(nullptr);
     char text[24];
     effect.getProgramName(text);
     EXPECT_EQ(Name(3), text);
-    effect.setProgramName(nullptr);
-    EXPECT_EQ(Name(3), text);
 
     std::vector<char> chunk = Chunk(true);
-    for (std::size_t i = 24; i < 48; ++i) {
-        chunk.at(i) = 'x'; // a name without its end
-    }
-    SetChunk(chunk, true);
+    std::fill_n(chunk.begin() + 24, 24, 'x'); // a name without its end
+    SetChunk(effect, chunk, true);
     EXPECT_EQ(Name(3), std::string(23, 'x'));
 }
 
 TEST_F(Programs, ApplyTheirValuesWhenSelected) {
-    effect.setProgram(5);
-    effect.setParameter(3, 0.5f);
+    SelectAndSet(5, 3, 0.5f);
     effect.setParameter(5, 0.0f);
     effect.setProgram(6);
     EXPECT_EQ(effect.getParameter(3), DefaultNormalizedValue(3));
     effect.setProgram(5);
-    EXPECT_EQ(effect.getParameter(3), 0.5f);
     char text[64];
     effect.getParameterDisplay(3, text);
     EXPECT_STREQ(text, "10010.0");
@@ -75,10 +76,8 @@ TEST_F(Programs, ApplyTheirValuesWhenSelected) {
 }
 
 TEST_F(Programs, TravelAsABankChunkWithTheCurrentNumber) {
-    effect.setProgram(5);
-    effect.setParameter(4, 0.125f);
-    char name[] = "Fünf";
-    effect.setProgramName(name);
+    SelectAndSet(5, 4, 0.125f);
+    Rename("Fünf");
     const std::vector<char> chunk = Chunk(false);
     ASSERT_EQ(chunk.size(), 3328U);
     std::int32_t current = 0;
@@ -87,17 +86,15 @@ TEST_F(Programs, TravelAsABankChunkWithTheCurrentNumber) {
 
     AVocafade other(SilentHost);
     other.open();
-    EXPECT_EQ(other.setChunk(const_cast<char*>(chunk.data()), 3328, false), 0);
+    SetChunk(other, chunk, false);
     EXPECT_EQ(other.getProgram(), 5);
     EXPECT_EQ(other.getParameter(4), 0.125f);
-    char text[64];
-    EXPECT_TRUE(other.getProgramNameIndexed(0, 5, text));
-    EXPECT_STREQ(text, "Fünf");
+    EXPECT_EQ(other.ProgramName(5), "Fünf");
     EXPECT_TRUE(other.IsProgramChanged()) << "what was loaded is not what was stored";
-    std::vector<char> one = Chunk(true);
+    const std::vector<char> one = Chunk(true);
     ASSERT_EQ(one.size(), 52U);
     other.setProgram(9);
-    EXPECT_EQ(other.setChunk(one.data(), 52, true), 0);
+    SetChunk(other, one, true);
     EXPECT_EQ(other.getProgram(), 9);
     EXPECT_EQ(other.Program(9).values[4], 0.125f);
     EXPECT_EQ(other.Program(8).values[4], DefaultNormalizedValue(4));
@@ -105,34 +102,31 @@ TEST_F(Programs, TravelAsABankChunkWithTheCurrentNumber) {
 
 TEST_F(Programs, TakeDamagedChunksSafely) {
     effect.setProgram(7);
-    std::vector<char> large(10000, 0); // more than there is room for, and program 0 in its record
-    SetChunk(large, false);
+    const std::vector<char> large(10000, 0); // more than there is room for, and program 0 in its record
+    SetChunk(effect, large, false);
     EXPECT_EQ(effect.getProgram(), 0);
     EXPECT_EQ(effect.getParameter(4), 0.0f);
-    SetChunk(large, true);
+    SetChunk(effect, large, true);
 
     effect.setProgram(7);
     std::vector<char> bank = Chunk(false);
     const std::int32_t wild = 1000;
     std::memcpy(bank.data() + 48, &wild, 4);
-    SetChunk(bank, false);
+    SetChunk(effect, bank, false);
     EXPECT_EQ(effect.getProgram(), 7) << "a number that is no program changes nothing";
 
     effect.setProgram(3);
-    SetChunk(std::vector<char>(20, 0), false); // ends within the first record
+    SetChunk(effect, std::vector<char>(20, 0), false); // ends within the first record
     EXPECT_EQ(effect.getProgram(), 3);
 
-    const std::vector<char> garbage(3328, static_cast<char>(0xFF)); // every value is NaN
-    SetChunk(garbage, false);
+    SetChunk(effect, std::vector<char>(3328, '\xFF'), false); // every value is NaN
     EXPECT_EQ(Name(3).size(), 23U);
 }
 
 TEST_F(Programs, ReturnToTheirStoredAndFactoryStates) {
-    effect.setProgram(4);
-    effect.setParameter(2, 0.5f);
+    SelectAndSet(4, 2, 0.5f);
     EXPECT_TRUE(effect.IsProgramChanged());
-    char name[] = "renamed";
-    effect.setProgramName(name);
+    Rename("renamed");
     host.calls.clear();
     effect.ProgramToInitial();
     EXPECT_FALSE(effect.IsProgramChanged());
@@ -144,10 +138,8 @@ TEST_F(Programs, ReturnToTheirStoredAndFactoryStates) {
     effect.ProgramToFactory();
     EXPECT_EQ(effect.getParameter(2), DefaultNormalizedValue(2));
 
-    for (const std::int32_t i : {0, 30, 63}) {
-        effect.setProgram(i);
-        effect.setParameter(3, 0.9f);
-    }
+    for (const std::int32_t i : {0, 30, 63})
+        SelectAndSet(i, 3, 0.9f);
     effect.ProgramToAllInitial();
     for (std::int32_t i = 0; i < kProgramCount; ++i) {
         effect.setProgram(i);
@@ -155,8 +147,7 @@ TEST_F(Programs, ReturnToTheirStoredAndFactoryStates) {
     }
     EXPECT_EQ(host.Calls(audioMasterUpdateDisplay).size(), 3U);
 
-    effect.setProgram(1);
-    effect.setParameter(5, 1.0f);
+    SelectAndSet(1, 5, 1.0f);
     effect.setProgram(2);
     effect.CopyPgFrom(1);
     EXPECT_EQ(effect.getParameter(5), 1.0f);
