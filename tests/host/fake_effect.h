@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace vocafade::host::fake {
@@ -11,9 +12,8 @@ namespace vocafade::host::fake {
 struct Log {
     std::vector<std::int32_t> opcodes;
     std::vector<std::string> answers; ///< "question=answer", asked while the effect was being made
-    std::int32_t processCalls = 0;
-    std::int64_t positionSeen = -1; ///< samples, by the host's time at the last block
-    std::intptr_t levelSeen = -1;   ///< process level at the last block
+    /// For each block: where the song is by the host's time, in samples, and the process level.
+    std::vector<std::pair<std::int64_t, std::intptr_t>> blocks;
 };
 
 /// Exported by every fake as `FakeLog`. One a shared object.

@@ -1,28 +1,18 @@
 // SPDX-License-Identifier: MIT
 // The built plug-in, loaded as a host loads it and asked everything that a host can ask.
 #include "base/path.h"
-#include "host/library.h"
+#include "host/shared_object.h"
 #include "tests/support/recording_host.h"
 #include "tests/support/temp_folder.h"
 
-#include <algorithm>
 #include <map>
 
 namespace vocafade::test {
 namespace {
 
-using EntryPoint = AEffect* (*)(audioMasterCallback);
-
 class Plugin : public WithSettings {
   protected:
-    Plugin() : library(host::OpenLibrary(PathOf(VOCAFADE_PLUGIN))) {
-        entry = reinterpret_cast<EntryPoint>(host::FindInLibrary(library, "VSTPluginMain"));
-        effect = entry(RecordingHost::Callback);
-    }
-    ~Plugin() override {
-        Ask(effClose);
-        host::CloseLibrary(library);
-    }
+    ~Plugin() override { Ask(effClose); }
 
     VstIntPtr Ask(std::int32_t opcode, std::int32_t index = 0, VstIntPtr value = 0, void* ptr = nullptr,
                   float opt = 0.0f) {
@@ -36,15 +26,14 @@ class Plugin : public WithSettings {
     VstIntPtr CanDo(const char* what) { return Ask(effCanDo, 0, 0, const_cast<char*>(what)); }
 
     RecordingHost host;
-    void* library;
-    EntryPoint entry = nullptr;
-    AEffect* effect = nullptr;
+    host::SharedObject object{PathOf(VOCAFADE_PLUGIN)};
+    AEffect* effect = object.entry()(RecordingHost::Callback);
 };
 
 TEST_F(Plugin, RefusesAHostThatDoesNotKnowTheInterface) {
-    EXPECT_EQ(entry(nullptr), nullptr);
+    EXPECT_EQ(object.entry()(nullptr), nullptr);
     host.version = 0;
-    EXPECT_EQ(entry(RecordingHost::Callback), nullptr);
+    EXPECT_EQ(object.entry()(RecordingHost::Callback), nullptr);
 }
 
 TEST_F(Plugin, DescribesItself) {
@@ -60,8 +49,8 @@ TEST_F(Plugin, DescribesItself) {
     EXPECT_EQ(effect->version, 1);
     EXPECT_NE(effect->process, nullptr);
     EXPECT_NE(effect->processDoubleReplacing, nullptr);
-    EXPECT_TRUE(
-        std::all_of(std::begin(effect->future), std::end(effect->future), [](char c) { return c == 0; }));
+    for (const char reserved : effect->future)
+        EXPECT_EQ(reserved, 0);
     EXPECT_EQ(Text(effGetEffectName), "Vocafade");
     EXPECT_EQ(Text(effGetProductString), "Vocafade");
     EXPECT_EQ(Text(effGetVendorString), "VELMORAX Co.,Ltd.");
