@@ -7,20 +7,13 @@
 #include "effect/presets.h"
 #include "tests/support/temp_folder.h"
 
+#include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <gtest/gtest.h>
 #include <random>
 
 namespace vocafade::test {
 namespace {
-
-const Preset& Find(const char* symbol) {
-    for (const Preset& preset : Presets()) {
-        if (std::strcmp(preset.symbol, symbol) == 0) return preset;
-    }
-    throw std::runtime_error(symbol);
-}
 
 /// How a singer differs from the demonstration's.
 struct Singer {
@@ -35,13 +28,13 @@ class PresetsTest : public WithSettings {
 #ifdef VOCAFADE_SANITIZED
         GTEST_SKIP() << "it measures the sound, which no sanitizer changes";
 #endif
-        song_.voice.resize(std::size_t{kSeconds} * static_cast<std::size_t>(song_.rate));
+        song_.voice.resize(441000); // ten seconds are enough
         song_.rest.resize(song_.voice.size());
     }
 
     /// What the preset does to the song with this singer. The band is that of the voice to be taken.
-    Measurement Try(const char* symbol, const Singer& singer = {}, const Band& voiceBand = {}) {
-        const Preset& preset = Find(symbol);
+    Measurement Try(std::string_view symbol, const Singer& singer = {}, const Band& voiceBand = {}) {
+        const Preset& preset = *std::ranges::find(Presets(), symbol, &Preset::symbol);
         const StereoSound voice = Sing(singer);
         StereoSound mix = song_.rest;
         for (std::size_t i = 0; i < mix.size(); ++i) {
@@ -88,29 +81,19 @@ class PresetsTest : public WithSettings {
         return voice;
     }
 
-    StereoSound Render(const StereoSound& mix, const Preset& preset) {
+    StereoSound Render(StereoSound sound, const Preset& preset) {
         AVocafade effect(nullptr);
         effect.setSampleRate(static_cast<float>(song_.rate));
         for (std::int32_t i = 0; i < kParameterCount; ++i)
             effect.setParameter(i, NormalizeWholeDisplayValue(i, preset.values[static_cast<std::size_t>(i)]));
-        const std::size_t count = mix.size() + static_cast<std::size_t>(kVocafadeLatency);
-        std::vector<float> left(count);
-        std::vector<float> right(count);
-        for (std::size_t i = 0; i < mix.size(); ++i) {
-            left[i] = mix[i].left;
-            right[i] = mix[i].right;
+        sound.resize(sound.size() + kVocafadeLatency);
+        for (StereoSample& sample : sound) {
+            float* channels[] = {&sample.left, &sample.right};
+            effect.processReplacing(channels, channels, 1);
         }
-        float* channels[] = {left.data(), right.data()};
-        effect.processReplacing(channels, channels, static_cast<std::int32_t>(count));
-        StereoSound out(mix.size());
-        for (std::size_t i = 0; i < out.size(); ++i) {
-            const std::size_t late = i + static_cast<std::size_t>(kVocafadeLatency);
-            out[i] = {left[late], right[late]};
-        }
-        return out;
+        sound.erase(sound.begin(), sound.begin() + kVocafadeLatency);
+        return sound;
     }
-
-    static constexpr int kSeconds = 10;
 
     Song song_ = MakeSong(44100);
     TempFolder folder_;
