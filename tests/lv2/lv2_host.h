@@ -71,6 +71,7 @@ class Lv2Plugin {
     void Restore(const LilvState& state);
 
     LV2_Handle handle() const { return lilv_instance_get_handle(instance_.get()); }
+    Lv2Bundle& bundle() { return bundle_; }
     /// What a plug-in without a world around it offers.
     const LV2_Descriptor& descriptor() const { return *lilv_instance_get_descriptor(instance_.get()); }
 

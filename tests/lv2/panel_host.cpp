@@ -23,8 +23,7 @@ PanelHost::PanelHost(XUser& someUser, Lv2Plugin& somePlugin)
     : PanelHost(someUser, somePlugin, Offer{somePlugin.handle()}) {}
 
 PanelHost::PanelHost(XUser& someUser, Lv2Plugin& somePlugin, Offer offer, xcb_window_t someParent)
-    : PanelMouse(someUser, kX, kY), plugin(somePlugin), parent(someParent), descriptor_(Descriptor()),
-      map_(offer.map) {
+    : PanelMouse(someUser, kX, kY), plugin(somePlugin), parent(someParent), descriptor_(Descriptor()) {
     ownsParent_ = parent == 0;
     if (ownsParent_) parent = user.MakeWindow(kX, kY, 477, 214);
     touch_ = {this, [](LV2UI_Feature_Handle handle, std::uint32_t port, bool held) {
@@ -39,13 +38,13 @@ PanelHost::PanelHost(XUser& someUser, Lv2Plugin& somePlugin, Offer offer, xcb_wi
     const LV2_Feature touching{LV2_UI__touch, &touch_};
     const LV2_Feature resizing{LV2_UI__resize, &resize_};
     const std::array<LV2_Options_Option, 2> options = Options(offer.scale);
-    const LV2_Feature mapping{LV2_URID__map, map_};
+    const LV2_Feature mapping{LV2_URID__map, plugin.bundle().map()};
     const LV2_Feature stating{LV2_OPTIONS__options, const_cast<LV2_Options_Option*>(options.data())};
     std::vector<const LV2_Feature*> features;
     if (offer.instance != nullptr) features.push_back(&access);
     if (offer.parent) features.push_back(&window);
     if (offer.touchAndResize) features.insert(features.end(), {&touching, &resizing});
-    if (map_ != nullptr) features.insert(features.end(), {&mapping, &stating});
+    if (offer.scale > 0.0f) features.insert(features.end(), {&mapping, &stating});
     features.push_back(nullptr);
     const auto write = [](LV2UI_Controller controller, std::uint32_t port, std::uint32_t bytes,
                           std::uint32_t protocol, const void* buffer) {
@@ -62,9 +61,9 @@ PanelHost::PanelHost(XUser& someUser, Lv2Plugin& somePlugin, Offer offer, xcb_wi
 }
 
 std::array<LV2_Options_Option, 2> PanelHost::Options(const float& scale) {
-    if (map_ == nullptr) return {};
-    return {{{LV2_OPTIONS_INSTANCE, 0, map_->map(map_->handle, LV2_UI__scaleFactor), sizeof scale,
-              map_->map(map_->handle, LV2_ATOM__Float), &scale},
+    Lv2Bundle& bundle = plugin.bundle();
+    return {{{LV2_OPTIONS_INSTANCE, 0, bundle.Number(LV2_UI__scaleFactor), sizeof scale,
+              bundle.Number(LV2_ATOM__Float), &scale},
              {}}};
 }
 

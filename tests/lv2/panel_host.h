@@ -27,8 +27,7 @@ class PanelHost : public PanelMouse<PanelHost, PanelPoint> {
         void* instance;
         bool parent = true;
         bool touchAndResize = true;
-        float scale = 0.0f;          ///< 0: the host does not say
-        LV2_URID_Map* map = nullptr; ///< for it
+        float scale = 0.0f; ///< 0: the host does not say
     };
 
     PanelHost(XUser& someUser, Lv2Plugin& somePlugin);
@@ -64,7 +63,6 @@ class PanelHost : public PanelMouse<PanelHost, PanelPoint> {
 
     const LV2UI_Descriptor* descriptor_;
     LV2UI_Handle panel_ = nullptr;
-    LV2_URID_Map* map_;
     LV2UI_Touch touch_; // as long as the editor
     LV2UI_Resize resize_;
     bool ownsParent_ = false;

@@ -47,31 +47,25 @@ class Lv2Panel : public WithSettings {
     std::optional<PanelHost> panel;
 };
 
-TEST_F(Lv2Panel, ItsWindowIsThereWhenItIsOpen) {
-    panel.emplace(user, plugin);
-    ASSERT_TRUE(panel->IsOpen());
-    EXPECT_EQ(user.Children(panel->parent), std::vector<xcb_window_t>{panel->widget});
-    EXPECT_EQ(panel->size, std::pair(477, 214));
-    panel->Settle();
-    EXPECT_EQ(Size(), std::pair(477, 214));
-    EXPECT_TRUE(user.IsViewable(panel->widget));
-    panel->Close();
-    EXPECT_TRUE(user.Children(panel->parent).empty());
-    Open(); // and again
-}
-
-TEST_F(Lv2Panel, HasTheScaleOfTheHostAndFollowsItWhileItIsOpen) {
-    panel.emplace(user, plugin, PanelHost::Offer{plugin.handle(), true, true, 1.5f, bundle.map()});
-    ASSERT_TRUE(panel->IsOpen());
-    EXPECT_EQ(panel->size, std::pair(716, 321));
-    EXPECT_EQ(Size(), panel->size);
-    EXPECT_EQ(panel->SetScale(2.1f), std::uint32_t{LV2_OPTIONS_SUCCESS});
-    panel->Settle();
-    EXPECT_EQ(panel->size, std::pair(954, 428));
-    EXPECT_EQ(Size(), panel->size);
-    panel->Close();
-    Open(); // a host that says nothing
-    EXPECT_EQ(panel->size, std::pair(477, 214));
+TEST_F(Lv2Panel, ItsWindowIsThereInTheScaleOfTheHost) {
+    const std::pair usual(477, 214); // of a host that says nothing
+    for (const auto& [scale, size] : {std::pair{0.0f, usual}, {1.5f, {716, 321}}, {0.0f, usual}}) {
+        panel.emplace(user, plugin, PanelHost::Offer{plugin.handle(), true, true, scale});
+        ASSERT_TRUE(panel->IsOpen());
+        EXPECT_EQ(user.Children(panel->parent), std::vector<xcb_window_t>{panel->widget});
+        EXPECT_EQ(panel->size, size);
+        panel->Settle();
+        EXPECT_EQ(Size(), size);
+        EXPECT_TRUE(user.IsViewable(panel->widget));
+        if (scale > 0.0f) { // it changes while the panel is open
+            EXPECT_EQ(panel->SetScale(2.1f), std::uint32_t{LV2_OPTIONS_SUCCESS});
+            panel->Settle();
+            EXPECT_EQ(panel->size, std::pair(954, 428));
+            EXPECT_EQ(Size(), panel->size);
+        }
+        panel->Close();
+        EXPECT_TRUE(user.Children(panel->parent).empty());
+    }
 }
 
 TEST_F(Lv2Panel, AFaderWritesItsPortWhileItIsHeld) {
@@ -110,18 +104,21 @@ TEST_F(Lv2Panel, ATypedNumberArrivesAsItWasTyped) {
     EXPECT_EQ(panel->touches, (Touches{{kLoFreqPort, true}, {kLoFreqPort, false}}));
 }
 
-TEST_F(Lv2Panel, ShowsWhatTheHostSaysAndWhatItAutomates) {
+TEST_F(Lv2Panel, ShowsWhatTheHostSaysWhatItAutomatesAndTheSoundsLevel) {
     Open();
+    const auto meters = [this] { return panel->Look(29, 45, 20, 133); };
+    const Picture silent = meters();
     const Picture before = Fader();
     panel->Tell(kParameterLoFreq, 5000.0f);
     panel->Settle();
-    const Picture told = Fader();
-    EXPECT_FALSE(told == before);
+    EXPECT_FALSE(Fader() == before);
+    EXPECT_TRUE(meters() == silent);
     std::this_thread::sleep_for(std::chrono::milliseconds(600)); // what the host tells counts for that long
     plugin.Control(kParameterLoFreq) = 400.0f;                   // with no word to the editor
     plugin.Run(Song(512));
     panel->Settle();
     EXPECT_TRUE(Fader() == before);
+    EXPECT_FALSE(meters() == silent);
     EXPECT_TRUE(panel->writes.empty()) << "what came from the host does not go back to it";
     EXPECT_TRUE(panel->touches.empty());
 }
@@ -139,15 +136,6 @@ TEST_F(Lv2Panel, IsNotPulledBackByAHostThatIsLate) {
     plugin.Run(Song(512)); // and a host that does not take it at all has the last word
     panel->Settle();
     EXPECT_FALSE(Fader() == held);
-}
-
-TEST_F(Lv2Panel, ShowsItsMetersWhileItRuns) {
-    Open();
-    const auto meters = [this] { return panel->Look(29, 45, 20, 133); };
-    const Picture silent = meters();
-    plugin.Run(Song(512));
-    panel->Settle();
-    EXPECT_FALSE(meters() == silent);
 }
 
 TEST_F(Lv2Panel, SwitchesAndCopiesProgramsThroughThePorts) {

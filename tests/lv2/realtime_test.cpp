@@ -6,6 +6,7 @@
 #include "tests/support/temp_folder.h"
 #include "tests/support/x_server.h"
 
+#include <algorithm>
 #include <atomic>
 #include <dlfcn.h>
 #include <pthread.h>
@@ -21,10 +22,8 @@ struct Locks {
     std::size_t count = 0;
 
     void Note(const void* lock) {
-        for (std::size_t i = 0; i < count; ++i) {
-            if (taken[i] == lock) return;
-        }
-        if (count < kMost) taken[count++] = lock;
+        auto* const end = taken.data() + count;
+        if (count < kMost && std::find(taken.data(), end, lock) == end) taken[count++] = lock;
     }
 };
 

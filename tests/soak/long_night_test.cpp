@@ -44,9 +44,7 @@ std::int64_t ResidentKilobytes() {
 
 class LongNight : public WithSettings {
   protected:
-    LongNight() : effect_(VOCAFADE_PLUGIN), left_(Noise(kLoop, 1)), right_(Noise(kLoop, 2)), random_(20) {
-        SetRate(44100.0);
-    }
+    LongNight() { SetRate(44100.0); }
 
     unsigned Any(unsigned count) { return static_cast<unsigned>(random_() % count); }
 
@@ -56,17 +54,15 @@ class LongNight : public WithSettings {
         effect_.Start();
     }
 
-    /// Plays `count` samples out of the loop in blocks of changing lengths, and keeps both sides of it when
-    /// asked to.
-    void Play(std::size_t count, Samples* heardIn = nullptr, Samples* heardOut = nullptr) {
+    /// Plays `count` samples out of the loop in blocks of changing lengths, and adds the left of it to `heard`.
+    void Play(std::size_t count, Samples* heard = nullptr) {
         while (count > 0) {
             const std::size_t most = std::min({count, kLoop - place_, std::size_t{kMostBlock}});
             const std::size_t block = std::min<std::size_t>(most, 1 + Any(2 * kMostBlock));
-            float* in[] = {&left_[place_], &right_[place_]};
+            float* in[] = {&loop_.left[place_], &loop_.right[place_]};
             float* out[] = {outLeft_.data(), outRight_.data()};
             effect_.Process(in, out, static_cast<std::int32_t>(block));
-            if (heardIn != nullptr) heardIn->insert(heardIn->end(), in[0], in[0] + block);
-            if (heardOut != nullptr) heardOut->insert(heardOut->end(), out[0], out[0] + block);
+            if (heard != nullptr) heard->insert(heard->end(), out[0], out[0] + block);
             finite_ = finite_ && std::isfinite(out[0][0]) && std::isfinite(out[1][block - 1]);
             place_ = (place_ + block) % kLoop;
             count -= block;
@@ -85,26 +81,24 @@ class LongNight : public WithSettings {
     /// How well noise comes through when nothing is to be removed, in dB.
     double PassThrough() {
         Set({{onOff, 1.0f}, {input, 1.0f}, {output, 0.5f}, {loFreq, 1.0f}, {hiFreq, 0.0f}, kMiddle});
+        place_ = Any(kLoop / 2);
         Play(8192); // what was under way
-        Samples in;
+        const float* in = &loop_.left[place_];
         Samples out;
-        Play(static_cast<std::size_t>(rate_), &in, &out);
-        return FitDb(in.data(), out.data() + kLatency, in.size() - kLatency);
+        Play(static_cast<std::size_t>(rate_), &out);
+        return FitDb(in, out.data() + kLatency, out.size() - kLatency);
     }
 
     /// What is left of a voice in the middle, in dB of what went in.
     double VoiceLeft() {
         effect_.setProgram(0);
         Set({{onOff, 1.0f}, {loFreq, 0.019f}, {hiFreq, 0.45f}, kMiddle});
-        Samples voice = Sine(12 * kMostBlock, 1000.0, rate_);
-        double heard = 0.0;
-        for (std::size_t block = 0; block < 12; ++block) {
-            float* in[] = {&voice[block * kMostBlock], &voice[block * kMostBlock]};
-            float* out[] = {outLeft_.data(), outRight_.data()};
-            effect_.Process(in, out, kMostBlock);
-            if (block >= 8) heard = std::max(heard, Power(outLeft_));
-        }
-        return Db((heard + 1e-20) / Power(voice));
+        const Samples voice = Sine(12 * kMostBlock, 1000.0, rate_);
+        const StereoSamples heard =
+            InBlocks({voice, voice}, {kMostBlock}, [this](float** in, float** out, std::int32_t count) {
+                effect_.Process(in, out, count);
+            });
+        return Db((Power(heard.left, 8 * kMostBlock) + 1e-20) / Power(voice));
     }
 
     /// One second of what a night brings.
@@ -120,12 +114,11 @@ class LongNight : public WithSettings {
     }
 
     static constexpr std::size_t kLoop = 10 * 44100;
-    host::Effect effect_;
-    Samples left_;
-    Samples right_;
+    host::Effect effect_{VOCAFADE_PLUGIN};
+    StereoSamples loop_ = StereoNoise(kLoop);
     Samples outLeft_ = Samples(kMostBlock);
     Samples outRight_ = Samples(kMostBlock);
-    std::mt19937 random_;
+    std::mt19937 random_{20};
     std::size_t place_ = 0;
     double rate_ = 0.0;
     double played_ = 0.0; ///< seconds
@@ -184,18 +177,15 @@ TEST_F(LongNight, SoundsAtItsEndAsAtItsStartAndHoldsNoMoreMemory) {
 }
 
 TEST_F(LongNight, PassesTonesAndNoiseAsWellAtItsEndAsAfterASecond) {
-    struct Sound {
-        const char* name;
-        double leastFit;
-        Samples left;
-        Samples right;
-    };
-    for (const Sound& sound : {Sound{"tones", 41.0, Chord(44100.0, 0.0), Chord(44100.0, 1.0)},
-                               Sound{"noise", 31.0, Noise(kLoop, 1), Noise(kLoop, 2)}}) {
-        for (std::size_t i = 0; i < kLoop; ++i) {
-            left_[i] = sound.left[i % sound.left.size()];
-            right_[i] = sound.right[i % sound.right.size()];
-        }
+    StereoSamples tones = loop_;
+    const Samples chords[] = {Chord(44100.0, 0.0), Chord(44100.0, 1.0)};
+    for (std::size_t i = 0; i < kLoop; ++i) {
+        tones.left[i] = chords[0][i % 44100];
+        tones.right[i] = chords[1][i % 44100];
+    }
+    for (const auto& [name, leastFit, sound] :
+         {std::tuple{"tones", 41.0, tones}, std::tuple{"noise", 31.0, StereoNoise(kLoop)}}) {
+        loop_ = sound;
         SetRate(44100.0);
         const double begun = played_;
         for (const double seconds : {1.0, 60.0, 600.0, 3600.0, 36000.0}) {
@@ -203,8 +193,8 @@ TEST_F(LongNight, PassesTonesAndNoiseAsWellAtItsEndAsAfterASecond) {
             while (played_ - begun + 1.0 < seconds)
                 Play(44100);
             const double fit = PassThrough();
-            std::printf("%s after %5.0f s: %.2f dB\n", sound.name, seconds, fit);
-            EXPECT_GE(fit, sound.leastFit) << sound.name << " after " << seconds << " s";
+            std::printf("%s after %5.0f s: %.2f dB\n", name, seconds, fit);
+            EXPECT_GE(fit, leastFit) << name << " after " << seconds << " s";
         }
     }
 }
