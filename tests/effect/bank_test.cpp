@@ -155,28 +155,22 @@ TEST_F(Bank, CreatingAFileLeavesItsOtherNamesTheirContent) {
 }
 
 TEST_F(Bank, LivesInTheUsersConfigurationFolder) {
+    const auto folderFor = [](const std::string& value) {
+        SetVariable(kConfigurationVariable, value);
+        GetMy_SHFOLDER_PathName();
+        return SettingsFolder();
+    };
 #if defined(_WIN32)
-    SetVariable(kConfigurationVariable, "D:\\Benutzer\\\xE6\xAD\x8C");
-    GetMy_SHFOLDER_PathName();
-    EXPECT_EQ(SettingsFolder().substr(0, 12), "D:/Benutzer/");
-    for (const char* unusable : {"", "relative\\path"}) {
-        SetVariable(kConfigurationVariable, unusable);
-        GetMy_SHFOLDER_PathName();
-        EXPECT_TRUE(SettingsFolder().ends_with("/AppData/Roaming/")) << SettingsFolder();
-    }
+    EXPECT_EQ(folderFor("D:\\Benutzer\\\xE6\xAD\x8C").substr(0, 12), "D:/Benutzer/");
+    for (const char* unusable : {"", "relative\\path"})
+        EXPECT_TRUE(folderFor(unusable).ends_with("/AppData/Roaming/")) << SettingsFolder();
 #else
-    SetVariable("XDG_CONFIG_HOME", "/some/where/");
-    GetMy_SHFOLDER_PathName();
-    EXPECT_EQ(SettingsFolder(), "/some/where/") << "no second slash";
     SetVariable("HOME", "/home/somebody");
-    for (const char* unusable : {"", "relative/path"}) {
-        SetVariable("XDG_CONFIG_HOME", unusable);
-        GetMy_SHFOLDER_PathName();
-        EXPECT_EQ(SettingsFolder(), "/home/somebody/.config/") << unusable;
-    }
-    SetVariable("XDG_CONFIG_HOME", "/" + std::string(3000, 'x'));
-    GetMy_SHFOLDER_PathName();
-    EXPECT_EQ(SettingsFolder(), "/home/somebody/.config/") << "what does not fit leaves the last one";
+    EXPECT_EQ(folderFor("/some/where/"), "/some/where/") << "no second slash";
+    EXPECT_EQ(folderFor(""), "/home/somebody/.config/");
+    EXPECT_EQ(folderFor("relative/path"), "/home/somebody/.config/");
+    EXPECT_EQ(folderFor("/" + std::string(3000, 'x')), "/home/somebody/.config/")
+        << "what does not fit leaves the last one";
 #endif
 }
 
