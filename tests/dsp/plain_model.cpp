@@ -61,22 +61,19 @@ struct Voice {
 
 // Recursive decimation in time.
 std::vector<Complex> PlainTransform(const std::vector<Complex>& x, double sign) {
-    const std::size_t n = x.size();
-    if (n == 1) return x;
-    std::vector<Complex> even(n / 2);
-    std::vector<Complex> odd(n / 2);
-    for (std::size_t i = 0; i < n / 2; ++i) {
-        even[i] = x[2 * i];
-        odd[i] = x[2 * i + 1];
-    }
-    even = PlainTransform(even, sign);
-    odd = PlainTransform(odd, sign);
-    std::vector<Complex> result(n);
-    for (std::size_t k = 0; k < n / 2; ++k) {
-        const Complex t =
-            std::polar(1.0, sign * kTurn * static_cast<double>(k) / static_cast<double>(n)) * odd[k];
+    const std::size_t half = x.size() / 2;
+    if (half == 0) return x;
+    std::vector<Complex> places[2]; // the even ones, the odd ones
+    for (std::size_t i = 0; i < x.size(); ++i)
+        places[i % 2].push_back(x[i]);
+    const std::vector<Complex> even = PlainTransform(places[0], sign);
+    const std::vector<Complex> odd = PlainTransform(places[1], sign);
+    std::vector<Complex> result(x.size());
+    for (std::size_t k = 0; k < half; ++k) {
+        const double turn = sign * kTurn * static_cast<double>(k) / static_cast<double>(x.size());
+        const Complex t = std::polar(1.0, turn) * odd[k];
         result[k] = even[k] + t;
-        result[k + n / 2] = even[k] - t;
+        result[k + half] = even[k] - t;
     }
     return result;
 }

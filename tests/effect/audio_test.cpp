@@ -158,17 +158,6 @@ TEST_F(Audio, RunsInAHostThatNeverResumesIt) {
     EXPECT_LT(Power(out.left, 4096), 1e-9) << "what its parameters show is what it does";
 }
 
-TEST_F(Audio, SuspendAndResumeOverrideTheProgramsSwitch) {
-    effect.setParameter(0, 0.0f);
-    effect.suspend();
-    EXPECT_EQ(effect.getParameter(0), 0.0f);
-    effect.resume();
-    EXPECT_EQ(effect.getParameter(0), 1.0f);
-    EXPECT_EQ(effect.Program(0).values[0], 0.0f) << "the record is not touched";
-    effect.setProgram(0);
-    EXPECT_EQ(effect.getParameter(0), 0.0f);
-}
-
 TEST_F(Audio, ReturnsToTheCentreAtEveryNewFormatUntilPositionIsSentAgain) {
     const Samples tone = Noise(8000, 3);
     const auto powerLeft = [&] { return Power(Process({tone, tone}).left, 4096); };

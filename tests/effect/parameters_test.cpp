@@ -127,13 +127,11 @@ TEST(ParameterConversions, GiveFixedPointAndRanges) {
     EXPECT_EQ(NormalizeValToDWValue(1, 1.0f), 6U * 65536U);
     const auto lowest = static_cast<std::int32_t>(NormalizeValToDWValue(2, 0.0f));
     EXPECT_EQ(lowest, static_cast<std::int32_t>(-59.794705707972525 * 65536.0)) << "cut towards zero";
-
     for (std::int32_t index = 1; index < kParameterCount; ++index) {
-        float minimum = -1.0f;
-        float maximum = -1.0f;
-        GetParamMinMax(index, &minimum, &maximum);
-        EXPECT_FLOAT_EQ(minimum, NormalizeValToInternalVal(index, 0.0f)) << index;
-        EXPECT_FLOAT_EQ(maximum, NormalizeValToInternalVal(index, 1.0f)) << index;
+        float range[2] = {};
+        GetParamMinMax(index, &range[0], &range[1]);
+        for (const int end : {0, 1})
+            EXPECT_FLOAT_EQ(range[end], NormalizeValToInternalVal(index, static_cast<float>(end))) << index;
     }
 }
 
@@ -183,10 +181,18 @@ TEST_F(Parameters, FromTheEditorReachTheHostButNotTheEditor) {
 
 TEST_F(Parameters, EditorHearsOfSwitchesAndProgramsOnceTheyHold) {
     Listener listener(effect);
-    effect.suspend();
-    EXPECT_EQ(listener.Take(), (std::vector<Word>{{0, 0.0f, 0.0f}}));
+    effect.setParameter(0, 0.0f);
+    listener.Take();
     effect.resume();
     EXPECT_EQ(listener.Take(), (std::vector<Word>{{0, 1.0f, 1.0f}}));
+    EXPECT_EQ(effect.Program(0).values[0], 0.0f) << "the record is not touched";
+    effect.setProgram(0);
+    EXPECT_EQ(effect.getParameter(0), 0.0f);
+    effect.resume();
+    effect.suspend();
+    EXPECT_EQ(listener.Take().back(), (Word{0, 0.0f, 0.0f}));
+    effect.resume();
+    listener.Take();
     std::vector<Word> all;
     for (std::int32_t i = 0; i < kParameterCount; ++i)
         all.push_back({i, DefaultNormalizedValue(i), DefaultNormalizedValue(i)});

@@ -18,7 +18,6 @@ namespace {
 
 constexpr std::int32_t kMostBlock = 4096;
 constexpr std::size_t kLatency = 1707;
-enum Parameter : std::int32_t { onOff, output, input, loFreq, hiFreq, position };
 
 double Hours() {
 #ifdef VOCAFADE_SANITIZED
@@ -70,17 +69,17 @@ class LongNight : public WithSettings {
         }
     }
 
-    using Setting = std::pair<Parameter, float>;
-    static constexpr Setting kMiddle{position, 64.0f / 127.0f};
-
-    void Set(std::initializer_list<Setting> values) {
-        for (const auto& [index, value] : values)
-            effect_.setParameter(index, value);
+    /// All six parameters in their order; Position is put in the middle.
+    void Set(std::initializer_list<float> values) {
+        std::int32_t index = 0;
+        for (const float value : values)
+            effect_.setParameter(index++, value);
+        effect_.setParameter(index, 64.0f / 127.0f);
     }
 
     /// How well noise comes through when nothing is to be removed, in dB.
     double PassThrough() {
-        Set({{onOff, 1.0f}, {input, 1.0f}, {output, 0.5f}, {loFreq, 1.0f}, {hiFreq, 0.0f}, kMiddle});
+        Set({1.0f, 0.5f, 1.0f, 1.0f, 0.0f});
         place_ = Any(kLoop / 2);
         Play(8192); // what was under way
         const float* in = &loop_.left[place_];
@@ -91,8 +90,7 @@ class LongNight : public WithSettings {
 
     /// What is left of a voice in the middle, in dB of what went in.
     double VoiceLeft() {
-        effect_.setProgram(0);
-        Set({{onOff, 1.0f}, {loFreq, 0.019f}, {hiFreq, 0.45f}, kMiddle});
+        Set({1.0f, 0.5f, 1.0f, 0.019f, 0.45f});
         const Samples voice = Sine(12 * kMostBlock, 1000.0, rate_);
         const StereoSamples heard =
             InBlocks({voice, voice}, {kMostBlock}, [this](float** in, float** out, std::int32_t count) {
@@ -106,9 +104,9 @@ class LongNight : public WithSettings {
         if (Any(4) == 0) effect_.setProgram(static_cast<std::int32_t>(Any(64)));
         for (unsigned point = 0; point < 4; ++point) {
             const auto parameter = static_cast<std::int32_t>(Any(6));
-            const bool off = Any(8) == 0; // what a switch is now and then
-            effect_.setParameter(parameter, parameter == onOff ? (off ? 0.0f : 1.0f)
-                                                               : static_cast<float>(Any(1001)) / 1000.0f);
+            const bool on = Any(8) != 0; // ON/OFF is off now and then
+            effect_.setParameter(parameter, parameter == 0 ? (on ? 1.0f : 0.0f)
+                                                           : static_cast<float>(Any(1001)) / 1000.0f);
             Play(static_cast<std::size_t>(rate_) / 4);
         }
     }

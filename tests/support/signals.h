@@ -85,6 +85,7 @@ inline bool AllFinite(const Samples& samples, std::size_t from = 0) {
                        [](float sample) { return std::isfinite(sample); });
 }
 
+/// The greatest magnitude; NaN does not count.
 inline float Peak(const Samples& samples, std::size_t from = 0) {
     float peak = 0.0f;
     for (std::size_t i = from; i < samples.size(); ++i)
