@@ -22,10 +22,11 @@ TEST_F(Lv2Apply, GivesTheCommandsBits) {
     std::filesystem::create_directories(settings / "lv2");
     std::filesystem::create_directory_symlink(VOCAFADE_LV2, settings / "lv2/vocafade.lv2");
     const StereoSamples song = Song(44100);
-    SndfileHandle file(settings / "song.wav", SFM_WRITE, SF_FORMAT_WAV | SF_FORMAT_FLOAT, 2, 44100);
+    std::vector<float> both;
     for (std::size_t i = 0; i < song.left.size(); ++i)
-        file.writef(std::array{song.left[i], song.right[i]}.data(), 1);
-    file.writeSync();
+        both.insert(both.end(), {song.left[i], song.right[i]});
+    SndfileHandle(settings / "song.wav", SFM_WRITE, SF_FORMAT_WAV | SF_FORMAT_FLOAT, 2, 44100)
+        .write(both.data(), 2 * 44100);
     const std::string work = "cd '" + settings.path().string() + "' && ";
     const Finished theirs = RunCommand(
         work + "LV2_PATH=$PWD/lv2:/usr/lib/lv2 lv2apply -i song.wav -o theirs.wav " +
