@@ -5,12 +5,12 @@
 #include "effect/avocafade.h"
 #include "effect/identity.h"
 #include "effect/presets.h"
+#include "tests/support/signals.h"
 #include "tests/support/temp_folder.h"
 
 #include <algorithm>
 #include <cmath>
 #include <gtest/gtest.h>
-#include <random>
 
 namespace vocafade::test {
 namespace {
@@ -54,13 +54,10 @@ class PresetsTest : public WithSettings {
 
     /// Puts the rattle of a snare drum into the middle, twice a second.
     void AddSnare() {
-        std::minstd_rand random(1);
-        std::uniform_real_distribution<float> noise(-0.3f, 0.3f);
-        float before = 0.0f;
-        for (std::size_t i = 0; i < song_.rest.size(); ++i) {
-            const float now = noise(random);
-            const float strike = std::exp(-static_cast<float>(i % 22050) / 3000.0f) * (now - before);
-            before = now;
+        const Samples noise = Noise(song_.rest.size(), 1, 0.3f);
+        for (std::size_t i = 1; i < noise.size(); ++i) {
+            const float strike =
+                std::exp(-static_cast<float>(i % 22050) / 3000.0f) * (noise[i] - noise[i - 1]);
             song_.rest[i].left += strike;
             song_.rest[i].right += strike;
         }
@@ -73,9 +70,8 @@ class PresetsTest : public WithSettings {
             const double at =
                 std::fmod(static_cast<double>(i) * singer.pitch, static_cast<double>(voice.size() - 1));
             const auto before = static_cast<std::size_t>(at);
-            const auto part = static_cast<float>(at - static_cast<double>(before));
-            const float sample =
-                song_.voice[before].left * (1.0f - part) + song_.voice[before + 1].left * part;
+            const float sample = std::lerp(song_.voice[before].left, song_.voice[before + 1].left,
+                                           static_cast<float>(at - static_cast<double>(before)));
             voice[i] = {sample * singer.left, sample * singer.right};
         }
         return voice;

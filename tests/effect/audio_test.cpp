@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "base/float_mode.h"
 #include "base/text_encoding.h"
-#include "effect/avocafade.h"
-#include "tests/support/recording_host.h"
+#include "tests/faults/open_effect.h"
 #include "tests/support/signals.h"
 #include "tests/support/temp_folder.h"
 
@@ -26,7 +25,6 @@ struct Vu {
 class Audio : public WithSettings {
   protected:
     Audio() {
-        effect.open();
         effect.setSampleRate(44100.0f);
         effect.setBlockSize(kBlock);
         effect.resume();
@@ -67,7 +65,7 @@ class Audio : public WithSettings {
         return static_cast<std::uint16_t>(effect.GetProcessCounter() - before);
     }
 
-    AVocafade effect{SilentHost};
+    OpenEffect effect;
 };
 
 TEST_F(Audio, BypassIsExactAndItsMetersFollowTheInput) {

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
 // The bank file that survives restarts.
 #include "base/file.h"
-#include "effect/avocafade.h"
 #include "persistence/settings_folder.h"
-#include "tests/support/recording_host.h"
+#include "tests/faults/open_effect.h"
 #include "tests/support/temp_folder.h"
 
 namespace vocafade::test {
@@ -51,8 +50,7 @@ TEST_F(Bank, IsWrittenByteForByteAndReadBackAtTheNextStart) {
     EXPECT_EQ(bytes[160 + 48], 7) << "the current program";
     EXPECT_EQ(host.Calls(audioMasterUpdateDisplay).size(), 1U);
 
-    AVocafade next(SilentHost);
-    next.open();
+    OpenEffect next;
     EXPECT_EQ(next.getProgram(), 7);
     EXPECT_EQ(next.ProgramName(7), "My song");
     EXPECT_EQ(next.getParameter(3), 0.5f);
@@ -80,8 +78,7 @@ TEST_F(Bank, BesideThePlugInFillsTheFactoryProgramsOnlyWithoutTheUsersOwn) {
     }
     // With a bank of the user's own the plug-in's folder is never looked at.
     host.directory = folder + "/";
-    AVocafade saver(SilentHost);
-    saver.open();
+    OpenEffect saver;
     saver.SaveProgram(7, "Mine");
     const auto asked = host.Calls(audioMasterGetDirectory).size();
     EXPECT_EQ(SeventhAndFactorys(), std::pair(std::string("Mine"), false));
@@ -103,8 +100,7 @@ TEST_F(Bank, IgnoresWhatIsNotItsOwn) {
     const std::string good = SavedBank();
     const auto nameAfter = [&](const std::string& bytes) {
         WriteFile(BankPath(), bytes);
-        AVocafade effect(SilentHost);
-        effect.open();
+        OpenEffect effect;
         EXPECT_FALSE(effect.IsProgramChanged());
         EXPECT_EQ(effect.ProgramName(63), "Empty");
         return effect.ProgramName(7).str();
@@ -135,8 +131,7 @@ TEST_F(Bank, ReplacesWhatALinkPointsTo) {
     std::filesystem::create_directory(settings / "dotfiles");
     std::filesystem::rename(BankPath(), settings / "dotfiles/bank");
     std::filesystem::create_symlink("../dotfiles/bank", BankPath());
-    AVocafade effect(SilentHost);
-    effect.open();
+    OpenEffect effect;
     effect.SaveProgram(2, "linked");
     EXPECT_TRUE(std::filesystem::is_symlink(BankPath()));
     EXPECT_NE(ReadFile(settings / "dotfiles/bank").find("linked"), std::string::npos);

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "effect/avocafade.h"
-#include "tests/support/recording_host.h"
+#include "tests/faults/open_effect.h"
 #include "tests/support/temp_folder.h"
 
 #include <cstring>
@@ -84,8 +83,7 @@ TEST_F(Programs, TravelAsABankChunkWithTheCurrentNumber) {
     std::memcpy(&current, chunk.data() + 48, 4);
     EXPECT_EQ(current, 5);
 
-    AVocafade other(SilentHost);
-    other.open();
+    OpenEffect other;
     SetChunk(other, chunk, false);
     EXPECT_EQ(other.getProgram(), 5);
     EXPECT_EQ(other.getParameter(4), 0.125f);

@@ -39,17 +39,12 @@ Lv2Plugin::Lv2Plugin(Lv2Bundle& bundle, double rate) : bundle_(bundle) {
     for (std::uint32_t port = lv2::kPortFirstParameter; port < lv2::kPortCount; ++port)
         lilv_instance_connect_port(instance_.get(), port, &controls[port]);
     controls[lv2::kPortLatency] = 0.0f;
-    Activate();
-}
-
-void Lv2Plugin::Activate() {
     lilv_instance_activate(instance_.get());
-    active_ = true;
 }
 
-void Lv2Plugin::Deactivate() {
-    if (active_) lilv_instance_deactivate(instance_.get());
-    active_ = false;
+void Lv2Plugin::Restart() {
+    lilv_instance_deactivate(instance_.get());
+    lilv_instance_activate(instance_.get());
 }
 
 void Lv2Plugin::RunBlock(float* const* in, float* const* out, std::int32_t count) {

@@ -53,14 +53,10 @@ inline constexpr const LV2_Feature* kNoFeatures[] = {nullptr};
 class Lv2Plugin {
   public:
     explicit Lv2Plugin(Lv2Bundle& bundle, double rate = 44100.0);
-    ~Lv2Plugin() { Deactivate(); }
+    ~Lv2Plugin() { lilv_instance_deactivate(instance_.get()); }
 
-    void Activate();
-    void Deactivate();
-    void Restart() {
-        Deactivate();
-        Activate();
-    }
+    /// As hosts do it to begin anew.
+    void Restart();
     /// Runs the whole sound through it, in blocks of these sizes in turn.
     StereoSamples Run(const StereoSamples& sound, const std::vector<std::size_t>& blocks = {512});
     void RunBlock(float* const* in, float* const* out, std::int32_t count);
@@ -84,7 +80,6 @@ class Lv2Plugin {
 
     Lv2Bundle& bundle_;
     Lilv<LilvInstance> instance_;
-    bool active_ = false;
 };
 
 /// Half a second of noise in both channels, part of it in the middle.
