@@ -124,22 +124,20 @@ TEST_F(ProgramList, ManyProgramsAndLongNamesStayInTheirBounds) {
 }
 
 TEST_F(ProgramList, WrongListsChangeNothing) {
-    const struct {
-        std::string text;
-        Outcome outcome;
-    } cases[] = {{"", Outcome::notAList},
-                 {"KVB5.0 EFFECT PROGRAM LISZ\n1\nHall\n", Outcome::notAList},
-                 {"\n" + kList + "1\nHall\n", Outcome::notAList},
-                 {kList, Outcome::noPrograms},
-                 {kList + "0\nHall\n", Outcome::noPrograms},
-                 {kList + "-3\nHall\n", Outcome::noPrograms},
-                 {kList + "none\nHall\n", Outcome::noPrograms}};
+    const std::pair<std::string, Outcome> cases[] = {
+        {"", Outcome::notAList},
+        {"KVB5.0 EFFECT PROGRAM LISZ\n1\nHall\n", Outcome::notAList},
+        {"\n" + kList + "1\nHall\n", Outcome::notAList},
+        {kList, Outcome::noPrograms},
+        {kList + "0\nHall\n", Outcome::noPrograms},
+        {kList + "-3\nHall\n", Outcome::noPrograms},
+        {kList + "none\nHall\n", Outcome::noPrograms}};
     const ProgramSet before = programs_;
     EXPECT_EQ(Import().outcome, Outcome::noList);
-    for (const auto& entry : cases) {
-        List(entry.text);
-        EXPECT_EQ(Import().outcome, entry.outcome) << entry.text;
-        EXPECT_EQ(programs_, before) << entry.text;
+    for (const auto& [text, outcome] : cases) {
+        List(text);
+        EXPECT_EQ(Import().outcome, outcome) << text;
+        EXPECT_EQ(programs_, before) << text;
     }
 }
 
@@ -158,23 +156,20 @@ TEST_F(ProgramList, FilesAreFoundAsTheirOldSystemFoundThem) {
 }
 
 TEST_F(ProgramList, FieldsAreCutAtTabs) {
-    char field[kFieldLimit + 1];
-    const std::string text = "ab\t\tcd";
-    EXPECT_EQ(StrTerminateTab(text.c_str(), 0, field), 3);
-    EXPECT_STREQ(field, "ab");
-    EXPECT_EQ(StrTerminateTab(text.c_str(), 3, field), 4);
-    EXPECT_STREQ(field, "");
-    EXPECT_EQ(StrTerminateTab(text.c_str(), 4, field), -1);
-    EXPECT_STREQ(field, "cd");
-    for (const int position : {-1, 6, 7, 1000}) {
-        EXPECT_EQ(StrTerminateTab(text.c_str(), position, field), -1);
-        EXPECT_STREQ(field, "");
-    }
-    const std::string endless(5000, 'x');
-    EXPECT_EQ(StrTerminateTab(endless.c_str(), 0, field), -1);
-    EXPECT_EQ(std::strlen(field), kFieldLimit);
-    EXPECT_EQ(StrTerminateTab("a\t", 0, field), 2);
-    EXPECT_EQ(StrTerminateTab("a\t", 2, field), -1);
+    using Field = std::pair<int, std::string>;
+    const auto fieldAt = [](const std::string& text, int position) {
+        char field[kFieldLimit + 1];
+        const int next = StrTerminateTab(text.c_str(), position, field);
+        return Field(next, field);
+    };
+    EXPECT_EQ(fieldAt("ab\t\tcd", 0), Field(3, "ab"));
+    EXPECT_EQ(fieldAt("ab\t\tcd", 3), Field(4, ""));
+    EXPECT_EQ(fieldAt("ab\t\tcd", 4), Field(-1, "cd"));
+    for (const int position : {-1, 6, 7, 1000})
+        EXPECT_EQ(fieldAt("ab\t\tcd", position), Field(-1, ""));
+    EXPECT_EQ(fieldAt(std::string(5000, 'x'), 0), Field(-1, std::string(kFieldLimit, 'x')));
+    EXPECT_EQ(fieldAt("a\t", 0), Field(2, "a"));
+    EXPECT_EQ(fieldAt("a\t", 2), Field(-1, ""));
 }
 
 TEST_F(ProgramList, LinesKeepTheirQuirks) {
@@ -185,26 +180,22 @@ TEST_F(ProgramList, LinesKeepTheirQuirks) {
     stream.open((folder_ / "lines").c_str(), Myifstream::in | Myifstream::binary);
     ASSERT_EQ(stream.rdstate(), 0U);
     char line[12] = "xxxxxxxxxxx";
-    stream.getline(line, 10);
-    EXPECT_STREQ(line, "one");
+    const auto next = [&](int size, char end = '\n') {
+        stream.getline(line, size, end);
+        return std::string(line);
+    };
+    EXPECT_EQ(next(10), "one");
     EXPECT_EQ(line[4], '\n') << "the CR gave way, not the LF";
-    stream.getline(line, 10, ';');
-    EXPECT_STREQ(line, "two");
-    stream.getline(line, 3);
-    EXPECT_STREQ(line, "thr") << "the NUL stands behind the limit";
+    EXPECT_EQ(next(10, ';'), "two");
+    EXPECT_EQ(next(3), "thr") << "the NUL stands behind the limit";
     EXPECT_EQ(stream.tellg(), 12);
-    stream.getline(line, 10);
-    EXPECT_STREQ(line, "ee");
-    stream.getline(line, 10);
-    EXPECT_STREQ(line, "");
-    stream.getline(line, 0);
-    EXPECT_STREQ(line, "");
+    EXPECT_EQ(next(10), "ee");
+    EXPECT_EQ(next(10), "");
+    EXPECT_EQ(next(0), "");
     std::memcpy(line, "xxxxxxxxxxx", 12);
-    stream.getline(line, 10);
-    EXPECT_STREQ(line, "endxxxxxxx") << "the end of the file is no delimiter";
+    EXPECT_EQ(next(10), "endxxxxxxx") << "the end of the file is no delimiter";
     EXPECT_TRUE(stream.eof());
-    stream.getline(line, 10);
-    EXPECT_STREQ(line, "endxxxxxxx");
+    EXPECT_EQ(next(10), "endxxxxxxx");
     EXPECT_EQ(stream.get(), -1);
     stream.seekg(-3, 2);
     EXPECT_EQ(stream.get(), 'e');

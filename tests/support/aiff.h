@@ -23,4 +23,12 @@ inline std::string Form(const std::string& chunks) {
     return "FORM" + Big32(static_cast<std::uint32_t>(chunks.size() + 4)) + "AIFF" + chunks;
 }
 
+/// The format chunk of a sound at 44.1 kHz.
+inline std::string Common(std::uint32_t frames, std::uint16_t bits = 16, char channels = 2) {
+    return Chunk("COMM", std::string{'\0', channels} + Big32(frames) + Big32(bits).substr(2) +
+                             std::string("\x40\x0E\xAC\x44\0\0\0\0\0\0", 10));
+}
+
+inline std::string Sound(const std::string& samples) { return Chunk("SSND", std::string(8, '\0') + samples); }
+
 } // namespace vocafade::test
