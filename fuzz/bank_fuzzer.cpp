@@ -4,27 +4,17 @@
 #include "fuzz/support.h"
 #include "persistence/default_bank.h"
 #include "tests/support/recording_host.h"
+#include "tests/support/temp_folder.h"
 
 #include <cstring>
 
 using namespace vocafade;
 
-namespace {
-
-const std::string& Folder() {
-    static const std::string folder = [] {
-        std::string made = fuzz::MakeFolder();
-        ::setenv("XDG_CONFIG_HOME", made.c_str(), 1); // NOLINT(concurrency-mt-unsafe): one thread
-        return made;
-    }();
-    return folder;
-}
-
-} // namespace
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const std::string path = Folder() + "/" + kDefaultBankName;
-    fuzz::WriteFile(path, {reinterpret_cast<const char*>(data), size});
+    static const test::TempFolder folder;
+    test::SetVariable(test::kConfigurationVariable, folder.path());
+    const std::string path = folder / kDefaultBankName;
+    test::WriteFile(path, fuzz::Text(data, size));
     const ChunkBank bank = ReadChunkBank(path, kVocafadeId, sizeof(ProgramSet));
     fuzz::Require(bank.chunk.size() <= sizeof(ProgramSet), "the chunk is bounded");
     fuzz::Require(bank.content == BankContent::chunk || bank.chunk.empty(), "only a bank gives a chunk");
@@ -38,6 +28,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         fuzz::Require(effect.getProgramNameIndexed(0, program, name), "every program has a name");
         fuzz::Require(std::strlen(name) < sizeof(AVocafadeProgram::name), "names end in their field");
     }
-    ::unlink(path.c_str());
     return 0;
 }

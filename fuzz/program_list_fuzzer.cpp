@@ -5,9 +5,10 @@
 #include "fuzz/support.h"
 #include "persistence/program_file.h"
 #include "persistence/text_streams.h"
+#include "tests/support/temp_folder.h"
 
+#include <algorithm>
 #include <array>
-#include <cmath>
 #include <cstring>
 #include <vector>
 
@@ -46,17 +47,17 @@ void CheckFields(const std::string& body) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static const std::string folder = fuzz::MakeFolder();
-    const auto [list, file] =
-        fuzz::Split({reinterpret_cast<const char*>(data), size}, std::string_view("\0\xFF", 2));
-    const std::string listPath = folder + "/list", filePath = folder + "/Hall.PGM";
-    fuzz::WriteFile(listPath, list);
-    fuzz::WriteFile(filePath, file);
-    CheckStreams(list, listPath);
-    CheckFields(std::string(file.substr(0, std::min<std::size_t>(file.size(), kBodyLimit))));
+    static const test::TempFolder folder;
+    const std::string text = fuzz::Text(data, size);
+    const std::size_t end = std::min(text.find(std::string("\0\xFF", 2)), size);
+    const std::string list = text.substr(0, end), file = text.substr(std::min(end + 2, size));
+    test::WriteFile(folder / "list", list);
+    test::WriteFile(folder / "Hall.PGM", file);
+    CheckStreams(list, folder / "list");
+    CheckFields(file.substr(0, kBodyLimit));
 
     ProgramSet programs;
-    const ProgramListImport import = ImportProgramList(programs, listPath, folder);
+    const ProgramListImport import = ImportProgramList(programs, folder / "list", folder.path());
     fuzz::Require(import.imported <= kProgramCount, "no more programs than there are records");
     for (const AVocafadeProgram& program : programs) {
         fuzz::Require(::strnlen(program.name, sizeof program.name) < sizeof program.name, "names end");

@@ -6,7 +6,7 @@
 using namespace vocafade;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const std::string_view bytes(reinterpret_cast<const char*>(data), size);
+    const std::string bytes = fuzz::Text(data, size);
     const std::string escaped = PercentEncode(bytes, "-_.");
     fuzz::Require(PercentDecode(escaped) == bytes, "escapes are undone");
     fuzz::Require(escaped.find_first_of("/\n=[]") == std::string::npos, "names lead nowhere");
@@ -26,7 +26,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                           "values are kept");
         }
     }
-    again.Section("S").Set("name", {std::string(bytes), (size & 1) != 0});
+    again.Section("S").Set("name", {bytes, (size & 1) != 0});
     const SettingsDocument third(again.Text());
     fuzz::Require(third.FindSection("S")->Find("name")->bytes == bytes, "any value comes back");
     return 0;

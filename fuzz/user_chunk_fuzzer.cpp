@@ -4,6 +4,7 @@
 #include "persistence/async_file_io.h"
 #include "persistence/large_sound.h"
 #include "persistence/user_chunk.h"
+#include "tests/support/temp_folder.h"
 
 #include <algorithm>
 #include <vector>
@@ -70,24 +71,24 @@ void CheckKept(const AiffLayout& before, std::string_view old, std::string_view 
     }
 }
 
-void Put(const fuzz::MemoryFile& file, std::size_t valueSize) {
-    const std::string old = file.Read();
-    const AiffLayout before = LayoutOf(file.path());
+void Put(const std::string& path, std::size_t valueSize) {
+    const std::string old = test::ReadFile(path);
+    const AiffLayout before = LayoutOf(path);
     const std::vector<unsigned char> value(valueSize, 'v');
     const KVBFILECHUNKINFO sub{FourCharacterCode("KEY "), static_cast<std::uint32_t>(value.size()),
                                value.data()};
-    const UserChunkResult result = PutUserChunk(file.path().c_str(), {&sub, 1}, {});
-    const std::string now = file.Read();
+    const UserChunkResult result = PutUserChunk(path.c_str(), {&sub, 1}, {});
+    const std::string now = test::ReadFile(path);
     if (result != UserChunkResult::done) {
         fuzz::Require(now == old, "a put that is refused changes nothing");
         return;
     }
     CheckKept(before, old, now);
-    CheckInside(LayoutOf(file.path()), static_cast<std::int64_t>(now.size()));
+    CheckInside(LayoutOf(path), static_cast<std::int64_t>(now.size()));
     CAsyncFileIO reader;
     int none = 0;
     std::vector<unsigned char> payload(valueSize + 16);
-    fuzz::Require(reader.Open(file.path().c_str(), CAsyncFileIO::read) == 0, "opening again");
+    fuzz::Require(reader.Open(path.c_str(), CAsyncFileIO::read) == 0, "opening again");
     const int length = reader.ReadUserChunk(payload.data(), static_cast<int>(payload.size()), nullptr, none);
     fuzz::Require(length == static_cast<int>(valueSize) + 8, "what was put is read back");
     fuzz::Require(std::equal(value.begin(), value.end(), payload.begin() + 8), "byte for byte");
@@ -97,12 +98,13 @@ void Put(const fuzz::MemoryFile& file, std::size_t valueSize) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (size == 0) return 0;
-    static const fuzz::MemoryFile file;
-    const std::string_view bytes(reinterpret_cast<const char*>(data) + 1, size - 1);
-    file.Write(bytes);
-    CheckInside(LayoutOf(file.path()), static_cast<std::int64_t>(bytes.size()));
-    ReadEverything(file.path(), bytes);
-    Put(file, data[0] % 64);
-    Put(file, data[0] / 4);
+    static const test::TempFolder folder;
+    static const std::string path = folder / "song.aif";
+    const std::string bytes = fuzz::Text(data + 1, size - 1);
+    test::WriteFile(path, bytes);
+    CheckInside(LayoutOf(path), static_cast<std::int64_t>(bytes.size()));
+    ReadEverything(path, bytes);
+    Put(path, data[0] % 64);
+    Put(path, data[0] / 4);
     return 0;
 }
