@@ -1,17 +1,10 @@
 // SPDX-License-Identifier: MIT
-// Settings folders as they should not be: full, closed, missing, misnamed, made of links. A save then fails
+// Settings folders as they should not be: closed, missing, misnamed, made of links. A save then fails
 // in words or succeeds whole; nothing else happens to the effect or its host.
 #include "tests/faults/open_effect.h"
 #include "tests/support/temp_folder.h"
 
-#include <cerrno>
-#include <csignal>
-#include <cstring>
-#include <optional>
-#include <sched.h>
-#include <sys/mount.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 
 namespace vocafade::test {
 namespace {
@@ -145,43 +138,6 @@ TEST_F(Folders, CurrentOneGivesFactoryProgramsAndIsNeverWritten) {
         EXPECT_EQ(NamesIn("."), std::set<std::string>{"VocafadeDef.fxb"});
     }
     fs::current_path(before);
-}
-
-/// Runs `work` in a process whose file systems nobody else sees; nothing where that is not allowed.
-template <typename Work>
-std::optional<int> InANamespaceOfItsOwn(Work work) {
-    constexpr int kNotAllowed = 77;
-    const pid_t child = ::fork();
-    if (child == 0) {
-        if (::unshare(CLONE_NEWNS) != 0 || ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0)
-            ::_exit(kNotAllowed);
-        ::_exit(work());
-    }
-    int status = 0;
-    ::waitpid(child, &status, 0);
-    if (WIFEXITED(status) && WEXITSTATUS(status) == kNotAllowed) return std::nullopt;
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
-TEST_F(Folders, OnAFullDiskKeepTheOldBankAndSayIt) {
-    fs::create_directory(settings / "config");
-    const auto answer = InANamespaceOfItsOwn([&] {
-        // A disk of two pages: the old bank fits, a second one beside it does not.
-        if (::mount("tmpfs", (settings / "config").c_str(), "tmpfs", 0, "size=8k") != 0) return 77;
-        if (MessagesOfASave("old") != 0) return 1;
-        const std::string before = ReadFile(BankPath());
-        WriteFile(settings / "config/filler", std::string(4096, 'x'));
-        const int messages = MessagesOfASave("new");
-        if (ReadFile(BankPath()) != before) return 2;
-        if (messages != 1) return 3;
-        if (NameAtNextStart() != "old") return 4;
-        if (NamesIn(settings / "config").size() != 2) return 5; // scraps
-        fs::remove(settings / "config/filler");
-        if (MessagesOfASave("new") != 0 || NameAtNextStart() != "new") return 6;
-        return 0;
-    });
-    if (!answer) GTEST_SKIP() << "a disk of its own cannot be made here";
-    EXPECT_EQ(*answer, 0) << "see the numbers above";
 }
 
 } // namespace

@@ -22,4 +22,10 @@ class OpenEffect : public AVocafade {
     int messages = 0; ///< a thousand for each that is not about saving
 };
 
+/// The name of a program in the bytes of a whole bank file; of what is none, that.
+inline std::string NameInBank(const std::string& bytes, int program) {
+    if (bytes.size() != 3488 || !bytes.starts_with("CcnK")) return "no whole bank";
+    return bytes.c_str() + 160 + program * 52 + 24;
+}
+
 } // namespace vocafade::test

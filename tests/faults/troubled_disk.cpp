@@ -39,14 +39,9 @@ TroubledDisk::~TroubledDisk() { question = nullptr; }
 
 } // namespace vocafade::test
 
-#define TROUBLED(Result, name, parameters, arguments, failure)                                               \
-    extern "C" __attribute__((visibility("default"))) Result name parameters {                               \
-        static const auto real = reinterpret_cast<decltype(&::name)>(::dlsym(RTLD_NEXT, #name));             \
-        return Answers(#name) ? real arguments : (failure);                                                  \
-    }
-// The headers promise of some that they do not throw, and then so must we.
-#define TROUBLED_NOEXCEPT(Result, name, parameters, arguments, failure)                                      \
-    extern "C" __attribute__((visibility("default"))) Result name parameters noexcept {                      \
+// With `noexcept` where the headers promise that.
+#define TROUBLED(Result, name, parameters, arguments, failure, ...)                                          \
+    extern "C" __attribute__((visibility("default"))) Result name parameters __VA_ARGS__ {                   \
         static const auto real = reinterpret_cast<decltype(&::name)>(::dlsym(RTLD_NEXT, #name));             \
         return Answers(#name) ? real arguments : (failure);                                                  \
     }
@@ -59,14 +54,14 @@ TROUBLED(std::size_t, fread, (void* bytes, std::size_t size, std::size_t count, 
          (bytes, size, count, file), 0)
 TROUBLED(DIR*, opendir, (const char* path), (path), nullptr)
 TROUBLED(dirent*, readdir, (DIR * folder), (folder), nullptr)
-TROUBLED_NOEXCEPT(int, rename, (const char* from, const char* to), (from, to), -1)
-TROUBLED_NOEXCEPT(int, unlink, (const char* path), (path), -1)
-TROUBLED_NOEXCEPT(int, mkdir, (const char* path, mode_t mode), (path, mode), -1)
-TROUBLED_NOEXCEPT(int, stat, (const char* path, struct stat* answer), (path, answer), -1)
-TROUBLED_NOEXCEPT(int, fchmod, (int file, mode_t mode), (file, mode), -1)
-TROUBLED_NOEXCEPT(int, flock, (int file, int operation), (file, operation), -1)
-TROUBLED_NOEXCEPT(ssize_t, readlink, (const char* path, char* bytes, std::size_t size), (path, bytes, size),
-                  -1)
+TROUBLED(int, rename, (const char* from, const char* to), (from, to), -1, noexcept)
+TROUBLED(int, unlink, (const char* path), (path), -1, noexcept)
+TROUBLED(int, mkdir, (const char* path, mode_t mode), (path, mode), -1, noexcept)
+TROUBLED(int, stat, (const char* path, struct stat* answer), (path, answer), -1, noexcept)
+TROUBLED(int, fchmod, (int file, mode_t mode), (file, mode), -1, noexcept)
+TROUBLED(int, flock, (int file, int operation), (file, operation), -1, noexcept)
+TROUBLED(ssize_t, readlink, (const char* path, char* bytes, std::size_t size), (path, bytes, size), -1,
+         noexcept)
 
 extern "C" __attribute__((visibility("default"))) int open(const char* path, int flags, ...) {
     static const auto real = reinterpret_cast<int (*)(const char*, int, ...)>(::dlsym(RTLD_NEXT, "open"));

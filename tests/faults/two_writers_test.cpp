@@ -41,13 +41,11 @@ TEST_F(TwoWriters, LeaveAWholeBankAndNoScraps) {
         ASSERT_TRUE(file.Open(BankPath().c_str(), CFile::modeRead));
         std::string bytes(4000, '\0');
         bytes.resize(file.Read(bytes.data(), bytes.size()));
-        ASSERT_EQ(bytes.size(), 3488U);
-        ASSERT_EQ(std::memcmp(bytes.data(), "CcnK", 4), 0);
-        ASSERT_EQ(std::memcmp(bytes.data() + 160 + 60 * 52 + 24, "first", 6), 0);
+        ASSERT_EQ(NameInBank(bytes, 60), "first");
         // The program that a writer saved last belongs together: its number, its name, its values.
         const auto current = static_cast<unsigned char>(bytes[160 + 48]);
         if (current < 3) {
-            const std::string name = bytes.c_str() + 160 + current * 52 + 24;
+            const std::string name = NameInBank(bytes, current);
             ASSERT_EQ(name.substr(0, 8), "writer " + std::to_string(current));
             float value = 0.0f;
             std::memcpy(&value, bytes.data() + 160 + current * 52 + 16, sizeof value);
@@ -66,9 +64,7 @@ TEST_F(TwoWriters, KilledAtAnyMomentLeaveAWholeBank) {
         Aside::Process writer(kSaves, round % 3);
         std::this_thread::sleep_for(std::chrono::milliseconds(20 + 31 * round));
         writer.Kill();
-        const std::string bytes = ReadFile(BankPath());
-        ASSERT_EQ(bytes.size(), 3488U);
-        ASSERT_EQ(std::memcmp(bytes.data() + 160 + 60 * 52 + 24, "first", 6), 0);
+        ASSERT_EQ(NameInBank(ReadFile(BankPath()), 60), "first");
     }
 }
 
