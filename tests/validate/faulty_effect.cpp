@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // A small effect that halves the sound, with one fault that VOCAFADE_FAULT picks at compile time (none: it is
 // sound in every way). The validator must find each of them, and nothing in the one without.
-#include "vst/aeffect.h"
+#include "vst/audio_effect_x.h"
 #include "vst/opcodes.h"
 
 #include <algorithm>
@@ -27,24 +27,6 @@ using namespace vocafade;
 
 constexpr std::string_view kFault = VOCAFADE_FAULT;
 constexpr bool Has(std::string_view fault) { return kFault == fault; }
-
-/// The whole state, as hosts save it.
-struct State {
-    float gain = 0.5f;
-    float unused = 0.0f;
-};
-
-struct Faulty {
-    AEffect effect{};
-    State state;
-    float memory = 0.0f; ///< of a filter, for the fault that keeps NaN
-};
-
-float sharedGain = 0.5f;
-
-Faulty& Self(AEffect* effect) { return *static_cast<Faulty*>(effect->object); }
-
-void OnSignal(int) {}
 
 #if defined(_WIN32)
 constexpr int kSignal = SIGTERM;
@@ -73,141 +55,108 @@ void Crash() {
     *reinterpret_cast<volatile int*>(nowhere) = 1;
 }
 
-double ThreadSeconds() {
-    timespec time{};
-    ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
-    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
-}
+float sharedGain = 0.5f;
 
-void Put(void* buffer, const char* text) { std::memcpy(buffer, text, std::strlen(text) + 1); }
-
-VstIntPtr TakeState(Faulty& self, const void* bytes, VstIntPtr size) {
-    if (Has("trusts-state")) { // reads as much as it would have written itself
-        std::memcpy(&self.state, bytes, sizeof self.state);
-        return 0;
+class Faulty : public AudioEffectX {
+  public:
+    explicit Faulty(audioMasterCallback host) : AudioEffectX(host, 0, 1) {
+        setUniqueID(VstId('F', 'l', 't', 'y'));
+        setNumInputs(2);
+        programsAreChunks();
+        if (Has("no-magic")) cEffect.magic = 0;
     }
-    const auto count = static_cast<std::size_t>(std::max<VstIntPtr>(size, 0));
-    State state = self.state;
-    std::memcpy(&state, bytes, std::min(count, sizeof state));
-    if (!(state.gain >= 0.0f && state.gain <= 1.0f)) state.gain = 0.5f;
-    if (!Has("forgets-state")) self.state = state;
-    return 0;
-}
 
-VstIntPtr Dispatch(AEffect* effect, std::int32_t opcode, std::int32_t index, VstIntPtr value, void* ptr,
-                   float) {
-    Faulty& self = Self(effect);
-    switch (opcode) {
-    case effOpen:
-        if (Has("signal-handler")) std::signal(kSignal, OnSignal);
+    void open() override {
+        if (Has("signal-handler")) std::signal(kSignal, SIG_IGN);
         if (Has("leaks-descriptor")) LoseDescriptor();
         if (Has("leaks-key")) LoseThreadKey();
         if (Has("leaks-memory")) [[maybe_unused]]
             void* volatile lost = std::malloc(4000);
-        return 0; // NOLINT(clang-analyzer-unix.Malloc): the leak is the fault
-    case effClose:
-        if (Has("hangs"))
-            while (true)
-                SleepShortly();
+    } // NOLINT(clang-analyzer-unix.Malloc): the leak is the fault
+    void close() override {
+        while (Has("hangs"))
+            SleepShortly();
         if (Has("crashes-at-close")) Crash();
-        delete &self;
-        return 1;
-    case effGetParamName:
-        if (Has("long-names")) {
-            std::memset(ptr, 'x', 500);
-        } else if (index >= 0 && index < 1) {
-            Put(ptr, "Gain");
-        }
-        return 0;
-    case effGetParamDisplay:
-        std::snprintf(static_cast<char*>(ptr), 8, "%.2f", static_cast<double>(self.state.gain));
-        return 0;
-    case effGetEffectName:
-        Put(ptr, "Faulty");
-        return 1;
-    case effGetVendorString:
-        Put(ptr, "Vocafade");
-        return 1;
-    case effCanBeAutomated:
-        return 1;
-    case effGetVstVersion:
-        return 2400;
-    case effGetChunk:
-        *static_cast<void**>(ptr) = &self.state;
-        return sizeof self.state;
-    case effSetChunk:
-        return TakeState(self, ptr, value);
-    default:
+    }
+    bool getEffectName(char* text) override { return std::snprintf(text, 7, "Faulty") > 0; }
+    bool getVendorString(char* text) override { return std::snprintf(text, 9, "Vocafade") > 0; }
+    void getParameterName(std::int32_t, char* text) override {
+        const std::string name = Has("long-names") ? std::string(500, 'x') : "Gain";
+        std::memcpy(text, name.c_str(), name.size() + 1);
+    }
+    void getParameterDisplay(std::int32_t, char* text) override {
+        std::snprintf(text, 8, "%.2f", static_cast<double>(state_.gain));
+    }
+    void setParameter(std::int32_t index, float value) override {
+        if (index != 0 || !(value >= 0.0f && value <= 1.0f)) return;
+        state_.gain = Has("ignores-ends") ? std::clamp(value, 0.1f, 0.9f) : value;
+        if (Has("shares-parameters")) sharedGain = value;
+    }
+    float getParameter(std::int32_t) override { return Has("shares-parameters") ? sharedGain : state_.gain; }
+
+    std::int32_t getChunk(void** data, bool) override {
+        *data = &state_;
+        return sizeof state_;
+    }
+    std::int32_t setChunk(void* bytes, std::int32_t size, bool) override {
+        constexpr std::int32_t own = sizeof state_;
+        const std::int32_t count = Has("trusts-state") ? own : std::clamp(size, 0, own);
+        State state = state_;
+        std::memcpy(&state, bytes, static_cast<std::size_t>(count));
+        if (!(state.gain >= 0.0f && state.gain <= 1.0f)) state.gain = 0.5f;
+        if (!Has("forgets-state")) state_ = state;
         return 0;
     }
-}
 
-void Misbehave(Faulty& self, float** in, float** out, std::int32_t frames) {
-    if (Has("allocates")) {
-        void* volatile memory = std::malloc(static_cast<std::size_t>(frames) + 1);
-        std::free(memory);
-    }
-    if (Has("sleeps")) SleepShortly();
-    if (Has("prints")) std::fputs("busy\n", stderr);
-    if (Has("writes-inputs") && frames > 0) in[0][0] = 0.0f;
-    if (Has("writes-behind") && frames > 0) out[1][frames] = 0.0f;
-    if (Has("reads-in-front") && frames > 0) self.memory = in[0][-1];
-    if (Has("crashes-at-empty-block") && frames == 0) Crash();
-    if (Has("races")) sharedGain = self.state.gain;
-    if (Has("throws")) throw std::string("no");
-}
-
-void Process(AEffect* effect, float** in, float** out, std::int32_t frames) {
-    Faulty& self = Self(effect);
-    Misbehave(self, in, out, frames);
-    const float gain = Has("shares-parameters") ? sharedGain : self.state.gain;
-    for (std::int32_t i = 0; i < frames; ++i) {
-        const float left = in[0][i];
-        if (Has("not-in-place")) out[1][i] = 0.0f; // before the input was read, which may be the same memory
-        const float right = in[1][i];
-        out[0][i] = left * gain;
-        out[1][i] = right * gain;
-        if (Has("keeps-nan")) {
-            self.memory = 0.9f * self.memory + 0.1f * left;
-            out[0][i] = self.memory;
-        } else if (!std::isfinite(left) || !std::isfinite(right)) {
-            out[0][i] = out[1][i] = 0.0f;
+    void processReplacing(float** in, float** out, std::int32_t frames) override {
+        Misbehave(in, out, frames);
+        const float gain = getParameter(0);
+        for (std::int32_t i = 0; i < frames; ++i) {
+            const float left = in[0][i];
+            if (Has("not-in-place")) out[1][i] = 0.0f; // which may be the memory of the input
+            const float right = in[1][i];
+            out[0][i] = left * gain;
+            out[1][i] = right * gain;
+            if (Has("keeps-nan")) {
+                out[0][i] = memory_ = 0.9f * memory_ + 0.1f * left;
+            } else if (!std::isfinite(left) || !std::isfinite(right)) {
+                out[0][i] = out[1][i] = 0.0f;
+            }
         }
     }
-    if (Has("slow")) { // at any rate: ten times as long as the block lasts at 48 kHz
-        const double end = ThreadSeconds() + 10.0 * frames / 48000.0;
-        while (ThreadSeconds() < end) {
+
+  private:
+    void Misbehave(float** in, float** out, std::int32_t frames) {
+        if (Has("allocates")) {
+            void* volatile memory = std::malloc(static_cast<std::size_t>(frames) + 1);
+            std::free(memory);
+        }
+        if (Has("sleeps")) SleepShortly();
+        if (Has("prints")) std::fputs("busy\n", stderr);
+        if (Has("writes-inputs") && frames > 0) in[0][0] = 0.0f;
+        if (Has("writes-behind") && frames > 0) out[1][frames] = 0.0f;
+        if (Has("reads-in-front") && frames > 0) memory_ = in[0][-1];
+        if (Has("crashes-at-empty-block") && frames == 0) Crash();
+        if (Has("races")) sharedGain = state_.gain;
+        if (Has("throws")) throw std::string("no");
+        if (Has("slow")) { // at any rate: ten times as long as the block lasts at 48 kHz
+            const std::clock_t end = std::clock() + frames * CLOCKS_PER_SEC / 4800;
+            while (std::clock() < end) {
+            }
         }
     }
-}
 
-void SetParameter(AEffect* effect, std::int32_t index, float value) {
-    if (index != 0 || !(value >= 0.0f && value <= 1.0f)) return;
-    Self(effect).state.gain = Has("ignores-ends") ? std::clamp(value, 0.1f, 0.9f) : value;
-    if (Has("shares-parameters")) sharedGain = value;
-}
-float GetParameter(AEffect* effect, std::int32_t index) {
-    if (index != 0) return 0.0f;
-    return Has("shares-parameters") ? sharedGain : Self(effect).state.gain;
-}
+    /// The whole state, as hosts save it.
+    struct State {
+        float gain = 0.5f;
+        float unused = 0.0f;
+    } state_;
+    float memory_ = 0.0f; ///< of a filter, for the fault that keeps NaN
+};
 
 } // namespace
 
 extern "C" VOCAFADE_EXPORTED AEffect* VSTPluginMain(audioMasterCallback host) {
     if (host(nullptr, audioMasterVersion, 0, 0, nullptr, 0.0f) == 0) return nullptr;
-    auto* self = new Faulty;
-    AEffect& effect = self->effect;
-    effect.magic = Has("no-magic") ? 0 : kEffectMagic;
-    effect.dispatcher = Dispatch;
-    effect.setParameter = SetParameter;
-    effect.getParameter = GetParameter;
-    effect.processReplacing = Process;
-    effect.numParams = 1;
-    effect.numInputs = 2;
-    effect.numOutputs = 2;
-    effect.flags = effFlagsCanReplacing | effFlagsProgramChunks;
-    effect.uniqueID = VstId('F', 'l', 't', 'y');
-    effect.version = 1;
-    effect.object = self;
-    return &effect;
+    return (new Faulty(host))->getAeffect();
 }
