@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "tests/support/aiff.h"
+#include "tests/support/signals.h"
 #include "tests/support/temp_folder.h"
 
 #include <cstdint>
@@ -36,7 +38,9 @@ struct RunResult {
 /// Interleaved stereo sound.
 struct Song {
     std::vector<float> samples;
-    SF_INFO info{};
+    int format = 0;
+    int rate = 0;
+    std::string texts; ///< title and the like, in lines
     std::int64_t frames() const { return static_cast<std::int64_t>(samples.size() / 2); }
 };
 
@@ -45,13 +49,14 @@ class CommandTest : public ::testing::Test {
   protected:
     CommandTest();
 
-    /// Whether a run can be given a terminal here.
-    static bool HasTerminals();
     RunResult Run(const Words& arguments, const RunLimits& limits = {});
     pid_t Start(const Words& arguments, const RunLimits& limits = {}, int terminal = -1);
     RunResult Finish(pid_t process);
     /// Runs the command, which is to end with `exitCode` and a message with `reason` in it.
-    void Fails(const Words& arguments, int exitCode, const std::string& reason, const RunLimits& limits = {});
+    RunResult Fails(const Words& arguments, int exitCode, const std::string& reason,
+                    const RunLimits& limits = {});
+    /// Runs the command, which is to end with 0 and to print all `parts`.
+    RunResult Succeeds(const Words& arguments, const Words& parts = {});
 
     std::filesystem::path At(const std::string& name) const { return folder_ / name; }
     bool Exists(const std::string& name) const { return std::filesystem::exists(At(name)); }
@@ -66,8 +71,8 @@ class CommandTest : public ::testing::Test {
     std::string Write(const std::string& name, int format, const std::vector<float>& samples,
                       int rate = 44100, int channels = 2);
     Song Read(const std::string& name) const;
-    /// A silent 8-bit WAV of `seconds` that takes no room on the disk.
-    std::string WriteSilence(const std::string& name, int seconds);
+    /// An 8-bit WAV of `seconds`, all of one value, that takes no room on the disk.
+    std::string WriteLongSong(const std::string& name, int seconds);
 
   private:
     test::TempFolder root_;
@@ -78,9 +83,15 @@ class CommandTest : public ::testing::Test {
 };
 
 /// `frames` of stereo noise, reproducible, left and right independent.
-std::vector<float> Noise(std::int64_t frames, float level = 0.2f);
+inline std::vector<float> Noise(std::size_t frames, float level = 0.2f) {
+    return test::Noise(2 * frames, 7, level);
+}
 
-/// The delay in frames, within `reach` either way, at which `output` fits `input` best.
-int BestLag(const Song& input, const Song& output, int reach);
+void ExpectParts(const std::string& text, const Words& parts);
+
+/// What a PNG file of that size begins with.
+inline std::string PngStart(std::uint32_t width, std::uint32_t height) {
+    return std::string("\x89PNG\r\n\x1A\n\0\0\0\rIHDR", 16) + test::Big32(width) + test::Big32(height);
+}
 
 } // namespace vocafade::command

@@ -23,44 +23,31 @@ TEST_F(FormatsCommand, AListBecomesABankThatTheCommandItselfOpens) {
     Text("old/PROGRAM.LST", kList + "2\r\nHall\r\nRoom\r\n");
     Text("old/HALL.PGM", kFile + "0\t" + std::to_string(1000 * 65536) + "\t0\t0\r\n");
     Text("old/Room.PGM", kFile + "0\t\t\t\r\n");
-    const RunResult run = Run({"convert", "old/PROGRAM.LST", "-o", "new.fxb"});
-    EXPECT_EQ(run.exitCode, 0) << run.err;
-    EXPECT_EQ(run.out, "new.fxb: 2 programs\n");
+    Succeeds({"convert", "old/PROGRAM.LST", "-o", "new.fxb"}, {"new.fxb: 2 programs\n"});
     const std::string bank = Content(At("new.fxb"));
     ASSERT_EQ(bank.size(), 3488U);
-    EXPECT_EQ(bank.substr(0, 12), std::string("CcnK\0\0\x0D\x98"
-                                              "FBCh",
-                                              12))
+    EXPECT_EQ(bank.substr(0, 12), std::string("CcnK\0\0\r\230FBCh", 12))
         << "with the number of bytes that follow";
-    const RunResult programs = Run({"--list-programs", "--bank", "new.fxb"});
-    EXPECT_NE(programs.out.find("Hall"), std::string::npos) << programs.out << programs.err;
-    EXPECT_NE(programs.out.find("Room"), std::string::npos);
-    const RunResult parameters = Run({"--list-parameters", "--bank", "new.fxb", "--program", "1"});
-    EXPECT_NE(parameters.out.find("1000.0"), std::string::npos) << parameters.out << parameters.err;
+    Succeeds({"--list-programs", "--bank", "new.fxb"}, {"Hall", "Room"});
+    Succeeds({"--list-parameters", "--bank", "new.fxb", "--program", "1"}, {"1000.0"});
 }
 
 TEST_F(FormatsCommand, WhatCannotBeConvertedIsSaid) {
     Text("PROGRAM.LST", kList + "70\nHall\nA name that is longer than its place\n");
-    const RunResult lossy = Run({"convert", "PROGRAM.LST", "-o", "new.fxb"});
-    EXPECT_EQ(lossy.exitCode, 1);
-    for (const char* part : {"70 programs", "ends early", "is cut to 23 bytes"})
-        EXPECT_NE(lossy.err.find(part), std::string::npos) << part << "\n" << lossy.err;
+    ExpectParts(Fails({"convert", "PROGRAM.LST", "-o", "new.fxb"}, 1, "70 programs").err,
+                {"ends early", "is cut to 23 bytes"});
     EXPECT_TRUE(Exists("new.fxb"));
     Text("Hall.PGM", kFile + "0\t65536\t65536\t65536\n");
     Text("Bare.PGM", "0\t65536\t65536\t65536\n");
     Text("Head.PGM", kFile);
     Text("Null.PGM", "");
     Text("odd.LST", kList + "6\nGone\nHall\nNull\nBare\nHead\n\x83\x5C\n");
-    const RunResult odd = Run({"convert", "odd.LST", "-o", "new.fxb"});
-    EXPECT_EQ(odd.exitCode, 1);
+    const RunResult odd = Fails({"convert", "odd.LST", "-o", "new.fxb"}, 1, "'Bare' does not begin");
     EXPECT_EQ(odd.err.find("'Hall'"), std::string::npos) << odd.err;
     const std::string before = "it gets the values of the program before it";
-    for (const std::string& part :
-         {std::string("'Gone' cannot be read: No such file or directory; it gets the default values"),
-          "'Null' is empty; " + before, std::string("'Bare' does not begin"),
-          std::string("'Head' holds no values"),
-          "'\xE3\x82\xBD' cannot be read: No such file or directory; " + before})
-        EXPECT_NE(odd.err.find(part), std::string::npos) << part << "\n" << odd.err;
+    ExpectParts(odd.err, {"'Gone' cannot be read: No such file or directory; it gets the default values",
+                          "'Null' is empty; " + before, "'Head' holds no values",
+                          "'\xE3\x82\xBD' cannot be read: No such file or directory; " + before});
     // Programs that are left out or made up show in the exit status too.
     std::string names;
     for (int i = 0; i < 65; ++i)
@@ -105,25 +92,21 @@ TEST_F(FormatsCommand, NothingIsWrittenOverWhatItIsMadeFrom) {
     EXPECT_EQ(Names(), names);
     EXPECT_EQ(Content(At(song)), bytes);
     EXPECT_EQ(Content(At("Hall.PGM")), kFile + "0\t\t\t\n");
-    EXPECT_TRUE(Content(plugin).starts_with("\x7F"
-                                            "ELF"));
+    EXPECT_TRUE(Content(plugin).starts_with("\177ELF"));
     EXPECT_EQ(Run({"chunks", song, "--get", "COMM", "-o", "-"}).out.size(), 18U);
 }
 
-TEST_F(FormatsCommand, ASongKeepsItsChunksAndTagsOverManyRenderings) {
+TEST_F(FormatsCommand, ASongKeepsItsChunksOverManyRenderings) {
     const auto chunk = [](const std::string& id, const std::string& data) {
         return test::Chunk(id, data) + std::string(data.size() % 2, '\0');
     };
     const Words parts = {chunk("NAME", "odd"), chunk("ANNO", "first"), chunk("ANNO", "other"),
                          chunk("APPL", "m3gaProgram"),
                          chunk("COMT", std::string("\0\1\0\0\0\7\0\0\0\5later\0", 16))};
-    Write("a.aiff", SF_FORMAT_AIFF | SF_FORMAT_PCM_16, Noise(3000));
-    std::string form = Content(At("a.aiff")).substr(12);
-    for (const char* id : {"NAME", "AUTH", "ANNO"})
-        if (const std::size_t at = form.find(id); at != std::string::npos) form.replace(at, 4, "FLLR");
+    std::string chunks = test::Common(3000) + test::Sound(std::string(12000, 'n'));
     for (const std::string& part : parts)
-        form += part;
-    Text("a.aiff", test::Form(form));
+        chunks += part;
+    Text("a.aiff", test::Form(chunks));
     Text("value", std::string(77, 'v')); // an 85-byte user chunk
     ASSERT_EQ(Run({"chunks", "a.aiff", "--put", "KEY=value"}).exitCode, 0);
     const std::string names[] = {"a.aiff", "b.aiff", "c.aiff", "d.aiff"};
@@ -132,58 +115,24 @@ TEST_F(FormatsCommand, ASongKeepsItsChunksAndTagsOverManyRenderings) {
         const std::string bytes = Content(At(names[i + 1]));
         EXPECT_EQ(bytes.substr(4, 4), Big32(static_cast<std::uint32_t>(bytes.size() - 8)));
         for (const std::string& part : parts) {
-            const std::size_t at = bytes.find(part);
-            ASSERT_NE(at, std::string::npos) << part;
-            EXPECT_EQ(bytes.find(part, at + 1), std::string::npos) << part;
+            ASSERT_NE(bytes.find(part), std::string::npos) << part;
+            EXPECT_EQ(bytes.find(part), bytes.rfind(part)) << part << " twice";
         }
-        const RunResult list = Run({"chunks", names[i + 1]});
-        EXPECT_EQ(list.exitCode, 0) << list.err;
+        const RunResult list = Succeeds({"chunks", names[i + 1]});
         EXPECT_EQ(list.out.find("AUTH"), std::string::npos) << "nothing is made up\n" << list.out;
         EXPECT_EQ(Run({"chunks", names[i + 1], "--get", "KEY"}).out, std::string(77, 'v'));
         EXPECT_EQ(Read(names[i + 1]).frames(), 3000);
     }
-    // Texts of every other format, and a WAV's odd-sized chunk, likewise.
-    for (const auto& [ending, format] : {std::pair("wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16),
-                                         {"flac", SF_FORMAT_FLAC | SF_FORMAT_PCM_16},
-                                         {"ogg", SF_FORMAT_OGG | SF_FORMAT_VORBIS},
-                                         {"opus", SF_FORMAT_OGG | SF_FORMAT_OPUS},
-                                         {"mp3", SF_FORMAT_MPEG | SF_FORMAT_MPEG_LAYER_III},
-                                         {"caf", SF_FORMAT_CAF | SF_FORMAT_PCM_16},
-                                         {"rf64", SF_FORMAT_RF64 | SF_FORMAT_PCM_16},
-                                         {"w64", SF_FORMAT_W64 | SF_FORMAT_PCM_16}}) {
-        const std::string dot = std::string(".") + ending;
-        Write("0" + dot, format, Noise(3000), 48000);
-        const std::string xml = std::string("iXML\x0D\0\0\0<X>thirteen</\0", 22);
-        const bool isWav = dot == ".wav";
-        if (isWav) {
-            std::string wav = Content(At("0.wav")) + xml;
-            wav[4] = static_cast<char>(wav.size() - 8);
-            wav[5] = static_cast<char>((wav.size() - 8) >> 8);
-            Text("0.wav", wav);
-        }
-        Words texts;
-        for (int i = 0; i < 4; ++i) {
-            const std::string name = std::to_string(i) + dot;
-            texts.emplace_back();
-            SF_INFO info{};
-            SNDFILE* sound = sf_open(At(name).c_str(), SFM_READ, &info);
-            ASSERT_NE(sound, nullptr) << name;
-            for (int kind = SF_STR_FIRST; kind <= SF_STR_LAST; ++kind) {
-                const char* text = sf_get_string(sound, kind);
-                texts.back() += std::to_string(kind) + (text != nullptr ? text : "") + "\n";
-            }
-            sf_close(sound);
-            EXPECT_EQ(texts.back(), texts.front()) << name;
-            const std::string bytes = Content(At(name));
-            const std::size_t title = bytes.find("The Title");
-            EXPECT_EQ(bytes.find("The Title", title + 1), std::string::npos) << name;
-            if (isWav) {
-                EXPECT_NE(bytes.find(xml), std::string::npos) << name;
-            }
-            if (i < 3) {
-                ASSERT_EQ(Run({name, "-o", std::to_string(i + 1) + dot}).exitCode, 0);
-            }
-        }
+    // A WAV's odd-sized chunk likewise.
+    const std::string xml = std::string("iXML\x0D\0\0\0<X>thirteen</\0", 22);
+    std::string wav = Content(At(Write("0.wav", kWav16, Noise(3000)))) + xml;
+    wav[4] = static_cast<char>(wav.size() - 8);
+    wav[5] = static_cast<char>((wav.size() - 8) >> 8);
+    Text("0.wav", wav);
+    for (int i = 0; i < 3; ++i) {
+        const std::string to = std::to_string(i + 1) + ".wav";
+        Succeeds({std::to_string(i) + ".wav", "-o", to});
+        ExpectParts(Content(At(to)), {xml});
     }
 }
 
@@ -198,10 +147,7 @@ TEST_F(FormatsCommand, UserChunksGoInAndOutOfASong) {
     EXPECT_EQ(Run({"chunks", song, "--get", "KEY"}).out, value);
     EXPECT_EQ(Run({"chunks", song, "--get", "0x00000001", "-o", "back"}).exitCode, 0);
     EXPECT_EQ(Content(At("back")), "other");
-    const RunResult list = Run({"chunks", song});
-    EXPECT_EQ(list.exitCode, 0);
-    for (const char* part : {"SSND", "24 bit, 1001 frames", "WVL4", "KEY", "0x00000001"})
-        EXPECT_NE(list.out.find(part), std::string::npos) << part << "\n" << list.out;
+    Succeeds({"chunks", song}, {"SSND", "24 bit, 1001 frames", "WVL4", "KEY", "0x00000001"});
     EXPECT_EQ(Run({"chunks", song, "--put", "KEY=other"}).exitCode, 0);
     EXPECT_EQ(Run({"chunks", song, "--get", "KEY "}).out, "other");
     EXPECT_EQ(Run({"chunks", song, "--remove", "KEY"}).exitCode, 0);
@@ -216,7 +162,9 @@ TEST_F(FormatsCommand, ChunkCommandsThatMakeNoSenseChangeNothing) {
     const std::string wave = Write("song.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, Noise(100));
     Text("value", "value");
     Text("cut.aiff", Content(At(song)) + "NAME\xFF\xFF\xFF\xFF");
-    for (const std::string& name : {song, compressed, wave, std::string("cut.aiff")}) {
+    Text("user.aiff", test::Form(test::Common(1) + test::Sound("abcd") + test::Chunk("WVL4", "cut")));
+    for (const std::string& name :
+         {song, compressed, wave, std::string("cut.aiff"), std::string("user.aiff")}) {
         const std::string bytes = Content(At(name));
         const int tooLong = name == wave || name == compressed ? 1 : 2;
         EXPECT_EQ(Run({"chunks", name, "--put", "toolong=value"}).exitCode, tooLong);
@@ -228,15 +176,9 @@ TEST_F(FormatsCommand, ChunkCommandsThatMakeNoSenseChangeNothing) {
         EXPECT_EQ(Content(At(name)), bytes);
     }
     Fails({"chunks", "missing.aiff"}, 1, "No such file or directory");
+    Fails({"chunks", "user.aiff", "--put", "KEY=value"}, 1, "has a user chunk that is damaged");
     EXPECT_EQ(Run({"chunks", song, "-o", "x"}).exitCode, 2);
     EXPECT_EQ(Run({"chunks", "cut.aiff"}).exitCode, 1);
-    // More than can be taken in is not taken for nothing.
-    std::string large = Content(At(song)) + "WVL4" + Big32(0x90000000U);
-    large.replace(4, 4, Big32(static_cast<std::uint32_t>(large.size() - 8 + 0x90000000U)));
-    Text("large.aiff", large);
-    std::filesystem::resize_file(At("large.aiff"), large.size() + 0x90000000U);
-    Fails({"chunks", "large.aiff", "--put", "KEY=value"}, 1, "nothing was written");
-    EXPECT_EQ(std::filesystem::file_size(At("large.aiff")), large.size() + 0x90000000U);
 }
 
 TEST_F(FormatsCommand, UsageErrorsNameTheHelpThatHelps) {
@@ -271,29 +213,23 @@ std::vector<float> Vowel(int rate, int frames, const std::array<double, 3>& form
             sample = last = now;
         }
     }
-    double peak = 0.0;
-    for (const double sample : sound)
-        peak = std::max(peak, std::abs(sample));
-    std::vector<float> stereo = Noise(frames, 1e-4f);
-    for (int i = 0; i < 2 * frames; ++i)
-        stereo[static_cast<std::size_t>(i)] +=
-            static_cast<float>(sound[static_cast<std::size_t>(i / 2)] / peak * 0.5);
+    std::vector<float> stereo = Noise(sound.size(), 1e-4f);
+    for (std::size_t i = 0; i < stereo.size(); ++i)
+        stereo[i] += static_cast<float>(0.01 * sound[i / 2]);
     return stereo;
 }
 
 TEST_F(FormatsCommand, TheFormantsOfAVowelAreFoundAndDrawn) {
-    const struct {
-        int rate;
-        std::array<double, 3> formants;
-    } vowels[] = {{44100, {700, 1300, 2600}},
-                  {96000, {700, 1300, 2600}},
-                  {44100, {730, 1200, 2440}},
-                  {48000, {270, 2290, 3010}}}; // /a/ and /i/ of a man
+    const std::pair<int, std::array<double, 3>> vowels[] = {
+        {44100, {700, 1300, 2600}},
+        {96000, {700, 1300, 2600}},
+        {44100, {730, 1200, 2440}},
+        {48000, {270, 2290, 3010}}}; // /a/ and /i/ of a man
     for (const auto& [rate, formants] : vowels) {
         const std::string song =
-            Write("vowel.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_24, Vowel(rate, rate, formants), rate);
-        const RunResult run = Run({"formants", song, "--at", "0.5", "--plot", "vowel.png"});
-        ASSERT_EQ(run.exitCode, 0) << run.err;
+            Write("vowel.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, Vowel(rate, rate, formants), rate);
+        const RunResult run =
+            Succeeds({"formants", song, "--at", "0.5", "--plot", "vowel.png"}, {"try --lofreq"});
         std::istringstream lines(run.out);
         std::string line;
         std::getline(lines, line);
@@ -305,19 +241,16 @@ TEST_F(FormatsCommand, TheFormantsOfAVowelAreFoundAndDrawn) {
             std::istringstream(line) >> number >> hz;
             EXPECT_NEAR(hz, expected, 0.06 * expected) << run.out;
         }
-        EXPECT_NE(run.out.find("try --lofreq"), std::string::npos) << run.out;
         const std::string picture = Content(At("vowel.png"));
-        EXPECT_EQ(picture.substr(0, 24), std::string("\x89PNG\r\n\x1A\n\0\0\0\rIHDR\0\0\5\0\0\0\2\xD0", 24));
+        EXPECT_EQ(picture.substr(0, 24), PngStart(1280, 720));
         EXPECT_GT(picture.size(), 20000U);
     }
 }
 
 TEST_F(FormatsCommand, FormantsTakeAnySoundAndRefuseNonsense) {
     const std::string mono = Write("mono.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, Noise(4000), 8000, 1);
-    const RunResult run = Run({"formants", mono});
-    EXPECT_EQ(run.exitCode, 0) << run.err;
-    EXPECT_NE(run.out.find("Left and right are the same"), std::string::npos);
-    const std::string silent = WriteSilence("silence.wav", 1);
+    Succeeds({"formants", mono}, {"Left and right are the same"});
+    const std::string silent = WriteLongSong("silence.wav", 1);
     EXPECT_EQ(Run({"formants", silent, "--plot", "silence.png"}).exitCode, 0);
     EXPECT_EQ(Run({"formants", mono, "--at", "9"}).exitCode, 1);
     EXPECT_EQ(Run({"formants", mono, "--at", "-1"}).exitCode, 2);
@@ -330,8 +263,7 @@ TEST_F(FormatsCommand, FormantsTakeAnySoundAndRefuseNonsense) {
     Text("fast.wav", fast);
     Fails({"formants", "fast.wav"}, 1, "2000000000 Hz");
     Write("wide.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_U8, std::vector<float>(1024 * 2000), 8000, 1024);
-    const RunResult wide = Run({"formants", "wide.wav"});
-    EXPECT_EQ(wide.exitCode, 0) << wide.err;
+    [[maybe_unused]] const RunResult wide = Succeeds({"formants", "wide.wav"});
 #ifndef VOCAFADE_SANITIZED
     EXPECT_LT(wide.memoryBytes, 64 << 20);
 #endif

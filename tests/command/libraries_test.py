@@ -2,7 +2,6 @@
 """The commands of docs/libraries.md: GNU parallel over two SSH servers on the loopback address, of which one is killed, and
 two tasks of a Slurm array."""
 
-import array
 import getpass
 import os
 import random
@@ -10,12 +9,12 @@ import re
 import shutil
 import signal
 import socket
-import struct
 import subprocess
 import sys
 import tempfile
 import time
 import unittest
+import wave
 from pathlib import Path
 
 COMMAND = Path(os.environ["VOCAFADE_COMMAND"])
@@ -29,11 +28,10 @@ def script(name):
 
 
 def write_song(path, seed):
-    rest = random.Random(seed)
-    part = array.array("h", (rest.randrange(-9000, 9000) for _ in range(2 * 44100))).tobytes() * 20
     path.parent.mkdir(parents=True, exist_ok=True)
-    path.write_bytes(struct.pack("<4sI4s4sIHHIIHH4sI", b"RIFF", 36 + len(part), b"WAVE", b"fmt ", 16, 1, 2, 44100, 176400,
-                                 4, 16, b"data", len(part)) + part)
+    with wave.open(str(path), "wb") as song:
+        song.setparams((2, 2, 44100, 0, "NONE", ""))
+        song.writeframes(random.Random(seed).randbytes(4 * 44100) * 20)
 
 
 def descendants(number):

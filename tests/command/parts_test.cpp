@@ -14,13 +14,7 @@
 namespace vocafade::command {
 namespace {
 
-SF_INFO Info(int format, int rate = 44100) {
-    SF_INFO info{};
-    info.format = format;
-    info.samplerate = rate;
-    info.channels = 2;
-    return info;
-}
+SF_INFO Info(int format, int rate = 44100) { return {0, rate, 2, format, 0, 0}; }
 
 TEST(Formats, WavGrowsIntoRf64OnlyWhenItMust) {
     constexpr std::int64_t tenHours = std::int64_t{36000} * 44100;
