@@ -40,13 +40,9 @@ void ForEachMatch(const std::string& text, const char* pattern, Use use) {
 
 /// The name that a heading has as a link's target.
 std::string Anchor(const std::string& heading) {
-    std::string anchor;
-    for (const char letter : heading) {
-        if (std::isalnum(static_cast<unsigned char>(letter)) || letter == '-' || letter == '_')
-            anchor += static_cast<char>(std::tolower(letter));
-        else if (letter == ' ')
-            anchor += '-';
-    }
+    std::string anchor = std::regex_replace(heading, std::regex("[^\\w -]"), "");
+    for (char& letter : anchor)
+        letter = letter == ' ' ? '-' : static_cast<char>(std::tolower(letter));
     return anchor;
 }
 
