@@ -102,17 +102,17 @@ TEST_F(CommandTest, ACommandLineThatMakesNoSenseEndsInTwoAndDoesNothing) {
 TEST_F(CommandTest, APluginOrBankThatWillNotDoIsExplained) {
     Write("a.wav", kWav16, Noise(100));
     Text("bad.fxb", "CcnK and no more");
-    const std::string fakes = FAKE_FOLDER;
+    const std::string refuses = TEST_FOLDER "/fakes/fake2.so", another = TEST_FOLDER "/faulty/faulty-none.so";
     Fails({"a.wav", "--plugin", "nowhere.so"}, 1, "there is no plug-in 'nowhere.so'");
     Fails({"a.wav", "--plugin", "a.wav"}, 1, "cannot be loaded");
-    Fails({"a.wav", "--plugin", fakes + "/fake2.so"}, 1, "refused");
+    Fails({"a.wav", "--plugin", refuses}, 1, "refused");
     Fails({"a.wav", "--bank", "missing.fxb"}, 1, "no bank");
     Fails({"a.wav", "--bank", "bad.fxb"}, 1, "ends too early");
     EXPECT_EQ(Names(), (std::set<std::string>{"a.wav", "bad.fxb"}));
     // Any other stereo effect does as well, with normalised values.
-    Succeeds({"a.wav", "--plugin", fakes + "/fake0.so", "--set", "gain=0.25", "-o", "b.wav"});
+    Succeeds({"a.wav", "--plugin", another, "--set", "gain=0.25", "-o", "b.wav"});
     EXPECT_NEAR(Read("b.wav").samples[8], Read("a.wav").samples[8] * 0.25f, 1e-4);
-    EXPECT_EQ(Run({"a.wav", "--plugin", fakes + "/fake0.so", "--lofreq", "300"}).exitCode, 2);
+    EXPECT_EQ(Run({"a.wav", "--plugin", another, "--lofreq", "300"}).exitCode, 2);
 }
 
 TEST_F(CommandTest, OneBadSongDoesNotStopTheOthers) {
