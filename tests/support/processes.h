@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdlib>
+#include <functional>
 #include <gtest/gtest.h>
 #include <memory>
 #include <string>
@@ -19,7 +20,7 @@ namespace vocafade::test {
 class Aside {
   public:
     /// `work` gets the process's number and answers whether all went well.
-    using Work = bool (*)(int number);
+    using Work = std::function<bool(int number)>;
 
     /// A process that does the work; killed at the end of the scope.
     class Process {
@@ -57,7 +58,7 @@ class Aside {
   private:
     std::string name_;
 #else
-    Aside(const char* /*name*/, Work work) : work_(work) {}
+    Aside(const char* /*name*/, Work work) : work_(std::move(work)) {}
 
   private:
     Work work_;
@@ -85,17 +86,8 @@ inline void Aside::Process::Kill() {
     process_ = 0;
 }
 
-/// Runs `work(0)` to `work(count - 1)`, each in a process of its own, at once and to their ends. All must answer true.
-template <typename Work>
-void InProcesses(int count, Work work) {
-    for (int process = 0; process < count; ++process)
-        if (::fork() == 0) ::_exit(work(process) ? 0 : 1);
-    for (int process = 0; process < count; ++process) {
-        int status = 1;
-        ::wait(&status);
-        EXPECT_EQ(status, 0);
-    }
-}
+/// The same for work of one test alone.
+inline void InProcesses(int count, const Aside::Work& work) { Aside("", work).Run(count); }
 #endif
 
 } // namespace vocafade::test

@@ -1,13 +1,16 @@
 // SPDX-License-Identifier: MIT
 #include "tests/support/x_user.h"
 
+#include "tests/support/run_command.h"
+#include "tests/support/wait_for.h"
+
 #include <X11/keysym.h>
 #include <array>
 #include <cstdlib>
-#include <cstring>
+#include <future>
 #include <memory>
 #include <stdexcept>
-#include <xcb/res.h>
+#include <xcb/xcb_keysyms.h>
 #include <xcb/xtest.h>
 
 namespace vocafade::test {
@@ -106,7 +109,7 @@ void XUser::AskToClose(xcb_window_t window) {
     event.window = window;
     event.type = Atom("WM_PROTOCOLS");
     event.data.data32[0] = Atom("WM_DELETE_WINDOW");
-    ::xcb_send_event(connection_, 0, window, 0, reinterpret_cast<const char*>(&event));
+    Forge(window, event);
     Sync();
 }
 
@@ -117,10 +120,6 @@ void XUser::PublishSettings(std::string_view bytes) {
                           static_cast<std::uint32_t>(bytes.size()), bytes.data());
     ::xcb_set_selection_owner(connection_, settingsWindow_, Atom("_XSETTINGS_S0"), XCB_CURRENT_TIME);
     Sync();
-}
-
-void XUser::Forge(xcb_window_t window, const std::array<std::uint8_t, 32>& event, std::uint32_t mask) {
-    ::xcb_send_event(connection_, 0, window, mask, reinterpret_cast<const char*>(event.data()));
 }
 
 int XUser::TakeHostKeys() {
@@ -151,13 +150,6 @@ bool XUser::IsViewable(xcb_window_t window) {
     const auto look = Own(::xcb_get_window_attributes_reply(
         connection_, ::xcb_get_window_attributes(connection_, window), nullptr));
     return look != nullptr && look->map_state == XCB_MAP_STATE_VIEWABLE;
-}
-
-int XUser::Clients() {
-    Sync();
-    const auto reply =
-        Own(::xcb_res_query_clients_reply(connection_, ::xcb_res_query_clients(connection_), nullptr));
-    return reply != nullptr ? ::xcb_res_query_clients_clients_length(reply.get()) : -1;
 }
 
 XUser::Bounds XUser::BoundsOf(xcb_window_t window) {
@@ -194,12 +186,6 @@ void XUser::Press(int button) { Fake(XCB_BUTTON_PRESS, static_cast<std::uint8_t>
 
 void XUser::Release(int button) { Fake(XCB_BUTTON_RELEASE, static_cast<std::uint8_t>(button)); }
 
-void XUser::Click(int x, int y, int button) {
-    MoveTo(x, y);
-    Press(button);
-    Release(button);
-}
-
 bool XUser::MouseIsFree() {
     const auto grab = Own(::xcb_grab_pointer_reply(
         connection_,
@@ -211,20 +197,12 @@ bool XUser::MouseIsFree() {
 }
 
 XUser::Place XUser::Find(xcb_keysym_t keysym) {
-    const xcb_setup_t* setup = ::xcb_get_setup(connection_);
-    const int count = setup->max_keycode - setup->min_keycode + 1;
-    const auto map = Own(::xcb_get_keyboard_mapping_reply(
-        connection_,
-        ::xcb_get_keyboard_mapping(connection_, setup->min_keycode, static_cast<std::uint8_t>(count)),
-        nullptr));
-    if (map == nullptr) throw std::runtime_error("no keyboard");
-    const xcb_keysym_t* keysyms = ::xcb_get_keyboard_mapping_keysyms(map.get());
-    for (const int level : {0, 1}) {
-        for (int key = 0; key < count; ++key) {
-            if (keysyms[key * map->keysyms_per_keycode + level] == keysym)
-                return {static_cast<xcb_keycode_t>(setup->min_keycode + key), level == 1};
-        }
-    }
+    const std::unique_ptr<xcb_key_symbols_t, decltype(&::xcb_key_symbols_free)> symbols(
+        ::xcb_key_symbols_alloc(connection_), &::xcb_key_symbols_free);
+    const auto keys = Own(::xcb_key_symbols_get_keycode(symbols.get(), keysym));
+    for (const int level : {0, 1})
+        for (const xcb_keycode_t* key = keys.get(); key != nullptr && *key != XCB_NO_SYMBOL; ++key)
+            if (::xcb_key_symbols_get_keysym(symbols.get(), *key, level) == keysym) return {*key, level == 1};
     throw std::runtime_error("the keyboard has no such key");
 }
 
@@ -245,15 +223,8 @@ void XUser::Hold(xcb_window_t window, xcb_keysym_t keysym, int times) {
     down.response_type = XCB_KEY_PRESS;
     down.detail = Find(keysym).code;
     down.event = window;
-    std::array<std::uint8_t, 32> bytes{};
-    std::memcpy(bytes.data(), &down, sizeof down);
     for (int i = 0; i < times; ++i)
-        Forge(window, bytes);
-}
-
-void XUser::Type(std::string_view text) {
-    for (const char character : text)
-        Key(static_cast<unsigned char>(character));
+        Forge(window, down);
 }
 
 void XUser::AddKeys(const std::vector<xcb_keysym_t>& keysyms) {
@@ -264,6 +235,36 @@ void XUser::AddKeys(const std::vector<xcb_keysym_t>& keysyms) {
         ::xcb_change_keyboard_mapping(connection_, 1, code--, both.size(), both.data());
     }
     Sync();
+}
+
+void XUser::TakeGermanKeyboard() {
+    if (std::system("setxkbmap de") != 0) // NOLINT(concurrency-mt-unsafe): only it starts processes
+        throw std::runtime_error("setxkbmap fails");
+    Sync();
+}
+
+std::string XUser::TakeClipboard(const std::function<void()>& idle) {
+    auto text = std::async(std::launch::async, [] {
+        return RunCommand("xclip -o -selection clipboard -target UTF8_STRING").output;
+    });
+    WaitFor(idle, [&] { return text.wait_for(std::chrono::seconds(0)) == std::future_status::ready; });
+    return text.get();
+}
+
+void XUser::OfferClipboard(const std::string& text) { OfferClipboardBytes(text); }
+
+void XUser::OfferClipboardBytes(std::string_view bytes) {
+    const auto owner = [this] {
+        const auto reply = Own(::xcb_get_selection_owner_reply(
+            connection_, ::xcb_get_selection_owner(connection_, Atom("CLIPBOARD")), nullptr));
+        return reply != nullptr ? reply->owner : 0;
+    };
+    const xcb_window_t before = owner();
+    std::FILE* program = OpenPipe("xclip -selection clipboard -target UTF8_STRING >/dev/null 2>&1", "w");
+    if (program == nullptr) throw std::runtime_error("no xclip");
+    std::fwrite(bytes.data(), 1, bytes.size(), program);
+    if (ClosePipe(program) != 0) throw std::runtime_error("xclip fails");
+    WaitFor([] {}, [&] { return owner() != before; }); // it goes on in the background
 }
 
 Picture XUser::Look(xcb_window_t window, int x, int y, int width, int height) {

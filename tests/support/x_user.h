@@ -3,6 +3,9 @@
 
 #include <array>
 #include <cstdint>
+#include <cstring>
+#include <functional>
+#include <initializer_list>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -55,11 +58,6 @@ class XUser {
     void Hide(xcb_window_t window);
     void Resize(xcb_window_t window, int width, int height);
     void Reparent(xcb_window_t window, xcb_window_t parent, int x, int y);
-    /// What a window manager's close button does.
-    void AskToClose(xcb_window_t window);
-    /// What any client may send to another one's window: 32 bytes that claim to be an event. With a mask of 0
-    /// it goes to who made the window, else to those who selected such events of it.
-    void Forge(xcb_window_t window, const std::array<std::uint8_t, 32>& event, std::uint32_t mask = 0);
     /// Publishes these bytes as the desktop's settings, as a settings daemon does; an editor reads them when
     /// it opens.
     void PublishSettings(std::string_view bytes);
@@ -74,7 +72,6 @@ class XUser {
     std::vector<xcb_window_t> Children(xcb_window_t window);
     /// Top-level windows that are shown, bottom to top.
     std::vector<xcb_window_t> TopLevels();
-    bool IsViewable(xcb_window_t window);
     struct Bounds {
         int x, y, width, height;
         bool operator==(const Bounds&) const = default;
@@ -90,15 +87,17 @@ class XUser {
         const Picture point = Look(Root(), x, y, 1, 1);
         return point.pixels.empty() ? 0xFF000000 : point.at(0, 0);
     }
-    /// Clients that the server has, this one included.
-    int Clients();
     /// @}
 
     /// The pointer, in screen coordinates.
     void MoveTo(int x, int y);
     void Press(int button = 1);
     void Release(int button = 1);
-    void Click(int x, int y, int button = 1);
+    void Click(int x, int y) {
+        MoveTo(x, y);
+        Press();
+        Release();
+    }
 
     /// Whether another program can have the mouse.
     bool MouseIsFree();
@@ -109,18 +108,48 @@ class XUser {
     void KeyUp(xcb_keysym_t keysym);
     /// Sends the window what a key sends that is held down: presses, `times` of them.
     void Hold(xcb_window_t window, xcb_keysym_t keysym, int times);
-    /// Characters of ASCII, one after the other.
-    void Type(std::string_view text);
+    void Keys(std::initializer_list<xcb_keysym_t> keysyms) {
+        for (const xcb_keysym_t keysym : keysyms)
+            Key(keysym);
+    }
+    /// Keys while another one is held.
+    void Chord(xcb_keysym_t held, std::initializer_list<xcb_keysym_t> keysyms) {
+        KeyDown(held);
+        Keys(keysyms);
+        KeyUp(held);
+    }
+    /// Characters of ASCII, one after the other; \r, \t, \b and \033 are Return, Tab, Backspace and Escape.
+    void Type(std::string_view text) {
+        for (const char character : text)
+            Key(static_cast<xcb_keysym_t>(character < ' ' ? 0xFF00 | character : character));
+    }
     /// Puts the symbols onto spare keys, as a layout that has them would.
     void AddKeys(const std::vector<xcb_keysym_t>& keysyms);
+    /// Changes the keyboard to one with AltGr and dead keys.
+    void TakeGermanKeyboard();
+
+    /// What other programs get from the clipboard; `idle` lets the owner answer them.
+    std::string TakeClipboard(const std::function<void()>& idle);
+    /// Another program offers a text in UTF-8, or what claims to be one in the system's own form.
+    void OfferClipboard(const std::string& text);
+    void OfferClipboardBytes(std::string_view bytes);
 
     /// Waits until the server has handled all that any client has sent so far, and has sent the answers.
     void Sync();
 
-#if defined(_WIN32)
-    /// Changes the keyboard to one with AltGr and dead keys.
-    void TakeGermanKeyboard();
-#else
+#if !defined(_WIN32)
+    /// What a window manager's close button does.
+    void AskToClose(xcb_window_t window);
+    /// What any client may send to another one's window: 32 bytes that claim to be an event. With a mask of 0
+    /// it goes to who made the window, else to those who selected such events of it.
+    template <typename Event>
+    void Forge(xcb_window_t window, const Event& event, std::uint32_t mask = 0) {
+        std::array<char, 32> bytes{};
+        static_assert(sizeof event <= sizeof bytes);
+        std::memcpy(bytes.data(), &event, sizeof event);
+        ::xcb_send_event(connection_, 0, window, mask, bytes.data());
+    }
+    bool IsViewable(xcb_window_t window);
     /// For what one test alone asks of the server.
     xcb_connection_t* connection() { return connection_; }
     xcb_atom_t Atom(std::string_view name);

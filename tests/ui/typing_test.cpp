@@ -41,40 +41,42 @@ class Typing : public Desk {
     bool Shows(const std::string& text) {
         return Until([&] { return field.text() == text; });
     }
-    void Chord(xcb_keysym_t modifier, xcb_keysym_t key) {
-        user.KeyDown(modifier);
-        user.Key(key);
-        user.KeyUp(modifier);
-    }
-
     Field field;
 };
 
-#if !defined(_WIN32) // Wine knows the keys of layouts that people have; see tests/windows
+#if !defined(_WIN32) // Wine knows the keys of layouts that people have
 TEST_F(Typing, JapaneseFromTheLayoutAndAccentsFromTheComposeKey) {
-    user.AddKeys({kUnicode | 0x6B4C, kUnicode | 0x3042, XK_kana_A, XK_Multi_key, XK_dead_acute});
+    user.AddKeys({kUnicode | 0x6B4C, kUnicode | 0x3042, XK_kana_A, XK_Multi_key});
     Settle();
-    user.Key(kUnicode | 0x6B4C);
-    user.Key(kUnicode | 0x3042);
-    user.Key(XK_kana_A);
+    user.Keys({kUnicode | 0x6B4C, kUnicode | 0x3042, XK_kana_A});
     EXPECT_TRUE(Shows("\xE6\xAD\x8C\xE3\x81\x82\xE3\x82\xA2")) << field.text();
     user.Key(XK_BackSpace);
     EXPECT_TRUE(Shows("\xE6\xAD\x8C\xE3\x81\x82")) << "a character goes whole";
-    for (const xcb_keysym_t key : {XK_Multi_key, XK_o, XK_slash})
-        user.Key(key);
+    user.Keys({XK_Multi_key, XK_o, XK_slash});
     EXPECT_TRUE(Shows("\xE6\xAD\x8C\xE3\x81\x82\xC3\xB8")) << field.text();
-    user.Key(XK_dead_acute);
-    user.Key(XK_e);
-    EXPECT_TRUE(Shows("\xE6\xAD\x8C\xE3\x81\x82\xC3\xB8\xC3\xA9")) << field.text();
     // Escape in the middle of a sequence ends the sequence, and is no Escape for the field.
     field.keys.clear();
-    user.Key(XK_Multi_key);
-    user.Key(XK_Escape);
-    user.Key(XK_x);
-    EXPECT_TRUE(Shows("\xE6\xAD\x8C\xE3\x81\x82\xC3\xB8\xC3\xA9x")) << field.text();
+    user.Keys({XK_Multi_key, XK_Escape, XK_x});
+    EXPECT_TRUE(Shows("\xE6\xAD\x8C\xE3\x81\x82\xC3\xB8x")) << field.text();
     EXPECT_EQ(std::count(field.keys.begin(), field.keys.end(), kKeyEscape), 0);
 }
 #endif
+
+TEST_F(Typing, AltGrAndDeadKeysOfAGermanKeyboard) {
+    user.TakeGermanKeyboard();
+    Settle();
+    user.Key(XK_z); // where others have y
+    EXPECT_TRUE(Shows("z")) << field.text();
+    user.Chord(XK_ISO_Level3_Shift, {XK_q, XK_e});
+    EXPECT_TRUE(Shows("z@\xE2\x82\xAC")) << field.text();
+    user.Keys({XK_dead_acute, XK_e});
+    EXPECT_TRUE(Shows("z@\xE2\x82\xAC\xC3\xA9")) << field.text();
+    user.Keys({XK_dead_circumflex, XK_space});
+    EXPECT_TRUE(Shows("z@\xE2\x82\xAC\xC3\xA9^")) << field.text();
+    user.Chord(XK_Control_L, {XK_a}); // AltGr is no control that stays
+    user.Key(XK_BackSpace);
+    EXPECT_TRUE(Shows("")) << field.text();
+}
 
 TEST_F(Typing, EditsSelectsAndLimits) {
     field.SetWindowText("hello world");
@@ -83,27 +85,21 @@ TEST_F(Typing, EditsSelectsAndLimits) {
     EXPECT_TRUE(Shows("a")) << "typing replaces what is selected";
     field.SetWindowText("one two");
     user.Key(XK_End);
-    Chord(XK_Control_L, XK_Left);
+    user.Chord(XK_Control_L, {XK_Left});
     user.Key(XK_x);
     EXPECT_TRUE(Shows("one xtwo"));
     user.Key(XK_Home);
-    user.KeyDown(XK_Shift_L);
-    user.Key(XK_Right);
-    user.Key(XK_Right);
-    user.KeyUp(XK_Shift_L);
+    user.Chord(XK_Shift_L, {XK_Right, XK_Right});
     user.Key(XK_Delete);
     EXPECT_TRUE(Shows("e xtwo"));
     user.Key(XK_Delete);
     EXPECT_TRUE(Shows(" xtwo"));
-    Chord(XK_Control_L, XK_a);
-    Chord(XK_Control_L, XK_x);
+    user.Chord(XK_Control_L, {XK_a, XK_x});
     EXPECT_TRUE(Shows(""));
-    Chord(XK_Control_L, XK_v);
-    Chord(XK_Control_L, XK_v);
+    user.Chord(XK_Control_L, {XK_v, XK_v});
     EXPECT_TRUE(Shows(" xtwo xtwo"));
     field.SetLimitText(11);
-    user.Key(XK_b);
-    user.Key(XK_c);
+    user.Keys({XK_b, XK_c});
     EXPECT_TRUE(Shows(" xtwo xtwob"));
     Settle();
     EXPECT_EQ(field.text(), " xtwo xtwob");
@@ -127,49 +123,35 @@ TEST_F(Typing, ThePointerSetsTheCaretAndSelects) {
     EXPECT_TRUE(Shows("abc z")) << "a double click takes the word";
 }
 
-#if !defined(_WIN32) // where tests/windows has its own form of it
 TEST_F(Typing, TheClipboardIsSharedWithOtherPrograms) {
-    // Another program owns the clipboard: this test's own client.
-    xcb_connection_t* c = user.connection();
-    xcb_set_selection_owner(c, host, user.Atom("CLIPBOARD"), XCB_CURRENT_TIME);
-    std::string offered = "\xE5\xA3\xB0 1\nsecond line";
-    const auto isAsked = [&] {
-        xcb_generic_event_t* event = xcb_poll_for_event(c);
-        const bool asked = event != nullptr && (event->response_type & 0x7F) == XCB_SELECTION_REQUEST;
-        if (asked) {
-            const auto* request = reinterpret_cast<const xcb_selection_request_event_t*>(event);
-            xcb_change_property(c, XCB_PROP_MODE_REPLACE, request->requestor, request->property,
-                                request->target, 8, static_cast<std::uint32_t>(offered.size()),
-                                offered.data());
-            xcb_selection_notify_event_t answer{};
-            answer.response_type = XCB_SELECTION_NOTIFY;
-            answer.requestor = request->requestor;
-            answer.selection = request->selection;
-            answer.target = request->target;
-            answer.property = request->property;
-            xcb_send_event(c, 0, request->requestor, 0, reinterpret_cast<const char*>(&answer));
-            user.Sync();
-        }
-        std::free(event);
-        return asked;
-    };
-    Chord(XK_Control_L, XK_v);
-    ASSERT_TRUE(Until(isAsked));
-    EXPECT_TRUE(Shows("\xE5\xA3\xB0 1")) << "one line, and every character as if typed";
-    EXPECT_EQ(field.characters[0].first, 0x58F0U);
+    field.SetWindowText("\xE5\xA3\xB0 1");
+    user.Chord(XK_Control_L, {XK_a, XK_c});
+    Settle();
+    EXPECT_EQ(user.TakeClipboard([this] { frame.Idle(); }), "\xE5\xA3\xB0 1");
+    user.OfferClipboard("\xE6\xAD\x8C 2\nsecond line");
+    Settle();
+    user.Chord(XK_Control_L, {XK_v});
+    EXPECT_TRUE(Shows("\xE6\xAD\x8C 2")) << "one line, and every character as if typed: " << field.text();
+    EXPECT_EQ(field.characters[0].first, 0x6B4CU);
 
-    // What makes no sense in a field: far too long, no UTF-8, control characters, a zero.
+    // What makes no sense in a field: far too long, half a character, control characters, a zero or no end.
+#if defined(_WIN32)
+    const std::u16string offered = u"\x1B[2J\xD83D" + std::u16string(100'000, u'7');
+#else
+    const std::string offered = std::string("\xFF\0\x1B[2J\xC3", 7) + std::string(200'000, '7');
+#endif
+    user.OfferClipboardBytes(
+        {reinterpret_cast<const char*>(offered.data()), offered.size() * sizeof offered[0]});
     field.SetWindowText("");
-    offered = std::string("\xFF\0\x1B[2J\xC3", 7) + std::string(200'000, '7');
-    Chord(XK_Control_L, XK_v);
-    ASSERT_TRUE(Until(isAsked));
+    Settle();
+    user.Chord(XK_Control_L, {XK_v});
     ASSERT_TRUE(Until([&] { return !field.text().empty(); }));
+    Settle();
     EXPECT_NE(field.text().find("[2J"), std::string::npos);
     EXPECT_LE(field.text().size(), 300U);
     EXPECT_EQ(field.text(), ValidUtf8(field.text()));
     EXPECT_EQ(field.text().find_first_of(std::string("\0\x1B", 2)), std::string::npos);
 }
-#endif
 
 TEST_F(Typing, TheSpinButtonStepsTheNumberBesideIt) {
     CSpinButtonCtrl spin;
@@ -205,7 +187,7 @@ class Menus : public Desk {
         Settle();
         id = TopWindow();
         place = user.BoundsOf(id);
-        return user.IsViewable(id) && id != host;
+        return id != host;
     }
     bool Closed() {
         return Until([this] { return panel.Count(kClosed) == 1 && TopWindow() != id; });
@@ -229,7 +211,7 @@ TEST_F(Menus, OpensAtItsPlaceAndSendsTheChosenCommandAfterItHasClosed) {
     const int line = place.height / 3;
     user.Click(place.x + 30, place.y + line + line / 2); // greyed: nothing
     Settle();
-    EXPECT_TRUE(user.IsViewable(id));
+    EXPECT_EQ(TopWindow(), id);
     user.Click(place.x + 30, place.y + 2 * line + line / 2);
     ASSERT_TRUE(Closed());
     EXPECT_EQ(panel.Order({kClosed, WM_COMMAND, WM_EXITMENULOOP}),
@@ -251,21 +233,13 @@ TEST_F(Menus, PressMoveReleaseChoosesInOneGo) {
     EXPECT_EQ(panel.Count(WM_COMMAND), 1);
 }
 
-TEST_F(Menus, EscapeClosesItWithoutACommandAndReturnWithOne) {
+TEST_F(Menus, EscapeClosesItWithoutACommand) {
     ASSERT_TRUE(Open());
     user.TakeHostKeys();
     user.Key(XK_Escape);
     ASSERT_TRUE(Closed());
     EXPECT_EQ(panel.Count(WM_COMMAND), 0);
     EXPECT_EQ(user.TakeHostKeys(), 0);
-    panel.seen.clear();
-    ASSERT_TRUE(Open());
-    user.Key(XK_Home);
-    user.Key(XK_Down); // over the greyed one
-    user.Key(XK_Return);
-    ASSERT_TRUE(Closed());
-    EXPECT_EQ(panel.Count(WM_COMMAND), 1);
-    EXPECT_EQ(panel.Order({kClosed, WM_COMMAND}).size(), 2U);
 }
 
 TEST_F(Menus, SixtyFourItemsFitOnTheScreenAndAllCanBeReached) {
@@ -273,8 +247,7 @@ TEST_F(Menus, SixtyFourItemsFitOnTheScreenAndAllCanBeReached) {
     EXPECT_GE(place.y, 0);
     EXPECT_LE(place.y + place.height, 1024);
     EXPECT_LE(place.x + place.width, 1280);
-    user.Key(XK_End);
-    user.Key(XK_Return);
+    user.Keys({XK_End, XK_Return});
     ASSERT_TRUE(Closed());
     EXPECT_EQ(Command(), 1010U + 63U);
     EXPECT_EQ(panel.Count(WM_COMMAND), 1);
@@ -386,10 +359,8 @@ class Dialogs : public Desk {
 TEST_F(Dialogs, IsLeftByEscapeByCancelAndByItsFrame) {
     const std::function<void()> ways[] = {[this] { user.Key(XK_Escape); },
                                           [this] { user.Click(place.x + 230, place.y + 97); },
-                                          [this] {
-                                              for (int i = 0; i < 3; ++i)
-                                                  user.Key(XK_Tab);
-                                              user.Key(XK_Return); // on the Cancel button, so it cancels
+                                          [this] { // on the Cancel button, so it cancels
+                                              user.Keys({XK_Tab, XK_Tab, XK_Tab, XK_Return});
                                           },
                                           [this] { dialog->SendMessage(WM_CLOSE); }};
     for (const auto& leave : ways) {
@@ -407,7 +378,7 @@ TEST_F(Dialogs, IsLeftByEscapeByCancelAndByItsFrame) {
 TEST_F(Dialogs, ItsListDropsDownAndIsChosenFrom) {
     ASSERT_TRUE(Open());
     user.Click(place.x + 150, place.y + 22);
-    ASSERT_TRUE(Until([this] { return TopWindow() != id && user.IsViewable(TopWindow()); }));
+    ASSERT_TRUE(Until([this] { return TopWindow() != id; }));
     EXPECT_TRUE(dialog->list.GetDroppedState());
     const XUser::Bounds list = user.BoundsOf(TopWindow());
     EXPECT_LE(list.y + list.height, 1024);
@@ -420,9 +391,7 @@ TEST_F(Dialogs, ItsListDropsDownAndIsChosenFrom) {
     EXPECT_EQ(chosen, 0);
     EXPECT_EQ(name, "Empty");
     ASSERT_TRUE(Open());
-    user.Key(XK_Tab);
-    user.Key(XK_n); // the field's text is selected when Tab comes to it
-    user.Key(XK_Return);
+    user.Keys({XK_Tab, XK_n, XK_Return}); // the field's text is selected when Tab comes to it
     ASSERT_TRUE(Until([this] { return result == IDOK; }));
     EXPECT_EQ(name, "n");
 }

@@ -50,8 +50,7 @@ void Do(XUser& user, std::istream& request, const std::string& look) {
     if (verb == "up") user.KeyUp(keysym);
     if (verb == "key") user.Key(keysym);
     if (verb == "add") user.AddKeys(std::vector<xcb_keysym_t>(numbers, numbers + 3));
-    if (verb == "german" && std::system("setxkbmap de") != 0) // NOLINT(concurrency-mt-unsafe): one thread
-        throw std::runtime_error("setxkbmap fails");
+    if (verb == "german") user.TakeGermanKeyboard();
     if (verb == "look") Leave(user.Look(user.Root(), numbers[0], numbers[1], numbers[2], numbers[3]), look);
     user.Sync();
 }
@@ -91,13 +90,11 @@ int main(int count, char** arguments) try {
     int fromProgram = -1;
     const pid_t process = Start(arguments + 1, toProgram, fromProgram);
     std::FILE* output = ::fdopen(fromProgram, "r");
-    std::string line;
-    for (int c = std::fgetc(output); c != EOF; c = std::fgetc(output)) {
-        if (c == '\r') continue;
-        if (c != '\n') {
-            line += static_cast<char>(c);
-            continue;
-        }
+    char* text = nullptr;
+    std::size_t room = 0;
+    while (::getline(&text, &room, output) > 0) {
+        std::string line(text);
+        std::erase_if(line, [](char c) { return c == '\r' || c == '\n'; });
         if (line.starts_with(kRequest)) {
             std::istringstream request(line.substr(kRequest.size()));
             Do(user, request, look);
@@ -105,8 +102,8 @@ int main(int count, char** arguments) try {
         } else if (!line.empty()) {
             std::cout << line << std::endl;
         }
-        line.clear();
     }
+    std::free(text);
     std::fclose(output);
     std::remove(look.c_str());
     int status = 1;

@@ -2,8 +2,9 @@
 // A user at the X server that Wine shows the windows on; `windows_user`, which started this program, is his hands and
 // eyes there. The host's windows are this program's own.
 #include "apps/validate/win32/handles.h"
-#include "base/path.h"
+#include "base/win32/wide_text.h"
 #include "tests/support/process_counts.h"
+#include "tests/support/wait_for.h"
 #include "tests/support/x_server.h"
 #include "tests/support/x_user.h"
 
@@ -92,6 +93,16 @@ std::vector<HWND> Collect(Enumerate enumerate) {
     return windows;
 }
 
+/// The clipboard in another program's hands.
+struct OpenedClipboard {
+    explicit OpenedClipboard(HWND owner) {
+        WaitFor([] {}, [owner] { return ::OpenClipboard(owner) != 0; });
+    }
+    ~OpenedClipboard() { ::CloseClipboard(); }
+    OpenedClipboard(const OpenedClipboard&) = delete;
+    OpenedClipboard& operator=(const OpenedClipboard&) = delete;
+};
+
 } // namespace
 
 std::size_t OpenFiles() { return static_cast<std::size_t>(validate::CountHandles()); }
@@ -162,11 +173,6 @@ void XUser::Reparent(xcb_window_t window, xcb_window_t parent, int x, int y) {
     Sync();
 }
 
-void XUser::AskToClose(xcb_window_t window) {
-    ::PostMessageW(Handle(window), WM_CLOSE, 0, 0);
-    Sync();
-}
-
 void XUser::PublishSettings(std::string_view bytes) {
     if (!bytes.empty()) ::SetDoubleClickTime(static_cast<UINT>(std::stoul(std::string(bytes))));
 }
@@ -202,11 +208,6 @@ std::vector<xcb_window_t> XUser::TopLevels() {
     return windows;
 }
 
-bool XUser::IsViewable(xcb_window_t window) {
-    Sync();
-    return ::IsWindowVisible(Handle(window)) != 0;
-}
-
 XUser::Bounds XUser::BoundsOf(xcb_window_t window) {
     if (window == Root()) return {0, 0, ::GetSystemMetrics(SM_CXSCREEN), ::GetSystemMetrics(SM_CYSCREEN)};
     Sync();
@@ -231,11 +232,6 @@ void XUser::SetFocus(xcb_window_t window) {
 void XUser::MoveTo(int x, int y) { AskFor("move", x, y); }
 void XUser::Press(int button) { AskFor("press", button); }
 void XUser::Release(int button) { AskFor("release", button); }
-void XUser::Click(int x, int y, int button) {
-    MoveTo(x, y);
-    Press(button);
-    Release(button);
-}
 bool XUser::MouseIsFree() {
     // A menu looks for itself whether it is still to be seen, every now and then.
     for (int i = 0; i < 30 && ::GetCapture() != nullptr; ++i) {
@@ -275,9 +271,27 @@ void XUser::AddKeys(const std::vector<xcb_keysym_t>& keysyms) {
 
 void XUser::TakeGermanKeyboard() { AskFor("german"); }
 
-void XUser::Type(std::string_view text) {
-    for (const char character : text)
-        Key(static_cast<unsigned char>(character));
+std::string XUser::TakeClipboard(const std::function<void()>& /*idle*/) {
+    const OpenedClipboard clipboard(Handle(TopLevels().front()));
+    const HANDLE data = ::GetClipboardData(CF_UNICODETEXT);
+    if (data == nullptr) return {};
+    const std::string text = vocafade::win32::Narrow(static_cast<const wchar_t*>(::GlobalLock(data)));
+    ::GlobalUnlock(data);
+    return text;
+}
+
+void XUser::OfferClipboard(const std::string& text) {
+    const std::wstring wide = vocafade::win32::Wide(text);
+    OfferClipboardBytes({reinterpret_cast<const char*>(wide.c_str()), (wide.size() + 1) * sizeof(wchar_t)});
+}
+
+void XUser::OfferClipboardBytes(std::string_view bytes) {
+    const HGLOBAL memory = ::GlobalAlloc(GMEM_MOVEABLE, bytes.size());
+    std::copy(bytes.begin(), bytes.end(), static_cast<char*>(::GlobalLock(memory)));
+    ::GlobalUnlock(memory);
+    const OpenedClipboard clipboard(Handle(TopLevels().front()));
+    ::EmptyClipboard();
+    ::SetClipboardData(CF_UNICODETEXT, memory);
 }
 
 Picture XUser::Look(xcb_window_t window, int x, int y, int width, int height) {

@@ -14,7 +14,7 @@ constexpr char kVariable[] = "VOCAFADE_ASIDE";
 /// What the program does first when it was started for this.
 class Begin : public testing::Environment {
   public:
-    Begin(std::string name, Aside::Work work) : name_(std::move(name)), work_(work) {}
+    Begin(std::string name, Aside::Work work) : name_(std::move(name)), work_(std::move(work)) {}
     void SetUp() override {
         const char* asked = std::getenv(kVariable);
         if (asked == nullptr || name_ != std::string(asked).substr(0, name_.size())) return;
@@ -29,7 +29,7 @@ class Begin : public testing::Environment {
 } // namespace
 
 Aside::Aside(const char* name, Work work) : name_(name) {
-    testing::AddGlobalTestEnvironment(new Begin(name_, work));
+    testing::AddGlobalTestEnvironment(new Begin(name_, std::move(work)));
 }
 
 Aside::Process::Process(const Aside& aside, int number) {
