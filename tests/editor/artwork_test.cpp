@@ -31,10 +31,13 @@ class Artwork : public EditorTest {
     std::string Good(int id) const {
         return ReadFile(std::string(VOCAFADE_RESOURCES) + "/" + std::to_string(id) + ".png");
     }
-    /// A good picture of that size.
-    std::string Picture(int width, int height) const {
+    /// A good picture of that size and colour.
+    std::string Filled(int width, int height, std::uint32_t color = 0) const {
+        const auto surface = platform::MakeSurface(width, height);
+        const CRect all(0, 0, width, height);
+        surface->Fill({&all, 1}, color);
         const std::string path = bundle / "made.png";
-        platform::MakeSurface(width, height)->WritePng(path.c_str());
+        surface->WritePng(path.c_str());
         return ReadFile(path);
     }
     /// Fills the folder anew; `make` does something at the path of each file.
@@ -58,23 +61,13 @@ class Artwork : public EditorTest {
     TempFolder bundle;
 };
 
-/// A file that says that its picture is so large.
-std::string Declaring(std::string png, std::uint32_t width, std::uint32_t height) {
-    for (std::size_t i = 0; i < 4; ++i) {
-        png[16 + i] = static_cast<char>(width >> (24 - 8 * i));
-        png[20 + i] = static_cast<char>(height >> (24 - 8 * i));
-    }
-    // The checksum of the size's chunk is taken anew: a wrong one would be refused for that alone.
-    std::uint32_t sum = 0xFFFFFFFF;
-    for (std::size_t i = 12; i < 29; ++i) {
-        sum ^= static_cast<std::uint8_t>(png[i]);
-        for (int bit = 0; bit < 8; ++bit)
-            sum = sum >> 1 ^ ((sum & 1) != 0 ? 0xEDB88320U : 0U);
-    }
-    for (std::size_t i = 0; i < 4; ++i)
-        png[29 + i] = static_cast<char>(~sum >> (24 - 8 * i));
-    return png;
-}
+/// Headers that say that the picture is huge, with the right checksums: wrong ones would be refused for that alone.
+const std::string kHugeSquare("IHDR\x7F\xFF\xFF\xFF\x7F\xFF\xFF\xFF\x08\x06\0\0\0"
+                              "\x14\xC9\x0B\x66",
+                              21);
+const std::string kHugeLine("IHDR\0\x01\x86\xA0\0\0\0\x01\x08\x06\0\0\0"
+                            "\x5D\x7E\x16\xD5",
+                            21);
 
 TEST_F(Artwork, ThatCannotBeUsedIsReplacedByTheCopyInside) {
     fs::remove(Folder());
@@ -98,11 +91,10 @@ TEST_F(Artwork, ThatCannotBeUsedIsReplacedByTheCopyInside) {
     });
     ExpectTheUsualPanel("damaged files");
     Fill([&](int id, const std::string& path) {
-        const std::uint32_t huge = id % 2 == 0 ? 0x7FFFFFFFU : 100'000U;
-        WriteFile(path, Declaring(Good(id), huge, id % 3 == 0 ? 1U : huge));
+        WriteFile(path, Good(id).replace(12, 21, id % 2 == 0 ? kHugeSquare : kHugeLine));
     });
     ExpectTheUsualPanel("pictures that say that they are huge");
-    WriteFile(File(3005), Picture(8000, 8000)); // and one that is: a few kB in the file, 256 MB unpacked
+    WriteFile(File(3005), Filled(8000, 8000)); // and one that is: a few kB in the file, 256 MB unpacked
     ExpectTheUsualPanel("a picture that is huge");
 #if !defined(_WIN32) // which has none of these in folders
     Fill([](int id, const std::string& path) {
@@ -130,23 +122,15 @@ TEST_F(Artwork, OfTheUsersOwnShowsAtEveryScaleInTheSizeThatHeHas) {
         editor.Settle();
         return editor.Look({900, 400, 950, 425});
     };
-    const auto alike = [](const test::Picture& picture, std::uint32_t color) {
+    const auto alike = [](const Picture& picture, std::uint32_t color) {
         return std::ranges::all_of(picture.pixels, [color](std::uint32_t pixel) { return pixel == color; });
     };
-    const auto filled = [this](int width, int height, std::uint32_t color) {
-        const auto surface = platform::MakeSurface(width, height);
-        const CRect all(0, 0, width, height);
-        surface->Fill({&all, 1}, color);
-        const std::string path = bundle / "made.png";
-        surface->WritePng(path.c_str());
-        return ReadFile(path);
-    };
     Fill([&](int id, const std::string& path) { WriteFile(path, Good(id)); });
-    const test::Picture usual = corner();
+    const Picture usual = corner();
     EXPECT_FALSE(alike(usual, usual.at(0, 0))) << "a shaded plate";
-    WriteFile(File(3005), filled(477, 214, 0x336699));
+    WriteFile(File(3005), Filled(477, 214, 0x336699));
     EXPECT_TRUE(alike(corner(), 0x336699)) << "the single size, larger";
-    WriteFile(Folder() + "/3005@2x.png", filled(954, 428, 0x993333));
+    WriteFile(Folder() + "/3005@2x.png", Filled(954, 428, 0x993333));
     EXPECT_TRUE(alike(corner(), 0x993333));
     WriteFile(File(3005), Good(3005)); // as it was: the larger ones come with the plug-in
     EXPECT_EQ(corner(), usual);
@@ -155,7 +139,7 @@ TEST_F(Artwork, OfTheUsersOwnShowsAtEveryScaleInTheSizeThatHeHas) {
 
 TEST_F(Artwork, OfOtherSizesIsSafe) {
     for (const CSize size : {CSize{1, 1}, CSize{4096, 1}, CSize{1, 4096}, CSize{40, 30}, CSize{1000, 1000}}) {
-        const std::string odd = Picture(size.cx, size.cy);
+        const std::string odd = Filled(size.cx, size.cy);
         for (int odd1 = kFirst - 1; odd1 <= kLast; ++odd1) { // all of them, then each alone
             Fill([&](int id, const std::string& path) {
                 WriteFile(path, odd1 < kFirst || odd1 == id ? odd : Good(id));

@@ -7,7 +7,8 @@
 #include "editor/format_edit.h"
 #include "editor/preset_save_dlg.h"
 #include "editor/spin_edit.h"
-#include "tests/support/temp_folder.h"
+#include "ui/dc.h"
+#include "ui/platform/platform.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
@@ -135,8 +136,11 @@ TEST_F(Knob, TakesValuesWithoutWordWhenTheyStay) {
 TEST(Switch, TogglesLatchesAndKeepsQuietWhenDisabled) {
     Reports reports;
     CKVBBitmapSwitch2DC button;
-    button.Make({24, 7, 49, 28}, nullptr, nullptr, nullptr, 108, {}, false, nullptr, &Reports::Callback,
-                &reports);
+    const auto make = [&](bool latching) {
+        button.Make({24, 7, 49, 28}, nullptr, nullptr, nullptr, 108, {}, latching, nullptr,
+                    &Reports::Callback, &reports);
+    };
+    make(false);
     button.SetValue(1, true);
     button.SetValue(1, true);
     button.SetValue(0, false);
@@ -144,8 +148,7 @@ TEST(Switch, TogglesLatchesAndKeepsQuietWhenDisabled) {
     button.Enable(false);
     button.SetValue(1, true);
     EXPECT_FALSE(button.GetValue());
-    button.Make({24, 7, 49, 28}, nullptr, nullptr, nullptr, 108, {}, true, nullptr, &Reports::Callback,
-                &reports);
+    make(true);
     button.SetValue(1, true);
     button.SetValue(0, true);
     button.LButtonDown(nullptr);
@@ -154,39 +157,34 @@ TEST(Switch, TogglesLatchesAndKeepsQuietWhenDisabled) {
 }
 
 TEST(Switch, DrawsItsHalvesAndThroughItsMask) {
-    const auto fill = [](CBitmap& bitmap, int width, COLORREF above, COLORREF below) {
-        CDC drawing;
-        drawing.CreateBitmapDC(width, 4);
-        drawing.FillSolidRect({0, 0, width, 2}, above);
-        drawing.FillSolidRect({0, 2, width, 4}, below);
-        const std::string path = ::testing::TempDir() + "switch.png";
-        drawing.SavePng(path.c_str());
-        const std::string png = ReadFile(path);
-        ASSERT_TRUE(bitmap.LoadPng(std::as_bytes(std::span(png))));
+    const auto fill = [](CBitmap& bitmap, std::uint32_t above, std::uint32_t below) {
+        bitmap.CreateBitmap(2, 4);
+        const CRect halves[] = {{0, 0, 2, 2}, {0, 2, 2, 4}};
+        bitmap.surface()->Fill({&halves[0], 1}, above);
+        bitmap.surface()->Fill({&halves[1], 1}, below);
     };
     CKVBBitmap off;
     CKVBBitmap on;
     CKVBBitmap mask;
-    fill(off, 2, 0x000011, 0x000022);
-    fill(on, 2, 0x000033, 0x000044);
-    fill(mask, 2, 0x000000, 0xFFFFFF); // shows the released half, hides the pressed one
+    fill(off, 0x111111, 0x222222);
+    fill(on, 0x333333, 0x444444);
+    fill(mask, 0x000000, 0xFFFFFF); // shows the released half, hides the pressed one
     CKVBBitmapSwitch2DC button;
     CDC screen;
     screen.CreateBitmapDC(4, 4);
     const auto shown = [&] {
         screen.FillSolidRect({0, 0, 4, 4}, 0x777777);
         button.DrawSwitch(&screen);
+        EXPECT_EQ(screen.GetPixel(0, 0) & 0xFFFFFF, 0x777777U);
         return screen.GetPixel(1, 1) & 0xFFFFFF;
     };
-    for (const bool masked : {false, true}) {
-        button.Make({1, 1, 3, 3}, nullptr, &off, &on, 1, {}, false, masked ? &mask : nullptr, nullptr,
-                    nullptr);
-        EXPECT_EQ(shown(), 0x000011U);
+    for (CKVBBitmap* through : {static_cast<CKVBBitmap*>(nullptr), &mask}) {
+        button.Make({1, 1, 3, 3}, nullptr, &off, &on, 1, {}, false, through, nullptr, nullptr);
+        EXPECT_EQ(shown(), 0x111111U);
         button.SetValue(1, true); // without a callback
-        EXPECT_EQ(shown(), 0x000033U);
+        EXPECT_EQ(shown(), 0x333333U);
         button.LButtonDown(nullptr);
-        EXPECT_EQ(shown(), masked ? 0x777777U : 0x000044U);
-        EXPECT_EQ(screen.GetPixel(0, 0) & 0xFFFFFF, 0x777777U);
+        EXPECT_EQ(shown(), through != nullptr ? 0x777777U : 0x444444U);
     }
     button.Enable(false);
     EXPECT_EQ(shown(), 0x777777U);

@@ -41,8 +41,19 @@ void HostedEditor::End() {
     effect = nullptr;
 }
 
-void HostedEditor::Key(std::uint32_t keysym) {
-    user.Key(keysym);
+CSize HostedEditor::Size() {
+    ERect* rect = nullptr;
+    Ask(effEditGetRect, 0, 0, static_cast<void*>(&rect));
+    return rect != nullptr ? CSize{rect->right - rect->left, rect->bottom - rect->top} : CSize{};
+}
+
+void HostedEditor::Keys(std::initializer_list<std::uint32_t> keysyms) {
+    user.Keys(keysyms);
+    Settle();
+}
+
+void HostedEditor::Chord(std::uint32_t held, std::initializer_list<std::uint32_t> keysyms) {
+    user.Chord(held, keysyms);
     Settle();
 }
 

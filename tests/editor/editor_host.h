@@ -24,6 +24,14 @@ inline constexpr CPoint kLoFreq = layout::ControlOf(kParameterLoFreq).readout.Ce
 inline constexpr CPoint kHiFreq = layout::ControlOf(kParameterHiFreq).readout.CenterPoint();
 inline constexpr CPoint kPosition = layout::ControlOf(kParameterPosition).readout.CenterPoint();
 
+/// What a user may have open in the editor, by a click and what is typed then: the entry field, the menu, the dialog,
+/// the list in it.
+struct Openable {
+    CPoint at;
+    const char* typed;
+};
+inline constexpr Openable kOpenables[] = {{kLoFreq, "77"}, {kCopy, ""}, {kSave, ""}, {kSave, " "}};
+
 /// One effect out of the built plug-in, and its editor in a window of the host's, all through the binary
 /// interface.
 class HostedEditor : public PanelMouse<HostedEditor, CPoint> {
@@ -43,14 +51,28 @@ class HostedEditor : public PanelMouse<HostedEditor, CPoint> {
     }
     bool Open() { return Ask(effEditOpen, 0, 0, ParentPointer()) != 0; }
     void Close() { Ask(effEditClose); }
+    /// That it wants, in pixels of the screen; none when it does not say.
+    CSize Size();
     /// Ends the effect, as a host does that removes it.
     void End();
     void* ParentPointer() const { return reinterpret_cast<void*>(static_cast<std::uintptr_t>(parent)); }
 
     void Idle() { Ask(effEditIdle); }
     void Drag(CPoint point) { MoveTo(point); }
-    void Key(std::uint32_t keysym);
+    // Keys as `XUser` has them, then a settling.
+    void Key(std::uint32_t keysym) { Keys({keysym}); }
+    void Keys(std::initializer_list<std::uint32_t> keysyms);
+    void Chord(std::uint32_t held, std::initializer_list<std::uint32_t> keysyms);
     void Type(std::string_view text);
+    void Open(const Openable& what) {
+        Click(what.at);
+        Type(what.typed);
+    }
+    /// Types into what a click opens, and confirms it with Return.
+    void Enter(CPoint at, const std::string& text) {
+        Click(at);
+        Type(text + "\r");
+    }
 
     Picture Look(const CRect& rect) {
         return user.Look(parent, rect.left, rect.top, rect.Width(), rect.Height());

@@ -53,11 +53,7 @@ TEST_F(Entry, TakesWhatIsTypedAndHoldsItInRange) {
         Forget();
         editor.Click(typed.readout);
         EXPECT_TRUE(IsOpen());
-        if (typed.text[0] == '\b') {
-            editor.Key(XK_BackSpace);
-        } else {
-            editor.Type(typed.text);
-        }
+        editor.Type(typed.text);
         EXPECT_TRUE(host.Calls(audioMasterAutomate).empty()); // nothing before Return
         editor.Key(XK_Return);
         EXPECT_EQ(editor.Display(typed.parameter), typed.shown);
@@ -80,23 +76,19 @@ TEST_F(Entry, OpensOnTheValueThatShowsAndConfirmsItUnchanged) {
 
 TEST_F(Entry, EscapeAndAPressElsewhereGiveItUp) {
     editor.Click(kOutput);
-    editor.Type("3.3");
-    editor.Key(XK_Escape);
+    editor.Type("3.3\033");
     EXPECT_TRUE(ShowsItsEffect(editor));
     editor.Click(kLoFreq);
     editor.Type("777");
     editor.Click({100, 100});
     EXPECT_TRUE(ShowsItsEffect(editor));
     // What was typed in vain does not come back.
-    editor.Click(kLoFreq);
-    editor.Key(XK_Return);
+    editor.Enter(kLoFreq, "");
     EXPECT_EQ(editor.Display(3), "400.0");
     // One field opens over another without applying it.
     editor.Click(kLoFreq);
     editor.Type("888");
-    editor.Click(kHiFreq);
-    editor.Type("9876");
-    editor.Key(XK_Return);
+    editor.Enter(kHiFreq, "9876");
     EXPECT_EQ(editor.Display(3), "400.0");
     EXPECT_EQ(editor.Display(4), "9876.0");
 }
@@ -105,19 +97,13 @@ TEST_F(Entry, FiltersKeys) {
     editor.Click(kLoFreq);
     editor.Type("12x"); // the stray letter brings the canonical form
     editor.Key(XK_End);
-    editor.Key(XK_BackSpace);
-    editor.Type("5%'");
-    editor.Key(XK_Return);
+    editor.Type("\b5%'\r");
     EXPECT_EQ(editor.Display(3), "20.0"); // 12.5 is below the range
     editor.Click(kLoFreq);
     editor.Type("600");
     editor.Key(XK_End);
-    editor.Type("-"); // no sign in this field: 600.0
-    editor.Key(XK_End);
-    editor.Key(XK_Left); // keys that move stay keys
-    editor.Key(XK_Delete);
-    editor.Type("7");
-    editor.Key(XK_Return);
+    editor.Type("-");                                           // no sign in this field: 600.0
+    editor.Keys({XK_End, XK_Left, XK_Delete, XK_7, XK_Return}); // keys that move stay keys
     EXPECT_EQ(editor.Display(3), "600.7");
 }
 
@@ -126,25 +112,18 @@ TEST_F(Entry, TheKeypadsDecimalKeyTypesAPoint) {
     editor.Settle();
     for (const std::uint32_t key : {XK_KP_Separator, XK_KP_Decimal}) {
         editor.Click(kPosition);
-        editor.Key(key);
-        editor.Type("5");
-        editor.Key(XK_Return);
+        editor.Keys({key, XK_5, XK_Return});
         EXPECT_EQ(editor.Display(5), "0.5");
         editor.Click(kPosition);
-        editor.Type("12");
-        editor.Key(key);
-        editor.Type("5");
-        editor.Key(XK_Return);
+        editor.Keys({XK_1, XK_2, key, XK_5, XK_Return});
         EXPECT_EQ(editor.Display(5), "12.5");
     }
 }
 
 TEST_F(Entry, TabConfirmsAndGoesOnToTheNextReadOut) {
     editor.Click(kInput);
-    for (const char* text : {"-6", "450", "8000", "30", "3"}) { // from left to right
+    for (const char* text : {"-6\t", "450\t", "8000\t", "30\t", "3\t"}) // from left to right
         editor.Type(text);
-        editor.Key(XK_Tab);
-    }
     EXPECT_TRUE(IsOpen()); // at the left end again
     editor.Key(XK_Escape);
     const auto displays = [this] {
@@ -157,12 +136,10 @@ TEST_F(Entry, TabConfirmsAndGoesOnToTheNextReadOut) {
     EXPECT_TRUE(ShowsItsEffect(editor, true));
     editor.Click(kLoFreq);
     user.KeyDown(XK_Shift_L);
-    editor.Type("500");
-    editor.Key(XK_Tab);
+    editor.Type("500\t");
     user.KeyUp(XK_Shift_L);
-    editor.Key(XK_Tab);
-    editor.Type("600");
-    editor.Key(XK_Return);
+    editor.Type("\t");
+    editor.Type("600\r");
     EXPECT_EQ(displays(), "-6.0 600.0 8000.0 30.0 3.0 ");
     EXPECT_TRUE(ShowsItsEffect(editor, true));
 }
@@ -188,9 +165,7 @@ TEST_F(Entry, TakesAnyTextAsANumberInRangeOrNotAtAll) {
                 text += static_cast<char>(random() % 3 == 0 ? ' ' + random() % 95
                                                             : "0123456789.-"[random() % 12]);
             SCOPED_TRACE(text + " into parameter " + std::to_string(field.parameter));
-            editor.Click(field.readout);
-            editor.Type(text);
-            editor.Key(XK_Return);
+            editor.Enter(field.readout, text);
             const double shown = std::stod(editor.Display(field.parameter));
             EXPECT_GE(shown, field.lowest);
             EXPECT_LE(shown, field.highest);
@@ -203,11 +178,8 @@ TEST_F(Entry, TakesAnyTextAsANumberInRangeOrNotAtAll) {
 
 TEST_F(Entry, StepsByItsUnitFinelyWithShiftFartherWhileHeldAndStaysInRange) {
     editor.Click(kLoFreq);
-    editor.Key(XK_Up);
-    editor.Key(XK_Up);
-    user.KeyDown(XK_Shift_L);
-    editor.Key(XK_Up);
-    user.KeyUp(XK_Shift_L);
+    editor.Keys({XK_Up, XK_Up});
+    editor.Chord(XK_Shift_L, {XK_Up});
     editor.Key(XK_Page_Up);
     user.Press(4);
     user.Release(4);
@@ -219,19 +191,13 @@ TEST_F(Entry, StepsByItsUnitFinelyWithShiftFartherWhileHeldAndStaysInRange) {
     editor.Key(XK_Return);
     EXPECT_EQ(editor.Display(4), "8370.0") << "9000 less 30, less 40 times 10, less 2 times 100";
     editor.Click(kPosition);
-    editor.Key(XK_Page_Down);
-    editor.Key(XK_Return);
+    editor.Keys({XK_Page_Down, XK_Return});
     EXPECT_EQ(editor.Display(5), "54.0");
     editor.Click(kInput);
-    editor.Key(XK_Up); // at its maximum of 0 dB
-    editor.Key(XK_Down);
-    editor.Key(XK_Down);
-    editor.Key(XK_Return);
+    editor.Keys({XK_Up, XK_Down, XK_Down, XK_Return}); // from its maximum of 0 dB
     EXPECT_EQ(editor.Display(2), "-0.2");
     editor.Click(kLoFreq);
-    editor.Type("20");
-    editor.Key(XK_Down);
-    editor.Key(XK_Return);
+    editor.Keys({XK_2, XK_0, XK_Down, XK_Return});
     EXPECT_EQ(editor.Display(3), "20.0");
     EXPECT_TRUE(host.Calls(audioMasterBeginEdit).empty());
 }

@@ -52,7 +52,7 @@ class InputMethods : AtScale2, public OpenEditorTest {
             lie.data.data32[1] = protocol;
             xcb_change_property(user.connection(), XCB_PROP_MODE_REPLACE, window, protocol, XCB_ATOM_STRING,
                                 8, 4, "\x3C\0\xFF\xFF");
-            xcb_send_event(user.connection(), 0, window, 0, reinterpret_cast<const char*>(&lie));
+            user.Forge(window, lie);
         }
         editor.Settle();
     }
@@ -95,8 +95,7 @@ TEST_F(InputMethods, TypeNames) {
     EXPECT_EQ(SavedName().size(), 23U);
     Click(kLoFreq); // numbers are typed as ever, and the method is not asked
     const int before = method.presses();
-    editor.Type("500");
-    editor.Key(XK_Return);
+    editor.Type("500\r");
     EXPECT_EQ(editor.Display(3), "500.0");
     EXPECT_EQ(method.presses(), before);
 }
@@ -106,14 +105,12 @@ TEST_F(InputMethods, MayDieInTheMiddle) {
     ASSERT_TRUE(Open());
     ASSERT_NO_FATAL_FAILURE(Keys(method, {XK_u, XK_Return, XK_u}));
     method.Kill();
-    user.Type("12");
-    user.Key(XK_Return);
+    user.Type("12\r");
     ASSERT_TRUE(Closes());
     EXPECT_EQ(SavedName(), "\x89\xCC"
                            "12");
     ASSERT_TRUE(Open()); // and is not missed
-    editor.Type("3");
-    editor.Key(XK_Return);
+    editor.Type("3\r");
     EXPECT_EQ(SavedName(), "3");
 }
 
@@ -121,8 +118,7 @@ TEST_F(InputMethods, ThatAreSilentLoseNoKey) {
     for (const Manner manner : {Manner::fallsSilent, Manner::isSilent}) {
         const InputMethodServer method(manner);
         ASSERT_TRUE(Open());
-        user.Type("1u2");
-        user.Key(XK_Return);
+        user.Type("1u2\r");
         ASSERT_TRUE(Closes());
         EXPECT_EQ(SavedName(), "1u2");
         EXPECT_EQ(method.presses(), 0);

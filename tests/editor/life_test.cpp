@@ -5,6 +5,7 @@
 #include "tests/support/wait_for.h"
 
 #include <csignal>
+#include <functional>
 
 namespace vocafade::test {
 namespace {
@@ -22,29 +23,28 @@ TEST_F(Meters, RiseWithTheSoundAndFallByAQuarterDecibelAnIdle) {
     editor.Settle();
     PanelState state = PanelState::Of(editor);
     state.modified = true;
-    editor.Play(0.5f); // left at half, right at a quarter of full scale
-    editor.Idle();
-    state.meters = {-6.0f, -12.0f, -6.0f, -12.0f};
+    const auto shows = [&] {
+        user.Sync();
+        return SamePicture(editor.LookAtPanel(), ExpectedPanel(state));
+    };
+    const auto play = [&](float level, float left, float right) {
+        editor.Play(level);
+        editor.Idle();
+        state.meters = {left, right, left, right};
+    };
+    play(0.5f, -6.0f, -12.0f); // left at half, right at a quarter of full scale
     for (int idles = 0; idles < 160; ++idles) {
         if (idles % 7 == 0) {
-            editor.user.Sync();
-            ASSERT_TRUE(SamePicture(editor.LookAtPanel(), ExpectedPanel(state))) << idles;
+            ASSERT_TRUE(shows()) << idles;
         }
         editor.Idle();
-        for (float& db : state.meters) {
+        for (float& db : state.meters)
             db = std::max(db - 0.25f, -38.0f);
-        }
     }
-    editor.Play(4.0f); // beyond the scale
-    editor.Idle();
-    user.Sync();
-    state.meters = {6.0f, 6.0f, 6.0f, 6.0f};
-    EXPECT_TRUE(SamePicture(editor.LookAtPanel(), ExpectedPanel(state)));
-    editor.Play(0.0f);
-    editor.Idle();
-    user.Sync();
-    state.meters = {-38.0f, -38.0f, -38.0f, -38.0f};
-    EXPECT_TRUE(SamePicture(editor.LookAtPanel(), ExpectedPanel(state)));
+    play(4.0f, 6.0f, 6.0f); // beyond the scale
+    EXPECT_TRUE(shows());
+    play(0.0f, -38.0f, -38.0f);
+    EXPECT_TRUE(shows());
 }
 
 using Life = EditorTest;
@@ -74,9 +74,7 @@ TEST_F(Life, TwoEditorsKeepToThemselves) {
     one.Press({150, 45 + 50}); // held in one ...
     two.Click({30, 10});       // (a release of the same mouse, so the first drag ends here)
     one.Settle();
-    two.Click(kLoFreq);
-    two.Type("1000");
-    two.Key(XK_Return);
+    two.Enter(kLoFreq, "1000");
     one.Click(kCopy);
     two.Settle();
     one.Key(XK_Escape);
@@ -92,72 +90,46 @@ TEST_F(Life, TwoEditorsKeepToThemselves) {
     EXPECT_TRUE(ShowsItsEffect(two));
 }
 
-/// Something that a user or a host does.
-struct Deed {
-    const char* name;
-    void (*run)(HostedEditor& editor);
-};
-
-// What is open while something goes away, and what goes away.
-const Deed kOpen[] = {{"Entry",
-                       [](HostedEditor& editor) {
-                           editor.Click(kLoFreq);
-                           editor.Type("77");
-                       }},
-                      {"Menu", [](HostedEditor& editor) { editor.Click(kCopy); }},
-                      {"Dialog", [](HostedEditor& editor) { editor.Click(kSave); }},
-                      {"List", [](HostedEditor& editor) {
-                           editor.Click(kSave);
-                           editor.Key(' ');
-                       }}};
-const Deed kGone[] = {{"Editor", [](HostedEditor& editor) { editor.Close(); }},
-                      {"Effect", [](HostedEditor& editor) { editor.End(); }},
-                      {"Parent",
-                       [](HostedEditor& editor) {
-                           editor.user.DestroyWindow(editor.parent);
-                           editor.Settle();
-                       }},
-                      {"ParentThenEditor", [](HostedEditor& editor) {
-                           editor.user.DestroyWindow(editor.parent);
-                           editor.Close();
-                       }}};
-
-class GoingAway : public EditorTest, public ::testing::WithParamInterface<std::tuple<Deed, Deed>> {};
-
-TEST_P(GoingAway, LeavesNothingBehind) {
-    const auto [open, gone] = GetParam();
+TEST_F(Life, WhatIsOpenGoesWithTheEditorTheEffectOrTheHostsWindow) {
     const std::size_t windows = user.TopLevels().size();
     const std::size_t files = OpenFiles();
     const std::size_t threads = ThreadsLeft(1);
-    {
-        HostedEditor editor(user);
-        editor.Open();
-        editor.Settle();
-        open.run(editor);
-        gone.run(editor);
-        if (editor.effect != nullptr) {
-            EXPECT_EQ(editor.Display(3), "400.0"); // nothing half typed was taken
+    const auto loseWindow = [](HostedEditor& editor) { editor.user.DestroyWindow(editor.parent); };
+    const std::function<void(HostedEditor&)> goings[] = {[](HostedEditor& editor) { editor.Close(); },
+                                                         [](HostedEditor& editor) { editor.End(); },
+                                                         [&](HostedEditor& editor) {
+                                                             loseWindow(editor);
+                                                             editor.Settle();
+                                                         },
+                                                         [&](HostedEditor& editor) {
+                                                             loseWindow(editor);
+                                                             editor.Close();
+                                                         }};
+    for (std::size_t i = 0; i < std::size(kOpenables) * std::size(goings); ++i) {
+        SCOPED_TRACE("open: " + std::to_string(i / 4) + ", gone: " + std::to_string(i % 4));
+        {
+            HostedEditor editor(user);
+            editor.Open();
             editor.Settle();
-            editor.Close();
-            if (gone.name == std::string("Editor")) { // and it opens again
-                EXPECT_TRUE(editor.Open());
+            editor.Open(kOpenables[i / 4]);
+            goings[i % 4](editor);
+            if (editor.effect != nullptr) {
+                EXPECT_EQ(editor.Display(3), "400.0") << "nothing half typed was taken";
+                editor.Settle();
+                editor.Close();
+            }
+            if (i % 4 == 0) {
+                EXPECT_TRUE(editor.Open()) << "and it opens again";
                 editor.Settle();
                 EXPECT_TRUE(ShowsItsEffect(editor));
             }
         }
+        user.Sync();
+        EXPECT_EQ(user.TopLevels().size(), windows);
+        EXPECT_EQ(OpenFiles(), files);
+        EXPECT_EQ(ThreadsLeft(threads), threads);
     }
-    user.Sync();
-    EXPECT_EQ(user.TopLevels().size(), windows);
-    EXPECT_EQ(OpenFiles(), files);
-    EXPECT_EQ(ThreadsLeft(threads), threads);
 }
-
-INSTANTIATE_TEST_SUITE_P(Editor, GoingAway,
-                         ::testing::Combine(::testing::ValuesIn(kOpen), ::testing::ValuesIn(kGone)),
-                         [](const auto& which) {
-                             return std::string(std::get<1>(which.param).name) + "WithOpen" +
-                                    std::get<0>(which.param).name;
-                         });
 
 /// A host that closes the editor while it is being told something.
 HostedEditor* closing = nullptr;
@@ -186,15 +158,12 @@ TEST_F(Life, HostMayCloseTheEditorFromInsideItsCallback) {
     }
     closing = &editor;
     closingAt = audioMasterEndEdit;
-    editor.Click(kLoFreq);
-    editor.Type("500");
-    editor.Key(XK_Return);
+    editor.Enter(kLoFreq, "500");
     EXPECT_EQ(editor.Display(3), "500.0");
     EXPECT_TRUE(ShowsItsEffect(editor, true));
     closing = &editor;
     closingAt = audioMasterUpdateDisplay;
-    editor.Click(kSave);
-    editor.Key(XK_Return);
+    editor.Enter(kSave, "");
     EXPECT_EQ(closing, nullptr);
     closing = nullptr; // nothing is left behind when that failed
     EXPECT_TRUE(ShowsItsEffect(editor, false));

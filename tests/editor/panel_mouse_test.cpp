@@ -48,13 +48,10 @@ using Panel = OpenEditorTest;
 
 TEST_F(Panel, ShowsTheEffectAsSoonAsItIsOpen) {
     EXPECT_TRUE(ShowsItsEffect(editor));
-    ERect* rect = nullptr;
-    editor.Ask(effEditGetRect, 0, 0, &rect);
-    EXPECT_EQ(rect->right - rect->left, 477);
-    EXPECT_EQ(rect->bottom - rect->top, 214);
+    EXPECT_EQ(editor.Size(), CSize(477, 214));
     const std::vector<xcb_window_t> children = user.Children(editor.parent);
     ASSERT_EQ(children.size(), 1U);
-    EXPECT_EQ(user.BoundsOf(children[0]).width, 477);
+    EXPECT_EQ(user.BoundsOf(children[0]), (XUser::Bounds{20, 30, 477, 214}));
     EXPECT_NE(editor.Ask(effEditOpen, 0, 0, editor.ParentPointer()), 0); // a second time changes nothing
     EXPECT_EQ(user.Children(editor.parent), children);
 }
@@ -76,7 +73,6 @@ TEST_F(Panel, KnobTurnsWithThePointer) {
 
 TEST_F(Panel, OnOffSwitchesAtEachPressDoubleClicksIncluded) {
     editor.Press({30, 10});
-    EXPECT_EQ(editor.Value(0), 0.0f);
     EXPECT_EQ(editor.Display(0), "OFF");
     EXPECT_TRUE(ShowsItsEffect(editor, true));
     editor.Release({30, 10});
@@ -89,17 +85,17 @@ TEST_F(Panel, OnOffSwitchesAtEachPressDoubleClicksIncluded) {
 
 TEST_F(Panel, OnOffWithShiftRestoresTheFactoryProgramAndWithControlNothingMore) {
     editor.SetValue(3, 0.5f);
-    user.KeyDown(XK_Control_L); // no idle in between: the keys' state is that of the press
-    user.Click(20 + 30, 30 + 10);
-    user.KeyUp(XK_Control_L);
-    editor.Settle();
+    const auto clickWith = [this](xcb_keysym_t key) {
+        user.KeyDown(key); // no idle in between: the keys' state is that of the press
+        user.Click(20 + 30, 30 + 10);
+        user.KeyUp(key);
+        editor.Settle();
+    };
+    clickWith(XK_Control_L);
     EXPECT_EQ(editor.Value(0), 0.0f);
     EXPECT_EQ(editor.Value(3), 0.5f);
     EXPECT_TRUE(host.Calls(audioMasterUpdateDisplay).empty());
-    user.KeyDown(XK_Shift_L);
-    user.Click(20 + 30, 30 + 10);
-    user.KeyUp(XK_Shift_L);
-    editor.Settle();
+    clickWith(XK_Shift_L);
     EXPECT_EQ(editor.Value(0), 1.0f);
     EXPECT_EQ(editor.Display(3), "400.0");
     EXPECT_EQ(host.Calls(audioMasterUpdateDisplay).size(), 1U);
@@ -170,9 +166,8 @@ TEST_F(Panel, TheWheelStepsByWhatOneHearsAndTheMiddleButtonSetsTheDefault) {
 
 TEST_F(Panel, HostsChangesShowAtTheNextIdle) {
     const std::array<float, 6> values{0.0f, 0.9f, 0.1f, 0.7f, 0.3f, 0.05f};
-    for (std::int32_t i = 0; i < 6; ++i) {
+    for (std::int32_t i = 0; i < 6; ++i)
         editor.SetValue(i, values[static_cast<std::size_t>(i)]);
-    }
     editor.Idle();
     user.Sync();
     EXPECT_TRUE(ShowsItsEffect(editor, true));

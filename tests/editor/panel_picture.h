@@ -24,6 +24,10 @@ struct PanelState {
 /// The whole panel in that state, put together here from the bitmaps.
 Picture ExpectedPanel(const PanelState& state);
 
+/// The picture in a PNG file of that size.
+Picture PictureIn(const std::string& path, CSize size = {477, 214});
+bool WritePng(const Picture& picture, const std::string& path);
+
 /// Whether two pictures are the same within `rect`; if not, says where and leaves both as files behind.
 ::testing::AssertionResult SamePicture(const Picture& shown, const Picture& expected,
                                        const CRect& rect = {0, 0, 477, 214});

@@ -38,18 +38,15 @@ class Programs : public OpenEditorTest {
 
 TEST_F(Programs, MenuCopiesAnotherProgramOverTheCurrentOne) {
     Name(2, "Third", 0.75f);
-    editor.Press(kCopy);
-    editor.Release(kCopy);
+    editor.Click(kCopy);
     const xcb_window_t menu = Popup();
     ASSERT_NE(menu, 0U);
     EXPECT_EQ(user.BoundsOf(menu).x, 20 + 91);
     PanelState state = PanelState::Of(editor);
     state.copyOpen = true; // the button stays down as long as the menu is open
     EXPECT_TRUE(SamePicture(editor.LookAtPanel(), ExpectedPanel(state), {0, 0, 91, 214}));
-    editor.Play(0.5f);   // audio goes on meanwhile
-    editor.Key(XK_Down); // the current program is passed over
-    editor.Key(XK_Down);
-    editor.Key(XK_Return);
+    editor.Play(0.5f);                          // audio goes on meanwhile
+    editor.Keys({XK_Down, XK_Down, XK_Return}); // the current program is passed over
     EXPECT_EQ(Popup(), 0U);
     EXPECT_EQ(editor.Value(3), 0.75f);
     EXPECT_EQ(editor.ProgramName(0), "Third");
@@ -67,8 +64,7 @@ TEST_F(Programs, SaveStoresTheCurrentSettingsUnderANewName) {
     editor.Click(kSave);
     ASSERT_NE(Popup(), 0U);
     EXPECT_TRUE(ReadFile(BankPath()).empty());
-    editor.Type("Chorus of a very long song name");
-    editor.Key(XK_Return);
+    editor.Type("Chorus of a very long song name\r");
     EXPECT_EQ(Popup(), 0U);
     EXPECT_EQ(BankName(0), "Chorus of a very long s"); // 23 bytes
     EXPECT_EQ(BankLoFreq(0), 0.5f);
@@ -81,8 +77,7 @@ TEST_F(Programs, SaveIntoAnotherSlotLeavesTheEditedOneAsItWas) {
     Name(1, "Second", 0.25f);
     editor.SetValue(3, 0.5f);
     editor.Click(kSave);
-    editor.Key(XK_Down); // the next slot: its name comes into the field
-    editor.Key(XK_Return);
+    editor.Keys({XK_Down, XK_Return}); // the next slot: its name comes into the field
     EXPECT_EQ(editor.Ask(effGetProgram), 1);
     EXPECT_EQ(BankName(1), "Second");
     EXPECT_EQ(BankLoFreq(1), 0.5f);
@@ -110,15 +105,11 @@ TEST_F(Programs, NamesKeepTheirBytesWhateverTheyAre) {
     const std::string neither = "\xFF\x80 \x81";                     // no encoding at all
     Name(0, neither.c_str(), 0.5f);
     Name(1, japanese.c_str(), 0.25f);
-    editor.Click(kSave);
-    editor.Key(XK_Return); // unchanged: under its existing name
+    editor.Enter(kSave, ""); // unchanged: under its existing name
     EXPECT_EQ(BankName(0), neither);
     EXPECT_EQ(BankName(1), japanese);
     editor.Click(kSave);
-    editor.Key(XK_Down);
-    editor.Key(XK_End);
-    editor.Type("2");
-    editor.Key(XK_Return);
+    editor.Keys({XK_Down, XK_End, XK_2, XK_Return});
     EXPECT_EQ(BankName(1), japanese + "2"); // through UTF-8 and back
     EXPECT_EQ(BankName(0), neither);
     editor.Click(kCopy); // and they show, without harm
@@ -129,24 +120,22 @@ TEST_F(Programs, NamesKeepTheirBytesWhateverTheyAre) {
 TEST_F(Programs, NamesWithoutATerminatorEndWithTheirField) {
     std::string chunk(64 * kRecord, '\0');
     chunk.replace(63 * kRecord + kNameAt, 23, std::string(23, 'W'));
-    editor.Ask(effSetChunk, 0, static_cast<VstIntPtr>(chunk.size()), chunk.data());
-    editor.Click(kCopy);
-    const int width = user.BoundsOf(Popup()).width;
-    editor.Key(XK_Escape);
+    const auto menuWidth = [&] {
+        editor.Ask(effSetChunk, 0, static_cast<VstIntPtr>(chunk.size()), chunk.data());
+        editor.Click(kCopy);
+        const int width = user.BoundsOf(Popup()).width;
+        editor.Key(XK_Escape);
+        return width;
+    };
+    const int width = menuWidth();
     chunk.replace(63 * kRecord + kNameAt, 28, std::string(28, 'W')); // and no zero behind it
-    editor.Ask(effSetChunk, 0, static_cast<VstIntPtr>(chunk.size()), chunk.data());
-    editor.Click(kCopy);
-    EXPECT_EQ(user.BoundsOf(Popup()).width, width);
-    editor.Key(XK_Escape);
-    editor.Click(kSave); // of another program
-    editor.Key(XK_Return);
+    EXPECT_EQ(menuWidth(), width);
+    editor.Enter(kSave, ""); // of another program
     EXPECT_EQ(BankRecord(63), chunk.substr(63 * kRecord)) << "keeps all bytes";
     editor.Click(kSave);
     for (int i = 0; i < 63; ++i)
         user.Key(XK_Down);
-    editor.Key(XK_End);
-    editor.Key(XK_BackSpace);
-    editor.Key(XK_Return);
+    editor.Keys({XK_End, XK_BackSpace, XK_Return});
     EXPECT_EQ(BankName(63), std::string(22, 'W')) << "the last letter was the field's last";
 }
 
@@ -156,18 +145,13 @@ TEST_F(Programs, NamesTakeOnlyWhatCanBeStored) {
     user.AddKeys({XK_eacute, XK_ssharp, kSong});
     editor.Settle();
     editor.Click(kSave); // whose name is selected, so that typing replaces it
-    editor.Type("Caf");
-    editor.Key(XK_eacute); // goes without its accent, which the user sees
-    editor.Key(XK_ssharp); // has no other form
-    editor.Type("?");
-    editor.Key(kSong);
-    editor.Key(XK_Return);
+    // The accent goes, which the user sees; the sharp s has no other form.
+    editor.Keys({XK_C, XK_a, XK_f, XK_eacute, XK_ssharp, XK_question, kSong, XK_Return});
     EXPECT_EQ(BankName(0), "Cafe?\x89\xCC");
     editor.Click(kSave);
     for (int i = 0; i < 13; ++i)
         editor.Key(kSong);
-    editor.Type("xy"); // one byte is left behind eleven characters
-    editor.Key(XK_Return);
+    editor.Type("xy\r"); // one byte is left behind eleven characters
     std::string full;
     for (int i = 0; i < 11; ++i)
         full += "\x89\xCC";
@@ -177,8 +161,7 @@ TEST_F(Programs, NamesTakeOnlyWhatCanBeStored) {
 TEST_F(Programs, TellsWhenTheBankCannotBeSavedAndKeepsTheSettings) {
     WriteFile(settings / "config", "a file where the folder should be");
     editor.SetValue(3, 0.5f);
-    editor.Click(kSave);
-    editor.Key(XK_Return);
+    editor.Enter(kSave, "");
     editor.Settle();
     const xcb_window_t box = Popup();
     ASSERT_NE(box, 0U);

@@ -2,10 +2,10 @@
 // The editor at other scales than 1: where things are hit, and who decides.
 #include "tests/editor/panel_picture.h"
 #include "tests/support/environment.h"
-#include "ui/dc.h"
 #include "ui/platform/scale.h"
 
 #include <X11/keysym.h>
+#include <functional>
 #include <limits>
 
 namespace vocafade::test {
@@ -28,14 +28,9 @@ class Scale : public EditorTest {
         UnsetVariable("VOCAFADE_SCALE");
         user.PublishSettings(DoubleClickSettings(400));
     }
-    static CSize SizeOf(HostedEditor& editor) {
-        ERect* rect = nullptr;
-        EXPECT_EQ(editor.Ask(effEditGetRect, 0, 0, static_cast<void*>(&rect)), 1);
-        return {rect->right - rect->left, rect->bottom - rect->top};
-    }
     /// Does what a host does: asks for the size, makes the window as large, opens.
     void Show(HostedEditor& editor) {
-        const CSize size = SizeOf(editor);
+        const CSize size = editor.Size();
         user.Resize(editor.parent, size.cx, size.cy);
         ASSERT_TRUE(editor.Open());
         editor.Settle();
@@ -46,7 +41,7 @@ class Scale : public EditorTest {
                   1);
     }
     Picture LookAtAll(HostedEditor& editor) {
-        const CSize size = SizeOf(editor);
+        const CSize size = editor.Size();
         return editor.Look({{0, 0}, size});
     }
 
@@ -57,15 +52,14 @@ class Scale : public EditorTest {
 class HitAt : public Scale, public testing::WithParamInterface<double> {
   protected:
     HitAt() { SetVariable("VOCAFADE_SCALE", std::to_string(GetParam())); }
-    /// The device pixels in the corners of a rectangle, and those just outside of two of them.
-    struct Corners {
-        CPoint in[4];
-        CPoint out[2];
-    };
-    static Corners CornersOf(const CRect& logical) {
+    /// `hits`: whether a click at that pixel of the screen reaches what the rectangle, in the panel's pixels, is for.
+    static void ExpectHits(const CRect& logical, const std::function<bool(CPoint)>& hits) {
         const CRect r = platform::ToDevice(logical, GetParam());
-        return {{{r.left, r.top}, {r.right - 1, r.top}, {r.left, r.bottom - 1}, {r.right - 1, r.bottom - 1}},
-                {{r.left - 1, r.top - 1}, {r.right, r.bottom}}};
+        for (const int x : {r.left, r.right - 1})
+            for (const int y : {r.top, r.bottom - 1})
+                EXPECT_TRUE(hits({x, y})) << x << ", " << y;
+        for (const CPoint outside : {CPoint(r.left - 1, r.top - 1), CPoint(r.right, r.bottom)})
+            EXPECT_FALSE(hits(outside)) << outside.x << ", " << outside.y;
     }
 };
 
@@ -74,70 +68,59 @@ INSTANTIATE_TEST_SUITE_P(Scales, HitAt, testing::Values(1.25, 2.0, 3.0));
 TEST_P(HitAt, EveryControlIsHitWhereItIsDrawn) {
     HostedEditor editor(user);
     Show(editor);
-    EXPECT_EQ(SizeOf(editor), platform::ToDevice(CSize{477, 214}, GetParam()));
+    EXPECT_EQ(editor.Size(), platform::ToDevice(CSize{477, 214}, GetParam()));
     const std::size_t windows = user.TopLevels().size();
     for (const layout::PanelControl& control : layout::kControls) {
-        const auto reports = [&](CPoint at) {
+        SCOPED_TRACE(control.parameter);
+        ExpectHits(control.rect, [&](CPoint at) {
             if (control.parameter != kParameterOnOff) editor.SetValue(control.parameter, 0.4f);
             editor.Idle();
             Forget();
             editor.Click(at);
             return !Automated(control.parameter).empty();
-        };
-        for (const CPoint at : CornersOf(control.rect).in)
-            EXPECT_TRUE(reports(at)) << control.parameter << ": " << at.x << ", " << at.y;
-        for (const CPoint at : CornersOf(control.rect).out)
-            EXPECT_FALSE(reports(at)) << control.parameter << ": " << at.x << ", " << at.y;
+        });
         if (control.readout.IsRectEmpty()) continue;
-        const auto opensEntry = [&](CPoint at) {
+        ExpectHits(control.readout, [&](CPoint at) {
             user.SetFocus(editor.parent);
             editor.Click(at);
             const bool opened = user.Focus() != editor.parent;
             editor.Key(XK_Escape);
             return opened;
-        };
-        for (const CPoint at : CornersOf(control.readout).in)
-            EXPECT_TRUE(opensEntry(at)) << control.parameter << ": " << at.x << ", " << at.y;
-        for (const CPoint at : CornersOf(control.readout).out)
-            EXPECT_FALSE(opensEntry(at)) << control.parameter << ": " << at.x << ", " << at.y;
+        });
     }
     for (const CRect& key : {layout::kCopyRect, layout::kSaveRect}) {
-        const auto opensSomething = [&](CPoint at) {
+        ExpectHits(key, [&](CPoint at) {
             editor.Click(at);
             const bool opened = user.TopLevels().size() > windows;
             editor.Key(XK_Escape);
             return opened;
-        };
-        for (const CPoint at : CornersOf(key).in)
-            EXPECT_TRUE(opensSomething(at)) << at.x << ", " << at.y;
-        for (const CPoint at : CornersOf(key).out)
-            EXPECT_FALSE(opensSomething(at)) << at.x << ", " << at.y;
+        });
     }
-    for (const CPoint at : CornersOf(layout::kModifyRect).in) {
+    ExpectHits(layout::kModifyRect, [&](CPoint at) {
         editor.SetValue(3, 0.4f);
         editor.Settle();
         editor.Click(at);
-        EXPECT_EQ(editor.Display(3), "400.0") << at.x << ", " << at.y;
-    }
+        return editor.Display(3) == "400.0";
+    });
 }
 
 #if !defined(_WIN32) // where a program has one scale, and blending another rounding
 TEST_F(Scale, ComesFromTheUserElseTheHostElseTheDesktopAndIsFollowedWhileOpen) {
     HostedEditor editor(user);
-    EXPECT_EQ(SizeOf(editor), (CSize{477, 214}));
+    EXPECT_EQ(editor.Size(), (CSize{477, 214}));
     user.PublishSettings(NumberSetting("Xft/DPI", 144 * 1024));
     Show(editor);
-    EXPECT_EQ(SizeOf(editor), (CSize{716, 321}));
+    EXPECT_EQ(editor.Size(), (CSize{716, 321}));
     const Picture before = LookAtAll(editor);
     TellScale(editor, 2.0f); // at the next idle, when the host has made room
-    EXPECT_EQ(SizeOf(editor), (CSize{716, 321}));
+    EXPECT_EQ(editor.Size(), (CSize{716, 321}));
     editor.Settle();
-    EXPECT_EQ(SizeOf(editor), (CSize{954, 428}));
+    EXPECT_EQ(editor.Size(), (CSize{954, 428}));
     const Picture grown = LookAtAll(editor);
     makesRoom = false;
     TellScale(editor, 3.0f);
     editor.Settle();
-    EXPECT_EQ(SizeOf(editor), (CSize{954, 428})) << "without room it stays as it is";
+    EXPECT_EQ(editor.Size(), (CSize{954, 428})) << "without room it stays as it is";
     EXPECT_TRUE(SamePicture(LookAtAll(editor), grown, {0, 0, 954, 428}));
     makesRoom = true;
     TellScale(editor, 0.0f); // nothing: the desktop counts again
@@ -153,7 +136,7 @@ TEST_F(Scale, ComesFromTheUserElseTheHostElseTheDesktopAndIsFollowedWhileOpen) {
     SetVariable("VOCAFADE_SCALE", "2");
     HostedEditor users(user, 20, 300);
     TellScale(users, 3.0f);
-    EXPECT_EQ(SizeOf(users), (CSize{954, 428}));
+    EXPECT_EQ(users.Size(), (CSize{954, 428}));
 }
 
 TEST_F(Scale, OfOneShowsWhatWasShownBeforeThereWereOthers) {
@@ -164,21 +147,12 @@ TEST_F(Scale, OfOneShowsWhatWasShownBeforeThereWereOthers) {
     for (int i = 0; i < 50; ++i)
         editor.Play(0.35f, 1024);
     editor.Idle();
-    const std::string file = ReadFile(VOCAFADE_PANEL_AT_SCALE_1);
-    CBitmap before;
-    ASSERT_TRUE(before.LoadPng(std::as_bytes(std::span(file))));
-    CDC then;
-    then.CreateBitmapDC(477, 214);
-    CDC source;
-    source.SelectObject(&before);
-    then.BitBlt(0, 0, 477, 214, &source, 0, 0, SRCCOPY);
+    const Picture then = PictureIn(VOCAFADE_PANEL_AT_SCALE_1);
     const Picture now = editor.LookAtPanel();
     for (int y = 0; y < 182; ++y) { // above the read-outs, whose digits are of the machine's fonts
         for (int x = 0; x < 477; ++x) {
             if (layout::kModifyRect.PtInRect({x, y})) continue; // whose unlit letters were not legible
-            const COLORREF color = then.GetPixel(x, y);
-            ASSERT_EQ(now.at(x, y), GetRValue(color) << 16 | GetGValue(color) << 8 | GetBValue(color))
-                << x << ", " << y;
+            ASSERT_EQ(now.at(x, y), then.at(x, y)) << x << ", " << y;
         }
     }
 }
@@ -188,10 +162,10 @@ TEST_F(Scale, ThatIsNoneIsPassedOverAndOneThatIsTooLargeIsTheLargest) {
     for (const char* text : {"", "0", "-1", "nan", "inf", "abc", "2x", "1e999"}) {
         SetVariable("VOCAFADE_SCALE", text);
         HostedEditor editor(user);
-        EXPECT_EQ(SizeOf(editor), (CSize{477, 214})) << text;
+        EXPECT_EQ(editor.Size(), (CSize{477, 214})) << text;
     }
     SetVariable("VOCAFADE_SCALE", "1000");
-    EXPECT_EQ(SizeOf(*std::make_unique<HostedEditor>(user)), (CSize{1908, 856}));
+    EXPECT_EQ(HostedEditor(user).Size(), (CSize{1908, 856}));
     UnsetVariable("VOCAFADE_SCALE");
     HostedEditor editor(user);
     Show(editor);
@@ -201,7 +175,7 @@ TEST_F(Scale, ThatIsNoneIsPassedOverAndOneThatIsTooLargeIsTheLargest) {
             if (round == 1) editor.Press({150, 20}); // a menu, a control, or nothing
             editor.Idle();
             user.Release();
-            const CSize size = SizeOf(editor);
+            const CSize size = editor.Size();
             EXPECT_TRUE(size.cx >= 477 && size.cx <= 1908) << scale;
         }
     }
@@ -213,7 +187,7 @@ TEST_F(Scale, ThatIsNoneIsPassedOverAndOneThatIsTooLargeIsTheLargest) {
     TellScale(editor, 0.0f);
     editor.Key(XK_Escape);
     editor.Click({5, 5});
-    EXPECT_EQ(SizeOf(editor), (CSize{477, 214}));
+    EXPECT_EQ(editor.Size(), (CSize{477, 214}));
     EXPECT_TRUE(ShowsItsEffect(editor, editor.Display(3) != "400.0"));
 }
 

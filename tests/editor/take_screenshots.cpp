@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: MIT
 // Writes the manual's pictures of the editor, at scale 2, into a folder: the plug-in in a host's hands on a display of its
 // own, worked with the mouse and the keyboard.
-#include "tests/editor/editor_host.h"
+#include "tests/editor/panel_picture.h"
 #include "tests/support/wait_for.h"
 
 #include <cstdio>
-#include <png.h>
 
 namespace vocafade::test {
 namespace {
@@ -14,21 +13,6 @@ constexpr int kMargin = 14;
 constexpr int kScale = 2;
 constexpr int kPanelWidth = 477 * kScale;
 constexpr int kPanelHeight = 214 * kScale;
-
-bool WritePng(const std::string& path, const Picture& picture) {
-    std::vector<std::uint8_t> bytes;
-    for (const std::uint32_t pixel : picture.pixels) {
-        for (const int shift : {16, 8, 0}) {
-            bytes.push_back(static_cast<std::uint8_t>(pixel >> shift));
-        }
-    }
-    png_image image{};
-    image.version = PNG_IMAGE_VERSION;
-    image.width = static_cast<png_uint_32>(picture.width);
-    image.height = static_cast<png_uint_32>(picture.height);
-    image.format = PNG_FORMAT_RGB;
-    return png_image_write_to_file(&image, path.c_str(), 0, bytes.data(), 0, nullptr) != 0;
-}
 
 /// A session that looks like somebody's.
 class Session {
@@ -42,8 +26,7 @@ class Session {
         user_.Resize(editor_.parent, kPanelWidth, kPanelHeight);
         editor_.Open();
         editor_.Settle();
-        editor_.Click(At(280, 15)); // saved, so that nothing counts as edited
-        editor_.Key(XK_Return);
+        editor_.Enter(At(280, 15), ""); // saved, so that nothing counts as edited
     }
 
     bool TakeAll() {
@@ -58,8 +41,7 @@ class Session {
         fine &= Shoot("entry");
         editor_.Key(XK_Escape);
         editor_.Click(At(75, 18));
-        editor_.Key(XK_Down);
-        editor_.Key(XK_Down);
+        editor_.Keys({XK_Down, XK_Down});
         Sound();
         fine &= Shoot("copy-menu");
         editor_.Key(XK_Escape);
@@ -85,16 +67,15 @@ class Session {
     }
     /// Half a second of a song, so that the meters stand.
     void Sound() {
-        for (int i = 0; i < 50; ++i) {
+        for (int i = 0; i < 50; ++i)
             editor_.Play(0.35f, 1024);
-        }
         editor_.Idle();
         user_.Sync();
     }
     /// What the screen shows where the panel is.
     bool Shoot(const char* name) {
-        return WritePng(folder_ + "/editor-" + name + ".png",
-                        user_.Look(user_.Root(), kMargin, kMargin, kPanelWidth, kPanelHeight));
+        return WritePng(user_.Look(user_.Root(), kMargin, kMargin, kPanelWidth, kPanelHeight),
+                        folder_ + "/editor-" + name + ".png");
     }
 
     XServer& server_ = SharedServer();

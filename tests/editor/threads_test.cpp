@@ -10,36 +10,6 @@
 namespace vocafade::test {
 namespace {
 
-/// A host whose audio thread runs until the end of the scope.
-class AudioThread {
-  public:
-    explicit AudioThread(AEffect* effect) : thread_([this, effect] { Run(effect); }) {}
-    ~AudioThread() {
-        stop_ = true;
-        thread_.join();
-    }
-    AudioThread(const AudioThread&) = delete;
-    AudioThread& operator=(const AudioThread&) = delete;
-    int blocks() const { return blocks_; }
-
-  private:
-    void Run(AEffect* effect) {
-        std::vector<float> samples(128, 0.25f);
-        float* channels[] = {samples.data(), samples.data()};
-        while (!stop_) {
-            const int block = blocks_++;
-            for (std::int32_t i = 0; i < 6; ++i) {
-                effect->setParameter(effect, i, 0.5f + 0.5f * static_cast<float>(std::sin(block * 0.01 + i)));
-            }
-            effect->processReplacing(effect, channels, channels, 128);
-            if (block % 16 == 0) std::this_thread::yield();
-        }
-    }
-    std::atomic<bool> stop_{false};
-    std::atomic<int> blocks_{0};
-    std::thread thread_;
-};
-
 class Threads : public EditorTest {
   protected:
     Threads() : editor(user, 20, 30, &SilentHost) {}
@@ -48,15 +18,24 @@ class Threads : public EditorTest {
 
 TEST_F(Threads, AutomationGoesOnWhileTheEditorOpensWorksAndCloses) {
     {
-        AudioThread audio(editor.effect);
+        std::atomic<int> blocks{0};
+        const std::jthread audio([&](const std::stop_token& end) {
+            std::vector<float> samples(128, 0.25f);
+            float* channels[] = {samples.data(), samples.data()};
+            AEffect* const effect = editor.effect;
+            for (int block = 0; !end.stop_requested(); blocks = ++block) {
+                for (std::int32_t i = 0; i < 6; ++i)
+                    effect->setParameter(effect, i,
+                                         0.5f + 0.5f * static_cast<float>(std::sin(block * 0.01 + i)));
+                effect->processReplacing(effect, channels, channels, 128);
+                if (block % 16 == 0) std::this_thread::yield();
+            }
+        });
         for (int round = 0; round < 12; ++round) {
             editor.Open();
             editor.Settle();
             editor.Click({150, 100});
-            editor.Click(round % 3 == 0   ? CPoint(280, 15)
-                         : round % 3 == 1 ? CPoint(75, 18)
-                                          : CPoint(150, 192));
-            editor.Settle();
+            editor.Open(kOpenables[round % 4]);
             if (round % 2 == 0) editor.Key(XK_Escape);
             editor.Ask(effSetProgram, 0, round);
             editor.Ask(effSetSampleRate, 0, 0, nullptr, round % 2 == 0 ? 48000.0f : 44100.0f);
@@ -68,8 +47,8 @@ TEST_F(Threads, AutomationGoesOnWhileTheEditorOpensWorksAndCloses) {
         editor.Open();
         editor.Settle();
         // On a busy machine the audio may not have had its turn since the last program came.
-        const int before = audio.blocks();
-        EXPECT_TRUE(WaitFor([this] { editor.Idle(); }, [&] { return audio.blocks() > before + 100; }));
+        const int before = blocks;
+        EXPECT_TRUE(WaitFor([this] { editor.Idle(); }, [&] { return blocks > before + 100; }));
     }
     for (int i = 0; i < 200; ++i) // the meters fall to the ground
         editor.Idle();

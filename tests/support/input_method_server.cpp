@@ -11,11 +11,16 @@
 #include <sys/mman.h>
 #include <xcb-imdkit/encoding.h>
 #include <xcb-imdkit/imdkit.h>
+#include <xcb/xcb_keysyms.h>
 
 namespace vocafade::test {
 namespace {
 
 constexpr const char* kName = "vocafade-test";
+// What 'u' and 'e' mean; the other letters mean nothing.
+constexpr const char* kSong = "\xE6\xAD\x8C"; // in Japanese
+constexpr const char* kOddities =
+    "\xC3\xA9\xF0\x9F\x8E\xB5\r\x1B\b"; // e with an accent, a note, and what no key may be
 
 /// What the server's process and the test's both see.
 struct Seen {
@@ -39,16 +44,15 @@ struct Server {
     std::string composed;
 
     xcb_keysym_t SymbolOf(xcb_keycode_t code) const {
-        xcb_get_keyboard_mapping_reply_t* map = xcb_get_keyboard_mapping_reply(
-            connection, xcb_get_keyboard_mapping(connection, code, 1), nullptr);
-        const xcb_keysym_t symbol = map != nullptr ? xcb_get_keyboard_mapping_keysyms(map)[0] : 0;
-        std::free(map);
+        xcb_key_symbols_t* symbols = xcb_key_symbols_alloc(connection);
+        const xcb_keysym_t symbol = xcb_key_symbols_get_keysym(symbols, code, 0);
+        xcb_key_symbols_free(symbols);
         return symbol;
     }
     void Commit(xcb_im_input_context_t* context) {
         std::string text;
         for (const char letter : composed)
-            text += InputMethodServer::Meaning(letter);
+            text += letter == 'u' ? kSong : letter == 'e' ? kOddities : "";
         composed.clear();
         std::size_t length = 0;
         char* compound = xcb_utf8_to_compound_text(text.data(), text.size(), &length);
@@ -127,17 +131,6 @@ InputMethodServer::InputMethodServer(Manner manner)
 }
 
 InputMethodServer::~InputMethodServer() { UnsetVariable("XMODIFIERS"); }
-
-std::string_view InputMethodServer::Meaning(char letter) {
-    switch (letter) {
-    case 'u':
-        return "\xE6\xAD\x8C"; // a song, in Japanese
-    case 'e':
-        return "\xC3\xA9\xF0\x9F\x8E\xB5\r\x1B\b"; // e with an accent, a note, and what no key may be
-    default:
-        return {};
-    }
-}
 
 int InputMethodServer::presses() const { return seen().presses; }
 int InputMethodServer::caretX() const { return seen().x; }

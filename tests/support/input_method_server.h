@@ -4,7 +4,6 @@
 #include "tests/support/processes.h"
 
 #include <atomic>
-#include <string_view>
 
 namespace vocafade::test {
 
@@ -22,9 +21,6 @@ class InputMethodServer {
     ~InputMethodServer();
     InputMethodServer(const InputMethodServer&) = delete;
     InputMethodServer& operator=(const InputMethodServer&) = delete;
-
-    /// What 'a' to 'z' mean, each letter alone.
-    static std::string_view Meaning(char letter);
 
     /// Ends it at once, as a crash of it would.
     void Kill() { process_.Kill(); }

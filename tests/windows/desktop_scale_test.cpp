@@ -9,19 +9,13 @@ namespace {
 
 const bool kAware = ::SetProcessDPIAware() != 0; // before there is any window
 
-CSize SizeOf(HostedEditor& editor) {
-    ERect* rect = nullptr;
-    editor.Ask(effEditGetRect, 0, 0, static_cast<void*>(&rect));
-    return rect != nullptr ? CSize{rect->right, rect->bottom} : CSize{};
-}
-
 TEST_F(EditorTest, IsDrawnAtTheScaleOfTheDesktop) {
     ASSERT_TRUE(kAware);
     HostedEditor editor(user);
     user.Resize(editor.parent, 716, 321);
     ASSERT_TRUE(editor.Open());
     editor.Settle();
-    EXPECT_EQ(SizeOf(editor), CSize(716, 321));
+    EXPECT_EQ(editor.Size(), CSize(716, 321));
     const std::vector<xcb_window_t> windows = user.Children(editor.parent);
     ASSERT_EQ(windows.size(), 1U);
     EXPECT_EQ(user.BoundsOf(windows[0]), (XUser::Bounds{20, 30, 716, 321}));

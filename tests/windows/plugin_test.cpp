@@ -19,26 +19,6 @@ namespace {
 using EntryPoint = AEffect* (*)(audioMasterCallback);
 using Windows = EditorTest;
 
-TEST_F(Windows, OpensAndClosesTheEditorAHundredTimes) {
-    HostedEditor editor(user);
-    std::size_t handles = 0;
-    for (int round = 0; round < 100; ++round) {
-        ASSERT_TRUE(editor.Open()) << round;
-        editor.Idle();
-        if (round % 4 == 0) editor.Click(round % 8 == 0 ? kSave : kCopy);
-        if (round % 10 == 0) {
-            editor.Settle();
-            if (round % 4 != 0) {
-                ASSERT_TRUE(ShowsItsEffect(editor)) << round;
-            }
-        }
-        editor.Close();
-        if (round == 20) handles = OpenFiles();
-    }
-    EXPECT_LE(OpenFiles(), handles + 5);
-    EXPECT_TRUE(user.Children(editor.parent).empty());
-}
-
 TEST_F(Windows, AnotherInstanceLivesInAnotherThread) {
     HostedEditor mine(user, 20, 30);
     mine.Open();
@@ -90,30 +70,19 @@ TEST_F(Windows, AnotherInstanceLivesInAnotherThread) {
 TEST_F(Windows, PanelLooksAsOnLinux) {
     const char* path = std::getenv("VOCAFADE_LINUX_PANEL");
     ASSERT_NE(path, nullptr);
-    const std::string file = ReadFile("Z:" + std::string(path));
-    CBitmap there;
-    ASSERT_TRUE(there.LoadPng(std::as_bytes(std::span(file)))) << path;
-    CDC panel;
-    panel.CreateBitmapDC(477, 214);
-    CDC source;
-    source.CreateCompatibleDC(&panel);
-    source.SelectObject(&there);
-    panel.BitBlt(0, 0, 477, 214, &source, 0, 0, SRCCOPY);
+    const Picture there = PictureIn("Z:" + std::string(path));
     HostedEditor editor(user);
     editor.Open();
     editor.Settle();
     const Picture here = editor.LookAtPanel();
+    ASSERT_EQ(here.pixels.size(), there.pixels.size());
     int different = 0;
-    for (int y = 0; y < 214; ++y) {
-        for (int x = 0; x < 477; ++x) {
-            const COLORREF c = panel.GetPixel(x, y);
-            const std::uint32_t pixel = here.at(x, y);
-            const int most =
-                std::max({std::abs(static_cast<int>(GetRValue(c)) - static_cast<int>(pixel >> 16 & 0xFF)),
-                          std::abs(static_cast<int>(GetGValue(c)) - static_cast<int>(pixel >> 8 & 0xFF)),
-                          std::abs(static_cast<int>(GetBValue(c)) - static_cast<int>(pixel & 0xFF))});
-            if (most > 8) ++different;
-        }
+    for (std::size_t i = 0; i < here.pixels.size(); ++i) {
+        int most = 0;
+        for (const int shift : {0, 8, 16})
+            most = std::max(most, std::abs(static_cast<int>(here.pixels[i] >> shift & 0xFF) -
+                                           static_cast<int>(there.pixels[i] >> shift & 0xFF)));
+        if (most > 8) ++different;
     }
     RecordProperty("different", different);
     std::printf("%d of %d pixels differ by more than 8 of 255\n", different, 477 * 214);
