@@ -75,13 +75,11 @@ std::string HostedEditor::ProgramName(std::int32_t index) {
 }
 
 void HostedEditor::Play(float level, std::int32_t frames) {
-    std::vector<float> left(static_cast<std::size_t>(frames), level);
-    std::vector<float> right(static_cast<std::size_t>(frames), level / 2);
-    std::vector<float> outLeft(left.size());
-    std::vector<float> outRight(left.size());
-    float* in[] = {left.data(), right.data()};
-    float* out[] = {outLeft.data(), outRight.data()};
-    effect->processReplacing(effect, in, out, frames);
+    const auto count = static_cast<std::size_t>(frames);
+    std::vector<float> samples(2 * count, level);
+    std::fill_n(samples.data() + count, count, level / 2);
+    float* channels[] = {samples.data(), samples.data() + count};
+    effect->processReplacing(effect, channels, channels, frames);
 }
 
 std::vector<float> EditorTest::Automated(std::int32_t index) const {

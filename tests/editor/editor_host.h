@@ -83,7 +83,7 @@ class HostedEditor : public PanelMouse<HostedEditor, CPoint> {
     void SetValue(std::int32_t index, float value) { effect->setParameter(effect, index, value); }
     std::string Display(std::int32_t index);
     std::string ProgramName(std::int32_t index);
-    /// Lets one block of a constant level through both channels.
+    /// Lets one block of a constant level through the left channel, of half that level through the right one.
     void Play(float level, std::int32_t frames = 256);
 
     AEffect* effect = nullptr;

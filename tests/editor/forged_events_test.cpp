@@ -91,24 +91,21 @@ TEST_F(Forged, AbsurdPlacesAndSizes) {
     constexpr std::int16_t kPlaces[] = {-32768, -1, 0, 100, 32767};
     for (const std::int16_t x : kPlaces) {
         for (const std::int16_t y : kPlaces) {
-            xcb_button_press_event_t mouse{};
-            mouse.event = Panel();
-            mouse.event_x = x;
-            mouse.event_y = y;
+            const auto mouse = [this](std::uint8_t type, int toX, int toY) {
+                xcb_button_press_event_t event{};
+                event.response_type = type;
+                event.detail = type == XCB_MOTION_NOTIFY ? 0 : 1;
+                event.event = Panel();
+                event.event_x = static_cast<std::int16_t>(toX);
+                event.event_y = static_cast<std::int16_t>(toY);
+                event.state = type == XCB_BUTTON_PRESS ? 0 : XCB_BUTTON_MASK_1;
+                Send(event.event, event);
+            };
             // Pressed on a fader and on the knob, pulled out and let go there.
             for (const CPoint from : {CPoint(150, 100), CPoint(324, 150)}) {
-                xcb_button_press_event_t press = mouse;
-                press.response_type = XCB_BUTTON_PRESS;
-                press.detail = 1;
-                press.event_x = static_cast<std::int16_t>(from.x);
-                press.event_y = static_cast<std::int16_t>(from.y);
-                Send(Panel(), press);
-                mouse.response_type = XCB_MOTION_NOTIFY;
-                mouse.state = XCB_BUTTON_MASK_1;
-                Send(Panel(), mouse);
-                mouse.response_type = XCB_BUTTON_RELEASE;
-                mouse.detail = 1;
-                Send(Panel(), mouse);
+                mouse(XCB_BUTTON_PRESS, from.x, from.y);
+                mouse(XCB_MOTION_NOTIFY, x, y);
+                mouse(XCB_BUTTON_RELEASE, x, y);
             }
             const auto size = static_cast<std::uint16_t>(x == 0 ? 0 : 65535);
             xcb_expose_event_t expose{};

@@ -131,41 +131,31 @@ TEST_F(Life, WhatIsOpenGoesWithTheEditorTheEffectOrTheHostsWindow) {
     }
 }
 
-/// A host that closes the editor while it is being told something.
-HostedEditor* closing = nullptr;
-std::int32_t closingAt = 0;
-VstIntPtr ClosingHost(AEffect* effect, std::int32_t opcode, std::int32_t index, VstIntPtr value, void* ptr,
-                      float opt) {
-    if (closing != nullptr && opcode == closingAt) {
-        HostedEditor& editor = *closing;
-        closing = nullptr;
-        editor.Close();
-        EXPECT_TRUE(editor.Open()); // some rebuild their window at once
-    }
-    return RecordingHost::Callback(effect, opcode, index, value, ptr, opt);
-}
-
 TEST_F(Life, HostMayCloseTheEditorFromInsideItsCallback) {
-    HostedEditor editor(user, 20, 30, ClosingHost);
+    HostedEditor editor(user);
     editor.Open();
     editor.Settle();
+    std::int32_t closingAt = 0;
+    host.listen = [&](std::int32_t opcode) {
+        if (opcode != closingAt) return;
+        closingAt = 0;
+        editor.Close();
+        EXPECT_TRUE(editor.Open()); // some rebuild their window at once
+    };
     for (const CPoint place : {CPoint(150, 100), CPoint(324, 150), CPoint(30, 10)}) { // fader, knob, switch
-        closing = &editor;
         closingAt = audioMasterAutomate;
         editor.Click(place);
-        EXPECT_EQ(closing, nullptr);
+        EXPECT_EQ(closingAt, 0);
         EXPECT_TRUE(ShowsItsEffect(editor, true));
     }
-    closing = &editor;
     closingAt = audioMasterEndEdit;
     editor.Enter(kLoFreq, "500");
+    EXPECT_EQ(closingAt, 0);
     EXPECT_EQ(editor.Display(3), "500.0");
     EXPECT_TRUE(ShowsItsEffect(editor, true));
-    closing = &editor;
     closingAt = audioMasterUpdateDisplay;
     editor.Enter(kSave, "");
-    EXPECT_EQ(closing, nullptr);
-    closing = nullptr; // nothing is left behind when that failed
+    EXPECT_EQ(closingAt, 0);
     EXPECT_TRUE(ShowsItsEffect(editor, false));
 }
 

@@ -12,39 +12,29 @@ constexpr CRect kModified{216, 10, 259, 26};
 
 float Tapered(int row) { return static_cast<float>((std::pow(10.0, (121.0 - row) / 109.0) - 1.0) / 9.0); }
 
-struct FaderCase {
-    const char* name;
-    std::int32_t parameter;
-    int left;
-};
-
-class Faders : public OpenEditorTest, public ::testing::WithParamInterface<FaderCase> {};
-
-TEST_P(Faders, FollowTheMouseUntilItIsReleased) {
-    const FaderCase& fader = GetParam();
-    const int x = fader.left + 8;
-    editor.Press({x, 45 + 40});
-    EXPECT_EQ(editor.Value(fader.parameter), Tapered(40));
-    EXPECT_TRUE(ShowsItsEffect(editor, true));
-    editor.Drag({x, 45 + 66});
-    EXPECT_TRUE(ShowsItsEffect(editor, true));
-    editor.Drag({x + 200, 45 + 66}); // only the height counts
-    editor.Drag({x + 200, -10});
-    EXPECT_EQ(editor.Value(fader.parameter), 1.0f);
-    editor.Release({x, 300}); // outside of the panel
-    editor.MoveTo({x, 45 + 60});
-    EXPECT_EQ(editor.Value(fader.parameter), 0.0f);
-    EXPECT_EQ(Automated(fader.parameter), (std::vector<float>{Tapered(40), Tapered(66), 1.0f, 0.0f}));
-    EXPECT_EQ(host.Calls(audioMasterAutomate).size(), 4U); // and of no other parameter
-    EXPECT_TRUE(ShowsItsEffect(editor, true));
-}
-
-INSTANTIATE_TEST_SUITE_P(Panel, Faders,
-                         ::testing::Values(FaderCase{"Input", 2, 48}, FaderCase{"Output", 1, 413},
-                                           FaderCase{"LoFreq", 3, 141}, FaderCase{"HiFreq", 4, 229}),
-                         [](const auto& which) { return which.param.name; });
-
 using Panel = OpenEditorTest;
+
+TEST_F(Panel, FadersFollowTheMouseUntilItIsReleased) {
+    for (const layout::PanelControl& fader : layout::kControls) {
+        if (fader.picture != resource::kFaderTrack) continue;
+        SCOPED_TRACE(fader.parameter);
+        Forget();
+        const int x = fader.rect.left + 8;
+        editor.Press({x, 45 + 40});
+        EXPECT_EQ(editor.Value(fader.parameter), Tapered(40));
+        EXPECT_TRUE(ShowsItsEffect(editor, true));
+        editor.Drag({x, 45 + 66});
+        EXPECT_TRUE(ShowsItsEffect(editor, true));
+        editor.Drag({x + 200, 45 + 66}); // only the height counts
+        editor.Drag({x + 200, -10});
+        EXPECT_EQ(editor.Value(fader.parameter), 1.0f);
+        editor.Release({x, 300}); // outside of the panel
+        editor.MoveTo({x, 45 + 60});
+        EXPECT_EQ(Automated(fader.parameter), (std::vector<float>{Tapered(40), Tapered(66), 1.0f, 0.0f}));
+        EXPECT_EQ(host.Calls(audioMasterAutomate).size(), 4U); // and of no other parameter
+        EXPECT_TRUE(ShowsItsEffect(editor, true));
+    }
+}
 
 TEST_F(Panel, ShowsTheEffectAsSoonAsItIsOpen) {
     EXPECT_TRUE(ShowsItsEffect(editor));

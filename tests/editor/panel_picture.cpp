@@ -78,7 +78,6 @@ PanelState PanelState::Of(HostedEditor& editor) {
         state.values[static_cast<std::size_t>(i)] = editor.Value(i);
         state.displays[static_cast<std::size_t>(i)] = editor.Display(i);
     }
-    state.on = editor.Value(0) >= 0.5f;
     return state;
 }
 
@@ -101,7 +100,7 @@ Picture ExpectedPanel(const PanelState& state) {
     Put(panel, 3013, {270, 10});
     Put(panel, 3014, {216, 10}, 2, state.modified ? 1 : 0);
     Put(panel, 3004, {307, 147}, 61, static_cast<int>(std::floor(state.values[5] * 60.0f + 0.5f)));
-    Put(panel, state.on ? 3003 : 3002, {24, 7}, 2);
+    Put(panel, state.values[0] >= 0.5f ? 3003 : 3002, {24, 7}, 2);
     Put(panel, state.copyOpen ? 3011 : 3012, {64, 10}, 2);
     return Read(panel);
 }

@@ -10,7 +10,6 @@ namespace vocafade::test {
 
 /// What the panel should show.
 struct PanelState {
-    bool on = true;
     bool copyOpen = false;
     bool modified = false;
     std::array<float, 6> values{};         ///< normalised, by parameter

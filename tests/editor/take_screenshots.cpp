@@ -31,28 +31,23 @@ class Session {
 
     bool TakeAll() {
         bool fine = true;
-        Sound();
         fine &= Shoot("panel");
         editor_.Press(At(237, 100));
         editor_.Release(At(237, 92));
         editor_.Click(At(150, 192));
         editor_.Type("180");
-        Sound();
         fine &= Shoot("entry");
         editor_.Key(XK_Escape);
         editor_.Click(At(75, 18));
         editor_.Keys({XK_Down, XK_Down});
-        Sound();
         fine &= Shoot("copy-menu");
         editor_.Key(XK_Escape);
         editor_.Click(At(280, 15));
-        Sound();
         fine &= Shoot("save-dialog");
         editor_.Key(XK_Escape);
         editor_.MoveTo(At(149, 120));
         const std::size_t windows = user_.TopLevels().size();
         fine &= WaitFor([this] { editor_.Idle(); }, [&] { return user_.TopLevels().size() > windows; });
-        Sound();
         fine &= Shoot("tooltip");
         return fine;
     }
@@ -65,15 +60,12 @@ class Session {
         editor_.SetValue(3, (lowHz - 20.0f) / 19980.0f);
         editor_.SetValue(4, (highHz - 20.0f) / 19980.0f);
     }
-    /// Half a second of a song, so that the meters stand.
-    void Sound() {
+    /// What the screen shows where the panel is, once half a second of a song has made the meters stand.
+    bool Shoot(const char* name) {
         for (int i = 0; i < 50; ++i)
             editor_.Play(0.35f, 1024);
         editor_.Idle();
         user_.Sync();
-    }
-    /// What the screen shows where the panel is.
-    bool Shoot(const char* name) {
         return WritePng(user_.Look(user_.Root(), kMargin, kMargin, kPanelWidth, kPanelHeight),
                         folder_ + "/editor-" + name + ".png");
     }

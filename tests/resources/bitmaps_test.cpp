@@ -1,23 +1,27 @@
 // SPDX-License-Identifier: MIT
 // The bitmaps against the panel's fixed rectangles: sizes, seams, and scales that tell the truth.
 #include "editor/panel_layout.h"
-#include "tests/support/temp_folder.h"
+#include "plugin/plugin_resources.h"
 #include "ui/dc.h"
 #include "ui/platform/platform.h"
 
 #include <algorithm>
 #include <cmath>
+#include <gtest/gtest.h>
 
 namespace vocafade::test {
 namespace {
 
+void Load(CBitmap& bitmap, int number, int times = 1) {
+    PluginResources::Register();
+    EXPECT_TRUE(bitmap.LoadPng(GetResourceSource()->LoadEmbedded(number, times), times)) << number;
+}
+
 /// A bitmap resource.
 struct Bitmap : CDC {
     explicit Bitmap(int number) {
-        const std::string file =
-            ReadFile(std::string(VOCAFADE_RESOURCES) + "/" + std::to_string(number) + ".png");
         CBitmap bitmap;
-        EXPECT_TRUE(bitmap.LoadPng(std::as_bytes(std::span(file)))) << number;
+        Load(bitmap, number);
         CreateBitmapDC(bitmap.Width(), bitmap.Height());
         CDC source;
         source.SelectObject(&bitmap);
@@ -113,11 +117,8 @@ TEST(Bitmaps, ScalesMeetTheFadersIndexLine) {
 /// What is drawn of a bitmap at a scale, in the size that the editor takes for it.
 void DrawAt(platform::Surface& target, int number, const CRect& to, CPoint from = {}) {
     const int times = std::clamp(static_cast<int>(std::ceil(target.Scale())), 1, 3);
-    const char* const suffix = times == 1 ? "" : times == 2 ? "@2x" : "@3x";
-    const std::string file =
-        ReadFile(std::string(VOCAFADE_RESOURCES) + "/" + std::to_string(number) + suffix + ".png");
     CBitmap bitmap;
-    ASSERT_TRUE(bitmap.LoadPng(std::as_bytes(std::span(file)), times)) << number << suffix;
+    Load(bitmap, number, times);
     target.Draw(*bitmap.surface(), {from, to.Size()}, to, {&to, 1});
 }
 

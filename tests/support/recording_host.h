@@ -37,6 +37,7 @@ class RecordingHost {
                               float opt) {
         if (active == nullptr) return opcode == audioMasterVersion ? 2400 : 0;
         active->calls.push_back({opcode, index, opt});
+        if (active->listen) active->listen(opcode);
         if (opcode == audioMasterVersion) return active->version;
         if (opcode == audioMasterSizeWindow && active->resize)
             return active->resize(index, static_cast<int>(value)) ? 1 : 0;
@@ -50,6 +51,7 @@ class RecordingHost {
     std::string directory;
     std::string product;
     std::function<bool(int width, int height)> resize; ///< of the editor's window; null: not possible
+    std::function<void(std::int32_t opcode)> listen;   ///< is told of every call
     std::vector<Call> calls;
 
   private:

@@ -17,10 +17,9 @@ struct Finished {
 };
 
 #if defined(_WIN32)
-inline std::FILE* OpenPipe(const char* command, const char* mode) { return ::_popen(command, mode); }
+inline std::FILE* popen(const char* command, const char* mode) { return ::_popen(command, mode); }
 inline int ClosePipe(std::FILE* pipe) { return ::_pclose(pipe); }
 #else
-inline std::FILE* OpenPipe(const char* command, const char* mode) { return ::popen(command, mode); }
 inline int ClosePipe(std::FILE* pipe) {
     const int status = ::pclose(pipe);
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
@@ -30,7 +29,7 @@ inline int ClosePipe(std::FILE* pipe) {
 /// Runs a shell command to its end.
 inline Finished RunCommand(const std::string& command) {
     Finished finished{-1, {}};
-    std::FILE* pipe = OpenPipe((command + " 2>&1").c_str(), "r");
+    std::FILE* pipe = popen((command + " 2>&1").c_str(), "r");
     if (pipe == nullptr) return finished;
     std::array<char, 4096> bytes;
     for (std::size_t count = 0; (count = std::fread(bytes.data(), 1, bytes.size(), pipe)) > 0;)

@@ -6,8 +6,9 @@
 
 #include <array>
 #include <csignal>
+#include <cstdio>
+#include <cstdlib>
 #include <fcntl.h>
-#include <poll.h>
 #include <stdexcept>
 #include <sys/prctl.h>
 #include <sys/wait.h>
@@ -16,22 +17,8 @@
 namespace vocafade::test {
 namespace {
 
-/// On a machine that does much else, under sanitizers: a quiet one takes a tenth of a second.
-constexpr int kStartMilliseconds = 60000;
 /// A display that no server takes by itself: they choose from 0 to 59535.
 constexpr const char* kNoDisplay = ":60000";
-
-/// Reads the display's number that the server writes once it is ready.
-std::string ReadNumber(int from) {
-    std::string number;
-    for (;;) {
-        pollfd ready{from, POLLIN, 0};
-        char byte = 0;
-        if (::poll(&ready, 1, kStartMilliseconds) != 1 || ::read(from, &byte, 1) != 1) return {};
-        if (byte == '\n') return number;
-        number += byte;
-    }
-}
 
 } // namespace
 
@@ -56,13 +43,15 @@ XServer::XServer() {
         ::_exit(127);
     }
     ::close(ends[1]);
-    const std::string number = ReadNumber(ends[0]);
-    ::close(ends[0]);
-    if (number.empty()) {
+    std::array<char, 16> number{};
+    std::FILE* ready = ::fdopen(ends[0], "r"); // it writes its display's number once it is, or ends
+    const bool starts = std::fgets(number.data(), number.size(), ready) != nullptr;
+    std::fclose(ready);
+    if (!starts) {
         Kill();
         throw std::runtime_error("Xvfb does not start");
     }
-    name_ = ":" + number;
+    name_ = ":" + std::to_string(std::atoi(number.data()));
     SetVariable("DISPLAY", name_);
 }
 

@@ -260,7 +260,7 @@ void XUser::OfferClipboardBytes(std::string_view bytes) {
         return reply != nullptr ? reply->owner : 0;
     };
     const xcb_window_t before = owner();
-    std::FILE* program = OpenPipe("xclip -selection clipboard -target UTF8_STRING >/dev/null 2>&1", "w");
+    std::FILE* program = ::popen("xclip -selection clipboard -target UTF8_STRING >/dev/null 2>&1", "w");
     if (program == nullptr) throw std::runtime_error("no xclip");
     std::fwrite(bytes.data(), 1, bytes.size(), program);
     if (ClosePipe(program) != 0) throw std::runtime_error("xclip fails");

@@ -91,7 +91,7 @@ class Desk : public ::testing::Test {
     void Settle() {
         user.Sync();
         for (int i = 0; i < 5; ++i) {
-            WaitFor([this] { frame.Idle(); }, [] { return true; });
+            frame.Idle();
             std::this_thread::sleep_for(std::chrono::milliseconds(2));
         }
     }

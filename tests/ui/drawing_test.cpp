@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Drawing without any display, looked at pixel by pixel.
 
-#include "tests/support/temp_folder.h"
 #include "ui/dc.h"
+#include "ui/platform/platform.h"
 
 #include <gtest/gtest.h>
 
@@ -13,16 +13,6 @@ constexpr std::uint32_t kOpaque = 0xFF000000U;
 constexpr COLORREF kRed = RGB(255, 0, 0);
 constexpr COLORREF kBlue = RGB(0, 0, 255);
 constexpr COLORREF kWhite = RGB(255, 255, 255);
-
-/// A PNG file's bytes: 4 x 2 pixels, left half red, right half transparent.
-std::string HalfRedPng(const TempFolder& folder) {
-    CDC dc;
-    dc.CreateBitmapDC(4, 2);
-    dc.FillSolidRect({0, 0, 2, 2}, kRed);
-    const std::string path = folder / "made.png";
-    dc.SavePng(path.c_str());
-    return ReadFile(path);
-}
 
 /// The smallest rectangle around everything that is not `ground`.
 CRect InkBox(const CDC& dc, COLORREF ground) {
@@ -55,14 +45,11 @@ TEST(Drawing, ClipsToRegionsWithHoles) {
     dc.SelectClipRgn(&region);
     dc.FillSolidRect({0, 0, 10, 10}, kBlue);
     dc.SelectClipRgn(nullptr);
-    int blue = 0;
     for (int y = 0; y < 10; ++y)
         for (int x = 0; x < 10; ++x) {
             const bool inside = CRect(2, 2, 8, 8).PtInRect({x, y}) && !CRect(4, 4, 6, 6).PtInRect({x, y});
             EXPECT_EQ(dc.GetPixel(x, y), kOpaque | (inside ? kBlue : kWhite)) << x << "," << y;
-            blue += inside ? 1 : 0;
         }
-    EXPECT_EQ(blue, 36 - 4);
 
     CRgn both(CRect(0, 0, 5, 5));
     both.Add({3, 3, 9, 9});
@@ -77,12 +64,10 @@ TEST(Drawing, ClipsToRegionsWithHoles) {
 }
 
 TEST(Drawing, CopiesBitmapsWithTheirAlpha) {
-    const TempFolder folder;
-    CBitmap image;
-    const std::string png = HalfRedPng(folder);
-    ASSERT_TRUE(image.LoadPng(std::as_bytes(std::span(png))));
-    EXPECT_EQ(image.Width(), 4);
-    EXPECT_EQ(image.Height(), 2);
+    CBitmap image; // the left half red, the right one transparent
+    ASSERT_TRUE(image.CreateBitmap(4, 2));
+    const CRect left(0, 0, 2, 2);
+    image.surface()->Fill({&left, 1}, 0xFF0000);
     int w = 0;
     int h = 0;
     int row = 0;

@@ -9,18 +9,14 @@
 #include <bit>
 #include <cstdint>
 #include <cstdio>
+#include <random>
 #include <vector>
 
 namespace {
 
-/// Numbers that depend on no library.
-float Next(std::uint32_t& state) {
-    state = state * 1664525U + 1013904223U;
-    return static_cast<float>(static_cast<std::int32_t>(state)) / 4294967296.0f;
-}
-
 std::uint64_t HashOf(vocafade::host::Effect& effect, int blocks, int frames) {
-    std::uint32_t state = 1;
+    std::mt19937 random(1); // whose numbers, unlike those of distributions, are the same everywhere
+    const auto next = [&] { return static_cast<float>(static_cast<std::int32_t>(random())) / 4294967296.0f; };
     std::uint64_t hash = 14695981039346656037U; // FNV-1a
     std::array<std::vector<float>, 4> channels;
     for (std::vector<float>& channel : channels)
@@ -29,9 +25,9 @@ std::uint64_t HashOf(vocafade::host::Effect& effect, int blocks, int frames) {
     float* out[] = {channels[2].data(), channels[3].data()};
     for (int block = 0; block < blocks; ++block) {
         for (std::size_t i = 0; i < channels[0].size(); ++i) {
-            const float middle = Next(state);
-            channels[0][i] = middle + 0.3f * Next(state);
-            channels[1][i] = middle + 0.3f * Next(state);
+            const float middle = next();
+            channels[0][i] = middle + 0.3f * next();
+            channels[1][i] = middle + 0.3f * next();
         }
         effect.Process(in, out, frames);
         for (const std::size_t side : {2, 3})

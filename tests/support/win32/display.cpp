@@ -81,15 +81,11 @@ void AskFor(const char* verb, Numbers... numbers) {
     Pump();
 }
 
-/// Calls `Enumerate(callback, argument)` and collects the windows that it names.
-template <typename Enumerate>
-std::vector<HWND> Collect(Enumerate enumerate) {
+/// The windows below `parent`, null for the screen, from bottom to top.
+std::vector<HWND> Below(HWND parent) {
     std::vector<HWND> windows;
-    const WNDENUMPROC add = [](HWND window, LPARAM all) -> BOOL {
-        reinterpret_cast<std::vector<HWND>*>(all)->push_back(window);
-        return TRUE;
-    };
-    enumerate(add, reinterpret_cast<LPARAM>(&windows));
+    for (HWND window = ::GetTopWindow(parent); window != nullptr; window = ::GetWindow(window, GW_HWNDNEXT))
+        windows.insert(windows.begin(), window);
     return windows;
 }
 
@@ -188,23 +184,20 @@ std::vector<xcb_window_t> XUser::Children(xcb_window_t window) {
     if (window == Root()) return TopLevels();
     Sync();
     std::vector<xcb_window_t> children;
-    for (const HWND child :
-         Collect([&](WNDENUMPROC add, LPARAM to) { ::EnumChildWindows(Handle(window), add, to); }))
-        if (::GetParent(child) == Handle(window)) children.push_back(IdOf(child));
-    std::reverse(children.begin(), children.end());
+    for (const HWND child : Below(Handle(window)))
+        children.push_back(IdOf(child));
     return children;
 }
 
 std::vector<xcb_window_t> XUser::TopLevels() {
     Sync();
     std::vector<xcb_window_t> windows;
-    for (const HWND window : Collect([](WNDENUMPROC add, LPARAM to) { ::EnumWindows(add, to); })) {
+    for (const HWND window : Below(nullptr)) {
         DWORD process = 0;
         ::GetWindowThreadProcessId(window, &process);
         if (process == ::GetCurrentProcessId() && ::IsWindowVisible(window) != 0)
             windows.push_back(IdOf(window));
     }
-    std::reverse(windows.begin(), windows.end());
     return windows;
 }
 
