@@ -51,8 +51,7 @@ class Artwork : public EditorTest {
     /// The editor opens and shows what it shows with its own artwork.
     void ExpectTheUsualPanel(const char* what) {
         HostedEditor editor(user, 20, 30, RecordingHost::Callback, Plugin());
-        ASSERT_TRUE(editor.Open()) << what;
-        editor.Settle();
+        ASSERT_TRUE(editor.Show()) << what;
         EXPECT_TRUE(ShowsItsEffect(editor)) << what;
     }
 
@@ -118,8 +117,7 @@ TEST_F(Artwork, OfTheUsersOwnShowsAtEveryScaleInTheSizeThatHeHas) {
     const auto corner = [this] { // where the background shows, at scale 2
         HostedEditor editor(user, 20, 30, RecordingHost::Callback, Plugin());
         user.Resize(editor.parent, 954, 428);
-        EXPECT_TRUE(editor.Open());
-        editor.Settle();
+        EXPECT_TRUE(editor.Show());
         return editor.Look({900, 400, 950, 425});
     };
     const auto alike = [](const Picture& picture, std::uint32_t color) {

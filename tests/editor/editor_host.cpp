@@ -4,6 +4,8 @@
 #include "base/path.h"
 #include "host/library.h"
 
+#include <algorithm>
+
 namespace vocafade::test {
 namespace {
 

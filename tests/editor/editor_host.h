@@ -50,6 +50,12 @@ class HostedEditor : public PanelMouse<HostedEditor, CPoint> {
         return effect->dispatcher(effect, opcode, index, value, ptr, opt);
     }
     bool Open() { return Ask(effEditOpen, 0, 0, ParentPointer()) != 0; }
+    /// Opens it and idles until it is painted.
+    bool Show() {
+        const bool opened = Open();
+        Settle();
+        return opened;
+    }
     void Close() { Ask(effEditClose); }
     /// That it wants, in pixels of the screen; none when it does not say.
     CSize Size();
@@ -114,8 +120,7 @@ class EditorTest : public WithSettings {
 class OpenEditorTest : public EditorTest {
   protected:
     OpenEditorTest() : editor(user) {
-        editor.Open();
-        editor.Settle();
+        editor.Show();
         Forget();
     }
     /// The menu, dialog or box that is open beside the windows of the beginning; 0 for none.

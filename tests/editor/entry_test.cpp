@@ -2,8 +2,6 @@
 // Numbers typed into the read-outs.
 #include "tests/editor/panel_picture.h"
 
-#include <X11/keysym.h>
-#include <cstring>
 #include <random>
 
 namespace vocafade::test {
@@ -181,9 +179,7 @@ TEST_F(Entry, StepsByItsUnitFinelyWithShiftFartherWhileHeldAndStaysInRange) {
     editor.Keys({XK_Up, XK_Up});
     editor.Chord(XK_Shift_L, {XK_Up});
     editor.Key(XK_Page_Up);
-    user.Press(4);
-    user.Release(4);
-    editor.Settle();
+    editor.Click(kLoFreq, 4);
     editor.Key(XK_Return);
     EXPECT_EQ(editor.Display(3), "413.1");
     editor.Click(kHiFreq);

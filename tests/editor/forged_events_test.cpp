@@ -38,8 +38,7 @@ class Forged : public OpenEditorTest {
         editor.Settle();
         editor.Close();
         EXPECT_EQ(Windows().size(), 1U) << "something stays open";
-        ASSERT_TRUE(editor.Open());
-        editor.Settle();
+        ASSERT_TRUE(editor.Show());
         EXPECT_TRUE(ShowsItsEffect(editor, false) || ShowsItsEffect(editor, true));
         for (std::int32_t i = 0; i < 6; ++i) {
             EXPECT_GE(editor.Value(i), 0.0f) << i;

@@ -5,7 +5,6 @@
 #include "tests/support/wait_for.h"
 
 #include <csignal>
-#include <functional>
 
 namespace vocafade::test {
 namespace {
@@ -67,10 +66,8 @@ TEST_F(Life, ClosedEditorAnswersHarmlessly) {
 TEST_F(Life, TwoEditorsKeepToThemselves) {
     HostedEditor one(user, 20, 30);
     HostedEditor two(user, 20, 300);
-    one.Open();
-    two.Open();
-    one.Settle();
-    two.Settle();
+    one.Show();
+    two.Show();
     one.Press({150, 45 + 50}); // held in one ...
     two.Click({30, 10});       // (a release of the same mouse, so the first drag ends here)
     one.Settle();
@@ -94,33 +91,26 @@ TEST_F(Life, WhatIsOpenGoesWithTheEditorTheEffectOrTheHostsWindow) {
     const std::size_t windows = user.TopLevels().size();
     const std::size_t files = OpenFiles();
     const std::size_t threads = ThreadsLeft(1);
-    const auto loseWindow = [](HostedEditor& editor) { editor.user.DestroyWindow(editor.parent); };
-    const std::function<void(HostedEditor&)> goings[] = {[](HostedEditor& editor) { editor.Close(); },
-                                                         [](HostedEditor& editor) { editor.End(); },
-                                                         [&](HostedEditor& editor) {
-                                                             loseWindow(editor);
-                                                             editor.Settle();
-                                                         },
-                                                         [&](HostedEditor& editor) {
-                                                             loseWindow(editor);
-                                                             editor.Close();
-                                                         }};
-    for (std::size_t i = 0; i < std::size(kOpenables) * std::size(goings); ++i) {
+    enum class Gone { editor, effect, window, windowThenEditor };
+    for (int i = 0; i < 16; ++i) {
+        const Openable& open = kOpenables[i / 4];
+        const auto gone = static_cast<Gone>(i % 4);
         SCOPED_TRACE("open: " + std::to_string(i / 4) + ", gone: " + std::to_string(i % 4));
         {
             HostedEditor editor(user);
-            editor.Open();
-            editor.Settle();
-            editor.Open(kOpenables[i / 4]);
-            goings[i % 4](editor);
+            editor.Show();
+            editor.Open(open);
+            if (gone == Gone::effect) editor.End();
+            if (gone >= Gone::window) user.DestroyWindow(editor.parent);
+            if (gone == Gone::window) editor.Settle();
+            if (gone == Gone::editor || gone == Gone::windowThenEditor) editor.Close();
             if (editor.effect != nullptr) {
                 EXPECT_EQ(editor.Display(3), "400.0") << "nothing half typed was taken";
                 editor.Settle();
                 editor.Close();
             }
-            if (i % 4 == 0) {
-                EXPECT_TRUE(editor.Open()) << "and it opens again";
-                editor.Settle();
+            if (gone == Gone::editor) {
+                EXPECT_TRUE(editor.Show()) << "and it opens again";
                 EXPECT_TRUE(ShowsItsEffect(editor));
             }
         }
@@ -133,8 +123,7 @@ TEST_F(Life, WhatIsOpenGoesWithTheEditorTheEffectOrTheHostsWindow) {
 
 TEST_F(Life, HostMayCloseTheEditorFromInsideItsCallback) {
     HostedEditor editor(user);
-    editor.Open();
-    editor.Settle();
+    editor.Show();
     std::int32_t closingAt = 0;
     host.listen = [&](std::int32_t opcode) {
         if (opcode != closingAt) return;
@@ -168,8 +157,7 @@ TEST_F(Life, DisplayMayGoAway) {
         XServer doomed;
         XUser there;
         HostedEditor editor(there);
-        editor.Open();
-        editor.Settle();
+        editor.Show();
         editor.Click(kSave);
         doomed.Kill();
         for (int i = 0; i < 10; ++i) {

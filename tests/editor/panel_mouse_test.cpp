@@ -93,9 +93,7 @@ TEST_F(Panel, OnOffWithShiftRestoresTheFactoryProgramAndWithControlNothingMore) 
 }
 
 TEST_F(Panel, OtherButtonsAndPlacesDoNothing) {
-    user.MoveTo(20 + 150, 30 + 100);
-    user.Press(3);
-    user.Release(3);
+    editor.Click({150, 100}, 3);
     editor.Click({100, 100});
     editor.Click({5, 5});
     editor.Settle();
@@ -104,22 +102,16 @@ TEST_F(Panel, OtherButtonsAndPlacesDoNothing) {
 }
 
 TEST_F(Panel, TheWheelStepsByWhatOneHearsAndTheMiddleButtonSetsTheDefault) {
-    const auto turn = [this](CPoint at, int button) {
-        user.MoveTo(20 + at.x, 30 + at.y);
-        user.Press(button);
-        user.Release(button);
-        editor.Settle();
-    };
     constexpr int kMiddle = 2, kUp = 4, kDown = 5;
     for (const CPoint output : {CPoint(420, 60), kOutput}) { // the fader, and its read-out
-        turn(output, kUp);
-        turn(output, kUp);
+        editor.Click(output, kUp);
+        editor.Click(output, kUp);
         EXPECT_EQ(editor.Display(1), "1.0");
-        turn(output, kDown);
+        editor.Click(output, kDown);
         EXPECT_EQ(editor.Display(1), "0.5");
         user.KeyDown(XK_Shift_L);
         for (int i = 0; i < 10; ++i)
-            turn(output, kDown);
+            editor.Click(output, kDown);
         user.KeyUp(XK_Shift_L);
         EXPECT_EQ(editor.Display(1), "0.0");
         EXPECT_EQ(Automated(1).size(), 13U);
@@ -127,29 +119,27 @@ TEST_F(Panel, TheWheelStepsByWhatOneHearsAndTheMiddleButtonSetsTheDefault) {
         Forget();
     }
     for (int i = 0; i < 36; ++i)
-        turn(kLoFreq, kUp);
+        editor.Click(kLoFreq, kUp);
     EXPECT_NEAR(std::stod(editor.Display(3)), 800.0, 0.2) << "36 notches are an octave";
-    turn({324, 164}, kDown);
+    editor.Click({324, 164}, kDown);
     EXPECT_EQ(editor.Display(5), "63.0");
-    turn({324, 164}, kUp);
+    editor.Click({324, 164}, kUp);
     EXPECT_EQ(editor.Display(5), "64.0");
-    turn(kSwitch, kUp); // which the wheel does not move
+    editor.Click(kSwitch, kUp); // which the wheel does not move
     EXPECT_EQ(editor.Value(0), 1.0f);
     for (int i = 0; i < 20; ++i)
-        turn(kOutput, kUp);
+        editor.Click(kOutput, kUp);
     EXPECT_EQ(editor.Display(1), "6.0") << "the end of its range";
     EXPECT_TRUE(ShowsItsEffect(editor, true));
     for (const CPoint control : {CPoint(420, 60), kLoFreq})
-        turn(control, kMiddle);
+        editor.Click(control, kMiddle);
     EXPECT_EQ(editor.Display(1), "0.0");
     EXPECT_EQ(editor.Display(3), "400.0");
     EXPECT_EQ(Automated(1).back(), editor.Value(1));
-    user.MoveTo(20 + 420, 30 + 100);
-    user.Press(); // during a drag neither does anything
-    editor.Settle();
+    editor.Press({420, 100}); // during a drag neither does anything
     const float held = editor.Value(1);
-    turn({420, 100}, kUp);
-    turn({420, 100}, kMiddle);
+    editor.Click({420, 100}, kUp);
+    editor.Click({420, 100}, kMiddle);
     EXPECT_EQ(editor.Value(1), held);
     user.Release();
 }

@@ -2,7 +2,6 @@
 // Copying and saving programs from the panel: the menu, the dialog and the bank file.
 #include "tests/editor/panel_picture.h"
 
-#include <X11/keysym.h>
 #include <cstring>
 
 namespace vocafade::test {

@@ -4,7 +4,6 @@
 #include "tests/support/environment.h"
 #include "ui/platform/scale.h"
 
-#include <X11/keysym.h>
 #include <functional>
 #include <limits>
 
@@ -32,8 +31,7 @@ class Scale : public EditorTest {
     void Show(HostedEditor& editor) {
         const CSize size = editor.Size();
         user.Resize(editor.parent, size.cx, size.cy);
-        ASSERT_TRUE(editor.Open());
-        editor.Settle();
+        ASSERT_TRUE(editor.Show());
         open = {&editor};
     }
     static void TellScale(HostedEditor& editor, float scale) {

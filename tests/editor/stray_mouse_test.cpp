@@ -2,9 +2,7 @@
 // Presses, releases and moves that are not meant for the panel, or that never reach it.
 #include "tests/editor/panel_picture.h"
 
-#include <X11/keysym.h>
 #include <chrono>
-#include <cstdlib>
 #include <thread>
 
 namespace vocafade::test {

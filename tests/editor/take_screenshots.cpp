@@ -24,8 +24,7 @@ class Session {
         NameProgram(3, "Bass stays", 500.0f, 9000.0f);
         editor_.Ask(effSetProgram, 0, 0);
         user_.Resize(editor_.parent, kPanelWidth, kPanelHeight);
-        editor_.Open();
-        editor_.Settle();
+        editor_.Show();
         editor_.Enter(At(280, 15), ""); // saved, so that nothing counts as edited
     }
 

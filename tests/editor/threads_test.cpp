@@ -32,8 +32,7 @@ TEST_F(Threads, AutomationGoesOnWhileTheEditorOpensWorksAndCloses) {
             }
         });
         for (int round = 0; round < 12; ++round) {
-            editor.Open();
-            editor.Settle();
+            editor.Show();
             editor.Click({150, 100});
             editor.Open(kOpenables[round % 4]);
             if (round % 2 == 0) editor.Key(XK_Escape);
@@ -44,8 +43,7 @@ TEST_F(Threads, AutomationGoesOnWhileTheEditorOpensWorksAndCloses) {
             editor.Ask(effMainsChanged, 0, 1);
             editor.Close();
         }
-        editor.Open();
-        editor.Settle();
+        editor.Show();
         // On a busy machine the audio may not have had its turn since the last program came.
         const int before = blocks;
         EXPECT_TRUE(WaitFor([this] { editor.Idle(); }, [&] { return blocks > before + 100; }));

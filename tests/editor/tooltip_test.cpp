@@ -3,8 +3,6 @@
 #include "tests/editor/editor_host.h"
 #include "tests/support/wait_for.h"
 
-#include <X11/keysym.h>
-
 namespace vocafade::test {
 namespace {
 

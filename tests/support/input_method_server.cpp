@@ -5,7 +5,6 @@
 #include "tests/support/wait_for.h"
 
 #include <X11/keysym.h>
-#include <memory>
 #include <new>
 #include <string>
 #include <sys/mman.h>

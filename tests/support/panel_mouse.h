@@ -28,19 +28,19 @@ class PanelMouse {
         user.MoveTo(x_ + place.x, y_ + place.y);
         Settle();
     }
-    void Press(Place place) {
+    void Press(Place place, int button = 1) {
         user.MoveTo(x_ + place.x, y_ + place.y);
-        user.Press();
+        user.Press(button);
         Settle();
     }
-    void Release(Place place) {
+    void Release(Place place, int button = 1) {
         user.MoveTo(x_ + place.x, y_ + place.y);
-        user.Release();
+        user.Release(button);
         Settle();
     }
-    void Click(Place place) {
-        Press(place);
-        Release(place);
+    void Click(Place place, int button = 1) {
+        Press(place, button);
+        Release(place, button);
     }
 
     XUser& user;

@@ -4,15 +4,9 @@
 #include "tests/support/environment.h"
 #include "tests/support/run_command.h"
 
-#include <array>
 #include <csignal>
-#include <cstdio>
-#include <cstdlib>
-#include <fcntl.h>
 #include <stdexcept>
-#include <sys/prctl.h>
-#include <sys/wait.h>
-#include <unistd.h>
+#include <utility>
 
 namespace vocafade::test {
 namespace {
@@ -29,29 +23,17 @@ void NeedsXServer::SetUp() {
 }
 
 XServer::XServer() {
-    std::array<int, 2> ends{};
-    if (::pipe(ends.data()) != 0) throw std::runtime_error("no pipe");
-    const std::string fd = std::to_string(ends[1]);
-    const std::string screen = std::to_string(kWidth) + "x" + std::to_string(kHeight) + "x24";
-    process_ = ::fork();
-    if (process_ == 0) {
-        ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-        ::close(ends[0]);
-        ::dup2(::open("/dev/null", O_WRONLY | O_CLOEXEC), STDERR_FILENO);
-        ::execlp("Xvfb", "Xvfb", "-displayfd", fd.c_str(), "-screen", "0", screen.c_str(), "-nolisten", "tcp",
-                 "-noreset", "-ac", static_cast<char*>(nullptr));
-        ::_exit(127);
-    }
-    ::close(ends[1]);
-    std::array<char, 16> number{};
-    std::FILE* ready = ::fdopen(ends[0], "r"); // it writes its display's number once it is, or ends
-    const bool starts = std::fgets(number.data(), number.size(), ready) != nullptr;
-    std::fclose(ready);
-    if (!starts) {
+    // The shell becomes the server, which prints its display's number once it is ready.
+    const std::string command = "echo $$; exec setpriv --pdeathsig KILL Xvfb -displayfd 1 -screen 0 " +
+                                std::to_string(kWidth) + "x" + std::to_string(kHeight) +
+                                "x24 -nolisten tcp -noreset -ac 2>/dev/null";
+    output_ = ::popen(command.c_str(), "r");
+    int number = 0;
+    if (output_ == nullptr || std::fscanf(output_, "%d %d", &process_, &number) != 2) {
         Kill();
         throw std::runtime_error("Xvfb does not start");
     }
-    name_ = ":" + std::to_string(std::atoi(number.data()));
+    name_ = ":" + std::to_string(number);
     SetVariable("DISPLAY", name_);
 }
 
@@ -62,10 +44,9 @@ XServer::~XServer() { End(SIGTERM); }
 void XServer::Kill() { End(SIGKILL); }
 
 void XServer::End(int signal) {
-    if (process_ <= 0) return;
-    ::kill(process_, signal);
-    ::waitpid(process_, nullptr, 0);
-    process_ = -1;
+    if (output_ == nullptr) return;
+    if (process_ > 0) ::kill(process_, signal);
+    ::pclose(std::exchange(output_, nullptr)); // once it has ended
     // The number is free again, and a test beside this one may have a server under it by the next call.
     SetVariable("DISPLAY", kNoDisplay);
 }

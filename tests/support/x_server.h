@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cstdio>
 #include <gtest/gtest.h>
 #include <string>
 #include <sys/types.h>
@@ -32,7 +33,8 @@ class XServer {
   private:
     void End(int signal);
 
-    pid_t process_ = -1;
+    std::FILE* output_ = nullptr;
+    pid_t process_ = 0;
     std::string name_;
 };
 

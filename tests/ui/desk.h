@@ -33,8 +33,7 @@ class Recorder : public CWnd {
     COLORREF color = RGB(10, 120, 200);
 
     int Count(UINT message) const {
-        return static_cast<int>(std::count_if(seen.begin(), seen.end(),
-                                              [message](const Seen& s) { return s.message == message; }));
+        return static_cast<int>(std::ranges::count(seen, message, &Seen::message));
     }
     /// The messages with one of these numbers, in order.
     std::vector<UINT> Order(std::initializer_list<UINT> wanted) const {

@@ -194,10 +194,9 @@ class Menus : public Desk {
     }
     /// The last command that arrived.
     UINT Command() const {
-        UINT command = 0;
-        for (const Seen& s : panel.seen)
-            if (s.message == WM_COMMAND) command = static_cast<UINT>(s.wParam);
-        return command;
+        const auto last = std::find_if(panel.seen.rbegin(), panel.seen.rend(),
+                                       [](const Seen& s) { return s.message == WM_COMMAND; });
+        return last != panel.seen.rend() ? static_cast<UINT>(last->wParam) : 0;
     }
     static constexpr UINT kClosed = 0xFFFF;
     xcb_window_t id = 0;

@@ -13,8 +13,7 @@ TEST_F(EditorTest, IsDrawnAtTheScaleOfTheDesktop) {
     ASSERT_TRUE(kAware);
     HostedEditor editor(user);
     user.Resize(editor.parent, 716, 321);
-    ASSERT_TRUE(editor.Open());
-    editor.Settle();
+    ASSERT_TRUE(editor.Show());
     EXPECT_EQ(editor.Size(), CSize(716, 321));
     const std::vector<xcb_window_t> windows = user.Children(editor.parent);
     ASSERT_EQ(windows.size(), 1U);

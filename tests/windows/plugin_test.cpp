@@ -1,13 +1,11 @@
 // SPDX-License-Identifier: MIT
-// The plug-in in a Windows host's hands: its editor opened and closed, on several threads, and its looks.
+// The plug-in in a Windows host's hands, on several threads, and its looks.
 #include "base/path.h"
 #include "host/library.h"
 #include "tests/editor/panel_picture.h"
-#include "tests/support/process_counts.h"
 #include "tests/support/wait_for.h"
-#include "ui/dc.h"
-#include "ui/gdi.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstdlib>
 #include <thread>
@@ -21,8 +19,7 @@ using Windows = EditorTest;
 
 TEST_F(Windows, AnotherInstanceLivesInAnotherThread) {
     HostedEditor mine(user, 20, 30);
-    mine.Open();
-    mine.Settle();
+    mine.Show();
     std::atomic<AEffect*> effect{nullptr};
     std::atomic<bool> end{false};
     std::atomic<int> idles{0};
@@ -72,8 +69,7 @@ TEST_F(Windows, PanelLooksAsOnLinux) {
     ASSERT_NE(path, nullptr);
     const Picture there = PictureIn("Z:" + std::string(path));
     HostedEditor editor(user);
-    editor.Open();
-    editor.Settle();
+    editor.Show();
     const Picture here = editor.LookAtPanel();
     ASSERT_EQ(here.pixels.size(), there.pixels.size());
     int different = 0;

@@ -13,10 +13,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <fcntl.h>
 #include <fstream>
 #include <iostream>
 #include <sstream>
-#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -55,26 +55,16 @@ void Do(XUser& user, std::istream& request, const std::string& look) {
     user.Sync();
 }
 
-/// Starts the program with pipes in the place of its standard input and output.
-pid_t Start(char** arguments, int& toProgram, int& fromProgram) {
-    std::array<int, 2> in{};
-    std::array<int, 2> out{};
-    if (::pipe(in.data()) != 0 || ::pipe(out.data()) != 0) throw std::runtime_error("no pipe");
-    const pid_t process = ::fork();
-    if (process == 0) {
-        ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-        ::dup2(in[0], STDIN_FILENO);
-        ::dup2(out[1], STDOUT_FILENO);
-        for (const int end : {in[0], in[1], out[0], out[1]})
-            ::close(end);
-        ::execvp(arguments[0], arguments);
-        ::_exit(127);
-    }
-    ::close(in[0]);
-    ::close(out[1]);
-    toProgram = in[1];
-    fromProgram = out[0];
-    return process;
+/// Starts the program; answers its output. What is written to `input` is its standard input.
+std::FILE* Start(char** arguments, int& input) {
+    std::array<int, 2> ends{};
+    if (::pipe2(ends.data(), O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
+    ::dup2(ends[0], STDIN_FILENO); // which it inherits
+    input = ends[1];
+    std::string command = "exec setpriv --pdeathsig KILL";
+    for (; *arguments != nullptr; ++arguments)
+        command += std::string(" '") + *arguments + "'";
+    return ::popen(command.c_str(), "r");
 }
 
 } // namespace
@@ -87,9 +77,8 @@ int main(int count, char** arguments) try {
     const std::string look = "/tmp/vocafade-look-" + std::to_string(::getpid());
     ::setenv("VOCAFADE_LOOK", look.c_str(), 1); // NOLINT(concurrency-mt-unsafe): one thread
     int toProgram = -1;
-    int fromProgram = -1;
-    const pid_t process = Start(arguments + 1, toProgram, fromProgram);
-    std::FILE* output = ::fdopen(fromProgram, "r");
+    std::FILE* output = Start(arguments + 1, toProgram);
+    if (output == nullptr) throw std::runtime_error("no process");
     char* text = nullptr;
     std::size_t room = 0;
     while (::getline(&text, &room, output) > 0) {
@@ -104,10 +93,8 @@ int main(int count, char** arguments) try {
         }
     }
     std::free(text);
-    std::fclose(output);
     std::remove(look.c_str());
-    int status = 1;
-    ::waitpid(process, &status, 0);
+    const int status = ::pclose(output);
     return WIFEXITED(status) ? WEXITSTATUS(status) : 1;
 } catch (const std::exception& error) {
     std::cerr << "windows_user: " << error.what() << '\n';

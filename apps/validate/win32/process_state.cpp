@@ -2,7 +2,7 @@
 #include "apps/validate/process_state.h"
 
 #include "apps/validate/audio_watch.h"
-#include "apps/validate/win32/handles.h"
+#include "apps/validate/win32/kernel_objects.h"
 
 #include <algorithm>
 #include <iterator>
@@ -11,21 +11,9 @@
 // Behind it. The newer version of what follows is a part of the kernel's library.
 #define PSAPI_VERSION 2
 #include <psapi.h>
-#include <tlhelp32.h>
 
 namespace vocafade::validate {
 namespace {
-
-int Threads() {
-    const HANDLE all = ::CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
-    THREADENTRY32 entry{};
-    entry.dwSize = sizeof entry;
-    int count = 0;
-    for (BOOL more = ::Thread32First(all, &entry); more != 0; more = ::Thread32Next(all, &entry))
-        if (entry.th32OwnerProcessID == ::GetCurrentProcessId()) ++count;
-    ::CloseHandle(all);
-    return count;
-}
 
 /// Parts of the address space that are taken.
 int Mappings() {
@@ -65,7 +53,7 @@ ProcessState LookAtProcess() {
     PROCESS_MEMORY_COUNTERS memory{};
     ::GetProcessMemoryInfo(::GetCurrentProcess(), &memory, sizeof memory);
     state.residentBytes = static_cast<std::int64_t>(memory.WorkingSetSize);
-    state.threads = Threads();
+    state.threads = CountThreads();
     state.handles = CountHandles();
     state.mappings = Mappings();
     state.threadKeys = TakenThreadKeys();

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // A user at the X server that Wine shows the windows on; `windows_user`, which started this program, is his hands and
 // eyes there. The host's windows are this program's own.
-#include "apps/validate/win32/handles.h"
+#include "apps/validate/win32/kernel_objects.h"
 #include "base/win32/wide_text.h"
 #include "tests/support/process_counts.h"
 #include "tests/support/wait_for.h"
@@ -16,8 +16,6 @@
 #include <sstream>
 #include <stdexcept>
 #include <windows.h>
-// Behind it.
-#include <tlhelp32.h>
 
 namespace vocafade::test {
 namespace {
@@ -104,15 +102,8 @@ struct OpenedClipboard {
 std::size_t OpenFiles() { return static_cast<std::size_t>(validate::CountHandles()); }
 
 std::size_t Threads() {
-    const HANDLE all = ::CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
-    THREADENTRY32 entry{};
-    entry.dwSize = sizeof entry;
-    std::size_t count = 0;
-    for (BOOL more = ::Thread32First(all, &entry); more != 0; more = ::Thread32Next(all, &entry))
-        if (entry.th32OwnerProcessID == ::GetCurrentProcessId()) ++count;
-    ::CloseHandle(all);
-    static const std::size_t others = count - 1; // the system's own
-    return count - others;
+    static const int others = validate::CountThreads() - 1; // the system's own
+    return static_cast<std::size_t>(validate::CountThreads() - others);
 }
 
 bool XServer::IsInstalled() { return ::GetEnvironmentVariableW(L"VOCAFADE_LOOK", nullptr, 0) != 0; }

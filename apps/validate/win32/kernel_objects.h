@@ -3,6 +3,8 @@
 
 #include <cstdint>
 #include <windows.h>
+// Behind it.
+#include <tlhelp32.h>
 
 namespace vocafade::validate {
 
@@ -21,6 +23,18 @@ inline int CountHandles() {
     const HANDLE process = ::GetCurrentProcess();
     return count + static_cast<int>(::GetGuiResources(process, GR_GDIOBJECTS) +
                                     ::GetGuiResources(process, GR_USEROBJECTS));
+}
+
+/// Threads of this process.
+inline int CountThreads() {
+    const HANDLE all = ::CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
+    THREADENTRY32 entry{};
+    entry.dwSize = sizeof entry;
+    int count = 0;
+    for (BOOL more = ::Thread32First(all, &entry); more != 0; more = ::Thread32Next(all, &entry))
+        if (entry.th32OwnerProcessID == ::GetCurrentProcessId()) ++count;
+    ::CloseHandle(all);
+    return count;
 }
 
 } // namespace vocafade::validate
