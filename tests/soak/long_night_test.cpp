@@ -8,7 +8,6 @@
 #include "tests/support/temp_folder.h"
 
 #include <algorithm>
-#include <chrono>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <malloc.h>
@@ -124,7 +123,6 @@ class LongNight : public WithSettings {
 };
 
 TEST_F(LongNight, SoundsAtItsEndAsAtItsStartAndHoldsNoMoreMemory) {
-    const auto begin = std::chrono::steady_clock::now();
     const double firstFit = PassThrough();
     EXPECT_LT(VoiceLeft(), -60.0);
     double worstFit = firstFit;
@@ -139,14 +137,12 @@ TEST_F(LongNight, SoundsAtItsEndAsAtItsStartAndHoldsNoMoreMemory) {
     LiveASecond();
     const std::int64_t heap = HeapBytes();
     const std::int64_t resident = ResidentKilobytes();
-    int changes = 0;
     while (played_ < Hours() * 3600.0) {
         LiveASecond();
         if (Any(1200) != 0) continue; // three times an hour the sound card's rate changes
         check();                      // after what is by then a long stretch
         static constexpr double kRates[] = {44100.0, 48000.0, 88200.0, 22050.0};
         SetRate(kRates[Any(4)]);
-        ++changes;
         begun = played_;
         check();
     }
@@ -159,12 +155,11 @@ TEST_F(LongNight, SoundsAtItsEndAsAtItsStartAndHoldsNoMoreMemory) {
     const double lastFit = PassThrough();
     const std::int64_t heapGrowth = HeapBytes() - heap;
     const std::int64_t residentGrowth = ResidentKilobytes() - resident;
-    const double took = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
-    std::printf("%.2f hours of audio in %.0f s, %d changes of rate\n"
+    std::printf("%.2f hours of audio\n"
                 "pass-through: %.1f dB at the start, %.1f dB at the end, %.1f dB at its worst\n"
                 "heap %+lld bytes, resident %+lld kB\n",
-                played_ / 3600.0, took, changes, firstFit, lastFit, worstFit,
-                static_cast<long long>(heapGrowth), static_cast<long long>(residentGrowth));
+                played_ / 3600.0, firstFit, lastFit, worstFit, static_cast<long long>(heapGrowth),
+                static_cast<long long>(residentGrowth));
     EXPECT_TRUE(finite_);
     EXPECT_GE(worstFit, 31.0);
     EXPECT_GE(lastFit, firstFit - 1.0);
