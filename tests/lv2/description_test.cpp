@@ -9,13 +9,15 @@
 
 #include <cstring>
 #include <gtest/gtest.h>
+#include <lv2/port-props/port-props.h>
+#include <lv2/presets/presets.h>
+#include <lv2/units/units.h>
 
 namespace vocafade::test {
 namespace {
 
 constexpr const char* kSymbols[] = {"in_l",  "in_r",   "out_l",  "out_r",    "enabled", "output",
                                     "input", "lofreq", "hifreq", "position", "latency"};
-const std::string kCore = "http://lv2plug.in/ns/lv2core#";
 
 class Lv2Description : public ::testing::Test {
   protected:
@@ -48,25 +50,25 @@ TEST_F(Lv2Description, HasThePortsWithTheTablesFigures) {
         EXPECT_EQ(most[i], static_cast<float>(range.maximum)) << kSymbols[i];
         EXPECT_EQ(initial[i], static_cast<float>(range.initial)) << kSymbols[i];
         const Lilv<LilvNode> name(lilv_port_get_name(bundle.plugin(), port));
-        EXPECT_STREQ(lilv_node_as_string(name.get()), ParameterRow(parameter).name);
-        const std::string unit = ParameterRow(parameter).unit;
-        const std::string units = "http://lv2plug.in/ns/extensions/units#";
-        EXPECT_EQ(Has(kSymbols[i], units + "unit", units + "db"), unit == "dB") << kSymbols[i];
-        EXPECT_EQ(Has(kSymbols[i], units + "unit", units + "hz"), unit == "Hz") << kSymbols[i];
-        EXPECT_EQ(Has(kSymbols[i], kCore + "portProperty", "http://lv2plug.in/ns/ext/port-props#logarithmic"),
-                  ParameterRow(parameter).taper == Taper::frequency);
-        EXPECT_EQ(Has(kSymbols[i], kCore + "portProperty", kCore + "toggled"),
-                  ParameterRow(parameter).taper == Taper::step);
+        const ParameterRange& row = ParameterRow(parameter);
+        EXPECT_STREQ(lilv_node_as_string(name.get()), row.name);
+        EXPECT_EQ(Has(kSymbols[i], LV2_UNITS__unit, LV2_UNITS__db), row.unit == std::string_view("dB"))
+            << kSymbols[i];
+        EXPECT_EQ(Has(kSymbols[i], LV2_UNITS__unit, LV2_UNITS__hz), row.unit == std::string_view("Hz"))
+            << kSymbols[i];
+        EXPECT_EQ(Has(kSymbols[i], LV2_CORE__portProperty, LV2_PORT_PROPS__logarithmic),
+                  row.taper == Taper::frequency);
+        EXPECT_EQ(Has(kSymbols[i], LV2_CORE__portProperty, LV2_CORE__toggled), row.taper == Taper::step);
     }
-    EXPECT_TRUE(Has("enabled", kCore + "designation", kCore + "enabled"));
-    EXPECT_TRUE(Has("latency", kCore + "designation", kCore + "latency"));
+    EXPECT_TRUE(Has("enabled", LV2_CORE__designation, LV2_CORE__enabled));
+    EXPECT_TRUE(Has("latency", LV2_CORE__designation, LV2_CORE__latency));
     EXPECT_EQ(initial[lv2::kPortLatency], static_cast<float>(kVocafadeLatency));
     EXPECT_TRUE(lilv_plugin_has_latency(bundle.plugin()));
     EXPECT_EQ(lilv_plugin_get_latency_port_index(bundle.plugin()), lv2::kPortLatency);
 }
 
 TEST_F(Lv2Description, OffersEveryPresetInBothForms) {
-    const Lilv<LilvNode> presetClass = bundle.Uri("http://lv2plug.in/ns/ext/presets#Preset");
+    const Lilv<LilvNode> presetClass = bundle.Uri(LV2_PRESETS__Preset);
     LilvNodes* found = lilv_plugin_get_related(bundle.plugin(), presetClass.get());
     EXPECT_EQ(lilv_nodes_size(found), Presets().size());
     lilv_nodes_free(found);
