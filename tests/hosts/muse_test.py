@@ -4,8 +4,7 @@
 import sys
 import xml.etree.ElementTree as xml
 
-from support import (CURRENT, IDENTIFIER, NAMES, NO_CLOCK, NO_SEQUENCER, PROGRAMS, HostTest, pack_as_qt,
-                     unpack_as_qt)
+from support import CURRENT, IDENTIFIER, NAMES, NO_HARDWARE, PROGRAMS, HostTest, pack_as_qt, unpack_as_qt
 from alone import RATE, end, main
 
 CONFIG = """<?xml version="1.0"?>
@@ -41,7 +40,7 @@ class MusE(HostTest):
     def open_and_save(self):
         """What MusE saves of the song: its 64 programs, and the values by their names."""
         def start():
-            process = self.start("muse", "-a", self.song, LD_PRELOAD=f"{NO_CLOCK} {NO_SEQUENCER}", QT_QPA_PLATFORM="xcb",
+            process = self.start("muse", "-a", self.song, LD_PRELOAD=str(NO_HARDWARE), QT_QPA_PLATFORM="xcb",
                                  LXVST_PATH=str(self.plugin.parent.parent))
             return process, self.wait_for("MusE's window", lambda: self.windows("MusE Project: song"), 30, process)[-1]
 

@@ -8,7 +8,7 @@ import threading
 import time
 
 import numpy as np
-from support import CURRENT, LV2_URI, NO_SEQUENCER, PERIOD, PROGRAMS, HostTest, pack_as_qt, unpack_as_qt
+from support import CURRENT, LV2_URI, NO_HARDWARE, PERIOD, PROGRAMS, HostTest, pack_as_qt, unpack_as_qt
 from alone import RATE, Stuck, end_all, first_sound, lanes, main, read_wav, song, to_normalised, write_wav
 
 SCANNER = "/usr/lib/x86_64-linux-gnu/qtractor/qtractor_plugin_scan"
@@ -71,7 +71,7 @@ class QtractorTest(HostTest):
     def open_session(self):
         def start():
             self.start_jack()
-            process = self.start("qtractor", self.session, LD_PRELOAD=str(NO_SEQUENCER))
+            process = self.start("qtractor", self.session, LD_PRELOAD=str(NO_HARDWARE))
             self.wait_for_port("Master/out_1", process)
             return self.wait_for("qtractor's window", lambda: self.windows("session.qtr"), process=process)[-1]
 
@@ -165,11 +165,11 @@ class Qtractor(QtractorTest):
         editor = self.open_editor(window)
         self.transport("play")
         time.sleep(1)
-        before = np.abs(self.record()).max()
+        before = np.abs(self.start_up("the recorder", self.record)).max()
         self.drag_output(editor, "qtractor")
         dragged = self.turn_output(editor)
         time.sleep(1)
-        after = np.abs(self.record()).max()
+        after = np.abs(self.start_up("the recorder", self.record)).max()
         print(f"    peak before {before:.3f}, after {after:.3f}", file=sys.stderr)
         self.assertGreater(before, 0.05)
         self.assertGreater(after, 0.001)

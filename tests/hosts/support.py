@@ -18,7 +18,7 @@ sys.path.append(str(Path(__file__).resolve().parents[1] / "support"))
 from alone import BUILD, BUNDLE, RATE, AloneTest, Stuck, end_all
 
 LV2_URI = "urn:velmorax:vocafade"
-NO_SEQUENCER, NO_CLOCK = (BUILD / f"tests/vocafade-no-{missing}.so" for missing in ("sequencer", "clock"))
+NO_HARDWARE = BUILD / "tests/vocafade-no-hardware.so"
 WAITING = 600  # seconds that a test waits for one of another checkout
 PERIOD = 1024  # samples of JACK's block
 SERVER = f"vocafade-hosts-{os.getuid()}"  # JACK's, apart from the user's own
