@@ -32,8 +32,7 @@ CONFIG = """<?xml version="1.0" encoding="UTF-8"?>
 ENGINE = f"""<?xml version="1.0" encoding="UTF-8"?>
 <instant><AudioMIDISetup><EngineStates>
    <State backend="None (Dummy)" driver="Normal Speed" device="Silence" input-device="Silence" output-device="Silence"
-    sample-rate="{RATE}" buffer-size="{PERIOD}" n-periods="0" input-latency="0" output-latency="0" lm-input="0"
-    lm-output="0" input-channels="0" output-channels="0" active="1" use-buffered-io="0" midi-option="" use="1"/>
+    sample-rate="{RATE}" buffer-size="{PERIOD}" active="1" use="1"/>
 </EngineStates></AudioMIDISetup></instant>
 """
 CHUNK = ".//Processor[@type='lxvst']/lxvst/chunk"  # the plug-in's state in a session
@@ -98,18 +97,12 @@ class ArdourSession(HostTest):
             xml.SubElement(root.find("Sources"), "Source", {
                 "name": path.name, "take-id": "", "type": "audio", "flags": "", "id": str(9000 + channel),
                 "channel": str(channel), "origin": str(path), "gain": "1"})
-        region = {
+        xml.SubElement(root.find("Playlists/Playlist"), "Region", {
             "name": "song", "id": "9002", "type": "audio", "channels": "2", "start": "a0", "length": f"a{length}@a0",
-            "sync-position": "a0", "ancestral-start": "a0", "ancestral-length": "a0@a0", "opaque": "1", "muted": "0",
-            "locked": "0", "automatic": "0", "whole-file": "0", "import": "0", "external": "0", "hidden": "0",
-            "stretch": "1", "shift": "1", "layering-index": "0", "envelope-active": "0",
-            "default-fade-in": "0", "default-fade-out": "0", "fade-in-active": "0", "fade-out-active": "0",
-            "scale-amplitude": "1", "source-0": "9000", "source-1": "9001", "master-source-0": "9000",
-            "master-source-1": "9001"}
-        xml.SubElement(root.find("Playlists/Playlist"), "Region", region)
+            "opaque": "1", "default-fade-in": "0", "default-fade-out": "0", "fade-in-active": "0", "fade-out-active": "0",
+            "source-0": "9000", "source-1": "9001"})
         xml.SubElement(root.find("Locations"), "Location", {
-            "id": "9003", "name": "session", "start": "a0", "end": f"a{length}", "flags": "IsSessionRange",
-            "locked": "0", "cue": "0"})
+            "id": "9003", "name": "session", "start": "a0", "end": f"a{length}", "flags": "IsSessionRange"})
         track = root.find("Routes/Route[@name='Song']")
         for port in track.findall("IO[@direction='Output']/Port"):
             side = port.get("name")[-1]
