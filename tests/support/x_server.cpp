@@ -4,7 +4,9 @@
 #include "tests/support/environment.h"
 #include "tests/support/run_command.h"
 
+#include <array>
 #include <csignal>
+#include <cstdlib>
 #include <stdexcept>
 #include <utility>
 
@@ -28,8 +30,15 @@ XServer::XServer() {
                                 std::to_string(kWidth) + "x" + std::to_string(kHeight) +
                                 "x24 -nolisten tcp -noreset -ac 2>/dev/null";
     output_ = ::popen(command.c_str(), "r");
-    int number = 0;
-    if (output_ == nullptr || std::fscanf(output_, "%d %d", &process_, &number) != 2) {
+    if (output_ == nullptr) throw std::runtime_error("no shell");
+    const auto readNumber = [this] {
+        std::array<char, 16> line{};
+        const bool isOne = std::fgets(line.data(), static_cast<int>(line.size()), output_) != nullptr;
+        return isOne ? static_cast<int>(std::strtol(line.data(), nullptr, 10)) : -1;
+    };
+    process_ = readNumber();
+    const int number = readNumber();
+    if (number < 0) {
         Kill();
         throw std::runtime_error("Xvfb does not start");
     }
