@@ -2,7 +2,7 @@
 #pragma once
 
 #include "apps/validate/audio_watch.h"
-#include "apps/validate/player.h"
+#include "apps/validate/noise_player.h"
 
 #include <atomic>
 #include <thread>
@@ -13,7 +13,7 @@ namespace vocafade::validate {
 /// watches itself meanwhile.
 class AudioRunner {
   public:
-    AudioRunner(Instance& effect, std::int32_t block, std::uint32_t seed)
+    AudioRunner(RawEffect& effect, std::int32_t block, std::uint32_t seed)
         : player_(effect, block, seed), thread_([this] { Run(); }) {}
     ~AudioRunner() { Stop(); }
     AudioRunner(const AudioRunner&) = delete;
@@ -45,7 +45,7 @@ class AudioRunner {
         }
     }
 
-    Player<float> player_;
+    NoisePlayer<float> player_;
     std::atomic<bool> stop_{false};
     std::atomic<std::int64_t> blocks_{0};
     bool finite_ = true;

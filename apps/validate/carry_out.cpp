@@ -16,7 +16,7 @@ namespace {
 /// Why the check cannot be tried here, or empty.
 std::string WhatIsMissing(const Check& check, Subject& subject) {
     if ((check.traits & (kNeedsState | kNeedsEditor)) == 0) return {};
-    const Instance probe(subject.Object());
+    const RawEffect probe(subject.Object());
     if ((check.traits & kNeedsState) != 0 && !probe.has(effFlagsProgramChunks))
         return "it saves no state of its own form; its parameters are its state";
     if ((check.traits & kNeedsEditor) == 0) return {};

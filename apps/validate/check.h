@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "apps/validate/instance.h"
+#include "apps/validate/raw_effect.h"
 #include "apps/validate/report.h"
 
 #include <cstdint>

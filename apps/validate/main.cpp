@@ -3,7 +3,7 @@
 // See docs/validation.md.
 #include "apps/validate/check_process.h"
 #include "apps/validate/child.h"
-#include "apps/validate/surroundings.h"
+#include "apps/validate/environment.h"
 #include "base/path.h"
 
 #include <CLI/App.hpp>

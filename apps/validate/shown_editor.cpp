@@ -8,7 +8,7 @@
 
 namespace vocafade::validate {
 
-ShownEditor::ShownEditor(Instance& effect) : effect_(effect) {
+ShownEditor::ShownEditor(RawEffect& effect) : effect_(effect) {
     ERect* rect = nullptr;
     effect.Ask(effEditGetRect, 0, 0, static_cast<void*>(&rect));
     hadSize_ = rect != nullptr && rect->right > rect->left && rect->bottom > rect->top;

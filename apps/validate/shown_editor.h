@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "apps/validate/instance.h"
+#include "apps/validate/raw_effect.h"
 #include "host/parent_window.h"
 
 #include <memory>
@@ -12,7 +12,7 @@ namespace vocafade::validate {
 class ShownEditor {
   public:
     /// Throws `Hopeless` when the display has gone away.
-    explicit ShownEditor(Instance& effect);
+    explicit ShownEditor(RawEffect& effect);
     ~ShownEditor();
     ShownEditor(const ShownEditor&) = delete;
     ShownEditor& operator=(const ShownEditor&) = delete;
@@ -34,7 +34,7 @@ class ShownEditor {
     /// What a host's event loop does, until nothing is left.
     void HandleEvents();
 
-    Instance& effect_;
+    RawEffect& effect_;
     int width_ = 0;
     int height_ = 0;
     bool hadSize_ = false;

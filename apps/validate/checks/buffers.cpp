@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "apps/validate/check.h"
 #include "apps/validate/guarded_memory.h"
-#include "apps/validate/player.h"
+#include "apps/validate/noise_player.h"
 
 #include <algorithm>
 #include <cstring>
@@ -16,7 +16,7 @@ using Pointers = std::vector<float*>;
 
 /// What the effect makes of noise in these buffers; the same noise at every call.
 Sound SoundFrom(Subject& subject, const Pointers& inputs, const Pointers& outputs) {
-    Instance effect(subject.Object());
+    RawEffect effect(subject.Object());
     effect.Start(48000.0, kFrames);
     std::mt19937 random(subject.seed());
     std::uniform_real_distribution<float> sample(-0.5f, 0.5f);
@@ -45,7 +45,7 @@ struct Buffers {
         return pointers;
     }
 
-    Instance effect; ///< asked for its channels alone
+    RawEffect effect; ///< asked for its channels alone
     Channels<float> in;
     Channels<float> out;
 };
@@ -63,7 +63,7 @@ Sound Plain(Subject& subject, Report& report) {
 void InPlace(Subject& subject, Report& report) {
     const Sound plain = Plain(subject, report);
     report.Trying("processing in place");
-    Instance effect(subject.Object());
+    RawEffect effect(subject.Object());
     Channels<float> both(std::max(effect->numInputs, effect->numOutputs), kFrames);
     Pointers inputs = Buffers::Of(both);
     Pointers outputs = inputs;
@@ -94,7 +94,7 @@ void GuardPages(Subject& subject, Report& report) {
         for (const std::int32_t block : {1, 3, 64, 341, 1000, 1024, 4097}) {
             report.Trying("blocks of {} with a guard page right {} every buffer", block,
                           against == Against::end ? "behind" : "in front of");
-            Instance effect(subject.Object());
+            RawEffect effect(subject.Object());
             effect.Start(48000.0, block);
             GuardedChannels<float> in(effect->numInputs, block, against, "input");
             GuardedChannels<float> out(effect->numOutputs, block, against, "output");

@@ -34,7 +34,7 @@ constexpr TextRequest kParameterTexts[] = {
 
 class TextChecker {
   public:
-    TextChecker(Instance& effect, Report& report) : effect_(effect), report_(report) {}
+    TextChecker(RawEffect& effect, Report& report) : effect_(effect), report_(report) {}
 
     void Ask(const TextRequest& request, std::int32_t index) {
         report_.Trying("asking for the {} (index {}) in {} bytes", request.what, index, kRoom);
@@ -63,14 +63,14 @@ class TextChecker {
     }
 
   private:
-    Instance& effect_;
+    RawEffect& effect_;
     Report& report_;
     int overlong_ = 0;
 };
 
 void Descriptor(Subject& subject, Report& report) {
     report.Trying("making an effect");
-    Instance effect(subject.Object());
+    RawEffect effect(subject.Object());
     report.Trying("opening it");
     effect.Open();
     if (effect->uniqueID == 0) report.Remark("it has no unique identifier");
@@ -99,7 +99,7 @@ const Check kDescriptor{"descriptor", 1, 10, kPlain, "it loads, and its record m
 
 /// Asks for a record right in front of a guard page; null when the effect has none.
 template <typename Record>
-const Record* AskForRecord(Instance& effect, std::int32_t opcode, std::int32_t index,
+const Record* AskForRecord(RawEffect& effect, std::int32_t opcode, std::int32_t index,
                            const GuardedMemory& memory) {
     std::memset(memory.data(), 0, sizeof(Record));
     return effect.Ask(opcode, index, 0, memory.data()) != 0 ? memory.as<Record>() : nullptr;
@@ -111,7 +111,7 @@ bool IsTerminated(const char (&text)[Size]) {
 }
 
 void Texts(Subject& subject, Report& report) {
-    Instance effect(subject.Object());
+    RawEffect effect(subject.Object());
     effect.Open();
     TextChecker texts(effect, report);
     for (const TextRequest& request : kEffectTexts)

@@ -10,7 +10,7 @@ namespace vocafade::validate {
 namespace {
 
 /// Opens and closes it once.
-void ShowOnce(Instance& effect, Report& report, int round) {
+void ShowOnce(RawEffect& effect, Report& report, int round) {
     report.Trying("opening the editor, round {}", round);
     std::optional<ShownEditor> editor(std::in_place, effect);
     if (!editor->hadSize()) report.Remark("the editor has no size before it is open");
@@ -33,7 +33,7 @@ void ShowOnce(Instance& effect, Report& report, int round) {
 }
 
 void Editor(Subject& subject, Report& report) {
-    Instance effect(subject.Object());
+    RawEffect effect(subject.Object());
     effect.Start(48000.0, kBlock);
     // One window stands all the while, because a display without any may start anew.
     const auto anchor = host::ParentWindow::Make(10, 10);
@@ -45,7 +45,7 @@ void Editor(Subject& subject, Report& report) {
         },
         report);
     report.Trying("closing the effect with its editor open");
-    Instance careless(subject.Object());
+    RawEffect careless(subject.Object());
     careless.Open();
     ShownEditor editor(careless);
     editor.Idle(2);
@@ -55,7 +55,7 @@ const Check kEditor{
     "editor", 7, 60, kNeedsEditor | kSeveralThreads, "the editor opens and closes over and over", Editor};
 
 void EditorWhileAudio(Subject& subject, Report& report) {
-    Instance effect(subject.Object());
+    RawEffect effect(subject.Object());
     effect.Start(48000.0, kBlock);
     const std::vector<std::int32_t> settable = effect.Settable();
     const auto anchor = host::ParentWindow::Make(10, 10);

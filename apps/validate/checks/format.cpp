@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "apps/validate/check.h"
-#include "apps/validate/player.h"
+#include "apps/validate/noise_player.h"
 
 #include <algorithm>
 
@@ -12,7 +12,7 @@ constexpr double kAbsurdLevel = 1e6;
 
 /// Runs `samples` of noise through, in blocks of `block`; answers the loudest that came out.
 template <typename Sample>
-double Run(Player<Sample>& player, std::int64_t samples, std::int32_t block, Report& report,
+double Run(NoisePlayer<Sample>& player, std::int64_t samples, std::int32_t block, Report& report,
            const std::string& situation) {
     player.Fill(Sample(0.5));
     double loudest = 0.0;
@@ -35,14 +35,14 @@ template <typename Work>
 void InEachPrecision(Subject& subject, Work work) {
     work(0.0f, "single");
     const bool doubles = [&] {
-        Instance probe(subject.Object());
+        RawEffect probe(subject.Object());
         return subject.CallsDoubles(*probe);
     }();
     if (doubles) work(0.0, "double");
 }
 
 template <typename Sample>
-void SwitchOn(Instance& effect, double rate, std::int32_t block) {
+void SwitchOn(RawEffect& effect, double rate, std::int32_t block) {
     effect.Configure(rate, block);
     effect.Ask(effSetProcessPrecision, 0, sizeof(Sample) == 8 ? 1 : 0);
     effect.On();
@@ -51,10 +51,10 @@ void SwitchOn(Instance& effect, double rate, std::int32_t block) {
 void FiniteSound(Subject& subject, Report& report) {
     InEachPrecision(subject, [&](auto zero, const char* precision) {
         using Sample = decltype(zero);
-        Instance effect(subject.Object());
+        RawEffect effect(subject.Object());
         effect.Open();
         SwitchOn<Sample>(effect, 48000.0, kBlock);
-        Player<Sample> player(effect, kBlock, subject.seed());
+        NoisePlayer<Sample> player(effect, kBlock, subject.seed());
         report.Trying("two seconds of noise at 48 kHz in {} precision", precision);
         const double loudest = Run(player, 96000, kBlock, report, "noise at 48 kHz");
         if (effect->numInputs > 0 && effect->numOutputs > 0 && loudest == 0.0)
@@ -80,19 +80,19 @@ void Rates(Subject& subject, Report& report) {
                                   96000.0, 176400.0, 192000.0, 384000.0}) {
             for (const std::int32_t block : {64, 1000}) {
                 report.Trying("{:g} Hz, blocks of {}, {} precision", rate, block, precision);
-                Instance effect(subject.Object());
+                RawEffect effect(subject.Object());
                 effect.Open();
                 SwitchOn<Sample>(effect, rate, block);
-                Player<Sample> player(effect, block, subject.seed());
+                NoisePlayer<Sample> player(effect, block, subject.seed());
                 Run(player, static_cast<std::int64_t>(rate / 4.0), block, report,
                     fmt::format("{:g} Hz", rate));
                 effect.Off();
             }
         }
         // The same instance through several, as a host does that follows the sound card.
-        Instance effect(subject.Object());
+        RawEffect effect(subject.Object());
         effect.Open();
-        Player<Sample> player(effect, 256, subject.seed());
+        NoisePlayer<Sample> player(effect, 256, subject.seed());
         for (const double rate : {44100.0, 384000.0, 8000.0, 48000.0, 192000.0, 44100.0}) {
             report.Trying("changing one instance to {:g} Hz", rate);
             SwitchOn<Sample>(effect, rate, 256);
@@ -108,18 +108,18 @@ void Blocks(Subject& subject, Report& report) {
         using Sample = decltype(zero);
         for (const std::int32_t block : {1, 2, 3, 7, 15, 32, 100, 341, 441, 1024, 2048, 4096, 16384, 65536}) {
             report.Trying("blocks of {}, {} precision", block, precision);
-            Instance effect(subject.Object());
+            RawEffect effect(subject.Object());
             effect.Open();
             SwitchOn<Sample>(effect, 48000.0, block);
-            Player<Sample> player(effect, block, subject.seed());
+            NoisePlayer<Sample> player(effect, block, subject.seed());
             Run(player, std::min(24000, block * 2000), block, report, fmt::format("blocks of {}", block));
             effect.Off();
         }
         constexpr std::int32_t kMost = 4096;
-        Instance effect(subject.Object());
+        RawEffect effect(subject.Object());
         effect.Open();
         SwitchOn<Sample>(effect, 48000.0, kMost);
-        Player<Sample> player(effect, kMost, subject.seed());
+        NoisePlayer<Sample> player(effect, kMost, subject.seed());
         std::mt19937 random(subject.seed());
         std::uniform_int_distribution<std::int32_t> length(0, kMost);
         for (int i = 0; i < 200; ++i) { // hosts cut their blocks wherever automation has a point

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "apps/validate/check.h"
-#include "apps/validate/player.h"
+#include "apps/validate/noise_player.h"
 
 #include <algorithm>
 #include <numeric>
@@ -12,23 +12,23 @@ void Life(Subject& subject, Report& report) {
     const host::SharedObject& object = subject.Object();
     for (int i = 0; i < 100; ++i) {
         report.Trying("making and closing, round {}", i);
-        Instance effect(object);
+        RawEffect effect(object);
         effect.Close();
     }
     for (int i = 0; i < 100; ++i) {
         report.Trying("making, opening and closing, round {}", i);
-        Instance effect(object);
+        RawEffect effect(object);
         effect.Open();
         effect.Close();
     }
     for (int i = 0; i < 10; ++i) {
         report.Trying("closing while switched on, round {}", i);
-        Instance effect(object);
+        RawEffect effect(object);
         effect.Start(48000.0, kBlock);
         PlayFinite(effect, report, "a short life");
         effect.Close();
     }
-    Instance effect(object);
+    RawEffect effect(object);
     effect.Open();
     for (int i = 0; i < 50; ++i) {
         report.Trying("switching off, setting rate and block, switching on, round {}", i);
@@ -50,46 +50,46 @@ void OddLife(Subject& subject, Report& report) {
     const host::SharedObject& object = subject.Object();
     const auto alone = [&](const char* what, auto work) {
         report.Trying("{}", what);
-        Instance effect(object);
+        RawEffect effect(object);
         work(effect);
     };
-    alone("switching on twice, off twice", [&](Instance& effect) {
+    alone("switching on twice, off twice", [&](RawEffect& effect) {
         effect.Start(48000.0, kBlock);
         effect.On();
         PlayFinite(effect, report, "switched on twice");
         effect.Off();
         effect.Off();
     });
-    alone("switching off what was never on", [&](Instance& effect) {
+    alone("switching off what was never on", [&](RawEffect& effect) {
         effect.Open();
         effect.Off();
         effect.Start(48000.0, kBlock);
         PlayFinite(effect, report, "switched off before it was on");
     });
-    alone("opening twice", [&](Instance& effect) {
+    alone("opening twice", [&](RawEffect& effect) {
         effect.Open();
         effect.Start(48000.0, kBlock);
         PlayFinite(effect, report, "opened twice");
     });
-    alone("setting the rate before opening", [&](Instance& effect) {
+    alone("setting the rate before opening", [&](RawEffect& effect) {
         effect.Configure(96000.0, kBlock);
         effect.Open();
         effect.On();
         PlayFinite(effect, report, "given its rate before it was opened");
     });
-    alone("switching on without a rate and a block", [&](Instance& effect) {
+    alone("switching on without a rate and a block", [&](RawEffect& effect) {
         effect.Open();
         effect.On();
         PlayFinite(effect, report, "without a rate");
     });
-    alone("changing rate and block while switched on", [&](Instance& effect) {
+    alone("changing rate and block while switched on", [&](RawEffect& effect) {
         effect.Start(48000.0, kBlock);
         for (int i = 0; i < 40; ++i) {
             effect.Configure(i % 2 == 0 ? 96000.0 : 22050.0, kBlock << (i % 5));
             PlayFinite(effect, report, "reconfigured while on", 3);
         }
     });
-    alone("asking for everything before opening", [&](Instance& effect) {
+    alone("asking for everything before opening", [&](RawEffect& effect) {
         for (std::int32_t i = 0; i < effect->numParams; ++i) {
             effect.parameter(i);
             effect.Text(effGetParamName, i);
@@ -99,7 +99,7 @@ void OddLife(Subject& subject, Report& report) {
         effect.Text(effGetProgramName);
         effect.Ask(effGetProgram);
     });
-    alone("processing while switched off", [&](Instance& effect) {
+    alone("processing while switched off", [&](RawEffect& effect) {
         effect.Open();
         effect.Configure(48000.0, kBlock);
         PlayFinite(effect, report, "never switched on");
@@ -109,7 +109,7 @@ void OddLife(Subject& subject, Report& report) {
         effect.On();
         PlayFinite(effect, report, "switched on after it ran while off");
     });
-    alone("stopping and starting the process without switching", [&](Instance& effect) {
+    alone("stopping and starting the process without switching", [&](RawEffect& effect) {
         effect.Start(48000.0, kBlock);
         for (int i = 0; i < 10; ++i) {
             effect.Ask(effStopProcess);
@@ -123,17 +123,17 @@ const Check kOddLife{"odd-life", 9, 60, kPlain, "opened, switched and closed in 
 
 void Instances(Subject& subject, Report& report) {
     constexpr std::size_t kCount = 32;
-    std::vector<std::unique_ptr<Instance>> effects;
+    std::vector<std::unique_ptr<RawEffect>> effects;
     for (std::size_t i = 0; i < kCount; ++i) {
         report.Trying("making {} instances at once, number {}", kCount, i + 1);
-        effects.push_back(std::make_unique<Instance>(subject.Object()));
+        effects.push_back(std::make_unique<RawEffect>(subject.Object()));
         effects.back()->Start(48000.0, kBlock);
     }
     bool differ = false;
-    std::vector<std::unique_ptr<Player<float>>> players;
+    std::vector<std::unique_ptr<NoisePlayer<float>>> players;
     players.reserve(kCount);
     for (const auto& effect : effects)
-        players.push_back(std::make_unique<Player<float>>(*effect, kBlock, subject.seed()));
+        players.push_back(std::make_unique<NoisePlayer<float>>(*effect, kBlock, subject.seed()));
     for (int block = 0; block < 40; ++block) {
         report.Trying("processing with {} instances in turns, block {}", kCount, block);
         for (const auto& player : players) {

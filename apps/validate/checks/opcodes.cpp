@@ -54,7 +54,7 @@ bool TakesNoPointer(std::int32_t opcode) {
 
 class Asker {
   public:
-    Asker(Instance& effect, Report& report)
+    Asker(RawEffect& effect, Report& report)
         : effect_(effect), report_(report),
           room_(kAnswerRoom, GuardedMemory::Against::end, "the request's buffer"),
           arrangement_(sizeof(Arrangement), GuardedMemory::Against::end, "the speakers' arrangement") {}
@@ -87,7 +87,7 @@ class Asker {
         }
     }
 
-    Instance& effect_;
+    RawEffect& effect_;
     Report& report_;
     GuardedMemory room_;
     GuardedMemory arrangement_;
@@ -97,7 +97,7 @@ void Opcodes(Subject& subject, Report& report) {
     constexpr std::int32_t kHighest = std::numeric_limits<std::int32_t>::max();
     constexpr std::int32_t kLowest = std::numeric_limits<std::int32_t>::min();
     for (const bool running : {false, true}) {
-        Instance effect(subject.Object());
+        RawEffect effect(subject.Object());
         effect.Open();
         Asker asker(effect, report);
         for (std::int32_t opcode = -2; opcode < 130; ++opcode) {

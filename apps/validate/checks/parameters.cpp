@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "apps/validate/check.h"
-#include "apps/validate/player.h"
+#include "apps/validate/noise_player.h"
 
 #include <cmath>
 #include <limits>
@@ -11,7 +11,7 @@ namespace {
 constexpr int kOneSecond = 94; // blocks at 48 kHz
 
 void Parameters(Subject& subject, Report& report) {
-    Instance effect(subject.Object());
+    RawEffect effect(subject.Object());
     effect.Start(48000.0, kBlock);
     for (std::int32_t i = 0; i < effect->numParams; ++i) {
         const float preset = effect.parameter(i);
@@ -51,9 +51,9 @@ const Check kParameters{"parameters", 2, 30, kPlain, "every value of every param
                         Parameters};
 
 void ParameterExtremes(Subject& subject, Report& report) {
-    Instance effect(subject.Object());
+    RawEffect effect(subject.Object());
     effect.Start(48000.0, kBlock);
-    Player<float> player(effect, kBlock, subject.seed());
+    NoisePlayer<float> player(effect, kBlock, subject.seed());
     using Limits = std::numeric_limits<float>;
     for (const float value : {-1.0f, -1e-30f, 1.0000001f, 2.0f, 1e10f, -1e38f, Limits::infinity(),
                               -Limits::infinity(), Limits::quiet_NaN(), Limits::denorm_min()}) {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "apps/validate/check.h"
-#include "apps/validate/player.h"
+#include "apps/validate/noise_player.h"
 #include "apps/validate/process_state.h"
 #include "apps/validate/process_traits.h"
 #include "apps/validate/shown_editor.h"
@@ -18,9 +18,9 @@ namespace {
 /// True when its editor drew through the graphics driver.
 bool LoadUseAndUnload(const std::filesystem::path& path, bool editor) {
     const host::SharedObject object(path);
-    Instance effect(object);
+    RawEffect effect(object);
     effect.Start(48000.0, kBlock);
-    std::thread audio([&] { Player<float>(effect, kBlock, 1).Play(10); });
+    std::thread audio([&] { NoisePlayer<float>(effect, kBlock, 1).Play(10); });
     audio.join();
     for (std::int32_t i = 0; i < effect->numParams; ++i)
         effect.Text(effGetParamName, i);
@@ -89,7 +89,7 @@ void UnchangedProcess(Subject& subject, Report& report) {
         report.Trying("using it and watching the process");
         const host::SharedObject object(subject.path());
         Compare(before, "after it was loaded", report);
-        Instance effect(object);
+        RawEffect effect(object);
         effect.Start(48000.0, kBlock);
         Compare(before, "after it was opened", report);
         PlayFinite(effect, report, "while the process is watched");

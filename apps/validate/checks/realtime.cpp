@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "apps/validate/audio_watch.h"
 #include "apps/validate/check.h"
-#include "apps/validate/player.h"
+#include "apps/validate/noise_player.h"
 #include "apps/validate/thread_clock.h"
 
 #include <algorithm>
@@ -24,9 +24,9 @@ void Tell(const AudioWatch::Counts& counts, Report& report, const char* situatio
 }
 
 template <typename Sample>
-void Watch(Instance& effect, Subject& subject, Report& report, const char* precision) {
+void Watch(RawEffect& effect, Subject& subject, Report& report, const char* precision) {
     constexpr std::int32_t kMost = 4096;
-    Player<Sample> player(effect, kMost, subject.seed());
+    NoisePlayer<Sample> player(effect, kMost, subject.seed());
     std::mt19937 random(subject.seed());
     AudioWatch::Counts first;
     AudioWatch::Counts later;
@@ -56,7 +56,7 @@ void Watch(Instance& effect, Subject& subject, Report& report, const char* preci
 }
 
 void AudioThread(Subject& subject, Report& report) {
-    Instance effect(subject.Object());
+    RawEffect effect(subject.Object());
     effect.Start(48000.0, 4096);
     Watch<float>(effect, subject, report, "single");
     effect.Off();
@@ -76,7 +76,7 @@ struct BlockTimes {
 };
 
 /// Plays three seconds of sound, or until it is clear that this takes three times as long.
-BlockTimes Measure(Player<float>& player, double duration) {
+BlockTimes Measure(NoisePlayer<float>& player, double duration) {
     constexpr int kBlocksATime = kThreadTick == 0.0 ? 1 : 16;
     std::vector<double> times;
     times.reserve(static_cast<std::size_t>(3.0 / duration) + 1);
@@ -99,9 +99,9 @@ BlockTimes Measure(Player<float>& player, double duration) {
 void Timing(Subject& subject, Report& report) {
     for (const double rate : {48000.0, 96000.0}) {
         for (const std::int32_t block : {32, 256, 1024}) {
-            Instance effect(subject.Object());
+            RawEffect effect(subject.Object());
             effect.Start(rate, block);
-            Player<float> player(effect, block, subject.seed());
+            NoisePlayer<float> player(effect, block, subject.seed());
             report.Trying("measuring blocks of {} at {:g} Hz", block, rate);
             player.Play(); // the first block may make things ready
             const double duration = block / rate;

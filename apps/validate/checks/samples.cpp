@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "apps/validate/check.h"
-#include "apps/validate/player.h"
+#include "apps/validate/noise_player.h"
 #include "apps/validate/thread_clock.h"
 
 #include <limits>
@@ -29,9 +29,9 @@ constexpr Burst kBursts[] = {
 void HostileSamples(Subject& subject, Report& report) {
     for (const Burst& burst : kBursts) {
         for (const char* where : {"one sample", "whole blocks"}) {
-            Instance effect(subject.Object());
+            RawEffect effect(subject.Object());
             effect.Start(48000.0, kBlock);
-            Player<float> player(effect, kBlock, subject.seed(), 0.25f);
+            NoisePlayer<float> player(effect, kBlock, subject.seed(), 0.25f);
             player.Play(10);
             report.Trying("feeding {} ({})", burst.name, where);
             const bool single = where == std::string_view("one sample");
@@ -55,7 +55,7 @@ const Check kHostileSamples{
     HostileSamples};
 
 /// For 200 blocks; of as many times 200 as the clock needs.
-double SecondsFor(Player<float>& player) {
+double SecondsFor(NoisePlayer<float>& player) {
     const double begin = ThreadSeconds();
     for (int times = 1;; ++times) {
         player.Play(200);
@@ -65,9 +65,9 @@ double SecondsFor(Player<float>& player) {
 }
 
 void Denormals(Subject& subject, Report& report) {
-    Instance effect(subject.Object());
+    RawEffect effect(subject.Object());
     effect.Start(48000.0, kBlock);
-    Player<float> player(effect, kBlock, subject.seed());
+    NoisePlayer<float> player(effect, kBlock, subject.seed());
     report.Trying("measuring its time with noise");
     SecondsFor(player);
     const double usual = SecondsFor(player);

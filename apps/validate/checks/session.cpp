@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "apps/validate/check.h"
-#include "apps/validate/player.h"
+#include "apps/validate/noise_player.h"
 
 #include <array>
 
@@ -46,7 +46,7 @@ class Session {
     }
 
     void Renew() {
-        effect_ = std::make_unique<Instance>(subject_.Object());
+        effect_ = std::make_unique<RawEffect>(subject_.Object());
         block_ = kBlock;
         effect_->Start(48000.0, block_);
     }
@@ -115,7 +115,7 @@ class Session {
     Report& report_;
     std::mt19937 random_;
     int number_ = 0;
-    std::unique_ptr<Instance> effect_;
+    std::unique_ptr<RawEffect> effect_;
     std::int32_t block_ = kBlock;
     std::vector<char> saved_;
     bool savedProgram_ = false;

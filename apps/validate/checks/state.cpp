@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "apps/validate/check.h"
-#include "apps/validate/player.h"
+#include "apps/validate/noise_player.h"
 
 #include <algorithm>
 #include <array>
@@ -42,7 +42,7 @@ std::vector<char> Damaged(const std::vector<char>& good, int round, std::mt19937
 }
 
 void Programs(Subject& subject, Report& report) {
-    Instance effect(subject.Object());
+    RawEffect effect(subject.Object());
     effect.Start(48000.0, kBlock);
     for (std::int32_t i = 0; i < effect->numPrograms; ++i) {
         report.Trying("selecting program {}", i);
@@ -72,7 +72,7 @@ void Programs(Subject& subject, Report& report) {
 const Check kPrograms{"programs", 2, 30, kPlain, "every program can be selected, named and used", Programs};
 
 void State(Subject& subject, Report& report) {
-    Instance first(subject.Object());
+    RawEffect first(subject.Object());
     first.Open();
     std::mt19937 random(subject.seed());
     std::uniform_real_distribution<float> value(0.0f, 1.0f);
@@ -86,7 +86,7 @@ void State(Subject& subject, Report& report) {
             report.Trying("saving a {}", NameOf(programOnly));
             const std::vector<char> state = first.SaveState(programOnly);
             if (state.empty()) throw Hopeless(fmt::format("the saved {} is empty", NameOf(programOnly)));
-            Instance second(subject.Object());
+            RawEffect second(subject.Object());
             second.Open();
             report.Trying("restoring a {} of {} bytes", NameOf(programOnly), state.size());
             second.RestoreState(state, programOnly);
@@ -108,7 +108,7 @@ void State(Subject& subject, Report& report) {
 const Check kState{"state", 3, 30, kNeedsState, "what one instance saves, another one restores", State};
 
 void DamagedState(Subject& subject, Report& report) {
-    Instance effect(subject.Object());
+    RawEffect effect(subject.Object());
     effect.Start(48000.0, kBlock);
     const std::vector<char> bank = effect.SaveState(false);
     const std::vector<char> program = effect.SaveState(true);

@@ -11,9 +11,9 @@ void Threads(Subject& subject, Report& report) {
     constexpr std::size_t kCount = 8;
     for (int round = 0; round < 3; ++round) {
         report.Trying("{} instances on a thread each, round {}", kCount, round);
-        std::vector<std::unique_ptr<Instance>> effects;
+        std::vector<std::unique_ptr<RawEffect>> effects;
         for (std::size_t i = 0; i < kCount; ++i) {
-            effects.push_back(std::make_unique<Instance>(subject.Object()));
+            effects.push_back(std::make_unique<RawEffect>(subject.Object()));
             effects.back()->Start(i % 2 == 0 ? 44100.0 : 96000.0, kBlock);
         }
         std::vector<std::unique_ptr<AudioRunner>> runners;
@@ -23,7 +23,7 @@ void Threads(Subject& subject, Report& report) {
         runners.back()->LetPass(100);
         for (int i = 0; i < 10; ++i) {
             report.Trying("another instance comes and goes while {} play, round {}", kCount, round);
-            Instance passing(subject.Object());
+            RawEffect passing(subject.Object());
             passing.Start(48000.0, kBlock);
             runners.front()->LetPass(5);
         }
@@ -37,7 +37,7 @@ const Check kThreads{"threads", 7, 60, kSeveralThreads, "many instances on many 
 
 void CallsWhileAudio(Subject& subject, Report& report) {
     constexpr int kRounds = 150;
-    Instance effect(subject.Object());
+    RawEffect effect(subject.Object());
     effect.Start(48000.0, kBlock);
     AudioRunner audio(effect, kBlock, subject.seed());
     std::mt19937 random(subject.seed());

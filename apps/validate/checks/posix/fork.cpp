@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "apps/validate/check.h"
-#include "apps/validate/player.h"
+#include "apps/validate/noise_player.h"
 
 #include <cerrno>
 #include <csignal>
@@ -11,7 +11,7 @@ namespace vocafade::validate {
 namespace {
 
 void Fork(Subject& subject, Report& report) {
-    Instance effect(subject.Object());
+    RawEffect effect(subject.Object());
     effect.Start(48000.0, kBlock);
     PlayFinite(effect, report, "before a fork");
     for (const bool uses : {false, true}) {
@@ -20,7 +20,7 @@ void Fork(Subject& subject, Report& report) {
         if (child == 0) {
             ::alarm(20); // a lock that nobody in the child holds would otherwise be waited for forever
             if (uses) {
-                Player<float>(effect, kBlock, 1).Play(30);
+                NoisePlayer<float>(effect, kBlock, 1).Play(30);
                 effect.Text(effGetEffectName);
                 effect.Close();
             }

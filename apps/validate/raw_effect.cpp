@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "apps/validate/instance.h"
+#include "apps/validate/raw_effect.h"
 
 #include "apps/validate/guarded_memory.h"
 #include "apps/validate/report.h"
@@ -36,7 +36,7 @@ const char* WhatIsWrong(const AEffect* effect) {
 
 } // namespace
 
-Instance::Instance(const host::SharedObject& object)
+RawEffect::RawEffect(const host::SharedObject& object)
     : context_(std::make_unique<host::HostContext>(object.folder(), kFirstRate, kFirstBlock, nullptr)) {
     const host::HostContext::Constructing scope(*context_);
     AEffect* effect = object.entry()(&host::HostContext::Callback);
@@ -45,26 +45,26 @@ Instance::Instance(const host::SharedObject& object)
     context_->Attach(effect_);
 }
 
-Instance::~Instance() { Close(); }
+RawEffect::~RawEffect() { Close(); }
 
-VstIntPtr Instance::Ask(std::int32_t opcode, std::int32_t index, VstIntPtr value, void* ptr, float opt) {
+VstIntPtr RawEffect::Ask(std::int32_t opcode, std::int32_t index, VstIntPtr value, void* ptr, float opt) {
     return effect_->dispatcher(effect_, opcode, index, value, ptr, opt);
 }
 
-std::string Instance::Text(std::int32_t opcode, std::int32_t index) {
+std::string RawEffect::Text(std::int32_t opcode, std::int32_t index) {
     std::array<char, 1024> text{};
     Ask(opcode, index, 0, text.data());
     return {text.data(), ::strnlen(text.data(), text.size() - 1)};
 }
 
-std::vector<std::int32_t> Instance::Settable() {
+std::vector<std::int32_t> RawEffect::Settable() {
     std::vector<std::int32_t> parameters;
     for (std::int32_t i = 0; i < effect_->numParams; ++i)
         if (Ask(effCanBeAutomated, i) != 0) parameters.push_back(i);
     return parameters;
 }
 
-std::vector<char> Instance::SaveState(bool programOnly) {
+std::vector<char> RawEffect::SaveState(bool programOnly) {
     void* data = nullptr;
     const VstIntPtr size = Ask(effGetChunk, programOnly ? 1 : 0, 0, static_cast<void*>(&data));
     if (size < 0 || size > kMostStateBytes)
@@ -75,49 +75,49 @@ std::vector<char> Instance::SaveState(bool programOnly) {
     return {bytes, bytes + size};
 }
 
-void Instance::RestoreState(const std::vector<char>& state, bool programOnly) {
+void RawEffect::RestoreState(const std::vector<char>& state, bool programOnly) {
     const GuardedMemory memory(state.size(), GuardedMemory::Against::end, "the saved state");
     std::copy(state.begin(), state.end(), memory.as<char>());
     Ask(effSetChunk, programOnly ? 1 : 0, static_cast<VstIntPtr>(state.size()), memory.data());
 }
 
-void Instance::Close() {
+void RawEffect::Close() {
     if (AEffect* effect = std::exchange(effect_, nullptr))
         effect->dispatcher(effect, effClose, 0, 0, nullptr, 0.0f);
 }
 
-void Instance::Configure(double rate, std::int32_t block) {
+void RawEffect::Configure(double rate, std::int32_t block) {
     context_->setSampleRate(rate);
     context_->setBlockSize(block);
     Ask(effSetSampleRate, 0, 0, nullptr, static_cast<float>(rate));
     Ask(effSetBlockSize, 0, block);
 }
 
-void Instance::On() {
+void RawEffect::On() {
     context_->setPlaying(true);
     Ask(effMainsChanged, 0, 1);
     Ask(effStartProcess);
 }
 
-void Instance::Off() {
+void RawEffect::Off() {
     Ask(effStopProcess);
     Ask(effMainsChanged, 0, 0);
     context_->setPlaying(false);
 }
 
-void Instance::Start(double rate, std::int32_t block) {
+void RawEffect::Start(double rate, std::int32_t block) {
     Open();
     Configure(rate, block);
     On();
 }
 
-void Instance::Process(float** inputs, float** outputs, std::int32_t frames) {
+void RawEffect::Process(float** inputs, float** outputs, std::int32_t frames) {
     const host::HostContext::Processing scope;
     effect_->processReplacing(effect_, inputs, outputs, frames);
     context_->Advance(frames);
 }
 
-void Instance::Process(double** inputs, double** outputs, std::int32_t frames) {
+void RawEffect::Process(double** inputs, double** outputs, std::int32_t frames) {
     const host::HostContext::Processing scope;
     effect_->processDoubleReplacing(effect_, inputs, outputs, frames);
     context_->Advance(frames);

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "apps/validate/channels.h"
-#include "apps/validate/instance.h"
+#include "apps/validate/raw_effect.h"
 #include "apps/validate/report.h"
 
 #include <string_view>
@@ -11,10 +11,10 @@ namespace vocafade::validate {
 
 /// Noise for one effect, and what it makes of it.
 template <typename Sample>
-class Player {
+class NoisePlayer {
   public:
     /// `frames`: of the largest block.
-    Player(Instance& effect, std::int32_t frames, std::uint32_t seed, Sample amplitude = Sample(0.5))
+    NoisePlayer(RawEffect& effect, std::int32_t frames, std::uint32_t seed, Sample amplitude = Sample(0.5))
         : effect_(effect), frames_(frames), in_(effect->numInputs, frames), out_(effect->numOutputs, frames),
           random_(seed) {
         Fill(amplitude);
@@ -35,7 +35,7 @@ class Player {
     Channels<Sample>& out() { return out_; }
 
   private:
-    Instance& effect_;
+    RawEffect& effect_;
     std::int32_t frames_;
     Channels<Sample> in_;
     Channels<Sample> out_;
@@ -46,8 +46,8 @@ class Player {
 inline constexpr std::int32_t kBlock = 512;
 
 /// Plays blocks of noise; a fault, told with the situation, when the last of them has NaN or infinity in it.
-inline void PlayFinite(Instance& effect, Report& report, std::string_view situation, int blocks = 20) {
-    Player<float> player(effect, kBlock, 1);
+inline void PlayFinite(RawEffect& effect, Report& report, std::string_view situation, int blocks = 20) {
+    NoisePlayer<float> player(effect, kBlock, 1);
     player.Play(blocks);
     if (!player.isFinite()) report.Fault("{}: its output is NaN or infinite", situation);
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "apps/validate/surroundings.h"
+#include "apps/validate/environment.h"
 
 #include <cstdlib>
 #include <stdexcept>

@@ -15,14 +15,14 @@ namespace vocafade::validate {
 
 /// One effect. Nothing is called that the check does not call itself, in whatever order, except that it is
 /// closed at the end if it is not yet.
-class Instance {
+class RawEffect {
   public:
     /// [main-thread] Makes the effect and looks at its descriptor. Throws `Hopeless` when it makes no sense.
-    explicit Instance(const host::SharedObject& object);
+    explicit RawEffect(const host::SharedObject& object);
     /// [main-thread] Closes.
-    ~Instance();
-    Instance(const Instance&) = delete;
-    Instance& operator=(const Instance&) = delete;
+    ~RawEffect();
+    RawEffect(const RawEffect&) = delete;
+    RawEffect& operator=(const RawEffect&) = delete;
 
     AEffect& operator*() { return *effect_; }
     AEffect* operator->() { return effect_; }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "apps/validate/surroundings.h"
+#include "apps/validate/environment.h"
 
 #include "base/path.h"
 #include "base/win32/wide_text.h"
