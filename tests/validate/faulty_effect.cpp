@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
-// A small effect that halves the sound, with one fault that VOCAFADE_FAULT picks at compile time (none: it is
-// sound in every way). The validator must find each of them, and nothing in the one without.
+// A small effect that halves the sound, with the one fault that `kFault` names (none: it is sound in every way). The
+// validator must find each of them, and nothing in the one without.
+#include "tests/validate/fault.h"
 #include "vst/audio_effect_x.h"
 #include "vst/opcodes.h"
 
@@ -25,8 +26,7 @@ namespace {
 
 using namespace vocafade;
 
-constexpr std::string_view kFault = VOCAFADE_FAULT;
-constexpr bool Has(std::string_view fault) { return kFault == fault; }
+bool Has(std::string_view fault) { return kFault == fault; }
 
 #if defined(_WIN32)
 constexpr int kSignal = SIGTERM;

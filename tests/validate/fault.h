@@ -1,0 +1,5 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+/// Which fault the effect has.
+extern const char kFault[];
