@@ -7,6 +7,9 @@ set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_CXX_VISIBILITY_PRESET hidden)
 set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+# The headers of the libraries cost more than most sources.
+set(CMAKE_UNITY_BUILD ON CACHE BOOL "Compile several sources as one")
+set(CMAKE_UNITY_BUILD_BATCH_SIZE 10 CACHE STRING "How many at most")
 find_package(Threads REQUIRED)
 
 # Sources that differ between systems stand in folders of these names.

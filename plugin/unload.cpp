@@ -10,6 +10,6 @@ void __freeres();
 namespace {
 
 /// Runs when the host lets go of the shared object, or ends; nothing of ours is being thrown then.
-__attribute__((destructor)) void GiveBack() { __gnu_cxx::__freeres(); }
+__attribute__((destructor)) void GiveBackReserve() { __gnu_cxx::__freeres(); }
 
 } // namespace

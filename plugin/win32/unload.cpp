@@ -20,7 +20,7 @@ DWORD WINAPI TakeNumber() {
 }
 
 /// The last of all that runs when the host lets go of the library.
-__attribute__((destructor(101))) void GiveBack() {
+__attribute__((destructor(101))) void GiveBackNumbers() {
     while (takenCount > 0)
         ::TlsFree(taken[--takenCount]);
 }
