@@ -14,24 +14,44 @@ file(GLOB VOCAFADE_DOCUMENTS CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/docs/*.md"
 install(FILES "${PROJECT_SOURCE_DIR}/README.md" DESTINATION "${CMAKE_INSTALL_DOCDIR}")
 install(FILES ${VOCAFADE_DOCUMENTS} DESTINATION "${CMAKE_INSTALL_DOCDIR}/docs")
 
-# For software centres: what it is, its icon and, where one lies on the web (they load no other), its picture.
+# For software centres: the program with its icon and picture, and the effects as add-ons of hosts. Distributions take the
+# data that stand in share/metainfo, which may name a picture on the web alone. Our package is not of a distribution: it
+# brings the catalogue that one would make of them, whose picture lies in the package.
 set(VOCAFADE_SCREENSHOT_URL "" CACHE STRING "Where the editor's picture, docs/images/editor-panel.png, lies on the web")
-set(VOCAFADE_SCREENSHOTS "")
-if(VOCAFADE_SCREENSHOT_URL)
-  set(VOCAFADE_SCREENSHOTS "
+set(app jp.velmorax.vocafade)
+# To `file`, with the picture at this address, where there is one.
+function(vocafade_metainfo file picture)
+  set(VOCAFADE_SCREENSHOTS "")
+  if(picture)
+    set(VOCAFADE_SCREENSHOTS "
   <screenshots>
     <screenshot type=\"default\">
       <caption>The editor</caption>
-      <image>${VOCAFADE_SCREENSHOT_URL}</image>
+      <image>${picture}</image>
     </screenshot>
   </screenshots>")
+  endif()
+  configure_file("${PROJECT_SOURCE_DIR}/resources/desktop/${app}.metainfo.xml.in" "${file}" @ONLY)
+endfunction()
+vocafade_metainfo("${PROJECT_BINARY_DIR}/${app}.metainfo.xml" "${VOCAFADE_SCREENSHOT_URL}")
+install(FILES "${PROJECT_BINARY_DIR}/${app}.metainfo.xml" "${PROJECT_SOURCE_DIR}/resources/desktop/${app}.plugin.metainfo.xml"
+  DESTINATION "share/metainfo")
+if(NOT VOCAFADE_SCREENSHOT_URL)
+  vocafade_metainfo("${PROJECT_BINARY_DIR}/catalogue.xml" "file:///usr/share/vocafade/editor.png")
+  file(READ "${PROJECT_BINARY_DIR}/catalogue.xml" component)
+  string(REGEX REPLACE "^.*(<component.*</id>)" "\\1\n  <pkgname>vocafade</pkgname>" component "${component}")
+  file(WRITE "${PROJECT_BINARY_DIR}/catalogue.xml" "<?xml version=\"1.0\" encoding=\"UTF-8\"?>
+<components version=\"0.16\" origin=\"vocafade\">
+${component}</components>
+")
+  install(FILES "${PROJECT_BINARY_DIR}/catalogue.xml" RENAME "${app}.xml" DESTINATION "share/swcatalog/xml"
+    COMPONENT debian EXCLUDE_FROM_ALL)
+  install(FILES "${PROJECT_SOURCE_DIR}/docs/images/editor-panel.png" RENAME editor.png DESTINATION "share/vocafade"
+    COMPONENT debian EXCLUDE_FROM_ALL)
 endif()
-configure_file("${PROJECT_SOURCE_DIR}/resources/desktop/jp.velmorax.vocafade.metainfo.xml.in"
-  "${PROJECT_BINARY_DIR}/jp.velmorax.vocafade.metainfo.xml" @ONLY)
-install(FILES "${PROJECT_BINARY_DIR}/jp.velmorax.vocafade.metainfo.xml" DESTINATION "share/metainfo")
-install(FILES "${PROJECT_SOURCE_DIR}/resources/desktop/jp.velmorax.vocafade.svg"
+install(FILES "${PROJECT_SOURCE_DIR}/resources/desktop/${app}.svg"
   DESTINATION "share/icons/hicolor/scalable/apps")
-install(FILES "${PROJECT_SOURCE_DIR}/resources/desktop/jp.velmorax.vocafade.desktop" DESTINATION "share/applications")
+install(FILES "${PROJECT_SOURCE_DIR}/resources/desktop/${app}.desktop" DESTINATION "share/applications")
 install(FILES "${PROJECT_SOURCE_DIR}/lv2/examples/pipewire.conf" DESTINATION "${CMAKE_INSTALL_DOCDIR}/examples")
 
 set(VOCAFADE_MAINTAINER "Vocafade maintainers <maintainers@vocafade.invalid>" CACHE STRING
