@@ -1,15 +1,10 @@
 // SPDX-License-Identifier: MIT
-// A small VST 2.4 effect that halves the sound and writes down what its host does; its texts and chunks break the
-// rules. FAKE_KIND picks what else is wrong with it: 0 nothing, 1 it exports only `main`, 2 it refuses, 3 its
-// descriptor is no descriptor, 4 it throws.
 #include "tests/host/fake_effect.h"
 
-#include "vst/aeffect.h"
 #include "vst/opcodes.h"
 
 #include <cstdlib>
 #include <cstring>
-#include <stdexcept>
 
 namespace {
 
@@ -86,11 +81,9 @@ void AskHost(Fake& self) {
     theLog.answers.emplace_back(folder != 0 ? reinterpret_cast<const char*>(folder) : "no folder");
 }
 
-AEffect* Make(audioMasterCallback host) {
-    static AEffect broken{};
-    if (FAKE_KIND == 2) return nullptr;
-    if (FAKE_KIND == 3) return &broken;
-    if (FAKE_KIND == 4) throw std::runtime_error("no");
+} // namespace
+
+AEffect* vocafade::host::fake::Make(audioMasterCallback host) {
     auto* self = new Fake;
     AEffect& effect = self->effect;
     effect.resvd1 = 0x1234; // not what a host would find good
@@ -114,14 +107,4 @@ AEffect* Make(audioMasterCallback host) {
     return &effect;
 }
 
-} // namespace
-
-extern "C" {
-__attribute__((visibility("default"))) Log* FakeLog() { return &theLog; }
-#if FAKE_KIND == 1
-__attribute__((visibility("default"))) AEffect* OldEntry(audioMasterCallback host) __asm__("main");
-AEffect* OldEntry(audioMasterCallback host) { return Make(host); }
-#else
-__attribute__((visibility("default"))) AEffect* VSTPluginMain(audioMasterCallback host) { return Make(host); }
-#endif
-}
+extern "C" __attribute__((visibility("default"))) Log* FakeLog() { return &theLog; }

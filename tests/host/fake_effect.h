@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "vst/aeffect.h"
+
 #include <cstdint>
 #include <string>
 #include <utility>
@@ -18,6 +20,9 @@ struct Log {
 
 /// Exported by every fake as `FakeLog`. One a shared object.
 using LogFunction = Log* (*)();
+
+/// A small VST 2.4 effect that halves the sound and writes down what its host does; its texts and chunks break the rules.
+AEffect* Make(audioMasterCallback host);
 
 inline constexpr std::int32_t kId = 0x46616B65; // "Fake"
 
