@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "base/float_mode.h"
 #include "base/text_encoding.h"
-#include "tests/faults/open_effect.h"
+#include "tests/support/open_effect.h"
 #include "tests/support/signals.h"
 #include "tests/support/temp_folder.h"
 

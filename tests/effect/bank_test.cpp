@@ -2,7 +2,7 @@
 // The bank file that survives restarts.
 #include "base/file.h"
 #include "persistence/settings_folder.h"
-#include "tests/faults/open_effect.h"
+#include "tests/support/open_effect.h"
 #include "tests/support/temp_folder.h"
 
 namespace vocafade::test {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "tests/faults/open_effect.h"
+#include "tests/support/open_effect.h"
 #include "tests/support/temp_folder.h"
 
 #include <cstring>

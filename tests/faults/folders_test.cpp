@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Settings folders as they should not be: closed, missing, misnamed, made of links. A save then fails
 // in words or succeeds whole; nothing else happens to the effect or its host.
-#include "tests/faults/open_effect.h"
+#include "tests/support/open_effect.h"
 #include "tests/support/temp_folder.h"
 
 #include <sys/stat.h>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What saves that were killed left behind goes with a later save; what somebody still needs does not.
 #include "base/file_replacement.h"
-#include "tests/faults/open_effect.h"
+#include "tests/support/open_effect.h"
 #include "tests/support/temp_folder.h"
 
 #if !defined(_WIN32)

@@ -2,8 +2,8 @@
 // The bank on a disk that takes its time, or that is pulled out in the middle: sound goes on, and the bank is
 // whole. Nothing here is measured in seconds: each call for the file returns only when the audio thread has
 // got on, which it could not if anything that it needs were held meanwhile.
-#include "tests/faults/open_effect.h"
 #include "tests/faults/troubled_disk.h"
+#include "tests/support/open_effect.h"
 #include "tests/support/signals.h"
 #include "tests/support/temp_folder.h"
 

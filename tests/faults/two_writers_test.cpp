@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Several hosts at once, each with the effect, save into the one bank while others open it.
 #include "base/file.h"
-#include "tests/faults/open_effect.h"
+#include "tests/support/open_effect.h"
 #include "tests/support/processes.h"
 #include "tests/support/temp_folder.h"
 
