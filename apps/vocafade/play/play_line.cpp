@@ -39,8 +39,8 @@ std::string Fitting(std::string_view text, std::size_t width) {
 }
 
 std::string LevelText(float peak) {
-    constexpr double kFloor = -60.0;
-    return fmt::format("{:3.0f}", peak > 0.0f ? std::max(kFloor, 20.0 * std::log10(peak)) : kFloor);
+    constexpr double kLowest = -60.0;
+    return fmt::format("{:3.0f}", peak > 0.0f ? std::max(kLowest, 20.0 * std::log10(peak)) : kLowest);
 }
 
 } // namespace
