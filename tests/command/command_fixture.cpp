@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tests/command/command_fixture.h"
 
+#include <cstdlib>
 #include <fcntl.h>
 #include <pty.h>
 #include <sndfile.hh>
@@ -40,7 +41,7 @@ pid_t CommandTest::Start(const Words& arguments, const RunLimits& limits, int te
         list.push_back(const_cast<char*>(argument.c_str()));
     list.push_back(nullptr);
     if (::chdir(folder_.c_str()) == 0) ::execv(list.front(), list.data());
-    ::_exit(127);
+    std::_Exit(127);
 }
 
 RunResult CommandTest::Finish(pid_t process) {
@@ -75,14 +76,14 @@ RunResult CommandTest::Run(const Words& arguments, const RunLimits& limits) {
 
 RunResult CommandTest::Fails(const Words& arguments, int exitCode, const std::string& reason,
                              const RunLimits& limits) {
-    const RunResult run = Run(arguments, limits);
+    RunResult run = Run(arguments, limits);
     EXPECT_EQ(run.exitCode, exitCode) << testing::PrintToString(arguments) << run.err;
     ExpectParts(run.err, {reason});
     return run;
 }
 
 RunResult CommandTest::Succeeds(const Words& arguments, const Words& parts) {
-    const RunResult run = Run(arguments);
+    RunResult run = Run(arguments);
     EXPECT_EQ(run.exitCode, 0) << testing::PrintToString(arguments) << run.err;
     ExpectParts(run.out, parts);
     return run;

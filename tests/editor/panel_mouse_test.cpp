@@ -38,7 +38,7 @@ TEST_F(Panel, FadersFollowTheMouseUntilItIsReleased) {
 
 TEST_F(Panel, ShowsTheEffectAsSoonAsItIsOpen) {
     EXPECT_TRUE(ShowsItsEffect(editor));
-    EXPECT_EQ(editor.Size(), CSize(477, 214));
+    EXPECT_EQ(editor.Size(), (CSize{477, 214}));
     const std::vector<xcb_window_t> children = user.Children(editor.parent);
     ASSERT_EQ(children.size(), 1U);
     EXPECT_EQ(user.BoundsOf(children[0]), (XUser::Bounds{20, 30, 477, 214}));

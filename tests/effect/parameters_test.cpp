@@ -185,10 +185,9 @@ TEST_F(Parameters, EditorHearsOfSwitchesAndProgramsOnceTheyHold) {
     EXPECT_EQ(listener.Take().back(), (Word{0, 0.0f, 0.0f}));
     effect.resume();
     listener.Take();
-    std::vector<Word> all;
+    std::vector<Word> all(kParameterCount + 1, kModified);
     for (std::int32_t i = 0; i < kParameterCount; ++i)
-        all.push_back({i, DefaultNormalizedValue(i), DefaultNormalizedValue(i)});
-    all.push_back(kModified);
+        all[static_cast<std::size_t>(i)] = {i, DefaultNormalizedValue(i), DefaultNormalizedValue(i)};
     effect.setProgram(3);
     EXPECT_EQ(listener.Take(), all);
     host.calls.clear();

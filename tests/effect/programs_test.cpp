@@ -17,7 +17,7 @@ class Programs : public WithSettings {
         return effect.getProgramNameIndexed(0, index, text) ? text : "none";
     }
 
-    void Rename(std::string name) { effect.setProgramName(name.data()); }
+    void Rename(const std::string& name) { effect.setProgramName(std::string(name).data()); }
 
     void SelectAndSet(std::int32_t program, std::int32_t parameter, float value) {
         effect.setProgram(program);
