@@ -3,7 +3,7 @@
 
 #include <cstdint>
 #include <windows.h>
-// Behind it.
+// It needs the types of the one above.
 #include <tlhelp32.h>
 
 namespace vocafade::validate {
