@@ -230,6 +230,14 @@ TEST_F(Menus, PressMoveReleaseChoosesInOneGo) {
     user.Release();
     ASSERT_TRUE(Closed());
     EXPECT_EQ(panel.Count(WM_COMMAND), 1);
+    panel.seen.clear();
+    user.Press();
+    Settle();
+    ASSERT_TRUE(Open());
+    user.Release();
+    Settle();
+    EXPECT_EQ(panel.Count(WM_COMMAND), 0) << "it opened beneath the pointer, which did not move";
+    EXPECT_EQ(panel.Count(kClosed), 0);
 }
 
 TEST_F(Menus, EscapeClosesItWithoutACommand) {
