@@ -32,9 +32,11 @@ void ReportLeftovers(int warm, int rounds, std::string_view what, const std::fun
     };
     tell(after.threads - before.threads, "threads");
     tell(after.threadKeys - before.threadKeys, "thread-local keys");
-    // The system may open some once, at any time; a plug-in that loses some loses them in both halves.
-    tell(std::min(middle.handles - before.handles, after.handles - middle.handles), kHandles,
-         kHandlesOfSystem + rounds / 2 * allowed.handles);
+    // Where the system opens some for itself, at any time, those count that are lost in both halves.
+    const int handles = kHandlesOfSystem == 0
+                            ? after.handles - before.handles
+                            : 2 * std::min(middle.handles - before.handles, after.handles - middle.handles);
+    tell(handles, kHandles, 2 * kHandlesOfSystem + rounds * allowed.handles);
 
     std::vector<std::string> memory;
 #ifndef VOCAFADE_SANITIZED // the sanitizers map memory for records of their own, and find leaks themselves
