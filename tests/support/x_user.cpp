@@ -245,7 +245,7 @@ void XUser::TakeGermanKeyboard() {
 
 std::string XUser::TakeClipboard(const std::function<void()>& idle) {
     auto text = std::async(std::launch::async, [] {
-        return RunCommand("xclip -o -selection clipboard -target UTF8_STRING").output;
+        return RunCommand("timeout 30 xclip -o -selection clipboard -target UTF8_STRING").output;
     });
     WaitFor(idle, [&] { return text.wait_for(std::chrono::seconds(0)) == std::future_status::ready; });
     return text.get();
