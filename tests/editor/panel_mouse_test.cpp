@@ -15,8 +15,10 @@ float Tapered(int row) { return static_cast<float>((std::pow(10.0, (121.0 - row)
 using Panel = OpenEditorTest;
 
 TEST_F(Panel, FadersFollowTheMouseUntilItIsReleased) {
+    int faders = 0;
     for (const layout::PanelControl& fader : layout::kControls) {
         if (fader.picture != resource::kFaderTrack) continue;
+        ++faders;
         SCOPED_TRACE(fader.parameter);
         Forget();
         const int x = fader.rect.left + 8;
@@ -34,6 +36,7 @@ TEST_F(Panel, FadersFollowTheMouseUntilItIsReleased) {
         EXPECT_EQ(host.Calls(audioMasterAutomate).size(), 4U); // and of no other parameter
         EXPECT_TRUE(ShowsItsEffect(editor, true));
     }
+    EXPECT_EQ(faders, 4);
 }
 
 TEST_F(Panel, ShowsTheEffectAsSoonAsItIsOpen) {
