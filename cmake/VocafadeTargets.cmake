@@ -127,7 +127,7 @@ function(vocafade_compile_tests_fast name)
   set_target_properties(${name} PROPERTIES VOCAFADE_UNOPTIMISED ON)
   target_compile_options(${name} PRIVATE -O0)
   if(TARGET test_headers)
-    target_compile_options(${name} PRIVATE -pthread -fPIE) # what was read for one must fit all
+    target_compile_options(${name} PRIVATE -pthread -fPIE) # what was read once fits only where these are the same
     if(NOT name STREQUAL test_headers)
       target_precompile_headers(${name} REUSE_FROM test_headers)
     endif()

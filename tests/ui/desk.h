@@ -65,7 +65,7 @@ class Desk : public ::testing::Test {
         user.SetFocus(user.Root());
         user.MoveTo(1, 1);
         host = user.MakeWindow(100, 100, 500, 300);
-        user.PublishSettings(DoubleClickSettings(60000)); // so quick is everybody on a busy machine
+        user.PublishSettings(DoubleClickSettings(60000)); // ms: enough on the busiest machine
         user.SetFocus(host);
         ASSERT_TRUE(frame.AttachHost(Native(host)));
         ASSERT_TRUE(panel.Create(WindowClass{}, "panel", WS_CHILD | WS_VISIBLE, {0, 0, 460, 210}, &frame, 0));
