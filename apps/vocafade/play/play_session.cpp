@@ -28,15 +28,28 @@ PlaySession::PlaySession(LiveEffect& effect, const PlaySettings& settings)
 
 int PlaySession::Run() {
     Go(0, settings_.loop ? settings_.loop->from : 0.0);
-    while (Tick()) {
+    try {
+        while (Tick()) {
+        }
+    } catch (const Interrupted&) { // many end it by Ctrl+C
+        TellGaps();
+        throw;
     }
+    TellGaps();
+    return failures_ == 0 ? kExitFine : kExitFailed;
+}
+
+int PlaySession::Gaps() const {
+    return gaps_ + (player_ ? player_->gaps() : 0) + (output_ ? output_->underruns() : 0);
+}
+
+void PlaySession::TellGaps() {
     if (drawn_) PrintError(kClearLine);
-    const int gaps = gaps_ + (player_ ? player_->gaps() : 0) + (output_ ? output_->underruns() : 0);
+    const int gaps = Gaps();
     if (gaps > 0 && !settings_.quiet)
         PrintError(
             fmt::format("vocafade: the sound had {} gap{}: the machine was too busy; --buffer may help\n",
                         gaps, gaps == 1 ? "" : "s"));
-    return failures_ == 0 ? kExitFine : kExitFailed;
 }
 
 /// One turn of the loop; false at the end.
@@ -75,7 +88,7 @@ bool PlaySession::FollowOutput() {
         Tell(*loss + "; waiting for it to come back");
         song_ = now.song;
         seconds_ = now.seconds;
-        gaps_ += player_->gaps() + output_->underruns();
+        gaps_ = Gaps();
         output_.reset();
         player_.reset();
         lost_ = Clock::now();
@@ -118,7 +131,7 @@ bool PlaySession::IsHeardToTheEnd() {
 }
 
 void PlaySession::OpenOutput(int rate) {
-    if (output_) gaps_ += player_->gaps() + output_->underruns();
+    gaps_ = Gaps();
     output_.reset();
     player_.emplace(effect_, ring_, rate);
     player_->Pause(paused_);
@@ -226,7 +239,7 @@ void PlaySession::Show(const Player::Place& now) {
     state.peaks = effect_.TakePeaks();
     state.paused = paused_;
     state.voiceOut = effect_.isOn();
-    state.gaps = gaps_ + (player_ ? player_->gaps() : 0) + (output_ ? output_->underruns() : 0);
+    state.gaps = Gaps();
     PrintError(kClearLine + PlayLine(state, StatusWidth() - 1));
     drawn_ = true;
 }

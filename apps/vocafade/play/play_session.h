@@ -49,6 +49,8 @@ class PlaySession {
     void HoldWhilePaused();
     Player::Place Now();
     void Show(const Player::Place& now);
+    int Gaps() const;
+    void TellGaps();
     void Tell(const std::string& sentence);
     bool RunWindow();
 
