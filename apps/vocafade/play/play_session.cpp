@@ -125,9 +125,8 @@ bool PlaySession::IsHeardToTheEnd() {
         end_.reset();
         return false;
     }
-    if (!end_)
-        end_ = Clock::now() + std::chrono::microseconds(static_cast<std::int64_t>(output_->Latency() * 1e6));
-    return Clock::now() >= *end_;
+    if (!end_) end_ = output_->Filled();
+    return output_->Heard() >= *end_;
 }
 
 void PlaySession::OpenOutput(int rate) {
@@ -203,10 +202,8 @@ void PlaySession::HoldWhilePaused() {
         held_ = held_ && paused_;
         return;
     }
-    if (!silence_)
-        silence_ =
-            Clock::now() + std::chrono::microseconds(static_cast<std::int64_t>(output_->Latency() * 1e6));
-    if (!held_ && Clock::now() >= *silence_) {
+    if (!silence_) silence_ = output_->Filled();
+    if (!held_ && output_->Heard() >= *silence_) {
         output_->Hold(true);
         held_ = true;
     }

@@ -76,8 +76,8 @@ class PlaySession {
     std::optional<std::size_t> shown_;      ///< the song whose title is shown
     std::optional<Clock::time_point> lost_; ///< since when there is no output
     Clock::time_point lastTry_{};
-    std::optional<Clock::time_point> end_;     ///< when the last of the song will have been heard
-    std::optional<Clock::time_point> silence_; ///< when the pause will have been heard
+    std::optional<std::int64_t> end_;     ///< frames filled in when the last of the song had been
+    std::optional<std::int64_t> silence_; ///< likewise the last before a pause
 };
 
 } // namespace vocafade::command

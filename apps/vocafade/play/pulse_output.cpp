@@ -47,6 +47,7 @@ struct PulseOutput::Callbacks {
             output->fill_(static_cast<float*>(memory), frames);
             if (::pa_stream_write(stream, memory, frames * kFrameBytes, nullptr, 0, PA_SEEK_RELATIVE) != 0)
                 return;
+            output->filled_ += static_cast<std::int64_t>(frames);
             bytes -= frames * kFrameBytes;
         }
     }
@@ -178,6 +179,26 @@ double PulseOutput::Latency() {
     int negative = 0;
     if (::pa_stream_get_latency(stream_, &latency, &negative) != 0 || negative != 0) return 0.0;
     return static_cast<double>(latency) / 1e6;
+}
+
+std::int64_t PulseOutput::Filled() {
+    const Locked lock(loop_);
+    return filled_;
+}
+
+std::int64_t PulseOutput::Heard() {
+    const Locked lock(loop_);
+    const pa_timing_info* timing = ::pa_stream_get_timing_info(stream_);
+    std::int64_t heard = 0;
+    if (timing != nullptr && timing->read_index_corrupt == 0) {
+        const std::size_t onItsWay =
+            ::pa_usec_to_bytes(timing->sink_usec, ::pa_stream_get_sample_spec(stream_));
+        heard = (timing->read_index - static_cast<std::int64_t>(onItsWay)) /
+                static_cast<std::int64_t>(kFrameBytes);
+    }
+    if (pa_operation* operation = ::pa_stream_update_timing_info(stream_, nullptr, nullptr))
+        ::pa_operation_unref(operation);
+    return heard;
 }
 
 void PulseOutput::Hold(bool held) {

@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
@@ -31,6 +32,11 @@ class PulseOutput {
     std::optional<std::string> Loss();
     /// Seconds until what is filled in now is heard.
     double Latency();
+    /// Frames that have been filled in.
+    std::int64_t Filled();
+    /// How many of them have left the loudspeakers for certain. Unlike `Latency` this is no estimate, which a gap
+    /// would put ahead, but what the server told last; the call asks it anew.
+    std::int64_t Heard();
     /// While held, nothing is asked for, and the device may sleep.
     void Hold(bool held);
     /// What the desktop shows beside the volume.
@@ -56,7 +62,8 @@ class PulseOutput {
     pa_stream* stream_ = nullptr;
     std::atomic<int> underruns_{0};
     bool held_ = false;
-    std::string device_; ///< with the loop's lock, as the next
+    std::int64_t filled_ = 0; ///< with the loop's lock, as the next two
+    std::string device_;
     bool deviceIsNew_ = false;
 };
 
