@@ -82,7 +82,7 @@ class Live(DesktopTest):
     @patiently
     def test_untouched_sound_stays_so_through_pauses_rates_and_devices(self):
         self.start_live("--dry")
-        songs = [noise(2, 1), noise(2, 2), noise(2, 3, 48000)]
+        songs = [noise(4, 1), noise(4, 2), noise(4, 3, 48000)]
         self.record()
         self.play(songs[0], "--target", "vocafade")
         time.sleep(7)  # the first client has gone away, and the manager lets the devices sleep
@@ -103,7 +103,7 @@ class Live(DesktopTest):
     def test_play_reaches_such_a_desktop_too(self):
         self.start("pipewire-pulse")
         self.wait_for("its socket", (self.work / "run/pulse/native").exists)
-        plain = noise(3, 1)
+        plain = noise(4, 1)
         recorder = self.start("pw-record", "--target", "speakers", "-P", "{ stream.capture.sink = true }", "--format", "f32",
                               "--rate", RATE, "--channels", 2, self.work / "heard.wav")
         self.wait_for("the recorder", lambda: "speakers:monitor_FR" in self.links())

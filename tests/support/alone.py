@@ -28,7 +28,7 @@ COMMAND, BUNDLE, LV2 = BUILD / "vocafade", BUILD / "Vocafade.vst", BUILD / "voca
 RATE = 44100
 LATENCY = 1707  # samples
 LIMIT = 240  # seconds that a test may take
-TRIES = 3  # where a machine has no time, or a host does not come up
+TRIES = 5  # where a machine has no time, or a host does not come up
 LIBC = ctypes.CDLL(None)
 LIBC.prctl(36, 1)  # PR_SET_CHILD_SUBREAPER: orphans of what it starts become this process's own
 
