@@ -23,7 +23,7 @@ struct ProcessState {
 
 /// What the system calls its handles.
 extern const char* const kHandles;
-/// How many handles the system may take for itself meanwhile.
+/// How many handles the system may open for itself in each half of the rounds; 0 where it opens none.
 extern const int kHandlesOfSystem;
 
 /// What may be left over of each round.
