@@ -135,6 +135,7 @@ void PlaySession::OpenOutput(int rate) {
     player_.emplace(effect_, ring_, rate);
     player_->Pause(paused_);
     end_.reset();
+    silence_.reset();
     held_ = false;
     rate_ = rate;
     shown_.reset();
